@@ -1,0 +1,340 @@
+// SAFEARRAY: its creation, locking, deep copy and destruction.
+//
+// Sixteen hidden bytes before each array hold what the Windows structure has no field for: the
+// element type in the last four, or the interface identifier of interface elements.
+#include <zrkey/automation.h>
+
+#include <cstddef>
+#include <limits>
+
+#include "allocator.h"
+
+namespace {
+
+constexpr std::size_t kHiddenSize = 16;
+constexpr ULONG kMaxLocks = 0xffff;
+
+struct ElementType {
+    ULONG size;
+    USHORT features;
+};
+
+// A size of 0: not a type of elements.
+ElementType elementType(VARTYPE type) {
+    switch (type) {
+        case VT_I1:
+        case VT_UI1:
+            return {1, FADF_HAVEVARTYPE};
+        case VT_I2:
+        case VT_UI2:
+        case VT_BOOL:
+            return {2, FADF_HAVEVARTYPE};
+        case VT_I4:
+        case VT_UI4:
+        case VT_INT:
+        case VT_UINT:
+        case VT_R4:
+        case VT_ERROR:
+            return {4, FADF_HAVEVARTYPE};
+        case VT_I8:
+        case VT_UI8:
+        case VT_R8:
+        case VT_CY:
+        case VT_DATE:
+            return {8, FADF_HAVEVARTYPE};
+        case VT_DECIMAL:
+            return {16, FADF_HAVEVARTYPE};
+        case VT_BSTR:
+            return {sizeof(BSTR), FADF_HAVEVARTYPE | FADF_BSTR};
+        case VT_VARIANT:
+            return {sizeof(VARIANT), FADF_HAVEVARTYPE | FADF_VARIANT};
+        case VT_UNKNOWN:
+            return {sizeof(IUnknown*), FADF_HAVEIID | FADF_UNKNOWN};
+        case VT_DISPATCH:
+            return {sizeof(IDispatch*), FADF_HAVEIID | FADF_DISPATCH};
+        default:
+            return {0, 0};
+    }
+}
+
+char* hiddenPart(SAFEARRAY* array) {
+    return reinterpret_cast<char*>(array) - kHiddenSize;
+}
+
+void setHiddenType(SAFEARRAY* array, VARTYPE type) {
+    if ((array->fFeatures & FADF_HAVEIID) != 0) {
+        const IID& iid = type == VT_DISPATCH ? IID_IDispatch : IID_IUnknown;
+        std::memcpy(hiddenPart(array), &iid, sizeof iid);
+    } else {
+        const DWORD value = type;
+        std::memcpy(hiddenPart(array) + kHiddenSize - sizeof value, &value, sizeof value);
+    }
+}
+
+SAFEARRAY* allocateDescriptor(UINT dimensions) {
+    const std::size_t size =
+        offsetof(SAFEARRAY, rgsabound) + dimensions * sizeof(SAFEARRAYBOUND);
+    auto* block = static_cast<char*>(zr::allocate(kHiddenSize + size));
+    if (block == nullptr) {
+        return nullptr;
+    }
+    auto* array = reinterpret_cast<SAFEARRAY*>(block + kHiddenSize);
+    array->cDims = static_cast<USHORT>(dimensions);
+    return array;
+}
+
+void releaseDescriptor(SAFEARRAY* array) {
+    zr::release(hiddenPart(array));
+}
+
+SAFEARRAYBOUND* boundsOf(SAFEARRAY* array) {
+    return reinterpret_cast<SAFEARRAYBOUND*>(reinterpret_cast<char*>(array) +
+                                             offsetof(SAFEARRAY, rgsabound));
+}
+
+std::size_t elementCount(SAFEARRAY* array) {
+    std::size_t count = 1;
+    for (UINT i = 0; i < array->cDims; ++i) {
+        count *= boundsOf(array)[i].cElements;
+    }
+    return count;
+}
+
+// False when the bytes of the array do not fit 32 bits.
+bool dataSize(SAFEARRAY* array, std::size_t* size) {
+    ULONGLONG total = array->cbElements;
+    for (UINT i = 0; i < array->cDims; ++i) {
+        total *= boundsOf(array)[i].cElements;
+        if (total > std::numeric_limits<ULONG>::max()) {
+            return false;
+        }
+    }
+    *size = static_cast<std::size_t>(total);
+    return true;
+}
+
+bool allocateData(SAFEARRAY* array) {
+    std::size_t size = 0;
+    if (!dataSize(array, &size)) {
+        return false;
+    }
+    // An array without elements still has an address.
+    array->pvData = zr::allocate(size == 0 ? 1 : size);
+    return array->pvData != nullptr;
+}
+
+void clearElements(SAFEARRAY* array) {
+    const std::size_t count = elementCount(array);
+    for (std::size_t i = 0; i < count; ++i) {
+        if ((array->fFeatures & FADF_BSTR) != 0) {
+            SysFreeString(static_cast<BSTR*>(array->pvData)[i]);
+        } else if ((array->fFeatures & FADF_VARIANT) != 0) {
+            VariantClear(static_cast<VARIANT*>(array->pvData) + i);
+        } else if ((array->fFeatures & (FADF_UNKNOWN | FADF_DISPATCH)) != 0) {
+            if (IUnknown* element = static_cast<IUnknown**>(array->pvData)[i]) {
+                element->Release();
+            }
+        } else {
+            return;
+        }
+    }
+}
+
+HRESULT copyElements(SAFEARRAY* from, SAFEARRAY* to) {
+    const std::size_t count = elementCount(from);
+    if ((from->fFeatures & FADF_BSTR) != 0) {
+        for (std::size_t i = 0; i < count; ++i) {
+            BSTR source = static_cast<BSTR*>(from->pvData)[i];
+            if (source == nullptr) {
+                continue;
+            }
+            BSTR copy = SysAllocStringByteLen(reinterpret_cast<const char*>(source),
+                                              SysStringByteLen(source));
+            if (copy == nullptr) {
+                return E_OUTOFMEMORY;
+            }
+            static_cast<BSTR*>(to->pvData)[i] = copy;
+        }
+    } else if ((from->fFeatures & FADF_VARIANT) != 0) {
+        for (std::size_t i = 0; i < count; ++i) {
+            const HRESULT hr = VariantCopy(static_cast<VARIANT*>(to->pvData) + i,
+                                           static_cast<VARIANT*>(from->pvData) + i);
+            if (FAILED(hr)) {
+                return hr;
+            }
+        }
+    } else if ((from->fFeatures & (FADF_UNKNOWN | FADF_DISPATCH)) != 0) {
+        for (std::size_t i = 0; i < count; ++i) {
+            IUnknown* element = static_cast<IUnknown**>(from->pvData)[i];
+            static_cast<IUnknown**>(to->pvData)[i] = element;
+            if (element != nullptr) {
+                element->AddRef();
+            }
+        }
+    } else {
+        std::memcpy(to->pvData, from->pvData, count * from->cbElements);
+    }
+    return S_OK;
+}
+
+}  // namespace
+
+extern "C" {
+
+SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds) {
+    const ElementType element = elementType(type);
+    if (element.size == 0 || dimensions == 0 || dimensions > 0xffff || bounds == nullptr) {
+        return nullptr;
+    }
+    SAFEARRAY* array = allocateDescriptor(dimensions);
+    if (array == nullptr) {
+        return nullptr;
+    }
+    array->fFeatures = element.features;
+    array->cbElements = element.size;
+    setHiddenType(array, type);
+    // The structure keeps its bounds from the last dimension to the first.
+    for (UINT i = 0; i < dimensions; ++i) {
+        boundsOf(array)[i] = bounds[dimensions - 1 - i];
+    }
+    if (!allocateData(array)) {
+        releaseDescriptor(array);
+        return nullptr;
+    }
+    return array;
+}
+
+HRESULT SafeArrayDestroy(SAFEARRAY* array) {
+    if (array == nullptr) {
+        return S_OK;
+    }
+    if (array->cLocks > 0) {
+        return DISP_E_ARRAYISLOCKED;
+    }
+    if (array->pvData != nullptr) {
+        clearElements(array);
+        zr::release(array->pvData);
+    }
+    releaseDescriptor(array);
+    return S_OK;
+}
+
+HRESULT SafeArrayLock(SAFEARRAY* array) {
+    if (array == nullptr) {
+        return E_INVALIDARG;
+    }
+    if (array->cLocks >= kMaxLocks) {
+        return E_UNEXPECTED;
+    }
+    ++array->cLocks;
+    return S_OK;
+}
+
+HRESULT SafeArrayUnlock(SAFEARRAY* array) {
+    if (array == nullptr) {
+        return E_INVALIDARG;
+    }
+    if (array->cLocks == 0) {
+        return E_UNEXPECTED;
+    }
+    --array->cLocks;
+    return S_OK;
+}
+
+HRESULT SafeArrayAccessData(SAFEARRAY* array, void** data) {
+    if (array == nullptr || data == nullptr) {
+        return E_INVALIDARG;
+    }
+    const HRESULT hr = SafeArrayLock(array);
+    *data = SUCCEEDED(hr) ? array->pvData : nullptr;
+    return hr;
+}
+
+HRESULT SafeArrayUnaccessData(SAFEARRAY* array) {
+    return SafeArrayUnlock(array);
+}
+
+HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy) {
+    if (copy == nullptr) {
+        return E_INVALIDARG;
+    }
+    *copy = nullptr;
+    if (array == nullptr) {
+        return S_OK;
+    }
+    SAFEARRAY* result = allocateDescriptor(array->cDims);
+    if (result == nullptr) {
+        return E_OUTOFMEMORY;
+    }
+    constexpr USHORT kStorage = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED | FADF_FIXEDSIZE;
+    result->fFeatures = static_cast<USHORT>(array->fFeatures & ~kStorage);
+    result->cbElements = array->cbElements;
+    std::memcpy(hiddenPart(result), hiddenPart(array), kHiddenSize);
+    std::memcpy(boundsOf(result), boundsOf(array), array->cDims * sizeof(SAFEARRAYBOUND));
+    if (!allocateData(result)) {
+        releaseDescriptor(result);
+        return E_OUTOFMEMORY;
+    }
+    const HRESULT hr = copyElements(array, result);
+    if (FAILED(hr)) {
+        SafeArrayDestroy(result);
+        return hr;
+    }
+    *copy = result;
+    return S_OK;
+}
+
+HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type) {
+    if (array == nullptr || type == nullptr) {
+        return E_INVALIDARG;
+    }
+    if ((array->fFeatures & FADF_HAVEVARTYPE) != 0) {
+        DWORD value = 0;
+        std::memcpy(&value, hiddenPart(array) + kHiddenSize - sizeof value, sizeof value);
+        *type = static_cast<VARTYPE>(value);
+    } else if ((array->fFeatures & FADF_BSTR) != 0) {
+        *type = VT_BSTR;
+    } else if ((array->fFeatures & FADF_DISPATCH) != 0) {
+        *type = VT_DISPATCH;
+    } else if ((array->fFeatures & FADF_UNKNOWN) != 0) {
+        *type = VT_UNKNOWN;
+    } else if ((array->fFeatures & FADF_VARIANT) != 0) {
+        *type = VT_VARIANT;
+    } else {
+        return E_INVALIDARG;
+    }
+    return S_OK;
+}
+
+UINT SafeArrayGetDim(SAFEARRAY* array) {
+    return array == nullptr ? 0 : array->cDims;
+}
+
+UINT SafeArrayGetElemsize(SAFEARRAY* array) {
+    return array == nullptr ? 0 : array->cbElements;
+}
+
+HRESULT SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound) {
+    if (array == nullptr || bound == nullptr) {
+        return E_INVALIDARG;
+    }
+    if (dimension == 0 || dimension > array->cDims) {
+        return DISP_E_BADINDEX;
+    }
+    *bound = boundsOf(array)[array->cDims - dimension].lLbound;
+    return S_OK;
+}
+
+HRESULT SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound) {
+    if (array == nullptr || bound == nullptr) {
+        return E_INVALIDARG;
+    }
+    if (dimension == 0 || dimension > array->cDims) {
+        return DISP_E_BADINDEX;
+    }
+    const SAFEARRAYBOUND& entry = boundsOf(array)[array->cDims - dimension];
+    *bound = static_cast<LONG>(static_cast<ULONG>(entry.lLbound) + entry.cElements - 1);
+    return S_OK;
+}
+
+}  // extern "C"

@@ -1,0 +1,374 @@
+// The automation types and functions of the target: on Linux those of libzrautomation.
+//
+// Names, widths, layouts and results are those of Windows x64, so that one source serves both.
+// BSTRs, arrays and the contents of variants are made and freed by these functions alone; a host
+// and the library share the one allocator behind them.
+#ifndef ZRKEY_AUTOMATION_H
+#define ZRKEY_AUTOMATION_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#define STDMETHODCALLTYPE
+#define STDAPICALLTYPE
+#define OLESTR(text) u##text
+
+typedef void* PVOID;
+typedef char CHAR;
+typedef std::uint8_t BYTE;
+typedef std::int16_t SHORT;
+typedef std::uint16_t USHORT;
+typedef std::uint16_t WORD;
+typedef std::int32_t INT;
+typedef std::uint32_t UINT;
+typedef std::int32_t LONG;
+typedef std::uint32_t ULONG;
+typedef std::uint32_t DWORD;
+typedef long long LONGLONG;
+typedef unsigned long long ULONGLONG;
+typedef float FLOAT;
+typedef double DOUBLE;
+typedef std::int32_t BOOL;
+typedef char16_t WCHAR;
+typedef char16_t OLECHAR;
+typedef OLECHAR* LPOLESTR;
+typedef const OLECHAR* LPCOLESTR;
+typedef OLECHAR* BSTR;
+typedef std::int32_t HRESULT;
+typedef LONG SCODE;
+typedef LONG DISPID;
+typedef DWORD LCID;
+typedef double DATE;
+typedef std::int16_t VARIANT_BOOL;
+typedef std::uint16_t VARTYPE;
+
+enum { TRUE = 1, FALSE = 0 };
+
+#define VARIANT_TRUE (static_cast<VARIANT_BOOL>(-1))
+#define VARIANT_FALSE (static_cast<VARIANT_BOOL>(0))
+
+#define SUCCEEDED(hr) (static_cast<HRESULT>(hr) >= 0)
+#define FAILED(hr) (static_cast<HRESULT>(hr) < 0)
+
+#define S_OK (static_cast<HRESULT>(0))
+#define S_FALSE (static_cast<HRESULT>(1))
+#define E_NOTIMPL (static_cast<HRESULT>(0x80004001u))
+#define E_NOINTERFACE (static_cast<HRESULT>(0x80004002u))
+#define E_POINTER (static_cast<HRESULT>(0x80004003u))
+#define E_FAIL (static_cast<HRESULT>(0x80004005u))
+#define E_UNEXPECTED (static_cast<HRESULT>(0x8000FFFFu))
+#define E_OUTOFMEMORY (static_cast<HRESULT>(0x8007000Eu))
+#define E_INVALIDARG (static_cast<HRESULT>(0x80070057u))
+#define RPC_E_CANTCALLOUT_INEXTERNALCALL (static_cast<HRESULT>(0x80010005u))
+#define DISP_E_TYPEMISMATCH (static_cast<HRESULT>(0x80020005u))
+#define DISP_E_BADVARTYPE (static_cast<HRESULT>(0x80020008u))
+#define DISP_E_EXCEPTION (static_cast<HRESULT>(0x80020009u))
+#define DISP_E_OVERFLOW (static_cast<HRESULT>(0x8002000Au))
+#define DISP_E_BADINDEX (static_cast<HRESULT>(0x8002000Bu))
+#define DISP_E_ARRAYISLOCKED (static_cast<HRESULT>(0x8002000Du))
+
+struct GUID {
+    std::uint32_t Data1;
+    std::uint16_t Data2;
+    std::uint16_t Data3;
+    std::uint8_t Data4[8];
+};
+typedef GUID IID;
+typedef GUID CLSID;
+typedef const GUID& REFGUID;
+typedef const IID& REFIID;
+typedef const CLSID& REFCLSID;
+
+inline bool IsEqualGUID(const GUID& a, const GUID& b) {
+    return std::memcmp(&a, &b, sizeof(GUID)) == 0;
+}
+inline bool operator==(const GUID& a, const GUID& b) {
+    return IsEqualGUID(a, b);
+}
+inline bool operator!=(const GUID& a, const GUID& b) {
+    return !IsEqualGUID(a, b);
+}
+
+enum VARENUM {
+    VT_EMPTY = 0,
+    VT_NULL = 1,
+    VT_I2 = 2,
+    VT_I4 = 3,
+    VT_R4 = 4,
+    VT_R8 = 5,
+    VT_CY = 6,
+    VT_DATE = 7,
+    VT_BSTR = 8,
+    VT_DISPATCH = 9,
+    VT_ERROR = 10,
+    VT_BOOL = 11,
+    VT_VARIANT = 12,
+    VT_UNKNOWN = 13,
+    VT_DECIMAL = 14,
+    VT_I1 = 16,
+    VT_UI1 = 17,
+    VT_UI2 = 18,
+    VT_UI4 = 19,
+    VT_I8 = 20,
+    VT_UI8 = 21,
+    VT_INT = 22,
+    VT_UINT = 23,
+    VT_VOID = 24,
+    VT_HRESULT = 25,
+    VT_PTR = 26,
+    VT_SAFEARRAY = 27,
+    VT_RECORD = 36,
+    VT_VECTOR = 0x1000,
+    VT_ARRAY = 0x2000,
+    VT_BYREF = 0x4000,
+    VT_RESERVED = 0x8000,
+    VT_TYPEMASK = 0xfff
+};
+
+enum { VARIANT_NOVALUEPROP = 1, VARIANT_ALPHABOOL = 2, VARIANT_LOCALBOOL = 16 };
+
+enum { DISPATCH_METHOD = 1, DISPATCH_PROPERTYGET = 2, DISPATCH_PROPERTYPUT = 4 };
+
+struct SAFEARRAYBOUND {
+    ULONG cElements;
+    LONG lLbound;
+};
+
+struct SAFEARRAY {
+    USHORT cDims;
+    USHORT fFeatures;
+    ULONG cbElements;
+    ULONG cLocks;
+    PVOID pvData;
+    SAFEARRAYBOUND rgsabound[1];
+};
+
+enum {
+    FADF_AUTO = 0x1,
+    FADF_STATIC = 0x2,
+    FADF_EMBEDDED = 0x4,
+    FADF_FIXEDSIZE = 0x10,
+    FADF_HAVEIID = 0x40,
+    FADF_HAVEVARTYPE = 0x80,
+    FADF_BSTR = 0x100,
+    FADF_UNKNOWN = 0x200,
+    FADF_DISPATCH = 0x400,
+    FADF_VARIANT = 0x800
+};
+
+union CY {
+    struct {
+        ULONG Lo;
+        LONG Hi;
+    } s;
+    LONGLONG int64;
+};
+
+union ULARGE_INTEGER {
+    struct {
+        DWORD LowPart;
+        DWORD HighPart;
+    } u;
+    ULONGLONG QuadPart;
+};
+
+struct IUnknown;
+struct IDispatch;
+struct IRecordInfo;
+struct ITypeInfo;
+
+struct tagVARIANT {
+    VARTYPE vt;
+    WORD wReserved1;
+    WORD wReserved2;
+    WORD wReserved3;
+    union {
+        LONGLONG llVal;
+        LONG lVal;
+        BYTE bVal;
+        SHORT iVal;
+        FLOAT fltVal;
+        DOUBLE dblVal;
+        VARIANT_BOOL boolVal;
+        SCODE scode;
+        CY cyVal;
+        DATE date;
+        BSTR bstrVal;
+        IUnknown* punkVal;
+        IDispatch* pdispVal;
+        SAFEARRAY* parray;
+        BYTE* pbVal;
+        SHORT* piVal;
+        LONG* plVal;
+        LONGLONG* pllVal;
+        FLOAT* pfltVal;
+        DOUBLE* pdblVal;
+        VARIANT_BOOL* pboolVal;
+        SCODE* pscode;
+        CY* pcyVal;
+        DATE* pdate;
+        BSTR* pbstrVal;
+        IUnknown** ppunkVal;
+        IDispatch** ppdispVal;
+        SAFEARRAY** pparray;
+        tagVARIANT* pvarVal;
+        PVOID byref;
+        CHAR cVal;
+        USHORT uiVal;
+        ULONG ulVal;
+        ULONGLONG ullVal;
+        INT intVal;
+        UINT uintVal;
+        CHAR* pcVal;
+        USHORT* puiVal;
+        ULONG* pulVal;
+        ULONGLONG* pullVal;
+        INT* pintVal;
+        UINT* puintVal;
+        struct {
+            PVOID pvRecord;
+            IRecordInfo* pRecInfo;
+        } brecVal;
+    };
+};
+typedef tagVARIANT VARIANT;
+typedef tagVARIANT VARIANTARG;
+
+struct DISPPARAMS {
+    VARIANTARG* rgvarg;
+    DISPID* rgdispidNamedArgs;
+    UINT cArgs;
+    UINT cNamedArgs;
+};
+
+struct EXCEPINFO {
+    WORD wCode;
+    WORD wReserved;
+    BSTR bstrSource;
+    BSTR bstrDescription;
+    BSTR bstrHelpFile;
+    DWORD dwHelpContext;
+    PVOID pvReserved;
+    HRESULT(STDMETHODCALLTYPE* pfnDeferredFillIn)(EXCEPINFO*);
+    SCODE scode;
+};
+
+static_assert(sizeof(GUID) == 16, "a GUID has 16 bytes");
+static_assert(sizeof(VARIANT) == 24, "the 24-byte Win64 VARIANT");
+static_assert(offsetof(VARIANT, llVal) == 8, "the value lies at byte 8");
+static_assert(sizeof(SAFEARRAY) == 32 && offsetof(SAFEARRAY, pvData) == 16 &&
+                  offsetof(SAFEARRAY, rgsabound) == 24,
+              "the Win64 SAFEARRAY");
+static_assert(sizeof(DISPPARAMS) == 24 && offsetof(DISPPARAMS, cArgs) == 16,
+              "the Win64 DISPPARAMS");
+static_assert(sizeof(EXCEPINFO) == 64, "the Win64 EXCEPINFO");
+
+struct IUnknown {
+    virtual HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) = 0;
+    virtual ULONG STDMETHODCALLTYPE AddRef() = 0;
+    virtual ULONG STDMETHODCALLTYPE Release() = 0;
+};
+
+struct IDispatch : public IUnknown {
+    virtual HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID lcid, ITypeInfo** info) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count,
+                                                    LCID lcid, DISPID* ids) = 0;
+    virtual HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID riid, LCID lcid, WORD flags,
+                                             DISPPARAMS* params, VARIANT* result,
+                                             EXCEPINFO* excep, UINT* argErr) = 0;
+};
+
+struct IClassFactory : public IUnknown {
+    virtual HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID riid, void** ppv) = 0;
+    virtual HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) = 0;
+};
+
+struct ISupportErrorInfo : public IUnknown {
+    virtual HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID riid) = 0;
+};
+
+struct IErrorInfo : public IUnknown {
+    virtual HRESULT STDMETHODCALLTYPE GetGUID(GUID* guid) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetSource(BSTR* source) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetDescription(BSTR* description) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetHelpFile(BSTR* helpFile) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetHelpContext(DWORD* helpContext) = 0;
+};
+
+struct ICreateErrorInfo : public IUnknown {
+    virtual HRESULT STDMETHODCALLTYPE SetGUID(REFGUID guid) = 0;
+    virtual HRESULT STDMETHODCALLTYPE SetSource(LPOLESTR source) = 0;
+    virtual HRESULT STDMETHODCALLTYPE SetDescription(LPOLESTR description) = 0;
+    virtual HRESULT STDMETHODCALLTYPE SetHelpFile(LPOLESTR helpFile) = 0;
+    virtual HRESULT STDMETHODCALLTYPE SetHelpContext(DWORD helpContext) = 0;
+};
+
+static const IID IID_IUnknown = {
+    0x00000000, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+static const IID IID_IDispatch = {
+    0x00020400, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+static const IID IID_IClassFactory = {
+    0x00000001, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+static const IID IID_ISupportErrorInfo = {
+    0xDF0B3D60, 0x548F, 0x101B, {0x8E, 0x65, 0x08, 0x00, 0x2B, 0x2B, 0xD1, 0x19}};
+static const IID IID_IErrorInfo = {
+    0x1CF2B120, 0x547D, 0x101B, {0x8E, 0x65, 0x08, 0x00, 0x2B, 0x2B, 0xD1, 0x19}};
+static const IID IID_ICreateErrorInfo = {
+    0x22F03340, 0x547D, 0x101B, {0x8E, 0x65, 0x08, 0x00, 0x2B, 0x2B, 0xD1, 0x19}};
+static const IID IID_NULL = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
+
+extern "C" {
+
+/// A new string of the terminated text; null for null or when memory is short.
+BSTR SysAllocString(const OLECHAR* text);
+/// A new string of exactly length units, copied from text, or zeroed when text is null.
+BSTR SysAllocStringLen(const OLECHAR* text, UINT length);
+/// A new string of exactly length bytes, copied from bytes, or zeroed when bytes is null.
+BSTR SysAllocStringByteLen(const char* bytes, UINT length);
+/// Frees a string; null is ignored.
+void SysFreeString(BSTR text);
+/// Length in UTF-16 units without the terminator; 0 for null.
+UINT SysStringLen(BSTR text);
+/// Length in bytes without the terminator; 0 for null.
+UINT SysStringByteLen(BSTR text);
+
+/// Makes the variant VT_EMPTY without looking at what it held.
+void VariantInit(VARIANT* variant);
+/// Frees what the variant holds and makes it VT_EMPTY.
+/// @retval S_OK               done.
+/// @retval DISP_E_BADVARTYPE  not a variant type; unchanged.
+/// @retval DISP_E_ARRAYISLOCKED  holds a locked array; unchanged.
+HRESULT VariantClear(VARIANT* variant);
+/// Clears target and makes it a deep copy of source; interfaces gain a reference.
+HRESULT VariantCopy(VARIANT* target, const VARIANT* source);
+/// Converts source to a type into target, which may be source itself.
+/// @param flags  0, or VARIANT_NOVALUEPROP, VARIANT_ALPHABOOL.
+/// @retval S_OK  done.
+/// @retval DISP_E_TYPEMISMATCH  no such conversion, or a text that is not such a value.
+/// @retval DISP_E_OVERFLOW      the value does not fit.
+/// @retval DISP_E_BADVARTYPE    a type is not a variant type.
+HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT flags, VARTYPE type);
+
+/// A new array, its elements zeroed; null when the type is not an element type, a bound is too
+/// large or memory is short. Freed by SafeArrayDestroy, or by VariantClear of its variant.
+SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds);
+HRESULT SafeArrayDestroy(SAFEARRAY* array);
+HRESULT SafeArrayLock(SAFEARRAY* array);
+HRESULT SafeArrayUnlock(SAFEARRAY* array);
+/// Locks the array and hands out its elements; balanced by SafeArrayUnaccessData.
+HRESULT SafeArrayAccessData(SAFEARRAY* array, void** data);
+HRESULT SafeArrayUnaccessData(SAFEARRAY* array);
+/// A deep copy, owned by the caller.
+HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy);
+HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type);
+UINT SafeArrayGetDim(SAFEARRAY* array);
+UINT SafeArrayGetElemsize(SAFEARRAY* array);
+/// @param dimension  counted from 1.
+HRESULT SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound);
+HRESULT SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound);
+
+}  // extern "C"
+
+#endif

@@ -1,0 +1,55 @@
+// Shared libraries by the dynamic loader.
+#include <dlfcn.h>
+#include <kernel.h>
+#include <strings.h>
+
+namespace {
+
+HMODULE fromHandle(void* handle) {
+    return reinterpret_cast<HMODULE>(handle);
+}
+
+void* toHandle(HMODULE module) {
+    return reinterpret_cast<void*>(module);
+}
+
+// The automation platform is in the process already: this code is linked with it. Its path comes
+// from one of its functions, as it may be known to the loader by a RUNPATH only.
+HMODULE openAutomation() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<void*>(&SysAllocString), &info) == 0 || info.dli_fname == nullptr) {
+        return nullptr;
+    }
+    return fromHandle(dlopen(info.dli_fname, RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD));
+}
+
+}  // namespace
+
+HMODULE LoadLibraryA(LPCSTR fileName) {
+    if (fileName == nullptr || fileName[0] == '\0') {
+        return nullptr;
+    }
+    if (strcasecmp(fileName, "oleaut32.dll") == 0) {
+        return openAutomation();
+    }
+    return fromHandle(dlopen(fileName, RTLD_NOW | RTLD_LOCAL));
+}
+
+HMODULE LoadLibraryExA(LPCSTR fileName, HANDLE file, DWORD flags) {
+    if (file != nullptr || (flags & ~LOAD_WITH_ALTERED_SEARCH_PATH) != 0) {
+        return nullptr;
+    }
+    return LoadLibraryA(fileName);
+}
+
+FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
+    // A null handle would have the dynamic loader search the whole process.
+    if (module == nullptr || name == nullptr || name[0] == '\0') {
+        return nullptr;
+    }
+    return reinterpret_cast<FARPROC>(dlsym(toHandle(module), name));
+}
+
+BOOL FreeLibrary(HMODULE module) {
+    return module != nullptr && dlclose(toHandle(module)) == 0 ? TRUE : FALSE;
+}
