@@ -1,0 +1,66 @@
+// The command's own standard output and error, kept apart from the library's diagnostics.
+#include "console.h"
+
+#include <cstdio>
+
+#include "system.h"
+
+namespace zrhost {
+
+namespace {
+
+/// Calls of the library between two rewinds of the dropped output; one writes a few hundred bytes.
+constexpr unsigned kCallsPerRewind = 256;
+
+}  // namespace
+
+Console::Console(Diagnostics diagnostics)
+    : m_diagnostics(diagnostics),
+      m_output(duplicateDescriptor(kStandardOutput)),
+      m_error(duplicateDescriptor(kStandardError)) {
+    if (m_diagnostics == Diagnostics::kDropped) {
+        m_dropped = openDroppedOutput();
+    }
+    std::fflush(stdout);
+    if (m_dropped >= 0) {
+        redirectDescriptor(kStandardOutput, m_dropped);
+        redirectDescriptor(kStandardError, m_dropped);
+    } else if (m_error >= 0) {
+        // Also when there is no place to drop them: the script's output must stay clean.
+        redirectDescriptor(kStandardOutput, m_error);
+    }
+}
+
+Console::~Console() {
+    std::fflush(stdout);
+    if (m_output >= 0) {
+        redirectDescriptor(kStandardOutput, m_output);
+        closeDescriptor(m_output);
+    }
+    if (m_error >= 0) {
+        redirectDescriptor(kStandardError, m_error);
+        closeDescriptor(m_error);
+    }
+    if (m_dropped >= 0) {
+        closeDescriptor(m_dropped);
+    }
+}
+
+void Console::writeOutput(std::string_view bytes) {
+    writeAll(m_output, bytes);
+}
+
+void Console::writeError(std::string_view bytes) {
+    writeAll(m_error, bytes);
+}
+
+void Console::drainDiagnostics() {
+    if (m_dropped < 0) {
+        std::fflush(stdout);
+    } else if (++m_calls % kCallsPerRewind == 0) {
+        std::fflush(stdout);
+        rewindDroppedOutput(m_dropped);
+    }
+}
+
+}  // namespace zrhost

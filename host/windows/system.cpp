@@ -1,0 +1,86 @@
+// The command's system services on Windows.
+#include "system.h"
+
+#include <algorithm>
+
+#include <windows.h>
+
+#include <fcntl.h>
+#include <io.h>
+#include <shellapi.h>
+#include <sys/stat.h>
+
+namespace zrhost {
+namespace {
+
+std::string toUtf8(const wchar_t* text) {
+    const int size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
+    if (size <= 0) {
+        return {};
+    }
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes.data(), size, nullptr, nullptr);
+    bytes.pop_back();
+    return bytes;
+}
+
+}  // namespace
+
+std::vector<std::string> commandLineArguments(int argc, char** argv) {
+    int count = 0;
+    wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    if (wide == nullptr) {
+        return {argv + std::min(argc, 1), argv + argc};
+    }
+    std::vector<std::string> arguments;
+    for (int i = 1; i < count; ++i) {
+        arguments.push_back(toUtf8(wide[i]));
+    }
+    LocalFree(wide);
+    return arguments;
+}
+
+int duplicateDescriptor(int descriptor) {
+    const int copy = _dup(descriptor);
+    if (copy >= 0) {
+        _setmode(copy, _O_BINARY);
+    }
+    return copy;
+}
+
+void redirectDescriptor(int target, int source) {
+    _dup2(source, target);
+}
+
+void closeDescriptor(int descriptor) {
+    _close(descriptor);
+}
+
+void writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const auto chunk = static_cast<unsigned>(std::min<std::size_t>(bytes.size(), 1U << 20));
+        const int written = _write(descriptor, bytes.data(), chunk);
+        if (written <= 0) {
+            return;
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
+// A file that goes away with its last descriptor. Not the null device: writing to that takes
+// milliseconds under Wine.
+int openDroppedOutput() {
+    wchar_t folder[MAX_PATH + 1];
+    wchar_t path[MAX_PATH + 1];
+    if (GetTempPathW(MAX_PATH, folder) == 0 || GetTempFileNameW(folder, L"zrk", 0, path) == 0) {
+        return -1;
+    }
+    return _wopen(path, _O_RDWR | _O_BINARY | _O_TEMPORARY | _O_SHORT_LIVED | _O_NOINHERIT,
+                  _S_IREAD | _S_IWRITE);
+}
+
+void rewindDroppedOutput(int descriptor) {
+    _lseeki64(descriptor, 0, SEEK_SET);
+}
+
+}  // namespace zrhost
