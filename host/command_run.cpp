@@ -5,7 +5,6 @@
 #include <fstream>
 #include <memory>
 #include <optional>
-#include <sstream>
 
 #include "commands.h"
 #include "console.h"
@@ -16,7 +15,16 @@ namespace {
 
 struct RunOptions {
     bool verbose = false;
-    std::vector<std::string> words;
+    std::string file;
+    std::vector<std::string> arguments;
+};
+
+/// Names the words that the parser leaves alone.
+class RunFormatter : public CLI::Formatter {
+public:
+    std::string make_usage(const CLI::App*, std::string name) const override {
+        return "Usage: " + name + " [OPTIONS] FILE [ARG...]\n";
+    }
 };
 
 std::optional<std::string> readFile(const std::string& path) {
@@ -34,16 +42,14 @@ std::optional<std::string> readFile(const std::string& path) {
 }
 
 int runScriptFile(const RunOptions& options) {
-    const std::string& file = options.words.front();
     Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
-    const std::optional<std::string> source = readFile(file);
+    const std::optional<std::string> source = readFile(options.file);
     if (!source) {
-        console.writeError("zrkey: cannot read " + file + "\n");
+        console.writeError("zrkey: cannot read " + options.file + "\n");
         return kExitFailure;
     }
     ScriptEngine engine(console);
-    const std::vector<std::string> arguments(options.words.begin() + 1, options.words.end());
-    return engine.run(file, *source, arguments) ? kExitOk : kExitFailure;
+    return engine.run(options.file, *source, options.arguments) ? kExitOk : kExitFailure;
 }
 
 }  // namespace
@@ -51,21 +57,22 @@ int runScriptFile(const RunOptions& options) {
 void addRunCommand(CLI::App& app, Action& action) {
     const auto options = std::make_shared<RunOptions>();
     CLI::App* command = app.add_subcommand(
-        "run",
-        "Runs a script: zrkey run [-v] FILE.js [ARG...]\n"
-        "Everything after FILE.js is the script's, in its global array 'arguments'.");
+        "run", "Runs a script; what follows FILE is its global array \"arguments\"");
     command->add_flag("-v,--verbose", options->verbose,
                       "Shows the library's diagnostics on standard error");
-    // The first word that is no option of ours, and all that follow, are left as they are.
+    // FILE and what follows it are kept as written, also what looks like an option or a list.
     command->prefix_command();
+    command->formatter(std::make_shared<RunFormatter>());
     command->callback([command, options, &action] {
-        options->words = command->remaining();
-        if (options->words.empty()) {
-            throw CLI::RequiredError("FILE.js");
+        std::vector<std::string> words = command->remaining();
+        if (words.empty()) {
+            throw CLI::RequiredError("FILE");
         }
-        if (options->words.front().size() > 1 && options->words.front().front() == '-') {
-            throw CLI::ExtrasError({options->words.front()});
+        if (words.front().starts_with('-')) {
+            throw CLI::ExtrasError({words.front()});
         }
+        options->file = words.front();
+        options->arguments.assign(words.begin() + 1, words.end());
         action = [options] { return runScriptFile(*options); };
     });
 }
