@@ -1,0 +1,16 @@
+# What every target of this project is compiled and linked with: zr_options.
+add_library(zr_options INTERFACE)
+target_compile_options(zr_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Werror)
+
+if(ZRKEY_SANITIZE)
+  # -fsanitize=vptr takes the adapters, which are entered through the component part and adjusted
+  # back to the object, for calls on an object of another type.
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize=vptr -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined -fno-sanitize=vptr)
+endif()
+
+if(WIN32)
+  # No DLL outside Windows is needed: libstdc++, libgcc and winpthread are linked in.
+  target_link_options(zr_options INTERFACE -static)
+endif()

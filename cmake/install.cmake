@@ -1,0 +1,30 @@
+# Installed: the library, its headers, a CMake package (zrkey::zrkey) and a pkg-config file.
+include(CMakePackageConfigHelpers)
+
+install(DIRECTORY include/zrkey DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES ${ZRKEY_AUTOMATION_HEADER} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrkey)
+
+install(TARGETS zrkey EXPORT zrkeyTargets)
+if(TARGET zrautomation)
+  install(TARGETS zrautomation EXPORT zrkeyTargets)
+endif()
+if(TARGET zrkey_host)
+  install(TARGETS zrkey_host)
+endif()
+install(EXPORT zrkeyTargets NAMESPACE zrkey:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zrkey)
+
+configure_package_config_file(cmake/zrkeyConfig.cmake.in ${PROJECT_BINARY_DIR}/zrkeyConfig.cmake
+                              INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zrkey)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/zrkeyConfigVersion.cmake
+                                 COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/zrkeyConfig.cmake
+              ${PROJECT_BINARY_DIR}/zrkeyConfigVersion.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zrkey)
+
+if(WIN32)
+  set(ZRKEY_PC_LIBS "-lzrkey -loleaut32")
+else()
+  set(ZRKEY_PC_LIBS "-lzrkey -lzrautomation")
+endif()
+configure_file(cmake/zrkey.pc.in ${PROJECT_BINARY_DIR}/zrkey.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/zrkey.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

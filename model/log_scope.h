@@ -1,0 +1,52 @@
+// LogScope: the trace of one operation, "Begin" on entry and "End" on its normal exit.
+//
+// An early return writes no End line; a reader of the log sees by the missing line that the
+// operation failed. The line numbers are those of the calls.
+#pragma once
+
+#include <zrkey/automation.h>
+
+#include <source_location>
+
+#include "model/zr_log.h"
+
+class LogScope {
+public:
+    using Where = std::source_location;
+
+    /// @param log   may be null: nothing is written then. Outlives the scope.
+    /// @param name  the operation's name without its class.
+    LogScope(const ZRLog* log, const char* name, Where where = Where::current())
+        : LogScope(log, name, NoBegin()) {
+        if (m_log) {
+            m_log->Log(0, "[%s:%u] Begin\n", m_name, static_cast<unsigned int>(where.line()));
+        }
+    }
+
+    /// The trace of an operation that writes messages only.
+    static LogScope withoutBegin(const ZRLog* log, const char* name) {
+        return LogScope(log, name, NoBegin());
+    }
+
+    void message(const char* text, Where where = Where::current()) const {
+        if (m_log) {
+            m_log->Log(0, "[%s:%u] %s", m_name, static_cast<unsigned int>(where.line()), text);
+        }
+    }
+
+    /// Writes the End line.
+    /// @return hr, so that an operation ends with "return scope.end(S_OK)".
+    HRESULT end(HRESULT hr = S_OK, Where where = Where::current()) const {
+        if (m_log) {
+            m_log->Log(0, "[%s:%u] End\n", m_name, static_cast<unsigned int>(where.line()));
+        }
+        return hr;
+    }
+
+private:
+    struct NoBegin {};
+    LogScope(const ZRLog* log, const char* name, NoBegin) : m_log(log), m_name(name) {}
+
+    const ZRLog* m_log;
+    const char* m_name;
+};

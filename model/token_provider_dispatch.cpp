@@ -1,0 +1,110 @@
+// TokenProvider: method table and adapters.
+//
+// The adapters are strict: they preset the result to a zero of its type, refuse a missing block or
+// result and a wrong number of arguments, and leave the zero where the operation fails.
+#include "model/token_provider.h"
+#include "runtime/dispatch_table.h"
+
+namespace {
+
+void preset(VARIANT* result, VARTYPE type) {
+    if (result) {
+        *result = VARIANT();
+        result->vt = type;
+    }
+}
+
+bool isCallable(const DISPPARAMS* params, const VARIANT* result, UINT count) {
+    return params && result && params->cArgs == count && (count == 0 || params->rgvarg);
+}
+
+HRESULT storeOutcome(HRESULT hr, VARIANT* result) {
+    if (FAILED(hr)) {
+        return hr;
+    }
+    result->boolVal = VARIANT_TRUE;
+    return S_OK;
+}
+
+}  // namespace
+
+DispatchInfo TokenProvider::s_listDispatchInfo[] = {
+    {1, "Load", enDispatchMethod, nullptr, VT_BOOL, {14}},
+    {2, "Unload", enDispatchMethod, nullptr, VT_BOOL, {}},
+    {3, "OpenKey", enDispatchMethod, nullptr, VT_DISPATCH, {3}},
+    {4, "GetKeyCount", enDispatchMethod, nullptr, VT_I4, {}},
+    {},
+};
+
+const int TokenProvider::s_nDispatchInfoCount =
+    sizeof s_listDispatchInfo / sizeof s_listDispatchInfo[0] - 1;
+
+const bool TokenProvider::s_bAdaptersStored = zr::storeAdapters<TokenProvider>(
+    s_listDispatchInfo, {
+                            &TokenProvider::_Load,
+                            &TokenProvider::_Unload,
+                            &TokenProvider::_OpenKey,
+                            &TokenProvider::_GetKeyCount,
+                        });
+
+DispatchInfo* TokenProvider::GetSelfDispatchInfo() {
+    return s_listDispatchInfo;
+}
+
+int TokenProvider::GetSelfGetDispatchInfoCount() {
+    return s_nDispatchInfoCount;
+}
+
+DispatchInfo* TokenProvider::GetDispatchInfo(ZComponentImpl*, const char* name) {
+    return zr::findRow(s_listDispatchInfo, s_nDispatchInfoCount, name);
+}
+
+DispatchInfo* TokenProvider::GetDispatchInfoById(ZComponentImpl*, LONG id) {
+    return zr::findRow(s_listDispatchInfo, s_nDispatchInfoCount, id);
+}
+
+HRESULT TokenProvider::_Load(DISPPARAMS* params, VARIANT* result) {
+    preset(result, VT_BOOL);
+    if (!isCallable(params, result, 1) || params->rgvarg[0].vt != VT_BSTR) {
+        return E_INVALIDARG;
+    }
+    return storeOutcome(Load(params->rgvarg[0].bstrVal), result);
+}
+
+HRESULT TokenProvider::_Unload(DISPPARAMS* params, VARIANT* result) {
+    preset(result, VT_BOOL);
+    if (!isCallable(params, result, 0)) {
+        return E_INVALIDARG;
+    }
+    return storeOutcome(Unload(), result);
+}
+
+HRESULT TokenProvider::_OpenKey(DISPPARAMS* params, VARIANT* result) {
+    preset(result, VT_DISPATCH);
+    if (!isCallable(params, result, 1)) {
+        return E_INVALIDARG;
+    }
+    // Anything but a number opens the first token.
+    const LONG index = params->rgvarg[0].vt == VT_I4 ? params->rgvarg[0].lVal : 0;
+    void* key = nullptr;
+    const HRESULT hr = OpenKey(index, &key);
+    if (FAILED(hr)) {
+        return hr;
+    }
+    result->pdispVal = static_cast<IKeyObject*>(key);
+    return S_OK;
+}
+
+HRESULT TokenProvider::_GetKeyCount(DISPPARAMS* params, VARIANT* result) {
+    preset(result, VT_I4);
+    if (!isCallable(params, result, 0)) {
+        return E_INVALIDARG;
+    }
+    INT count = 0;
+    const HRESULT hr = GetKeyCount(&count);
+    if (FAILED(hr)) {
+        return hr;
+    }
+    result->lVal = count;
+    return S_OK;
+}

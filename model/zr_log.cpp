@@ -1,0 +1,45 @@
+// ZRLog: appends time-stamped lines to one file.
+#include "model/zr_log.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+#include "kernel.h"
+
+ZRLog::ZRLog() : m_szFilePath() {}
+
+ZRLog::~ZRLog() {}
+
+int ZRLog::SetFilePath(const char* path) {
+    m_szFilePath[0] = 0;
+    if (path && std::strlen(path) < sizeof m_szFilePath) {
+        std::strcpy(m_szFilePath, path);
+        if (std::FILE* file = std::fopen(m_szFilePath, "a+")) {
+            std::fclose(file);
+        }
+    }
+    return 0;
+}
+
+void ZRLog::Log(int, const char* format, ...) const {
+    // One buffer for all loggers: providers that log are used from one thread at a time.
+    static char szBuffer[81920];
+    if (!m_szFilePath[0]) {
+        return;
+    }
+    std::FILE* file = std::fopen(m_szFilePath, "a+");
+    if (!file) {
+        return;
+    }
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(szBuffer, sizeof szBuffer, format, arguments);
+    va_end(arguments);
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    std::fprintf(file, "[%02u:%02u:%02u.%03u] ", now.wHour, now.wMinute, now.wSecond,
+                 now.wMilliseconds);
+    std::fputs(szBuffer, file);
+    std::fclose(file);
+}

@@ -1,0 +1,2 @@
+// Ends what cryptoki_layout_begin.h began.
+#pragma pack(pop)

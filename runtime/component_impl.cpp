@@ -1,0 +1,219 @@
+// ZComponentImpl: reference count, name lookup and invocation.
+#include "runtime/component_impl.h"
+
+#include <cstring>
+
+#include "kernel.h"
+#include "runtime/console.h"
+#include "runtime/dispatch_table.h"
+#include "runtime/string_convert.h"
+
+using zr::consoleError;
+using zr::consoleOut;
+
+namespace zr {
+
+DispatchInfo* findRow(DispatchInfo* rows, int count, const char* name) {
+    if (!name || !*name) {
+        return nullptr;
+    }
+    for (int i = 0; i < count; ++i) {
+        if (std::strcmp(rows[i].szName, name) == 0) {
+            return &rows[i];
+        }
+    }
+    return nullptr;
+}
+
+DispatchInfo* findRow(DispatchInfo* rows, int count, LONG id) {
+    for (int i = 0; id >= 1 && i < count; ++i) {
+        if (rows[i].nId == id) {
+            return &rows[i];
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace zr
+
+ZComponentImpl::ZComponentImpl() : m_szClassName("ZComponentImpl") {}
+
+ZComponentImpl::~ZComponentImpl() {
+    ClearPDI();
+}
+
+HRESULT STDMETHODCALLTYPE ZComponentImpl::QueryInterface(const GUID& riid, void** ppv) {
+    if (!ppv) {
+        return E_INVALIDARG;
+    }
+    if (riid != IID_ISupportErrorInfo) {
+        return E_NOTIMPL;
+    }
+    *ppv = dynamic_cast<ISupportErrorInfo*>(this);
+    AddRef();
+    return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE ZComponentImpl::GetTypeInfoCount(UINT*) {
+    return E_NOTIMPL;
+}
+
+HRESULT STDMETHODCALLTYPE ZComponentImpl::GetTypeInfo(UINT, LCID, ITypeInfo**) {
+    return E_NOTIMPL;
+}
+
+HRESULT STDMETHODCALLTYPE ZComponentImpl::GetIDsOfNames(const GUID& riid, OLECHAR** names,
+                                                        UINT count, LCID lcid, DISPID* ids) {
+    consoleOut("[ZComponentImpl::GetIDsOfNames] call in...\n");
+    if (!names || !ids) {
+        return E_INVALIDARG;
+    }
+    char name[1024] = {};
+    _ZBstrToUtf8(names[0], name, sizeof name);
+    consoleOut("[ZComponentImpl::GetIDsOfNames] lpszName = [%s] ...\n", name);
+
+    consoleOut("[ZComponentImpl::GetIDsOfNames] pre proxy...\n");
+    std::optional<DISPID> id = AskProxies(1, riid, names, count, lcid);
+    if (!id) {
+        consoleOut("[ZComponentImpl::GetIDsOfNames] self...\n");
+        if (const DispatchInfo* row = GetDispatchInfo(this, name)) {
+            id = row->nId;
+        }
+    }
+    if (!id) {
+        consoleOut("[ZComponentImpl::GetIDsOfNames] Last Proxy...\n");
+        id = AskProxies(0, riid, names, count, lcid);
+    }
+    if (!id) {
+        return E_FAIL;
+    }
+    ids[0] = *id;
+    consoleOut("[ZComponentImpl::GetIDsOfNames] *rgdispid = [%d] ...\n", static_cast<int>(*id));
+    return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE ZComponentImpl::Invoke(DISPID id, const GUID& riid, LCID lcid, WORD flags,
+                                                 DISPPARAMS* params, VARIANT* result,
+                                                 EXCEPINFO* excep, UINT* argErr) {
+    consoleOut("[ZComponentImpl::Invoke] call in...\n");
+    if (id < 1) {
+        consoleOut("[ZComponentImpl::Invoke] argument error...\n");
+        return E_INVALIDARG;
+    }
+    if (result) {
+        VariantInit(result);
+    }
+    HRESULT proxied = CallProxyDispatch(1, id, riid, lcid, flags, params, result, excep, argErr);
+    if (SUCCEEDED(proxied)) {
+        // The text says "error" on the way of success; hosts' logs have always read so.
+        consoleOut("[ZComponentImpl::Invoke] call CallProxyDispatch error...\n");
+        return proxied;
+    }
+    const bool isProbe = !params && !result && !excep;
+    const std::optional<HRESULT> own =
+        isProbe ? Probe(id, flags) : CallMember(id, flags, params, result, excep, argErr);
+    if (own) {
+        return *own;
+    }
+    proxied = CallProxyDispatch(0, id, riid, lcid, flags, params, result, excep, argErr);
+    if (SUCCEEDED(proxied)) {
+        return proxied;
+    }
+    consoleOut("[ZComponentImpl::Invoke] call end...\n");
+    return E_FAIL;
+}
+
+/// Answers a probe for a member of the own table; nothing when it has no such member.
+std::optional<HRESULT> ZComponentImpl::Probe(DISPID id, WORD flags) {
+    consoleOut("+++++++++++++++++++// NPAPI. HasProperty & HasMethod support++++++++++++++++++++\n");
+    const DispatchInfo* rows = GetSelfDispatchInfo();
+    const int count = GetSelfGetDispatchInfoCount();
+    for (int i = 0; i < count; ++i) {
+        consoleOut("#########pDispList[i].id = [%d] VS pdispparams = [%d]\n",
+                   static_cast<int>(rows[i].nId), static_cast<int>(id));
+        if (rows[i].nId != id) {
+            continue;
+        }
+        consoleOut("[ZComponentImpl::Invoke] match [%d]...\n", static_cast<int>(id));
+        if (flags == DISPATCH_PROPERTYPUT || flags == DISPATCH_PROPERTYGET) {
+            if (rows[i].nType == enDispatchProperty) {
+                return S_OK;
+            }
+            consoleOut("[ZComponentImpl::Invoke] not enDispatchProperty...\n");
+        } else if (flags == DISPATCH_METHOD) {
+            if (rows[i].nType == enDispatchMethod) {
+                return S_OK;
+            }
+            consoleOut("[ZComponentImpl::Invoke] not enDispatchMethod...\n");
+        } else {
+            consoleOut("[ZComponentImpl::Invoke] match id error...\n");
+        }
+        return E_FAIL;
+    }
+    return std::nullopt;
+}
+
+/// Calls a member of the own table with a copy of the arguments; nothing when it has no such
+/// member. Whether the member is accessed as a property or a method does not matter here.
+std::optional<HRESULT> ZComponentImpl::CallMember(DISPID id, WORD flags, DISPPARAMS* params,
+                                                  VARIANT* result, EXCEPINFO* excep, UINT* argErr) {
+    DISPPARAMS clone = {};
+    if (!CloneDispParams(id, params, &clone)) {
+        consoleOut("[ZComponentImpl::Invoke] call CloneDispParams error...\n");
+        return E_FAIL;
+    }
+    std::optional<HRESULT> outcome;
+    if (const DispatchInfo* row = GetDipatchInfo(id, flags, &clone, result, excep, argErr)) {
+        const PFNDISPATCH adapter = row->pfnInvoke;
+        outcome = adapter ? (this->*adapter)(&clone, result) : E_FAIL;
+    } else {
+        consoleError("GetDipatchInfo() fail\n");
+    }
+    FreeDispParams(&clone);
+    return outcome;
+}
+
+HRESULT STDMETHODCALLTYPE ZComponentImpl::InterfaceSupportsErrorInfo(const GUID&) {
+    return S_OK;
+}
+
+void ZComponentImpl::FinalRelease() {}
+
+DispatchInfo* ZComponentImpl::GetSelfDispatchInfo() {
+    static DispatchInfo s_listDispatchInfo[1] = {};
+    return s_listDispatchInfo;
+}
+
+int ZComponentImpl::GetSelfGetDispatchInfoCount() {
+    return 0;
+}
+
+DispatchInfo* ZComponentImpl::GetDipatchInfo(DISPID id, WORD, DISPPARAMS* params, VARIANT* result,
+                                             EXCEPINFO* excep, UINT* argErr) {
+    if (!params && !result && !excep && !argErr) {
+        return nullptr;
+    }
+    return GetDispatchInfoById(this, id);
+}
+
+ULONG ZComponentImpl::AddRef() {
+    return static_cast<ULONG>(InterlockedIncrement(&m_lRef));
+}
+
+ULONG ZComponentImpl::Release() {
+    const LONG count = InterlockedDecrement(&m_lRef);
+    if (count == 0) {
+        FinalRelease();
+        delete this;
+        return 0;
+    }
+    return static_cast<ULONG>(count);
+}
+
+DispatchInfo* ZComponentImpl::GetDispatchInfo(ZComponentImpl* obj, const char* name) {
+    return zr::findRow(obj->GetSelfDispatchInfo(), obj->GetSelfGetDispatchInfoCount(), name);
+}
+
+DispatchInfo* ZComponentImpl::GetDispatchInfoById(ZComponentImpl* obj, LONG id) {
+    return zr::findRow(obj->GetSelfDispatchInfo(), obj->GetSelfGetDispatchInfoCount(), id);
+}

@@ -1,0 +1,131 @@
+// ZComponentImpl: the chain of proxies that add members to an object.
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "runtime/component_impl.h"
+#include "runtime/console.h"
+
+using zr::consoleOut;
+
+namespace {
+
+// Ids are summed without a sign: an offset near either end of the range wraps.
+DISPID addOffset(DISPID id, std::int32_t offset) {
+    return static_cast<DISPID>(static_cast<ULONG>(id) + static_cast<ULONG>(offset));
+}
+
+DISPID subtractOffset(DISPID id, std::int32_t offset) {
+    return static_cast<DISPID>(static_cast<ULONG>(id) - static_cast<ULONG>(offset));
+}
+
+}  // namespace
+
+std::optional<DISPID> ZComponentImpl::AskProxies(int stage, const GUID& riid, OLECHAR** names,
+                                                 UINT count, LCID lcid) const {
+    if (!m_pHead) {
+        return std::nullopt;
+    }
+    // A proxy writes one id for each of the names that it was asked for.
+    const UINT size = count > 0 ? count : 1;
+    const std::unique_ptr<DISPID[]> ids(new (std::nothrow) DISPID[size]);
+    for (const ProxyDispatchInfo* node = m_pHead; ids && node; node = node->pNext) {
+        if (!node->pDispatch || node->nStage != stage) {
+            continue;
+        }
+        std::memset(ids.get(), 0, size * sizeof(DISPID));
+        const HRESULT result =
+            node->pDispatch->GetIDsOfNames(riid, names, count, lcid, ids.get());
+        if (SUCCEEDED(result) && ids[0] > 0) {
+            return addOffset(ids[0], node->nIdOffset);
+        }
+    }
+    return std::nullopt;
+}
+
+HRESULT ZComponentImpl::CallProxyDispatch(int stage, DISPID id, const GUID& riid, LCID lcid,
+                                          WORD flags, DISPPARAMS* params, VARIANT* result,
+                                          EXCEPINFO* excep, UINT* argErr) {
+    for (const ProxyDispatchInfo* node = m_pHead; node; node = node->pNext) {
+        if (node->pDispatch && node->nStage == stage &&
+            SUCCEEDED(node->pDispatch->Invoke(subtractOffset(id, node->nIdOffset), riid, lcid,
+                                              flags, params, result, excep, argErr))) {
+            return S_OK;
+        }
+    }
+    return E_FAIL;
+}
+
+BOOL ZComponentImpl::AddProxyDispatch(IDispatch* proxy, LONG idOffset, int stage,
+                                      const char* name) {
+    if (!proxy || FindPDI(proxy)) {
+        return 0;
+    }
+    auto* node = new (std::nothrow) ProxyDispatchInfo();
+    if (!node) {
+        return 0;
+    }
+    node->pDispatch = proxy;
+    node->nIdOffset = idOffset;
+    node->nStage = stage;
+    if (name && std::strlen(name) < sizeof node->szName) {
+        std::strcpy(node->szName, name);
+    }
+    if (m_pTail) {
+        m_pTail->pNext = node;
+    } else {
+        m_pHead = node;
+    }
+    m_pTail = node;
+    proxy->AddRef();
+    return 1;
+}
+
+BOOL ZComponentImpl::RemoveProxyDispatch(IDispatch* proxy) {
+    ProxyDispatchInfo* node = proxy ? FindPDI(proxy) : nullptr;
+    if (!node) {
+        return 0;
+    }
+    if (node == m_pHead) {
+        m_pHead = node->pNext;
+        if (!m_pHead) {
+            m_pTail = nullptr;
+        }
+    } else {
+        ProxyDispatchInfo* previous = m_pHead;
+        while (previous->pNext != node) {
+            previous = previous->pNext;
+        }
+        previous->pNext = node->pNext;
+        if (node == m_pTail) {
+            m_pTail = previous;
+        }
+    }
+    proxy->Release();
+    delete node;
+    return 1;
+}
+
+ProxyDispatchInfo* ZComponentImpl::FindPDI(IDispatch* proxy) const {
+    ProxyDispatchInfo* node = m_pHead;
+    while (node && node->pDispatch != proxy) {
+        node = node->pNext;
+    }
+    return node;
+}
+
+void ZComponentImpl::ClearPDI() {
+    while (ProxyDispatchInfo* node = m_pHead) {
+        m_pHead = node->pNext;
+        if (node->pDispatch) {
+            node->pDispatch->Release();
+        }
+        delete node;
+    }
+    m_pTail = nullptr;
+}
+
+void ZComponentImpl::PrintPDI() const {
+    // Nothing is printed for a node; the closing line alone tells that the chain was walked.
+    consoleOut("-------------PrintPDI End----------------\n");
+}

@@ -1,0 +1,68 @@
+// Counts owners in a list beside the blocks: ZComBSTR has two members and no room for a count.
+#include "runtime/shared_pointers.h"
+
+#include <atomic>
+#include <mutex>
+#include <new>
+
+namespace zr {
+namespace {
+
+struct SharedBlock {
+    const void* block;
+    unsigned int furtherOwners;
+    SharedBlock* next;
+};
+
+std::mutex s_mutex;
+SharedBlock* s_first = nullptr;
+// Strings that were never assigned, which is all of the library's own, take no lock.
+std::atomic<unsigned int> s_count{0};
+
+SharedBlock** find(const void* block) {
+    SharedBlock** link = &s_first;
+    while (*link && (*link)->block != block) {
+        link = &(*link)->next;
+    }
+    return link;
+}
+
+}  // namespace
+
+bool addOwner(const void* block) {
+    if (!block) {
+        return true;
+    }
+    const std::lock_guard<std::mutex> lock(s_mutex);
+    if (SharedBlock* shared = *find(block)) {
+        ++shared->furtherOwners;
+        return true;
+    }
+    auto* made = new (std::nothrow) SharedBlock{block, 1, s_first};
+    if (!made) {
+        return false;
+    }
+    s_first = made;
+    ++s_count;
+    return true;
+}
+
+bool dropOwner(const void* block) {
+    if (s_count == 0) {
+        return true;
+    }
+    const std::lock_guard<std::mutex> lock(s_mutex);
+    SharedBlock** link = find(block);
+    SharedBlock* shared = *link;
+    if (!shared) {
+        return true;
+    }
+    if (--shared->furtherOwners == 0) {
+        *link = shared->next;
+        delete shared;
+        --s_count;
+    }
+    return false;
+}
+
+}  // namespace zr

@@ -1,0 +1,165 @@
+// Conversions between UTF-8 and UTF-16 over the platform's converters.
+#include "runtime/string_convert.h"
+
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "kernel.h"
+#include "runtime/console.h"
+
+namespace {
+
+/// SysAllocString, looked up anew for each string: the strings of a host come from whichever
+/// automation platform the process has loaded.
+BSTR allocateThroughPlatform(const OLECHAR* text) {
+    const HMODULE platform = LoadLibraryA("OleAut32.dll");
+    if (!platform) {
+        return nullptr;
+    }
+    using SysAllocStringFunction = BSTR(STDAPICALLTYPE*)(const OLECHAR*);
+    const auto allocate = reinterpret_cast<SysAllocStringFunction>(
+        reinterpret_cast<void*>(GetProcAddress(platform, "SysAllocString")));
+    const BSTR result = allocate ? allocate(text) : nullptr;
+    FreeLibrary(platform);
+    return result;
+}
+
+BSTR allocateString(const char* utf8, const char* functionName) {
+    const int units = ZConvUTF8ToUnicode(utf8, nullptr, 0);
+    if (units == 0) {
+        zr::consoleError("Error: %s() return %d\n", functionName, 0);
+        return nullptr;
+    }
+    // One unit more than reported: a truncated sequence at the end can swallow the terminator.
+    const auto size = static_cast<std::size_t>(units) + 1;
+    const std::unique_ptr<OLECHAR[]> buffer(new (std::nothrow) OLECHAR[size]());
+    if (!buffer || ZConvUTF8ToUnicode(utf8, buffer.get(), static_cast<unsigned int>(units)) == 0) {
+        return nullptr;
+    }
+    return allocateThroughPlatform(buffer.get());
+}
+
+BSTR allocateStringLen(const char* utf8, unsigned int len, BSTR (*allocate)(const char*)) {
+    if (!utf8) {
+        return nullptr;
+    }
+    if (len > std::strlen(utf8)) {
+        return allocate(utf8);
+    }
+    const std::unique_ptr<char[]> copy(new (std::nothrow) char[static_cast<std::size_t>(len) + 1]);
+    if (!copy) {
+        return nullptr;
+    }
+    std::memcpy(copy.get(), utf8, len);
+    copy[len] = 0;
+    return allocate(copy.get());
+}
+
+}  // namespace
+
+int ZConvUTF8ToUnicode(const char* utf8, OLECHAR* out, unsigned int outLen) {
+    if (!utf8 || !*utf8) {
+        return 1;
+    }
+    return MultiByteToWideChar(CP_UTF8, 0, utf8, -1, out, static_cast<int>(outLen));
+}
+
+int ZConvUnicodeToUTF8(const OLECHAR* w, char* out, unsigned int outLen) {
+    if (!w) {
+        return 0;
+    }
+    return WideCharToMultiByte(CP_UTF8, 0, w, -1, out, static_cast<int>(outLen), nullptr, nullptr);
+}
+
+BSTR ZSysAllocUTF8String(const char* utf8) {
+    return allocateString(utf8, "ZConvUTF8ToUnicode");
+}
+
+BSTR ZSysAllocUTF8StringLen(const char* utf8, unsigned int len) {
+    return allocateStringLen(utf8, len, ZSysAllocUTF8String);
+}
+
+int ZSysStringGetStreamSize(BSTR s) {
+    return s ? static_cast<int>(SysStringByteLen(s) + 6) : 4;
+}
+
+int ZBstrToUtf8(BSTR s, char* out, unsigned int outSize) {
+    const int needed = ZConvUnicodeToUTF8(s, nullptr, 0);
+    if (needed == 0 || !out || static_cast<unsigned int>(needed) > outSize) {
+        return needed;
+    }
+    std::memset(out, 0, outSize);
+    return ZConvUnicodeToUTF8(s, out, outSize) == 0 ? 0 : needed;
+}
+
+std::size_t strlen_unicode(const OLECHAR* text) {
+    std::size_t length = 0;
+    while (text[length]) {
+        ++length;
+    }
+    return length;
+}
+
+std::size_t strlen_utf8(const char* text) {
+    // Read as volatile: the walk that never ends must not be taken for one that ends.
+    const volatile char* at = text;
+    std::size_t count = 0;
+    while (*at) {
+        const auto lead = static_cast<unsigned char>(*at);
+        if (lead >= 0x80 && lead < 0xC0) {
+            ++at;
+            continue;
+        }
+        ++count;
+        switch (lead >> 4) {
+            case 0xC:
+                at += 2;
+                break;
+            case 0xD:  // counted and not passed
+                break;
+            case 0xE:
+                at += 3;
+                break;
+            case 0xF:
+                at += 4;
+                break;
+            default:
+                ++at;
+        }
+    }
+    return count;
+}
+
+int _ZConvUTF8ToUnicode(const char* utf8, OLECHAR* out, unsigned int outLen) {
+    return ZConvUTF8ToUnicode(utf8, out, outLen);
+}
+
+int _ZConvUnicodeToUTF8(const OLECHAR* w, char* out, unsigned int outLen) {
+    return ZConvUnicodeToUTF8(w, out, outLen);
+}
+
+BSTR _ZSysAllocUTF8String(const char* utf8) {
+    zr::consoleOut("_ZSysAllocUTF8String call...[%s]\n", utf8 ? utf8 : "(null)");
+    return allocateString(utf8, "_ZConvUTF8ToUnicode");
+}
+
+BSTR _ZSysAllocUTF8StringLen(const char* utf8, unsigned int len) {
+    return allocateStringLen(utf8, len, _ZSysAllocUTF8String);
+}
+
+int _ZSysStringGetStreamSize(BSTR s) {
+    return ZSysStringGetStreamSize(s);
+}
+
+int _ZBstrToUtf8(BSTR s, char* out, unsigned int outSize) {
+    return ZBstrToUtf8(s, out, outSize);
+}
+
+std::size_t _strlen_unicode(const OLECHAR* text) {
+    return strlen_unicode(text);
+}
+
+std::size_t _strlen_utf8(const char* text) {
+    return strlen_utf8(text);
+}
