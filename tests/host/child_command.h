@@ -1,0 +1,43 @@
+// Starts the zrkey command as a child process and keeps what it wrote, stream by stream.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace zrtest {
+
+struct CommandResult {
+    int exitCode = -1;
+    std::string output;
+    std::string errors;
+};
+
+/// Gives each test a fresh current directory and goes back after it.
+class ChildCommandTest : public testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    /// Runs zrkey. Words with blanks are fine, words with quotes are not.
+    static CommandResult zrkey(const std::vector<std::string>& words);
+    /// Runs tests/host/scripts/NAME, with options before it and arguments after it.
+    static CommandResult runScript(const std::string& name,
+                                   const std::vector<std::string>& arguments = {},
+                                   const std::vector<std::string>& options = {});
+    /// Writes a script into the current directory and runs it.
+    static CommandResult runText(const std::string& text,
+                                 const std::vector<std::string>& options = {});
+    /// The path under which runScript names a script, as error messages show it.
+    static std::string scriptPath(const std::string& name);
+
+private:
+    std::filesystem::path m_before;
+};
+
+/// Writes a file as it is.
+void writeFile(const std::filesystem::path& path, const std::string& content);
+
+}  // namespace zrtest

@@ -1,0 +1,58 @@
+// The command line of zrkey: help, version and wrong usage.
+#include "child_command.h"
+
+namespace zrtest {
+namespace {
+
+using CommandLineTest = ChildCommandTest;
+
+void expectUsageError(const CommandResult& result) {
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.output, "");
+    EXPECT_NE(result.errors, "");
+}
+
+TEST_F(CommandLineTest, VersionIsPrinted) {
+    const CommandResult result = zrkey({"--version"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.output, "zrkey " ZRKEY_VERSION "\n");
+    EXPECT_EQ(result.errors, "");
+}
+
+TEST_F(CommandLineTest, HelpNamesTheCommands) {
+    const CommandResult result = zrkey({"--help"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_NE(result.output.find("\n  run "), std::string::npos) << result.output;
+    EXPECT_EQ(result.errors, "");
+}
+
+TEST_F(CommandLineTest, HelpOfRunShowsItsUsage) {
+    const CommandResult result = zrkey({"run", "--help"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_NE(result.output.find("zrkey run [OPTIONS] FILE [ARG...]\n"), std::string::npos)
+        << result.output;
+    EXPECT_NE(result.output.find("-v,--verbose"), std::string::npos) << result.output;
+}
+
+TEST_F(CommandLineTest, NoCommandIsAUsageError) {
+    expectUsageError(zrkey({}));
+}
+
+TEST_F(CommandLineTest, UnknownCommandIsAUsageError) {
+    expectUsageError(zrkey({"dance"}));
+}
+
+TEST_F(CommandLineTest, RunWithoutAFileIsAUsageError) {
+    const CommandResult result = zrkey({"run"});
+    expectUsageError(result);
+    EXPECT_NE(result.errors.find("FILE"), std::string::npos) << result.errors;
+}
+
+TEST_F(CommandLineTest, UnknownOptionOfRunIsAUsageError) {
+    const CommandResult result = zrkey({"run", "--dance", "script.js"});
+    expectUsageError(result);
+    EXPECT_NE(result.errors.find("--dance"), std::string::npos) << result.errors;
+}
+
+}  // namespace
+}  // namespace zrtest

@@ -1,0 +1,178 @@
+// Wrapped objects in scripts: members, conversion of arguments and results, errors, lifetime.
+#include "script_object.h"
+
+#include "scripted_object.h"
+
+#include <gtest/gtest.h>
+
+namespace zrhost {
+namespace {
+
+/// Evaluates script text with a ScriptedObject as the global "object".
+class ScriptObjectTest : public testing::Test {
+protected:
+    void SetUp() override {
+        m_heap = duk_create_heap(nullptr, nullptr, nullptr, &m_context, nullptr);
+        addObjectSupport(m_heap);
+        ComRef<IDispatch> object;
+        object.reset(new zrtest::ScriptedObject);
+        pushObject(m_heap, std::move(object));
+        duk_put_global_string(m_heap, "object");
+    }
+
+    void TearDown() override {
+        closeHeap();
+        EXPECT_EQ(zrtest::ScriptedObject::living(), 0);
+    }
+
+    void closeHeap() {
+        duk_destroy_heap(m_heap);
+        m_heap = nullptr;
+    }
+
+    /// The value of an expression as text, or the error it throws.
+    std::string evaluate(const std::string& expression) {
+        duk_peval_lstring(m_heap, expression.data(), expression.size());
+        std::string text = duk_safe_to_string(m_heap, -1);
+        duk_pop(m_heap);
+        return text;
+    }
+
+    duk_context* m_heap = nullptr;
+
+private:
+    Console m_console{Diagnostics::kOnStandardError};
+    ScriptContext m_context{m_console};
+};
+
+TEST_F(ScriptObjectTest, KnownMemberIsAFunctionWithItsName) {
+    EXPECT_EQ(evaluate("typeof object.Echo + object.Echo.name"), "functionEcho");
+    EXPECT_EQ(evaluate("object.Echo === object.Echo"), "true");
+    EXPECT_EQ(evaluate("'Echo' in object"), "true");
+}
+
+TEST_F(ScriptObjectTest, UnknownMemberIsUndefined) {
+    EXPECT_EQ(evaluate("object.echo"), "undefined");
+    EXPECT_EQ(evaluate("'echo' in object"), "false");
+    EXPECT_EQ(evaluate("object['Echo\\u0000']"), "undefined");
+    EXPECT_EQ(evaluate("[object[''], object[0], object[Symbol.iterator]].join('-')"), "--");
+}
+
+TEST_F(ScriptObjectTest, CallOfAnUnknownMemberNamesIt) {
+    const std::string error = evaluate("object.echo()");
+    EXPECT_EQ(error.find("TypeError: "), 0U) << error;
+    EXPECT_NE(error.find("'echo'"), std::string::npos) << error;
+}
+
+TEST_F(ScriptObjectTest, ArgumentsArriveInNaturalOrderWithTheirTypes) {
+    EXPECT_EQ(evaluate("object.Types('text', 1, true, null, undefined, object, new Uint8Array(2))"),
+              "8 5 11 1 0 9 8209");
+}
+
+TEST_F(ScriptObjectTest, NoArgumentsAreNone) {
+    EXPECT_EQ(evaluate("object.Types()"), "");
+}
+
+TEST_F(ScriptObjectTest, SimpleValuesComeBackAsTheyWere) {
+    EXPECT_EQ(evaluate("object.Echo(-2.5) === -2.5"), "true");
+    EXPECT_EQ(evaluate("object.Echo(true) === true && object.Echo(false) === false"), "true");
+    EXPECT_EQ(evaluate("object.Echo(null) === null"), "true");
+    EXPECT_EQ(evaluate("object.Echo(undefined) === undefined"), "true");
+    EXPECT_EQ(evaluate("object.Echo('') === ''"), "true");
+}
+
+TEST_F(ScriptObjectTest, TextKeepsEveryUnit) {
+    EXPECT_EQ(evaluate("var text = 'a\\u0000\\u00e9\\u9375\\ud83d\\udd11\\ud83d';"
+                       "object.Echo(text) === text"),
+              "true");
+    EXPECT_EQ(evaluate("object.Units('a\\ud83d\\udd11\\u0000')"), "61 d83d dd11 0");
+}
+
+TEST_F(ScriptObjectTest, BytesComeBackAsUint8Array) {
+    EXPECT_EQ(evaluate("var bytes = object.Echo(new Uint8Array([0, 1, 255]));"
+                       "(bytes instanceof Uint8Array) + ' ' + bytes.length + ' ' + bytes[2]"),
+              "true 3 255");
+    EXPECT_EQ(evaluate("object.Echo(new Uint8Array(0)).length"), "0");
+}
+
+TEST_F(ScriptObjectTest, ListOfTextsComesBackAsArray) {
+    EXPECT_EQ(evaluate("JSON.stringify(object.Texts())"), "[\"one\",\"\",\"three\"]");
+}
+
+TEST_F(ScriptObjectTest, WholeNumbersOfEveryWidthComeBackAsNumbers) {
+    EXPECT_EQ(evaluate("object.Unsigned()"), "4294967295");
+    EXPECT_EQ(evaluate("object.Signed()"), "-2");
+}
+
+TEST_F(ScriptObjectTest, ObjectComesBackAsObject) {
+    EXPECT_EQ(evaluate("object.Child().Echo(7)"), "7");
+    EXPECT_EQ(evaluate("object.Echo(object.Child()).Echo(8)"), "8");
+    EXPECT_EQ(evaluate("object.NullChild() === null"), "true");
+}
+
+TEST_F(ScriptObjectTest, ResultOfAnotherTypeIsAnError) {
+    EXPECT_EQ(evaluate("object.Odd()"), "TypeError: Odd gave a result of the unknown type 10");
+}
+
+TEST_F(ScriptObjectTest, FailingMemberThrowsWithItsResult) {
+    EXPECT_EQ(evaluate("object.Fail()"), "Error: Fail failed: E_FAIL (0x80004005)");
+    EXPECT_EQ(evaluate("try { object.Fail() } catch (error) { error.hresult }"), "2147500037");
+}
+
+TEST_F(ScriptObjectTest, ArgumentThatCannotBePassedIsAnError) {
+    const std::string error = "TypeError: Echo: argument 2 is of a kind that cannot be passed";
+    EXPECT_EQ(evaluate("object.Echo(1, {})"), error);
+    EXPECT_EQ(evaluate("object.Echo(1, function () {})"), error);
+    EXPECT_EQ(evaluate("object.Echo(1, Symbol('s'))"), error);
+}
+
+TEST_F(ScriptObjectTest, MemberNeedsItsObject) {
+    const std::string error = "TypeError: Echo called on what is no token object";
+    EXPECT_EQ(evaluate("object.Echo.call({}, 1)"), error);
+    EXPECT_EQ(evaluate("object.Echo.call(undefined, 1)"), error);
+    EXPECT_EQ(evaluate("object.Echo.call(5, 1)"), error);
+    EXPECT_EQ(evaluate("object.Echo.call(object.Child(), 1)"), "1");
+}
+
+TEST_F(ScriptObjectTest, ProviderNeedsNew) {
+    EXPECT_EQ(evaluate("TokenProvider()"), "TypeError: TokenProvider is made with new");
+}
+
+TEST_F(ScriptObjectTest, ReferenceGoesWithTheLastUse) {
+    evaluate("var child = object.Child(); var other = child;");
+    EXPECT_EQ(zrtest::ScriptedObject::living(), 2);
+    evaluate("child = null;");
+    EXPECT_EQ(zrtest::ScriptedObject::living(), 2);
+    evaluate("other = null; 0");
+    EXPECT_EQ(zrtest::ScriptedObject::living(), 1);
+}
+
+TEST_F(ScriptObjectTest, ReferenceInACycleGoesWithACollection) {
+    evaluate("var holder = { child: object.Child() }; holder.self = holder; holder = null; 0");
+    EXPECT_EQ(zrtest::ScriptedObject::living(), 2);
+    evaluate("Duktape.gc(); Duktape.gc(); 0");
+    EXPECT_EQ(zrtest::ScriptedObject::living(), 1);
+}
+
+TEST_F(ScriptObjectTest, WhatTheScriptHoldsGoesWithTheEngine) {
+    evaluate("var held = [object.Child(), object.Child()]");
+    EXPECT_EQ(zrtest::ScriptedObject::living(), 3);
+    closeHeap();
+    EXPECT_EQ(zrtest::ScriptedObject::living(), 0);
+}
+
+TEST_F(ScriptObjectTest, ObjectWhoseFinalizerWasCalledIsDead) {
+    evaluate("var child = object.Child(); Duktape.fin(child)(child);");
+    EXPECT_EQ(zrtest::ScriptedObject::living(), 1);
+    EXPECT_EQ(evaluate("object.Echo.call(child, 1)"),
+              "TypeError: Echo called on what is no token object");
+    EXPECT_EQ(evaluate("child.Echo"), "undefined");
+}
+
+TEST_F(ScriptObjectTest, FailedConversionKeepsNoReference) {
+    evaluate("try { object.Echo(object.Child(), 'text', {}) } catch (error) { } 0");
+    EXPECT_EQ(zrtest::ScriptedObject::living(), 1);
+}
+
+}  // namespace
+}  // namespace zrhost

@@ -1,0 +1,5 @@
+// The arguments, one a line.
+print(arguments.length);
+arguments.forEach(function (text) {
+    print("<" + text + ">");
+});

@@ -1,0 +1,4 @@
+// The error is in line 4.
+print("never shown");
+
+var a = ;

@@ -1,0 +1,61 @@
+// Text conversion of the command: the script engine's form, UTF-16 and UTF-8.
+#include "text.h"
+
+#include <gtest/gtest.h>
+
+namespace zrhost {
+namespace {
+
+const OleString kKey = {OLECHAR{0xD83D}, OLECHAR{0xDD11}};
+constexpr const char* kKeyUtf8 = "\xF0\x9F\x94\x91";
+constexpr const char* kKeyCesu8 = "\xED\xA0\xBD\xED\xB4\x91";
+
+TEST(TextTest, Utf8PastTheFirstPlaneBecomesAPair) {
+    EXPECT_EQ(toUtf16(kKeyUtf8), kKey);
+}
+
+TEST(TextTest, EngineFormBecomesTheSamePair) {
+    EXPECT_EQ(toUtf16(kKeyCesu8), kKey);
+}
+
+TEST(TextTest, PairIsOneCharacterInUtf8) {
+    EXPECT_EQ(toUtf8(kKey), kKeyUtf8);
+}
+
+TEST(TextTest, PairIsTwoCharactersInTheEngine) {
+    EXPECT_EQ(toScriptText(kKey), kKeyCesu8);
+}
+
+TEST(TextTest, LengthsOneToThreeRoundTrip) {
+    const std::string text = "a\xC3\xA9\xE9\x8D\xB5";
+    EXPECT_EQ(toUtf16(text), (OleString{OLECHAR{0x61}, OLECHAR{0xE9}, OLECHAR{0x9375}}));
+    EXPECT_EQ(toUtf8(toUtf16(text)), text);
+    EXPECT_EQ(toScriptText(toUtf16(text)), text);
+}
+
+TEST(TextTest, NulIsACharacter) {
+    const std::string text("a\0b", 3);
+    EXPECT_EQ(toUtf16(text).size(), 3U);
+    EXPECT_EQ(toUtf8(toUtf16(text)), text);
+}
+
+TEST(TextTest, LoneHalfStaysInTheEngineAndIsReplacedInUtf8) {
+    const OleString half(1, OLECHAR{0xD83D});
+    EXPECT_EQ(toUtf16(toScriptText(half)), half);
+    EXPECT_EQ(toUtf8(half), "\xEF\xBF\xBD");
+    EXPECT_EQ(toUtf8(OleString(1, OLECHAR{0xDD11})), "\xEF\xBF\xBD");
+}
+
+TEST(TextTest, MalformedBytesAreReplacedOneByOne) {
+    const OLECHAR replacement = 0xFFFD;
+    EXPECT_EQ(toUtf16("\x80"), OleString(1, replacement));
+    EXPECT_EQ(toUtf16("\xC3"), OleString(1, replacement));
+    EXPECT_EQ(toUtf16("\xE9\x8D"), OleString(2, replacement));
+    EXPECT_EQ(toUtf16("\xC0\x80"), OleString(2, replacement));
+    EXPECT_EQ(toUtf16("\xF8\x88"), OleString(2, replacement));
+    EXPECT_EQ(toUtf16("\xF5\x80\x80\x80"), OleString(4, replacement));
+    EXPECT_EQ(toUtf16("\xC3z"), (OleString{replacement, OLECHAR{'z'}}));
+}
+
+}  // namespace
+}  // namespace zrhost
