@@ -1,6 +1,10 @@
 // The command line of zrkey: help, version and wrong usage.
 #include "child_command.h"
 
+#include <fstream>
+#include <iterator>
+#include <regex>
+
 namespace zrtest {
 namespace {
 
@@ -32,6 +36,21 @@ TEST_F(CommandLineTest, HelpOfRunShowsItsUsage) {
     EXPECT_NE(result.output.find("zrkey run [OPTIONS] FILE [ARG...]\n"), std::string::npos)
         << result.output;
     EXPECT_NE(result.output.find("-v,--verbose"), std::string::npos) << result.output;
+}
+
+TEST_F(CommandLineTest, EverySwitchOfRunStandsInItsReference) {
+    std::ifstream stream(ZRKEY_RUN_REFERENCE, std::ios::binary);
+    const std::string reference{std::istreambuf_iterator<char>(stream), {}};
+    const std::string help = zrkey({"run", "--help"}).output;
+    const std::regex pattern("[ ,](--?[a-z][a-z-]*)");
+    int switches = 0;
+    for (std::sregex_iterator match(help.begin(), help.end(), pattern), end; match != end;
+         ++match) {
+        ++switches;
+        EXPECT_NE(reference.find('`' + (*match)[1].str() + '`'), std::string::npos)
+            << (*match)[1].str();
+    }
+    EXPECT_GE(switches, 4);
 }
 
 TEST_F(CommandLineTest, NoCommandIsAUsageError) {
