@@ -13,6 +13,8 @@ namespace {
 
 constexpr std::size_t kHiddenSize = 16;
 constexpr ULONG kMaxLocks = 0xffff;
+// The memory of the array is somebody else's.
+constexpr USHORT kForeign = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED;
 
 struct ElementType {
     ULONG size;
@@ -103,14 +105,18 @@ std::size_t elementCount(SAFEARRAY* array) {
 // False when the bytes of the array do not fit 32 bits.
 bool dataSize(SAFEARRAY* array, std::size_t* size) {
     ULONGLONG total = array->cbElements;
+    bool fits = true;
     for (UINT i = 0; i < array->cDims; ++i) {
-        total *= boundsOf(array)[i].cElements;
-        if (total > std::numeric_limits<ULONG>::max()) {
-            return false;
+        const ULONG elements = boundsOf(array)[i].cElements;
+        if (elements == 0) {
+            *size = 0;
+            return true;
         }
+        fits = fits && total <= std::numeric_limits<ULONG>::max() / elements;
+        total = fits ? total * elements : total;
     }
     *size = static_cast<std::size_t>(total);
-    return true;
+    return fits;
 }
 
 bool allocateData(SAFEARRAY* array) {
@@ -213,9 +219,11 @@ HRESULT SafeArrayDestroy(SAFEARRAY* array) {
     }
     if (array->pvData != nullptr) {
         clearElements(array);
-        zr::release(array->pvData);
     }
-    releaseDescriptor(array);
+    if ((array->fFeatures & kForeign) == 0) {
+        zr::release(array->pvData);
+        releaseDescriptor(array);
+    }
     return S_OK;
 }
 
@@ -266,10 +274,12 @@ HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy) {
     if (result == nullptr) {
         return E_OUTOFMEMORY;
     }
-    constexpr USHORT kStorage = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED | FADF_FIXEDSIZE;
-    result->fFeatures = static_cast<USHORT>(array->fFeatures & ~kStorage);
+    result->fFeatures = static_cast<USHORT>(array->fFeatures & ~(kForeign | FADF_FIXEDSIZE));
     result->cbElements = array->cbElements;
-    std::memcpy(hiddenPart(result), hiddenPart(array), kHiddenSize);
+    // A descriptor that a caller made has no hidden part.
+    if ((array->fFeatures & (FADF_HAVEVARTYPE | FADF_HAVEIID)) != 0) {
+        std::memcpy(hiddenPart(result), hiddenPart(array), kHiddenSize);
+    }
     std::memcpy(boundsOf(result), boundsOf(array), array->cDims * sizeof(SAFEARRAYBOUND));
     if (!allocateData(result)) {
         releaseDescriptor(result);
@@ -292,14 +302,8 @@ HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type) {
         DWORD value = 0;
         std::memcpy(&value, hiddenPart(array) + kHiddenSize - sizeof value, sizeof value);
         *type = static_cast<VARTYPE>(value);
-    } else if ((array->fFeatures & FADF_BSTR) != 0) {
-        *type = VT_BSTR;
-    } else if ((array->fFeatures & FADF_DISPATCH) != 0) {
-        *type = VT_DISPATCH;
-    } else if ((array->fFeatures & FADF_UNKNOWN) != 0) {
-        *type = VT_UNKNOWN;
-    } else if ((array->fFeatures & FADF_VARIANT) != 0) {
-        *type = VT_VARIANT;
+    } else if ((array->fFeatures & FADF_HAVEIID) != 0) {
+        *type = (array->fFeatures & FADF_DISPATCH) != 0 ? VT_DISPATCH : VT_UNKNOWN;
     } else {
         return E_INVALIDARG;
     }

@@ -16,7 +16,9 @@ BSTR allocateBytes(const void* bytes, UINT length) {
     if (length > kMaxBytes) {
         return nullptr;
     }
-    auto* block = static_cast<char*>(zr::allocate(kPrefixSize + length + sizeof(OLECHAR)));
+    // An odd length leaves half a unit, which needs a whole terminator behind it all the same.
+    const std::size_t size = length + length % sizeof(OLECHAR);
+    auto* block = static_cast<char*>(zr::allocate(kPrefixSize + size + sizeof(OLECHAR)));
     if (block == nullptr) {
         return nullptr;
     }

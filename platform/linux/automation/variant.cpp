@@ -15,7 +15,6 @@ HRESULT validateType(VARTYPE type) {
         case VT_NULL:
             return modified ? DISP_E_BADVARTYPE : S_OK;
         case VT_VARIANT:
-            return modified ? S_OK : DISP_E_BADVARTYPE;
         case VT_I2:
         case VT_I4:
         case VT_R4:
@@ -94,7 +93,8 @@ HRESULT VariantCopy(VARIANT* target, const VARIANT* source) {
     *target = *source;
     if (ownsArray(source)) {
         hr = SafeArrayCopy(source->parray, &target->parray);
-    } else if (source->vt == VT_BSTR && source->bstrVal != nullptr) {
+    } else if (source->vt == VT_BSTR) {
+        // A null string becomes an empty one.
         target->bstrVal = SysAllocStringByteLen(reinterpret_cast<const char*>(source->bstrVal),
                                                 SysStringByteLen(source->bstrVal));
         hr = target->bstrVal == nullptr ? E_OUTOFMEMORY : S_OK;

@@ -1,151 +1,251 @@
-// VariantChangeType: the conversions between variant types.
-#include <cmath>
-#include <limits>
+// VariantChangeType: finds the value of the source and the conversion to the type asked for.
+#include <algorithm>
+#include <string_view>
 
+#include "number.h"
+#include "number_text.h"
 #include "variant.h"
 
 namespace {
 
-__extension__ using Wide = __int128;
+constexpr VARTYPE kBytes = VT_ARRAY | VT_UI1;
+constexpr USHORT kKnownFlags = VARIANT_NOVALUEPROP | VARIANT_ALPHABOOL | VARIANT_LOCALBOOL;
+constexpr LCID kUserDefaultLocale = 0x400;
 
-bool isInteger(VARTYPE type) {
-    switch (type) {
-        case VT_I1:
-        case VT_I2:
-        case VT_I4:
-        case VT_I8:
-        case VT_UI1:
-        case VT_UI2:
-        case VT_UI4:
-        case VT_UI8:
-        case VT_INT:
-        case VT_UINT:
-            return true;
-        default:
-            return false;
+// A view of the value a variant refers to; it owns nothing.
+HRESULT dereference(const VARIANT& source, VARIANT* value) {
+    *value = source;
+    if ((source.vt & VT_BYREF) == 0) {
+        return S_OK;
     }
-}
-
-Wide integerValue(const VARIANT& variant) {
-    switch (variant.vt) {
+    if (source.byref == nullptr) {
+        return DISP_E_TYPEMISMATCH;
+    }
+    if (source.vt == (VT_BYREF | VT_VARIANT)) {
+        const VARIANT& inner = *source.pvarVal;
+        return inner.vt == source.vt ? E_INVALIDARG : dereference(inner, value);
+    }
+    value->vt = static_cast<VARTYPE>(source.vt & ~VT_BYREF);
+    value->ullVal = 0;
+    std::size_t size = sizeof(void*);
+    switch (value->vt) {
         case VT_I1:
-            return static_cast<signed char>(variant.cVal);
+        case VT_UI1:
+            size = 1;
+            break;
         case VT_I2:
-            return variant.iVal;
+        case VT_UI2:
         case VT_BOOL:
-            return variant.boolVal;
+            size = 2;
+            break;
         case VT_I4:
-        case VT_INT:
-            return variant.lVal;
-        case VT_I8:
-            return variant.llVal;
-        case VT_UI1:
-            return variant.bVal;
-        case VT_UI2:
-            return variant.uiVal;
         case VT_UI4:
+        case VT_INT:
         case VT_UINT:
-            return variant.ulVal;
-        case VT_UI8:
-            return static_cast<Wide>(variant.ullVal);
+        case VT_R4:
+        case VT_ERROR:
+            size = 4;
+            break;
         default:
-            return 0;
+            break;
     }
+    std::memcpy(&value->ullVal, source.byref, size);
+    return S_OK;
 }
 
-template <typename Value>
-bool store(Wide value, Value* target) {
-    if (value < std::numeric_limits<Value>::min() || value > std::numeric_limits<Value>::max()) {
-        return false;
-    }
-    *target = static_cast<Value>(value);
-    return true;
+HRESULT ownText(BSTR text, VARIANT* target) {
+    target->vt = VT_BSTR;
+    target->bstrVal = text;
+    return text == nullptr ? E_OUTOFMEMORY : S_OK;
 }
 
-bool storeInteger(Wide value, VARTYPE type, VARIANT* target) {
-    target->vt = type;
+HRESULT toText(const VARIANT& source, USHORT flags, VARIANT* target) {
+    const zr::Number number = zr::numberOf(source);
+    switch (source.vt) {
+        case VT_EMPTY:
+            return ownText(SysAllocString(OLESTR("")), target);
+        case VT_R4:
+            return ownText(zr::textOfReal(number.real, 7), target);
+        case VT_R8:
+            return ownText(zr::textOfReal(number.real, 15), target);
+        case VT_CY:
+            return ownText(zr::textOfCurrency(source.cyVal.int64), target);
+        case VT_DATE:
+            // The form of a date is the locale's; there is none here.
+            return DISP_E_TYPEMISMATCH;
+        case VT_BOOL:
+            if ((flags & (VARIANT_ALPHABOOL | VARIANT_LOCALBOOL)) != 0) {
+                return ownText(SysAllocString(source.boolVal != VARIANT_FALSE ? OLESTR("True")
+                                                                              : OLESTR("False")),
+                               target);
+            }
+            break;
+        default:
+            break;
+    }
+    return ownText(zr::textOfInteger(number.negative, number.magnitude), target);
+}
+
+bool equalsIgnoringCase(std::u16string_view text, std::u16string_view lower) {
+    return std::equal(text.begin(), text.end(), lower.begin(), lower.end(),
+                      [](char16_t a, char16_t b) {
+                          return (a >= u'A' && a <= u'Z' ? a + (u'a' - u'A') : a) == b;
+                      });
+}
+
+HRESULT textToBool(const OLECHAR* text, VARIANT* target) {
+    const std::u16string_view word(text);
+    const bool isTrue = equalsIgnoringCase(word, u"true") || word == u"#TRUE#";
+    const bool isFalse = equalsIgnoringCase(word, u"false") || word == u"#FALSE#";
+    if (!isTrue && !isFalse) {
+        return zr::storeText(text, VT_BOOL, target);
+    }
+    target->vt = VT_BOOL;
+    target->boolVal = isTrue ? VARIANT_TRUE : VARIANT_FALSE;
+    return S_OK;
+}
+
+HRESULT fromText(BSTR source, VARTYPE type, VARIANT* target) {
+    const OLECHAR* text = source == nullptr ? OLESTR("") : source;
     switch (type) {
-        case VT_I1: {
-            signed char narrow = 0;
-            const bool fits = store(value, &narrow);
-            target->cVal = static_cast<CHAR>(narrow);
-            return fits;
-        }
-        case VT_I2:
-            return store(value, &target->iVal);
-        case VT_I4:
-        case VT_INT:
-            return store(value, &target->lVal);
-        case VT_I8:
-            return store(value, &target->llVal);
-        case VT_UI1:
-            return store(value, &target->bVal);
-        case VT_UI2:
-            return store(value, &target->uiVal);
-        case VT_UI4:
-        case VT_UINT:
-            return store(value, &target->ulVal);
+        case VT_BOOL:
+            return textToBool(text, target);
+        case VT_DATE:
+            // As in toText.
+            return DISP_E_TYPEMISMATCH;
         default:
-            return store(value, &target->ullVal);
+            return zr::storeText(text, type, target);
     }
 }
 
-HRESULT convert(const VARIANT& source, VARTYPE type, VARIANT* target) {
-    if (!isInteger(type) && type != VT_BOOL && type != VT_R8) {
-        return DISP_E_TYPEMISMATCH;
+HRESULT textToBytes(BSTR text, VARIANT* target) {
+    SAFEARRAYBOUND bound = {SysStringByteLen(text), 0};
+    SAFEARRAY* bytes = SafeArrayCreate(VT_UI1, 1, &bound);
+    if (bytes == nullptr) {
+        return E_OUTOFMEMORY;
     }
-    double real = 0;
-    if (source.vt == VT_R8 || source.vt == VT_R4) {
-        real = source.vt == VT_R8 ? source.dblVal : source.fltVal;
-    } else if (isInteger(source.vt) || source.vt == VT_BOOL || source.vt == VT_EMPTY) {
-        real = static_cast<double>(integerValue(source));
-    } else {
-        return DISP_E_TYPEMISMATCH;
+    if (bound.cElements > 0) {
+        std::memcpy(bytes->pvData, text, bound.cElements);
     }
-    if (type == VT_R8) {
-        target->vt = VT_R8;
-        target->dblVal = real;
+    target->vt = kBytes;
+    target->parray = bytes;
+    return S_OK;
+}
+
+HRESULT bytesToText(const SAFEARRAY* bytes, VARIANT* target) {
+    if (bytes == nullptr || bytes->cDims != 1 || bytes->cbElements != 1) {
+        return E_INVALIDARG;
+    }
+    return ownText(SysAllocStringByteLen(static_cast<const char*>(bytes->pvData),
+                                         bytes->rgsabound[0].cElements),
+                   target);
+}
+
+HRESULT toInterface(IUnknown* object, VARTYPE type, VARIANT* target) {
+    target->vt = type;
+    if (object == nullptr) {
         return S_OK;
     }
-    if (type == VT_BOOL) {
-        target->vt = VT_BOOL;
-        target->boolVal = real != 0 ? VARIANT_TRUE : VARIANT_FALSE;
+    const IID& iid = type == VT_DISPATCH ? IID_IDispatch : IID_IUnknown;
+    void* found = nullptr;
+    const HRESULT hr = object->QueryInterface(iid, &found);
+    target->punkVal = SUCCEEDED(hr) ? static_cast<IUnknown*>(found) : nullptr;
+    return hr;
+}
+
+HRESULT convert(const VARIANT& source, USHORT flags, VARTYPE type, VARIANT* target);
+
+// An object stands for the value of its default property.
+HRESULT fromObject(IDispatch* object, USHORT flags, VARTYPE type, VARIANT* target) {
+    if (object == nullptr) {
+        return DISP_E_BADVARTYPE;
+    }
+    DISPPARAMS none = {nullptr, nullptr, 0, 0};
+    VARIANT value;
+    VariantInit(&value);
+    if (FAILED(object->Invoke(0, IID_NULL, kUserDefaultLocale, DISPATCH_PROPERTYGET, &none, &value,
+                              nullptr, nullptr))) {
+        return DISP_E_TYPEMISMATCH;
+    }
+    HRESULT hr = DISP_E_BADVARTYPE;
+    if (value.vt != VT_DISPATCH) {
+        VARIANT view;
+        hr = dereference(value, &view);
+        if (SUCCEEDED(hr)) {
+            hr = convert(view, flags, type, target);
+        }
+    }
+    VariantClear(&value);
+    return hr;
+}
+
+HRESULT convert(const VARIANT& source, USHORT flags, VARTYPE type, VARIANT* target) {
+    if (source.vt == type) {
+        return VariantCopy(target, &source);
+    }
+    const bool interface = source.vt == VT_UNKNOWN || source.vt == VT_DISPATCH;
+    if (type == VT_UNKNOWN || type == VT_DISPATCH) {
+        return interface ? toInterface(source.punkVal, type, target) : DISP_E_TYPEMISMATCH;
+    }
+    if (source.vt == VT_DISPATCH && (flags & VARIANT_NOVALUEPROP) != 0) {
+        return DISP_E_TYPEMISMATCH;
+    }
+    if (source.vt == VT_NULL || source.vt == VT_ERROR) {
+        return DISP_E_TYPEMISMATCH;
+    }
+    if ((source.vt & VT_ARRAY) != 0) {
+        return source.vt == kBytes && type == VT_BSTR ? bytesToText(source.parray, target)
+                                                      : DISP_E_TYPEMISMATCH;
+    }
+    if (type == VT_EMPTY || type == VT_NULL) {
+        target->vt = type;
         return S_OK;
     }
-    if (source.vt != VT_R8 && source.vt != VT_R4) {
-        return storeInteger(integerValue(source), type, target) ? S_OK : DISP_E_OVERFLOW;
+    if (source.vt == VT_BSTR && type == kBytes) {
+        return textToBytes(source.bstrVal, target);
     }
-    if (!(std::fabs(real) < 1e30)) {
-        return DISP_E_OVERFLOW;
+    if (type != VT_BSTR && !zr::isNumeric(type)) {
+        return DISP_E_TYPEMISMATCH;
     }
-    return storeInteger(static_cast<Wide>(std::nearbyint(real)), type, target)
-               ? S_OK
-               : DISP_E_OVERFLOW;
+    if (source.vt == VT_DISPATCH) {
+        return fromObject(source.pdispVal, flags, type, target);
+    }
+    if (source.vt == VT_BSTR) {
+        return fromText(source.bstrVal, type, target);
+    }
+    if (source.vt != VT_EMPTY && !zr::isNumeric(source.vt)) {
+        return DISP_E_TYPEMISMATCH;
+    }
+    return type == VT_BSTR ? toText(source, flags, target)
+                           : zr::storeNumber(zr::numberOf(source), type, target);
 }
 
 }  // namespace
 
-extern "C" HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT, VARTYPE type) {
-    HRESULT hr = zr::validateType(source->vt);
+extern "C" HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT flags,
+                                     VARTYPE type) {
+    if (target == nullptr || source == nullptr || (flags & ~kKnownFlags) != 0) {
+        return E_INVALIDARG;
+    }
+    if (FAILED(zr::validateType(source->vt)) || FAILED(zr::validateType(type))) {
+        return DISP_E_BADVARTYPE;
+    }
+    VARIANT value;
+    HRESULT hr = dereference(*source, &value);
     if (FAILED(hr)) {
         return hr;
-    }
-    hr = zr::validateType(type);
-    if (FAILED(hr)) {
-        return hr;
-    }
-    if (source->vt == type) {
-        return VariantCopy(target, source);
     }
     VARIANT result;
     VariantInit(&result);
-    hr = convert(*source, type, &result);
+    hr = convert(value, flags, type, &result);
     if (FAILED(hr)) {
         return hr;
     }
     hr = VariantClear(target);
-    if (SUCCEEDED(hr)) {
-        *target = result;
+    if (FAILED(hr)) {
+        VariantClear(&result);
+        return hr;
     }
-    return hr;
+    *target = result;
+    return S_OK;
 }

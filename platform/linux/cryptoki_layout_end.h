@@ -1,0 +1,1 @@
+// Ends what cryptoki_layout_begin.h began: nothing.
