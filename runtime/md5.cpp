@@ -7,6 +7,8 @@
 #include <cstring>
 #include <memory>
 
+#include "runtime/secret.h"
+
 namespace {
 
 // RFC 1321, section 3.4: the constant of step i is the integer part of 2^32 * abs(sin(i)).
@@ -119,9 +121,7 @@ void MD5_memcpy(unsigned char* output, const unsigned char* input, unsigned int 
 }
 
 void MD5_memset(unsigned char* output, int value, unsigned int len) {
-    std::memset(output, value, len);
-    // The memory counts as read here, so that the compiler cannot drop the wipe.
-    __asm__ __volatile__("" : : "r"(output) : "memory");
+    zr::fillForCertain(output, value, len);
 }
 
 void MD5(const char* text, unsigned char* digest) {

@@ -1,0 +1,62 @@
+// KeyCertificate_pkcs11: the certificate of a container.
+#include "pkcs11/key_certificate.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "pkcs11/byte_array.h"
+#include "pkcs11/key_container.h"
+#include "pkcs11/token_object_walk.h"
+#include "runtime/zcom_bstr.h"
+
+KeyCertificate_pkcs11::KeyCertificate_pkcs11(KeyContainer* container)
+    : KeyCertificate(container) {}
+
+KeyContainer_pkcs11* KeyCertificate_pkcs11::GetKeyContainer() const {
+    return dynamic_cast<KeyContainer_pkcs11*>(GetParent());
+}
+
+HRESULT STDMETHODCALLTYPE KeyCertificate_pkcs11::GetCertData(VARIANT* data) {
+    if (!data) {
+        return E_INVALIDARG;
+    }
+    const KeyContainer_pkcs11* container = GetKeyContainer();
+    const KeyObject_pkcs11* token = container ? container->GetKeyObject() : nullptr;
+    if (!token) {
+        return E_FAIL;
+    }
+    // Found again by its ID: of two certificates with one ID, the first of the walk answers.
+    std::unique_ptr<unsigned char, decltype(&std::free)> value(nullptr, std::free);
+    CK_ULONG length = 0;
+    walkCertificates(*token, {CKA_CLASS, CKA_CERTIFICATE_TYPE, CKA_ID, CKA_VALUE},
+                     [&](CK_OBJECT_HANDLE, TokenAttributes& read) {
+                         if (std::strcmp(read.text(2), container->GetCertID()) != 0) {
+                             return true;
+                         }
+                         length = read.length(3);
+                         value.reset(read.release(3));
+                         return false;
+                     });
+    if (!value || static_cast<ULONG>(length) != length ||
+        !zr::storeBytes(value.get(), static_cast<ULONG>(length), VT_UI1, data)) {
+        return E_FAIL;
+    }
+    return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE KeyCertificate_pkcs11::GetCertID(BSTR* id) {
+    if (!id) {
+        return E_INVALIDARG;
+    }
+    const KeyContainer_pkcs11* container = GetKeyContainer();
+    if (!container) {
+        return E_FAIL;
+    }
+    const BSTR text = zrapi::ZComBSTR(container->GetCertID()).Copy();
+    if (!text) {
+        return E_OUTOFMEMORY;
+    }
+    *id = text;
+    return S_OK;
+}

@@ -1,0 +1,134 @@
+// KeyContainer_pkcs11: opening a container, and its one member for scripts.
+#include "pkcs11/key_container.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "pkcs11/key_certificate.h"
+#include "pkcs11/token_object_walk.h"
+#include "runtime/dispatch_table.h"
+#include "runtime/zcom_bstr.h"
+
+KeyContainer_pkcs11::KeyContainer_pkcs11(KeyObject* token) : KeyContainer(token) {}
+
+KeyObject_pkcs11* KeyContainer_pkcs11::GetKeyObject() const {
+    return dynamic_cast<KeyObject_pkcs11*>(GetParent());
+}
+
+bool KeyContainer_pkcs11::OpenContainer(const VARIANT& identity) {
+    const KeyObject_pkcs11* token = GetKeyObject();
+    if (!token) {
+        return false;
+    }
+    zrapi::ZComBSTR wideName;
+    const char* name = nullptr;
+    if (identity.vt == VT_BSTR) {
+        BSTR source = identity.bstrVal;
+        wideName = zrapi::ZComBSTR(source);
+        name = wideName;
+    }
+    LONG index = 0;
+    bool isOpened = false;
+    walkCertificates(
+        *token, {CKA_CLASS, CKA_CERTIFICATE_TYPE, CKA_ID},
+        [&](CK_OBJECT_HANDLE object, const TokenAttributes& read) {
+            const char* id = read.text(2);
+            const bool isMatch = identity.vt == VT_I4 ? identity.lVal == index
+                                                      : name && std::strcmp(name, id) == 0;
+            if (!isMatch) {
+                ++index;
+                return true;
+            }
+            // A longer ID could not be told from another that begins alike.
+            if (std::strlen(id) < sizeof m_szCertID) {
+                m_hCertObject = object;
+                std::strcpy(m_szCertID, id);
+                std::memcpy(m_szCertType, read.bytes(1),
+                            std::min<std::size_t>(read.length(1), sizeof m_szCertType - 1));
+                isOpened = true;
+            }
+            return false;
+        });
+    return isOpened;
+}
+
+HRESULT STDMETHODCALLTYPE KeyContainer_pkcs11::Close() {
+    return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE KeyContainer_pkcs11::GetType(BSTR* type) {
+    if (!type) {
+        return E_INVALIDARG;
+    }
+    *type = zrapi::ZComBSTR(m_szCertType).Copy();
+    return *type ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT STDMETHODCALLTYPE KeyContainer_pkcs11::ImportCertificate(bool, VARIANT) {
+    return E_NOTIMPL;
+}
+
+HRESULT STDMETHODCALLTYPE KeyContainer_pkcs11::ExportCertificate(bool, VARIANT*) {
+    return E_NOTIMPL;
+}
+
+HRESULT STDMETHODCALLTYPE KeyContainer_pkcs11::GenKeyPair(VARIANT*) {
+    return E_NOTIMPL;
+}
+
+HRESULT STDMETHODCALLTYPE KeyContainer_pkcs11::GetKeyCert(bool, void** certificate) {
+    // A container has one certificate, whichever is asked for.
+    if (!certificate) {
+        return E_INVALIDARG;
+    }
+    auto* made = new (std::nothrow) KeyCertificate_pkcs11(this);
+    if (!made) {
+        return E_OUTOFMEMORY;
+    }
+    *certificate = static_cast<IKeyCertificate*>(made);
+    made->AddRef();
+    return S_OK;
+}
+
+DispatchInfo KeyContainer_pkcs11::s_listDispatchInfo[] = {
+    {1, "GetKeyCert", enDispatchMethod, nullptr, VT_DISPATCH, {11}},
+    {},
+};
+
+const int KeyContainer_pkcs11::s_nDispatchInfoCount =
+    sizeof s_listDispatchInfo / sizeof s_listDispatchInfo[0] - 1;
+
+const bool KeyContainer_pkcs11::s_bAdaptersStored = zr::storeAdapters<KeyContainer_pkcs11>(
+    s_listDispatchInfo, {&KeyContainer_pkcs11::_GetKeyCert});
+
+DispatchInfo* KeyContainer_pkcs11::GetSelfDispatchInfo() {
+    return s_listDispatchInfo;
+}
+
+int KeyContainer_pkcs11::GetSelfGetDispatchInfoCount() {
+    return s_nDispatchInfoCount;
+}
+
+DispatchInfo* KeyContainer_pkcs11::GetDispatchInfo(ZComponentImpl*, const char* name) {
+    return zr::findRow(s_listDispatchInfo, s_nDispatchInfoCount, name);
+}
+
+DispatchInfo* KeyContainer_pkcs11::GetDispatchInfoById(ZComponentImpl*, LONG id) {
+    return zr::findRow(s_listDispatchInfo, s_nDispatchInfoCount, id);
+}
+
+HRESULT KeyContainer_pkcs11::_GetKeyCert(DISPPARAMS* params, VARIANT* result) {
+    if (!result) {
+        return E_INVALIDARG;
+    }
+    const bool signing = params && params->cArgs > 0 && params->rgvarg &&
+                         params->rgvarg[0].vt == VT_BOOL && params->rgvarg[0].boolVal != 0;
+    void* certificate = nullptr;
+    const HRESULT hr = GetKeyCert(signing, &certificate);
+    if (SUCCEEDED(hr)) {
+        result->vt = VT_DISPATCH;
+        result->pdispVal = static_cast<IKeyCertificate*>(certificate);
+    }
+    return hr;
+}

@@ -1,0 +1,182 @@
+// KeyFile_pkcs11: creating and opening a data object, reading and seeking in its copy.
+#include "pkcs11/key_file.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+#include "model/log_scope.h"
+#include "pkcs11/byte_array.h"
+#include "pkcs11/file_name.h"
+#include "pkcs11/file_search.h"
+
+KeyFile_pkcs11::KeyFile_pkcs11(KeyObject* token) : KeyFile(token) {
+    LogScope(GetLog(), "KeyFile_pkcs11").end();
+}
+
+KeyFile_pkcs11::~KeyFile_pkcs11() {
+    LogScope(GetLog(), "~KeyFile_pkcs11").end();
+    std::free(m_pData);
+}
+
+KeyObject_pkcs11* KeyFile_pkcs11::GetKeyObject() const {
+    return dynamic_cast<KeyObject_pkcs11*>(GetParent());
+}
+
+bool KeyFile_pkcs11::CreateFile(BSTR name) {
+    const LogScope scope(GetLog(), "CreateFile");
+    const KeyObject_pkcs11* token = GetKeyObject();
+    const FileName fileName(name);
+    if (!token || !fileName.isValid()) {
+        return false;
+    }
+    CK_OBJECT_CLASS objectClass = CKO_DATA;
+    CK_BBOOL isOnToken = CK_TRUE;
+    char empty = 0;
+    char* label = const_cast<char*>(fileName.createdLabel());
+    CK_ATTRIBUTE attributes[] = {
+        {CKA_CLASS, &objectClass, sizeof objectClass},
+        {CKA_TOKEN, &isOnToken, sizeof isOnToken},
+        {CKA_LABEL, label, static_cast<CK_ULONG>(std::strlen(label))},
+        {CKA_VALUE, &empty, 0},
+    };
+    CK_OBJECT_HANDLE object = 0;
+    if (token->Call(&CK_FUNCTIONS::C_CreateObject, token->GetSession(), attributes, CK_ULONG{4},
+                    &object) != CKR_OK) {
+        return false;
+    }
+    m_hObject = object;
+    m_dwPos = 0;
+    scope.end();
+    return true;
+}
+
+bool KeyFile_pkcs11::OpenFile(BSTR name) {
+    const LogScope scope(GetLog(), "OpenFile");
+    const auto fail = [&scope](const char* line) {
+        scope.message(line);
+        return false;
+    };
+    const KeyObject_pkcs11* token = GetKeyObject();
+    if (!token) {
+        return fail("OpenFile Fail ... 1\n");
+    }
+    const FileName fileName(name);
+    if (fileName.number() == 0) {
+        return fail("OpenFile Fail ... 2\n");
+    }
+    if (!fileName.isInRange()) {
+        return fail("OpenFile Fail ... 3\n");
+    }
+    {
+        FileSearch search(*token);
+        if (!search.hasBegun()) {
+            return fail("OpenFile Fail ... 4\n");
+        }
+        m_hObject = search.find(fileName.soughtLabel(), FileSearch::Ask::classAndLabel);
+    }
+    if (m_hObject == 0) {
+        return fail("OpenFile Fail ... end\n");
+    }
+    m_dwPos = 0;
+    m_dwFileSize = 0;
+    m_pData = nullptr;
+
+    TokenAttributes value({CKA_VALUE});
+    if (value.readLengths(*token, m_hObject) != CKR_OK) {
+        // A value that cannot be read opens as an empty file.
+        scope.end();
+        return true;
+    }
+    if (value.length(0) > std::numeric_limits<DWORD>::max() || !value.allocateValues()) {
+        return fail("OpenFile Fail ... 5\n");
+    }
+    if (value.fetchValues(*token, m_hObject) != CKR_OK) {
+        return fail("OpenFile Fail ... 6\n");
+    }
+    m_dwFileSize = static_cast<DWORD>(value.length(0));
+    m_pData = value.release(0);
+    scope.end();
+    return true;
+}
+
+HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Close() {
+    const LogScope scope(GetLog(), "Close");
+    std::free(m_pData);
+    m_pData = nullptr;
+    m_dwFileSize = 0;
+    m_dwPos = 0;
+    return scope.end(S_OK);
+}
+
+HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Flush() {
+    const LogScope scope(GetLog(), "Flush");
+    const KeyObject_pkcs11* token = GetKeyObject();
+    if (!token) {
+        return E_FAIL;
+    }
+    unsigned char empty = 0;
+    CK_ATTRIBUTE value = {CKA_VALUE, m_pData ? m_pData : &empty, m_dwFileSize};
+    if (token->Call(&CK_FUNCTIONS::C_SetAttributeValue, token->GetSession(), m_hObject, &value,
+                    CK_ULONG{1}) != CKR_OK) {
+        return E_FAIL;
+    }
+    return scope.end(S_OK);
+}
+
+HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Write(VARIANT) {
+    // Files cannot be written through this backend.
+    return LogScope(GetLog(), "Write").end(E_INVALIDARG);
+}
+
+HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Read(ULONG length, VARIANT* data) {
+    const LogScope scope(GetLog(), "Read");
+    if (!data) {
+        return E_INVALIDARG;
+    }
+    if (length > m_dwFileSize - m_dwPos) {
+        return E_FAIL;
+    }
+    const unsigned char* bytes = m_pData + m_dwPos;
+    m_dwPos += length;
+    // Elements of VT_I1 under a variant of VT_UI1. Without memory for the array the result is
+    // left unset, and it is S_OK all the same.
+    zr::storeBytes(bytes, length, VT_I1, data);
+    return scope.end(S_OK);
+}
+
+HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::GetSize(VARIANT* size) {
+    const LogScope scope(GetLog(), "GetSize");
+    if (!size) {
+        return E_INVALIDARG;
+    }
+    size->vt = VT_I4;
+    size->lVal = static_cast<LONG>(m_dwFileSize);
+    char line[64];
+    std::snprintf(line, sizeof line, "m_dwFileSize=[%d]\n", static_cast<int>(m_dwFileSize));
+    scope.message(line);
+    return scope.end(S_OK);
+}
+
+HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Seek(LONG offset, INT origin) {
+    const LogScope scope(GetLog(), "Seek");
+    const auto distance = static_cast<DWORD>(offset);
+    // A position that does not fit, the end of the file included, changes nothing.
+    const auto moveTo = [this](DWORD position) {
+        if (position < m_dwFileSize) {
+            m_dwPos = position;
+        }
+    };
+    if (origin == 0 && offset >= 0) {
+        moveTo(distance);
+    } else if (origin == 1) {
+        moveTo(m_dwPos + distance);
+    } else if (origin == 2 && offset == 0) {
+        // The beginning, not the end: hosts rewind this way.
+        m_dwPos = 0;
+    } else if (origin == 2 && offset < 0) {
+        moveTo(m_dwFileSize + distance);
+    }
+    return scope.end(S_OK);
+}

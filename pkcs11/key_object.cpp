@@ -1,0 +1,98 @@
+// KeyObject_pkcs11: lifetime, and what the provider hands over.
+#include "pkcs11/key_object.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "model/log_scope.h"
+#include "runtime/secret.h"
+
+namespace {
+
+/// Copies a list whole; one that does not fit is refused.
+template <std::size_t Size>
+void setList(char (&list)[Size], const char* text, const char* name, const LogScope& scope) {
+    if (text && std::strlen(text) < Size) {
+        std::memmove(list, text, std::strlen(text) + 1);
+    }
+    char line[1024] = {};
+    std::snprintf(line, sizeof line, "KeyObject_pkcs11::%s=[%s]\n", name, list);
+    scope.message(line);
+}
+
+}  // namespace
+
+KeyObject_pkcs11::KeyObject_pkcs11(TokenProvider* provider) : KeyObject(provider) {
+    const LogScope scope(GetLog(), "KeyObject_pkcs11");
+    m_szPIN[0] = 0;
+    if (const TokenProvider_pkcs11* owner = GetTokenProvider()) {
+        m_nUnloadCount = owner->GetUnloadCount();
+    }
+    scope.end();
+}
+
+KeyObject_pkcs11::~KeyObject_pkcs11() {
+    LogScope(GetLog(), "~KeyObject_pkcs11").end();
+    zr::wipe(m_szPIN, sizeof m_szPIN);
+}
+
+TokenProvider_pkcs11* KeyObject_pkcs11::GetTokenProvider() const {
+    return dynamic_cast<TokenProvider_pkcs11*>(GetParent());
+}
+
+HRESULT KeyObject_pkcs11::SetSlotID(CK_SLOT_ID slot) {
+    const LogScope scope(GetLog(), "SetSlotID");
+    m_ulSlotID = slot;
+    return scope.end(S_OK);
+}
+
+HRESULT KeyObject_pkcs11::SetApplication(void* application) {
+    const LogScope scope(GetLog(), "SetApplication");
+    m_pApplication = application;
+    return scope.end(S_OK);
+}
+
+HRESULT KeyObject_pkcs11::SethSession(CK_SESSION_HANDLE session) {
+    const LogScope scope(GetLog(), "SethSession");
+    m_hSession = session;
+    return scope.end(S_OK);
+}
+
+BOOL KeyObject_pkcs11::SetAlgoList(const char* text) {
+    setList(m_szAlgoList, text, "m_szAlgoList", LogScope::withoutBegin(GetLog(), "SetAlgoList"));
+    return TRUE;
+}
+
+BOOL KeyObject_pkcs11::SetDigestList(const char* text) {
+    setList(m_szDigestList, text, "m_szDigestList",
+            LogScope::withoutBegin(GetLog(), "SetDigestList"));
+    return TRUE;
+}
+
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::CloseKey() {
+    const LogScope scope(GetLog(), "CloseKey");
+    if (m_bLogin) {
+        Call(&CK_FUNCTIONS::C_Logout, m_hSession);
+        m_bLogin = 0;
+    }
+    if (m_hSession != 0) {
+        Call(&CK_FUNCTIONS::C_CloseSession, m_hSession);
+        m_hSession = 0;
+    }
+    if (m_pApplication) {
+        std::free(m_pApplication);
+        m_pApplication = nullptr;
+    }
+    return scope.end(S_OK);
+}
+
+void KeyObject_pkcs11::FinalRelease() {
+    const LogScope scope(GetLog(), "FinalRelease");
+    CloseKey();
+    scope.end();
+}
+
+HRESULT KeyObject_pkcs11::NotImplemented(const char* operation) const {
+    return LogScope(GetLog(), operation).end(E_NOTIMPL);
+}

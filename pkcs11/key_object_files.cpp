@@ -1,0 +1,118 @@
+// KeyObject_pkcs11: data files. A file is a data object labelled with its name.
+#include <cstdio>
+#include <new>
+
+#include "model/log_scope.h"
+#include "pkcs11/file_name.h"
+#include "pkcs11/file_search.h"
+#include "pkcs11/key_file.h"
+#include "pkcs11/key_object.h"
+
+namespace {
+
+/// Hands a file out with its first reference.
+void handOut(KeyFile_pkcs11* file, void** out) {
+    *out = static_cast<IKeyFile*>(file);
+    file->AddRef();
+}
+
+}  // namespace
+
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::FileExists(BSTR name, VARIANT* result) {
+    const LogScope scope(GetLog(), "FileExists");
+    if (!result) {
+        return E_INVALIDARG;
+    }
+    const auto store = [result](LONG exists) {
+        result->vt = VT_I4;
+        result->lVal = exists;
+    };
+    const FileName fileName(name);
+    char line[64];
+    std::snprintf(line, sizeof line, "fileName=[%d]\n", static_cast<int>(fileName.number()));
+    scope.message(line);
+    store(0);
+    if (!fileName.isValid()) {
+        return E_FAIL;
+    }
+    {
+        scope.message("C_FindObjectsInit begin\n");
+        FileSearch search(*this);
+        if (!search.hasBegun()) {
+            scope.message("C_FindObjectsInit Fail\n");
+            return E_FAIL;
+        }
+        scope.message("C_FindObjectsInit end\n");
+        if (search.find(fileName.soughtLabel(), FileSearch::Ask::label) != 0) {
+            // The search stays open on a match; the walk that follows closes it.
+            search.leaveOpen();
+            store(1);
+            return scope.end(S_OK);
+        }
+    }
+    scope.message("FileExists Fail\n");
+    return E_FAIL;
+}
+
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::CreateFile(BSTR name, INT, INT, INT, ULONG,
+                                                       void** file) {
+    const LogScope scope(GetLog(), "CreateFile");
+    if (!file) {
+        return E_INVALIDARG;
+    }
+    auto* created = new (std::nothrow) KeyFile_pkcs11(this);
+    if (!created) {
+        return E_OUTOFMEMORY;
+    }
+    VARIANT exists;
+    VariantInit(&exists);
+    // A name that is there already gets a second object.
+    const bool isRefused = FAILED(FileExists(name, &exists)) && exists.lVal != 0;
+    if (isRefused || !created->CreateFile(name)) {
+        delete created;
+        return E_FAIL;
+    }
+    handOut(created, file);
+    return scope.end(S_OK);
+}
+
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::OpenFile(BSTR name, void** file) {
+    const LogScope scope(GetLog(), "OpenFile");
+    if (!file) {
+        return E_INVALIDARG;
+    }
+    auto* opened = new (std::nothrow) KeyFile_pkcs11(this);
+    if (!opened) {
+        return E_OUTOFMEMORY;
+    }
+    if (!opened->OpenFile(name)) {
+        delete opened;
+        scope.message("OpenFile Fail\n");
+        return E_FAIL;
+    }
+    handOut(opened, file);
+    return scope.end(S_OK);
+}
+
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::EnumFiles(VARIANT*) {
+    return NotImplemented("EnumFiles");
+}
+
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::DeleteFile(BSTR name) {
+    const LogScope scope(GetLog(), "DeleteFile");
+    void* opened = nullptr;
+    if (FAILED(OpenFile(name, &opened)) || !opened) {
+        return E_FAIL;
+    }
+    // The reference that OpenFile gave is not released: the file, and with it the token, stay.
+    // Hosts count on the reference counts that result.
+    auto* file = static_cast<KeyFile_pkcs11*>(static_cast<IKeyFile*>(opened));
+    if (file->GetObject() == 0) {
+        return E_FAIL;
+    }
+    file->Close();
+    if (Call(&CK_FUNCTIONS::C_DestroyObject, m_hSession, file->GetObject()) != CKR_OK) {
+        return E_FAIL;
+    }
+    return scope.end(S_OK);
+}

@@ -1,0 +1,232 @@
+// KeyObject_pkcs11: signing and verifying with the keys of a container, digests, and the lists of
+// algorithm names.
+//
+// Whatever algorithm a caller names, signatures are CKM_SHA1_RSA_PKCS and the digest is MD5.
+#include <cstdio>
+#include <cstring>
+
+#include "model/log_scope.h"
+#include "pkcs11/byte_array.h"
+#include "pkcs11/key_object.h"
+#include "pkcs11/token_object_walk.h"
+#include "runtime/md5.h"
+#include "runtime/zcom_bstr.h"
+
+namespace {
+
+constexpr CK_ULONG kSignatureSize = 1024;
+
+/// The ID of a certificate as narrow text.
+class CertificateId {
+public:
+    explicit CertificateId(IKeyCertificate* certificate)
+        : m_result(certificate ? certificate->GetCertID(&m_wide) : E_INVALIDARG),
+          m_owned(m_wide, false),
+          m_text(m_owned) {}
+
+    HRESULT result() const { return m_result; }
+    const char* text() const { return m_text ? m_text : ""; }
+
+private:
+    BSTR m_wide = nullptr;
+    HRESULT m_result;
+    zrapi::ZComBSTR m_owned;
+    const char* m_text;
+};
+
+HRESULT handOutText(const char* text, BSTR* out) {
+    const BSTR copy = zrapi::ZComBSTR(text).Copy();
+    if (!copy) {
+        return E_OUTOFMEMORY;
+    }
+    *out = copy;
+    return S_OK;
+}
+
+}  // namespace
+
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::SignData(BSTR, VARIANT data,
+                                                     IKeyCertificate* certificate,
+                                                     VARIANT* result) {
+    const LogScope scope(GetLog(), "SignData");
+    const auto fail = [&scope](const char* line, HRESULT hr) {
+        scope.message(line);
+        return hr;
+    };
+    scope.message("KeyObject_pkcs11::SignData..................\n");
+    if (!zr::isByteArray(data) || !result) {
+        return fail("Error: parameter error \n", E_INVALIDARG);
+    }
+    if (!m_bLogin) {
+        // Hosts ask for the PIN when they see this code; it is not E_ACCESSDENIED.
+        return fail("Error: m_bLogin is FALSE \n", RPC_E_CANTCALLOUT_INEXTERNALCALL);
+    }
+    const CertificateId id(certificate);
+    if (FAILED(id.result())) {
+        return fail("Error: GetCertID fail\n", id.result());
+    }
+    CK_OBJECT_HANDLE key = 0;
+    if (FAILED(GetPubPriKeyHandle(&key, 0, CKK_RSA, id.text()))) {
+        return fail("Error: GetPubPriKeyHandle fail\n", E_FAIL);
+    }
+    CK_MECHANISM mechanism = {CKM_SHA1_RSA_PKCS, nullptr, 0};
+    if (Call(&CK_FUNCTIONS::C_SignInit, m_hSession, &mechanism, key) != CKR_OK) {
+        return fail("Error: SignInit Fail\n", E_FAIL);
+    }
+    CK_BYTE signature[kSignatureSize] = {};
+    CK_ULONG length = sizeof signature;
+    CK_RV rv = CKR_OK;
+    {
+        const zr::AccessedBytes input(data);
+        rv = Call(&CK_FUNCTIONS::C_Sign, m_hSession, input.data(), CK_ULONG{input.length()},
+                  signature, &length);
+    }
+    if (rv != CKR_OK || length > sizeof signature) {
+        return fail("Error: Sign Fail\n", E_FAIL);
+    }
+    // Elements of VT_I1 under a variant of VT_UI1.
+    if (!zr::storeBytes(signature, static_cast<ULONG>(length), VT_I1, result)) {
+        return fail("Error: ZSafeArrayAccessData Fail\n", E_FAIL);
+    }
+    return scope.end(S_OK);
+}
+
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyData(VARIANT data, IKeyCertificate* certificate,
+                                                       BSTR, VARIANT signature) {
+    const LogScope scope(GetLog(), "VerifyData");
+    const auto fail = [&scope](const char* line, HRESULT hr) {
+        scope.message(line);
+        return hr;
+    };
+    if (!zr::isByteArray(data) || !zr::isByteArray(signature)) {
+        return fail("Error: KeyObject_pkcs11::VerifyData ... parament error\n", E_INVALIDARG);
+    }
+    if (!m_bLogin) {
+        return fail("Error: KeyObject_pkcs11::VerifyData m_bLogin is false\n",
+                    RPC_E_CANTCALLOUT_INEXTERNALCALL);
+    }
+    const CertificateId id(certificate);
+    if (FAILED(id.result())) {
+        return fail("Error: Get cert id fail\n", id.result());
+    }
+    const zr::AccessedBytes input(data);
+    const zr::AccessedBytes signatureInput(signature);
+    CK_OBJECT_HANDLE key = 0;
+    CK_MECHANISM mechanism = {CKM_SHA1_RSA_PKCS, nullptr, 0};
+    const bool isVerified =
+        SUCCEEDED(GetPubPriKeyHandle(&key, 1, CKK_RSA, id.text())) &&
+        Call(&CK_FUNCTIONS::C_VerifyInit, m_hSession, &mechanism, key) == CKR_OK &&
+        Call(&CK_FUNCTIONS::C_Verify, m_hSession, input.data(), CK_ULONG{input.length()},
+             signatureInput.data(), CK_ULONG{signatureInput.length()}) == CKR_OK;
+    return scope.end(isVerified ? S_OK : E_FAIL);
+}
+
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyDataByCert(VARIANT, IKeyCertificate*, VARIANT,
+                                                             BSTR, VARIANT) {
+    // Nothing is verified, and hosts are told that it was.
+    return LogScope(GetLog(), "VerifyDataByCert").end(S_OK);
+}
+
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyDataByPubKey(VARIANT, IKeyCertificate*, VARIANT,
+                                                               BSTR, VARIANT) {
+    return LogScope(GetLog(), "VerifyDataByPubKey").end(E_FAIL);
+}
+
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::DigestData(BSTR method, VARIANT data,
+                                                       VARIANT* result) {
+    const LogScope scope(GetLog(), "DigestData");
+    if (!zr::isByteArray(data) || !result) {
+        return E_INVALIDARG;
+    }
+    zrapi::ZComBSTR wideMethod(method);
+    const char* name = wideMethod;
+    if (!name || std::strcmp(name, "MD5") != 0) {
+        return E_INVALIDARG;
+    }
+    unsigned char digest[16] = {};
+    {
+        const zr::AccessedBytes input(data);
+        MD5Data(input.data(), input.length(), digest);
+    }
+    if (!zr::storeBytes(digest, sizeof digest, VT_UI1, result)) {
+        return E_FAIL;
+    }
+    return scope.end(S_OK);
+}
+
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetDigestMethod(BSTR* out) {
+    const LogScope scope(GetLog(), "GetDigestMethod");
+    const HRESULT hr = out ? handOutText("MD5", out) : E_INVALIDARG;
+    return FAILED(hr) ? hr : scope.end(S_OK);
+}
+
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetSignAlgo(BSTR* out) {
+    const LogScope scope(GetLog(), "GetSignAlgo");
+    const HRESULT hr = out ? handOutText(m_szAlgoList, out) : E_INVALIDARG;
+    return FAILED(hr) ? hr : scope.end(S_OK);
+}
+
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetAlgoList(BSTR* out) {
+    const LogScope scope(GetLog(), "GetAlgoList");
+    const HRESULT hr = out ? handOutText(m_szAlgoList, out) : E_INVALIDARG;
+    return FAILED(hr) ? hr : scope.end(S_OK);
+}
+
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetPubKeyData(IKeyCertificate* certificate,
+                                                          VARIANT* result) {
+    const LogScope scope(GetLog(), "GetPubKeyData");
+    if (!certificate || !result) {
+        scope.message("Error: pKeyCert == NULL || pvarResult == NULL\n");
+        return E_INVALIDARG;
+    }
+    const CertificateId id(certificate);
+    if (FAILED(id.result())) {
+        scope.message("Error: GetCertID fail\n");
+        return id.result();
+    }
+    TokenAttributes read({CKA_CLASS, CKA_KEY_TYPE, CKA_ID});
+    if (!FindPubKeyData(id.text(), &read, scope)) {
+        scope.message("Error: pbtPubKeyData == NULL\n");
+        return E_FAIL;
+    }
+    if (!zr::storeBytes(read.bytes(2), static_cast<ULONG>(read.length(2)), VT_UI1, result)) {
+        scope.message("Error: ZSafeArrayAccessData fail\n");
+        return E_FAIL;
+    }
+    return scope.end(S_OK);
+}
+
+/// Finds the first public key whose CKA_KEY_TYPE, read as text, equals the certificate's ID. The
+/// type of an RSA key reads as the empty text, so only an empty ID matches.
+bool KeyObject_pkcs11::FindPubKeyData(const char* id, TokenAttributes* read,
+                                      const LogScope& scope) const {
+    CK_OBJECT_CLASS objectClass = CKO_PUBLIC_KEY;
+    CK_BBOOL isOnToken = CK_TRUE;
+    CK_ATTRIBUTE search[] = {{CKA_CLASS, &objectClass, sizeof objectClass},
+                             {CKA_TOKEN, &isOnToken, sizeof isOnToken}};
+    TokenObjectWalk walk(*this, search, 2);
+    for (;;) {
+        CK_OBJECT_HANDLE object = 0;
+        const TokenObjectWalk::Step step = walk.next(&object);
+        if (step != TokenObjectWalk::Step::object) {
+            scope.message(step == TokenObjectWalk::Step::failed ? "Error: C_FindObjects fail\n"
+                                                                : "Error: ulRetCount != 1\n");
+            return false;
+        }
+        if (const CK_RV rv = read->readLengths(*this, object); rv != CKR_OK) {
+            char line[1024];
+            std::snprintf(line, sizeof line, "Error: C_GetAttributeValue fail 1 ckrv=[0x%x]\n",
+                          static_cast<unsigned int>(rv));
+            scope.message(line);
+            return false;
+        }
+        scope.message("C_GetAttributeValue 1 success\n");
+        if (read->readValues(*this, object) != CKR_OK) {
+            scope.message("Error: C_GetAttributeValue fail 2\n");
+            return false;
+        }
+        if (std::strcmp(read->text(1), id) == 0) {
+            return true;
+        }
+    }
+}

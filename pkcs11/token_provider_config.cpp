@@ -1,0 +1,50 @@
+// TokenProvider_pkcs11: reading "config.xml" of the current directory.
+#include <tinyxml2.h>
+
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+#include "model/log_scope.h"
+#include "pkcs11/token_provider.h"
+
+namespace {
+
+/// Appends the text of a child element to a list: every further Load appends the lists once more.
+/// A missing element changes nothing.
+/// @return false when the text does not fit; the list is then unchanged.
+template <std::size_t Size>
+bool appendChildText(const tinyxml2::XMLElement& driver, const char* name, char (&list)[Size],
+                     const LogScope& scope) {
+    const tinyxml2::XMLElement* child = driver.FirstChildElement(name);
+    const char* text = child ? child->GetText() : nullptr;
+    if (!text) {
+        return true;
+    }
+    if (std::strlen(list) + std::strlen(text) >= Size) {
+        return false;
+    }
+    std::strcat(list, text);
+    char line[1024];
+    std::snprintf(line, sizeof line, "%sList=[%s]\n", name, list);
+    scope.message(line);
+    return true;
+}
+
+}  // namespace
+
+bool TokenProvider_pkcs11::LoadConfig() {
+    const LogScope scope = LogScope::withoutBegin(GetLog(), "LoadConfig");
+    try {
+        tinyxml2::XMLDocument document(true, tinyxml2::PRESERVE_WHITESPACE);
+        if (document.LoadFile("config.xml") != tinyxml2::XML_SUCCESS) {
+            return false;
+        }
+        const tinyxml2::XMLElement* driver = document.FirstChildElement("driver");
+        return driver &&
+               appendChildText(*driver, "algo", m_szAlgoList, scope) &&
+               appendChildText(*driver, "digest", m_szDigestList, scope);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}

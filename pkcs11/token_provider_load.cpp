@@ -1,0 +1,119 @@
+// TokenProvider_pkcs11: loading and unloading a Cryptoki module.
+#include <cstdlib>
+#include <cstring>
+
+#include "model/log_scope.h"
+#include "pkcs11/token_provider.h"
+#include "runtime/path_utils.h"
+#include "runtime/zcom_bstr.h"
+
+namespace {
+
+constexpr std::size_t kPathSize = 260;
+
+/// The path of a module, always taken relative to the current directory; an absolute path is
+/// prefixed with it too, and hosts give their paths accordingly.
+/// @param path  kPathSize zeroed bytes.
+/// @return false when the path does not fit.
+bool makeModulePath(const char* modulePath, char* path) {
+    const int length = ZGetCurrentPath(path, kPathSize);
+    if (length <= 0 || static_cast<std::size_t>(length) >= kPathSize) {
+        return false;
+    }
+    ZConvertLinuxPath(path);
+    const std::size_t directory = std::strlen(path);
+    const bool isSeparated = path[directory - 1] == '/';
+    if (directory + (isSeparated ? 0 : 1) + std::strlen(modulePath) >= kPathSize) {
+        return false;
+    }
+    if (!isSeparated) {
+        std::strcat(path, "/");
+    }
+    std::strcat(path, modulePath);
+    return ZGetAbsolutionPath(path, path, kPathSize) == 0;
+}
+
+}  // namespace
+
+HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::Load(BSTR path) {
+    const LogScope scope(GetLog(), "Load");
+    zrapi::ZComBSTR wide(path);
+    const char* modulePath = wide;
+    char buffer[kPathSize] = {};
+    if (!makeModulePath(modulePath ? modulePath : "", buffer)) {
+        return E_FAIL;
+    }
+    const HRESULT hr = LoadModule(buffer);
+    if (FAILED(hr)) {
+        return hr;
+    }
+    if (!LoadConfig()) {
+        // The module stays loaded and initialised: tokens can be opened without a configuration.
+        return E_FAIL;
+    }
+    return scope.end(S_OK);
+}
+
+/// Loads a module beside the one that is loaded already, which is not released, and initialises it.
+HRESULT TokenProvider_pkcs11::LoadModule(const char* path) {
+    const HMODULE module = ZLoadLibrary(path);
+    if (!module) {
+        return E_FAIL;
+    }
+    m_hModule = module;
+    DropFunctionTable();
+    m_pFunctionTable = static_cast<CK_FUNCTIONS*>(std::calloc(1, sizeof(CK_FUNCTIONS)));
+    const HRESULT hr = m_pFunctionTable ? ReadFunctionList() : E_OUTOFMEMORY;
+    if (FAILED(hr)) {
+        DropModule();
+        return hr;
+    }
+    if (!InitializeModule()) {
+        DropModule();
+        return E_FAIL;
+    }
+    return S_OK;
+}
+
+/// Copies the module's entry points. A module without a usable list yields E_OUTOFMEMORY; hosts
+/// know a file that is no Cryptoki module by that code.
+HRESULT TokenProvider_pkcs11::ReadFunctionList() {
+    using GetFunctionList = decltype(CK_FUNCTIONS::C_GetFunctionList);
+    m_pFunctionTable->C_GetFunctionList = reinterpret_cast<GetFunctionList>(
+        reinterpret_cast<void*>(ZGetProcAddress(m_hModule, "C_GetFunctionList")));
+    CK_FUNCTION_LIST* list = nullptr;
+    if (Call(&CK_FUNCTIONS::C_GetFunctionList, &list) != CKR_OK || !list) {
+        return E_OUTOFMEMORY;
+    }
+    std::memcpy(m_pFunctionTable, &list->functions, sizeof(CK_FUNCTIONS));
+    return S_OK;
+}
+
+bool TokenProvider_pkcs11::InitializeModule() const {
+    const CK_RV rv = Call(&CK_FUNCTIONS::C_Initialize, nullptr);
+    return rv == CKR_OK || rv == CKR_CRYPTOKI_ALREADY_INITIALIZED;
+}
+
+void TokenProvider_pkcs11::DropModule() {
+    ZFreeLibrary(m_hModule);
+    m_hModule = nullptr;
+    DropFunctionTable();
+}
+
+void TokenProvider_pkcs11::DropFunctionTable() {
+    if (m_pFunctionTable) {
+        std::memset(static_cast<void*>(m_pFunctionTable), 0, sizeof(CK_FUNCTIONS));
+        std::free(m_pFunctionTable);
+        m_pFunctionTable = nullptr;
+    }
+}
+
+HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::Unload() {
+    const LogScope scope(GetLog(), "Unload");
+    if (m_pFunctionTable) {
+        Call(&CK_FUNCTIONS::C_Finalize, nullptr);
+        ++m_nUnloadCount;
+    }
+    DropModule();
+    return scope.end(S_OK);
+}

@@ -1,0 +1,45 @@
+// Text that must not stay in memory: narrow copies that are wiped when they go.
+#pragma once
+
+#include <zrkey/automation.h>
+
+#include <cstddef>
+#include <cstring>
+
+#include "runtime/string_convert.h"
+
+namespace zr {
+
+/// Fills memory, also memory that is not read again.
+inline void fillForCertain(void* memory, int value, std::size_t size) {
+    std::memset(memory, value, size);
+    // The memory counts as read here, so that the compiler cannot drop the stores.
+    __asm__ __volatile__("" : : "r"(memory) : "memory");
+}
+
+inline void wipe(void* memory, std::size_t size) {
+    fillForCertain(memory, 0, size);
+}
+
+/// A string as UTF-8 in a buffer of Size bytes that is wiped at the end.
+template <std::size_t Size>
+class SecretText {
+public:
+    /// @param text  null reads as empty.
+    explicit SecretText(BSTR text) : m_size(ZBstrToUtf8(text, m_text, Size)) {}
+    SecretText(const SecretText&) = delete;
+    SecretText& operator=(const SecretText&) = delete;
+    ~SecretText() { wipe(m_text, Size); }
+
+    /// Whether the text and its terminator fit the buffer; the buffer is empty otherwise.
+    bool fits() const { return m_size <= static_cast<int>(Size); }
+    const char* c_str() const { return m_text; }
+    /// Bytes before the terminator.
+    std::size_t length() const { return std::strlen(m_text); }
+
+private:
+    char m_text[Size] = {};
+    int m_size;
+};
+
+}  // namespace zr
