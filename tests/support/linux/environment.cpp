@@ -1,0 +1,44 @@
+// The services of a process that tests need, on Linux.
+#include "tests/support/environment.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "tests/support/temp_dir.h"
+
+namespace zr::test {
+
+int processId() {
+    return getpid();
+}
+
+int duplicate(int descriptor) {
+    return dup(descriptor);
+}
+
+void duplicateOnto(int source, int target) {
+    dup2(source, target);
+}
+
+void closeDescriptor(int descriptor) {
+    close(descriptor);
+}
+
+int descriptorOf(std::FILE* file) {
+    return fileno(file);
+}
+
+std::FILE* temporaryFile() {
+    return std::tmpfile();
+}
+
+void setEnvironment(const std::string& name, const std::string& value) {
+    if (value.empty()) {
+        unsetenv(name.c_str());
+    } else {
+        setenv(name.c_str(), value.c_str(), 1);
+    }
+}
+
+}  // namespace zr::test

@@ -1,0 +1,46 @@
+// A fresh working directory for a test.
+#include "tests/support/temp_dir.h"
+
+#include <chrono>
+#include <fstream>
+#include <string>
+
+#include "tests/support/environment.h"
+
+namespace zr::test {
+
+TempDir::TempDir() : m_previous(std::filesystem::current_path()) {
+    static int s_number = 0;
+    const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+    m_root = std::filesystem::temp_directory_path() /
+             ("zr" + std::to_string(processId()) + "_" + std::to_string(now) + "_" +
+              std::to_string(s_number++));
+    m_work = m_root / "level" / "work";
+    m_home = m_root / "home";
+    std::filesystem::create_directories(m_work);
+    std::filesystem::create_directories(m_home);
+    std::filesystem::current_path(m_work);
+    setEnvironment("ZRKEY_HOME_X64", "");
+}
+
+TempDir::~TempDir() {
+    setEnvironment("ZRKEY_HOME_X64", "");
+    std::error_code ignored;
+    std::filesystem::current_path(m_previous, ignored);
+    std::filesystem::remove_all(m_root, ignored);
+}
+
+void TempDir::enableLog() const {
+    setEnvironment("ZRKEY_HOME_X64", m_home.string());
+}
+
+void TempDir::write(std::string_view name, std::string_view text) const {
+    std::ofstream(m_work / name, std::ios::binary) << text;
+}
+
+void TempDir::writeConfig(std::string_view algo, std::string_view digest) const {
+    write("config.xml", "<driver><algo>" + std::string(algo) + "</algo><digest>" +
+                            std::string(digest) + "</digest></driver>");
+}
+
+}  // namespace zr::test
