@@ -10,7 +10,7 @@
 #include "console.h"
 #include "script_engine.h"
 
-namespace zrhost {
+namespace zr::host {
 namespace {
 
 struct RunOptions {
@@ -77,4 +77,4 @@ void addRunCommand(CLI::App& app, Action& action) {
     });
 }
 
-}  // namespace zrhost
+}  // namespace zr::host

@@ -7,7 +7,7 @@ namespace CLI {
 class App;
 }
 
-namespace zrhost {
+namespace zr::host {
 
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitFailure = 1;
@@ -21,4 +21,4 @@ using Action = std::function<int()>;
 /// @param action  set when the command has been chosen.
 void addRunCommand(CLI::App& app, Action& action);
 
-}  // namespace zrhost
+}  // namespace zr::host

@@ -5,7 +5,7 @@
 
 #include "system.h"
 
-namespace zrhost {
+namespace zr::host {
 
 namespace {
 
@@ -63,4 +63,4 @@ void Console::drainDiagnostics() {
     }
 }
 
-}  // namespace zrhost
+}  // namespace zr::host

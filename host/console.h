@@ -6,7 +6,7 @@
 
 #include <string_view>
 
-namespace zrhost {
+namespace zr::host {
 
 /// What becomes of the library's diagnostics.
 enum class Diagnostics { kDropped, kOnStandardError };
@@ -34,4 +34,4 @@ private:
     unsigned m_calls = 0;
 };
 
-}  // namespace zrhost
+}  // namespace zr::host

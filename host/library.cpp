@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-namespace zrhost {
+namespace zr::host {
 namespace {
 
 struct ResultName {
@@ -48,4 +48,4 @@ std::string resultText(HRESULT result) {
     return number;
 }
 
-}  // namespace zrhost
+}  // namespace zr::host

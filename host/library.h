@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-namespace zrhost {
+namespace zr::host {
 
 /// One reference to an object of the library.
 template <typename T>
@@ -64,4 +64,4 @@ HRESULT createProvider(ComRef<ITokenProvider>& provider);
 /// A result for people: "E_FAIL (0x80004005)", or the number alone when it has no name here.
 std::string resultText(HRESULT result);
 
-}  // namespace zrhost
+}  // namespace zr::host

@@ -13,10 +13,10 @@ int run(int argc, char** argv) {
     CLI::App app("Cryptographic tokens from the command line and from scripts.", "zrkey");
     app.set_version_flag("--version", "zrkey " ZRKEY_VERSION);
     app.require_subcommand(1);
-    zrhost::Action action;
-    zrhost::addRunCommand(app, action);
+    zr::host::Action action;
+    zr::host::addRunCommand(app, action);
 
-    std::vector<std::string> arguments = zrhost::commandLineArguments(argc, argv);
+    std::vector<std::string> arguments = zr::host::commandLineArguments(argc, argv);
     std::reverse(arguments.begin(), arguments.end());
     try {
         app.parse(arguments);
@@ -24,9 +24,9 @@ int run(int argc, char** argv) {
         std::ostringstream output;
         std::ostringstream errors;
         const int code = app.exit(error, output, errors);
-        zrhost::writeAll(zrhost::kStandardOutput, output.str());
-        zrhost::writeAll(zrhost::kStandardError, errors.str());
-        return code == 0 ? zrhost::kExitOk : zrhost::kExitUsage;
+        zr::host::writeAll(zr::host::kStandardOutput, output.str());
+        zr::host::writeAll(zr::host::kStandardError, errors.str());
+        return code == 0 ? zr::host::kExitOk : zr::host::kExitUsage;
     }
     return action();
 }
@@ -37,7 +37,7 @@ int main(int argc, char** argv) {
     try {
         return run(argc, argv);
     } catch (const std::exception& error) {
-        zrhost::writeAll(zrhost::kStandardError, std::string("zrkey: ") + error.what() + "\n");
-        return zrhost::kExitFailure;
+        zr::host::writeAll(zr::host::kStandardError, std::string("zrkey: ") + error.what() + "\n");
+        return zr::host::kExitFailure;
     }
 }

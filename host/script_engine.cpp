@@ -14,7 +14,7 @@
 #include "script_object.h"
 #include "text.h"
 
-namespace zrhost {
+namespace zr::host {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
@@ -140,4 +140,4 @@ bool ScriptEngine::run(const std::string& file, std::string_view source,
     return false;
 }
 
-}  // namespace zrhost
+}  // namespace zr::host

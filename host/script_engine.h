@@ -8,7 +8,7 @@
 
 struct duk_hthread;
 
-namespace zrhost {
+namespace zr::host {
 
 class Console;
 struct ScriptContext;
@@ -36,4 +36,4 @@ private:
     duk_hthread* m_heap;
 };
 
-}  // namespace zrhost
+}  // namespace zr::host

@@ -4,7 +4,7 @@
 #include "script_values.h"
 #include "text.h"
 
-namespace zrhost {
+namespace zr::host {
 namespace {
 
 // Keys that a script cannot spell: they mark what belongs to the command.
@@ -222,4 +222,4 @@ duk_ret_t throwError(duk_context* script, duk_errcode_t kind, const std::string&
     return duk_throw(script);
 }
 
-}  // namespace zrhost
+}  // namespace zr::host

@@ -13,7 +13,7 @@
 #include "console.h"
 #include "library.h"
 
-namespace zrhost {
+namespace zr::host {
 
 /// What the functions that a script calls work with; kept beside the script engine's heap.
 struct ScriptContext {
@@ -40,4 +40,4 @@ ComRef<IDispatch> objectAt(duk_context* script, duk_idx_t index);
 /// Throws an error into the script, never returning; kind is one of DUK_ERR_*.
 duk_ret_t throwError(duk_context* script, duk_errcode_t kind, const std::string& message);
 
-}  // namespace zrhost
+}  // namespace zr::host

@@ -9,7 +9,7 @@
 #include "script_object.h"
 #include "text.h"
 
-namespace zrhost {
+namespace zr::host {
 namespace {
 
 constexpr VARTYPE kByteArray = VT_ARRAY | VT_UI1;
@@ -228,4 +228,4 @@ bool pushResult(duk_context* script, VARIANT& value) {
     }
 }
 
-}  // namespace zrhost
+}  // namespace zr::host

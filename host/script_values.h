@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace zrhost {
+namespace zr::host {
 
 /// Variants in a row, cleared when it goes.
 class VariantList {
@@ -39,4 +39,4 @@ bool readArgument(duk_context* script, duk_idx_t index, VARIANT& out);
 /// @return false, with nothing pushed, for a type that scripts have no value for.
 bool pushResult(duk_context* script, VARIANT& value);
 
-}  // namespace zrhost
+}  // namespace zr::host

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace zrhost {
+namespace zr::host {
 
 inline constexpr int kStandardOutput = 1;
 inline constexpr int kStandardError = 2;
@@ -31,4 +31,4 @@ int openDroppedOutput();
 /// Keeps what has been written to openDroppedOutput's descriptor from adding up.
 void rewindDroppedOutput(int descriptor);
 
-}  // namespace zrhost
+}  // namespace zr::host

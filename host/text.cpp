@@ -1,7 +1,7 @@
 // Conversion between the three encodings a script's text passes through.
 #include "text.h"
 
-namespace zrhost {
+namespace zr::host {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
@@ -112,4 +112,4 @@ std::string toUtf8(OleStringView text) {
     return bytes;
 }
 
-}  // namespace zrhost
+}  // namespace zr::host

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace zrhost {
+namespace zr::host {
 
 using OleString = std::basic_string<OLECHAR>;
 using OleStringView = std::basic_string_view<OLECHAR>;
@@ -23,4 +23,4 @@ std::string toScriptText(OleStringView text);
 /// UTF-8 of UTF-16 text; a lone half of a pair becomes U+FFFD.
 std::string toUtf8(OleStringView text);
 
-}  // namespace zrhost
+}  // namespace zr::host

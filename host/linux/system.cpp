@@ -6,7 +6,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace zrhost {
+namespace zr::host {
 
 std::vector<std::string> commandLineArguments(int argc, char** argv) {
     return argc > 1 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
@@ -46,4 +46,4 @@ void rewindDroppedOutput(int) {
     // The null device keeps nothing.
 }
 
-}  // namespace zrhost
+}  // namespace zr::host

@@ -10,7 +10,7 @@
 #include <shellapi.h>
 #include <sys/stat.h>
 
-namespace zrhost {
+namespace zr::host {
 namespace {
 
 std::string toUtf8(const wchar_t* text) {
@@ -83,4 +83,4 @@ void rewindDroppedOutput(int descriptor) {
     _lseeki64(descriptor, 0, SEEK_SET);
 }
 
-}  // namespace zrhost
+}  // namespace zr::host

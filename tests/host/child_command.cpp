@@ -7,7 +7,7 @@
 
 namespace fs = std::filesystem;
 
-namespace zrtest {
+namespace zr::test {
 namespace {
 
 /// The two command processors differ in how they take quotes and give exit codes.
@@ -91,4 +91,4 @@ void writeFile(const fs::path& path, const std::string& content) {
     EXPECT_TRUE(stream.flush().good()) << path;
 }
 
-}  // namespace zrtest
+}  // namespace zr::test

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zrtest {
+namespace zr::test {
 
 struct CommandResult {
     int exitCode = -1;
@@ -40,4 +40,4 @@ private:
 /// Writes a file as it is.
 void writeFile(const std::filesystem::path& path, const std::string& content);
 
-}  // namespace zrtest
+}  // namespace zr::test

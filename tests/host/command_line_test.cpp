@@ -5,7 +5,7 @@
 #include <iterator>
 #include <regex>
 
-namespace zrtest {
+namespace zr::test {
 namespace {
 
 using CommandLineTest = ChildCommandTest;
@@ -74,4 +74,4 @@ TEST_F(CommandLineTest, UnknownOptionOfRunIsAUsageError) {
 }
 
 }  // namespace
-}  // namespace zrtest
+}  // namespace zr::test

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace zrtest {
+namespace zr::test {
 namespace {
 
 using RunCommandTest = ChildCommandTest;
@@ -137,4 +137,4 @@ TEST_F(RunCommandTest, EndlessRecursionIsAnError) {
 }
 
 }  // namespace
-}  // namespace zrtest
+}  // namespace zr::test

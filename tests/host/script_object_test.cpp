@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zrhost {
+namespace zr::host {
 namespace {
 
 /// Evaluates script text with a ScriptedObject as the global "object".
@@ -15,14 +15,14 @@ protected:
         m_heap = duk_create_heap(nullptr, nullptr, nullptr, &m_context, nullptr);
         addObjectSupport(m_heap);
         ComRef<IDispatch> object;
-        object.reset(new zrtest::ScriptedObject);
+        object.reset(new zr::test::ScriptedObject);
         pushObject(m_heap, std::move(object));
         duk_put_global_string(m_heap, "object");
     }
 
     void TearDown() override {
         closeHeap();
-        EXPECT_EQ(zrtest::ScriptedObject::living(), 0);
+        EXPECT_EQ(zr::test::ScriptedObject::living(), 0);
     }
 
     void closeHeap() {
@@ -140,30 +140,30 @@ TEST_F(ScriptObjectTest, ProviderNeedsNew) {
 
 TEST_F(ScriptObjectTest, ReferenceGoesWithTheLastUse) {
     evaluate("var child = object.Child(); var other = child;");
-    EXPECT_EQ(zrtest::ScriptedObject::living(), 2);
+    EXPECT_EQ(zr::test::ScriptedObject::living(), 2);
     evaluate("child = null;");
-    EXPECT_EQ(zrtest::ScriptedObject::living(), 2);
+    EXPECT_EQ(zr::test::ScriptedObject::living(), 2);
     evaluate("other = null; 0");
-    EXPECT_EQ(zrtest::ScriptedObject::living(), 1);
+    EXPECT_EQ(zr::test::ScriptedObject::living(), 1);
 }
 
 TEST_F(ScriptObjectTest, ReferenceInACycleGoesWithACollection) {
     evaluate("var holder = { child: object.Child() }; holder.self = holder; holder = null; 0");
-    EXPECT_EQ(zrtest::ScriptedObject::living(), 2);
+    EXPECT_EQ(zr::test::ScriptedObject::living(), 2);
     evaluate("Duktape.gc(); Duktape.gc(); 0");
-    EXPECT_EQ(zrtest::ScriptedObject::living(), 1);
+    EXPECT_EQ(zr::test::ScriptedObject::living(), 1);
 }
 
 TEST_F(ScriptObjectTest, WhatTheScriptHoldsGoesWithTheEngine) {
     evaluate("var held = [object.Child(), object.Child()]");
-    EXPECT_EQ(zrtest::ScriptedObject::living(), 3);
+    EXPECT_EQ(zr::test::ScriptedObject::living(), 3);
     closeHeap();
-    EXPECT_EQ(zrtest::ScriptedObject::living(), 0);
+    EXPECT_EQ(zr::test::ScriptedObject::living(), 0);
 }
 
 TEST_F(ScriptObjectTest, ObjectWhoseFinalizerWasCalledIsDead) {
     evaluate("var child = object.Child(); Duktape.fin(child)(child);");
-    EXPECT_EQ(zrtest::ScriptedObject::living(), 1);
+    EXPECT_EQ(zr::test::ScriptedObject::living(), 1);
     EXPECT_EQ(evaluate("object.Echo.call(child, 1)"),
               "TypeError: Echo called on what is no token object");
     EXPECT_EQ(evaluate("child.Echo"), "undefined");
@@ -171,8 +171,8 @@ TEST_F(ScriptObjectTest, ObjectWhoseFinalizerWasCalledIsDead) {
 
 TEST_F(ScriptObjectTest, FailedConversionKeepsNoReference) {
     evaluate("try { object.Echo(object.Child(), 'text', {}) } catch (error) { } 0");
-    EXPECT_EQ(zrtest::ScriptedObject::living(), 1);
+    EXPECT_EQ(zr::test::ScriptedObject::living(), 1);
 }
 
 }  // namespace
-}  // namespace zrhost
+}  // namespace zr::host

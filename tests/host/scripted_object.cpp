@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-namespace zrtest {
+namespace zr::test {
 namespace {
 
 using OleString = std::basic_string<OLECHAR>;
@@ -168,4 +168,4 @@ HRESULT ScriptedObject::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* 
     return kMembers[id - 1].member(*params, *result);
 }
 
-}  // namespace zrtest
+}  // namespace zr::test

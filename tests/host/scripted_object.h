@@ -3,7 +3,7 @@
 
 #include <zrkey/automation.h>
 
-namespace zrtest {
+namespace zr::test {
 
 class ScriptedObject final : public IDispatch {
 public:
@@ -31,4 +31,4 @@ private:
     ULONG m_references = 1;
 };
 
-}  // namespace zrtest
+}  // namespace zr::test

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zrhost {
+namespace zr::host {
 namespace {
 
 const OleString kKey = {OLECHAR{0xD83D}, OLECHAR{0xDD11}};
@@ -58,4 +58,4 @@ TEST(TextTest, MalformedBytesAreReplacedOneByOne) {
 }
 
 }  // namespace
-}  // namespace zrhost
+}  // namespace zr::host
