@@ -6,20 +6,16 @@
 
 #include <zrkey/automation.h>
 
-#include <source_location>
-
 #include "model/zr_log.h"
 
 class LogScope {
 public:
-    using Where = std::source_location;
-
     /// @param log   may be null: nothing is written then. Outlives the scope.
     /// @param name  the operation's name without its class.
-    LogScope(const ZRLog* log, const char* name, Where where = Where::current())
+    LogScope(const ZRLog* log, const char* name, unsigned int line = __builtin_LINE())
         : LogScope(log, name, NoBegin()) {
         if (m_log) {
-            m_log->Log(0, "[%s:%u] Begin\n", m_name, static_cast<unsigned int>(where.line()));
+            m_log->Log(0, "[%s:%u] Begin\n", m_name, line);
         }
     }
 
@@ -28,17 +24,17 @@ public:
         return LogScope(log, name, NoBegin());
     }
 
-    void message(const char* text, Where where = Where::current()) const {
+    void message(const char* text, unsigned int line = __builtin_LINE()) const {
         if (m_log) {
-            m_log->Log(0, "[%s:%u] %s", m_name, static_cast<unsigned int>(where.line()), text);
+            m_log->Log(0, "[%s:%u] %s", m_name, line, text);
         }
     }
 
     /// Writes the End line.
     /// @return hr, so that an operation ends with "return scope.end(S_OK)".
-    HRESULT end(HRESULT hr = S_OK, Where where = Where::current()) const {
+    HRESULT end(HRESULT hr = S_OK, unsigned int line = __builtin_LINE()) const {
         if (m_log) {
-            m_log->Log(0, "[%s:%u] End\n", m_name, static_cast<unsigned int>(where.line()));
+            m_log->Log(0, "[%s:%u] End\n", m_name, line);
         }
         return hr;
     }

@@ -1,8 +1,6 @@
 // Reference counting that is written to the log, for the classes that trace it.
 #pragma once
 
-#include <source_location>
-
 #include "model/zr_log.h"
 #include "runtime/component_impl.h"
 
@@ -10,10 +8,10 @@ namespace zr {
 
 /// @param label  what stands before the count: "TokenProvider::AddRef] count=".
 inline ULONG addRefLogged(ZComponentImpl& object, const ZRLog* log, const char* label,
-                          std::source_location where = std::source_location::current()) {
+                          unsigned int line = __builtin_LINE()) {
     const ULONG count = object.ZComponentImpl::AddRef();
     if (log) {
-        log->Log(0, "[%s:%u] [%s%lu\n", "AddRef", static_cast<unsigned int>(where.line()), label,
+        log->Log(0, "[%s:%u] [%s%lu\n", "AddRef", line, label,
                  static_cast<unsigned long>(count));
     }
     return count;
@@ -21,8 +19,7 @@ inline ULONG addRefLogged(ZComponentImpl& object, const ZRLog* log, const char* 
 
 /// @param label  the class's name.
 inline ULONG releaseLogged(ZComponentImpl& object, const ZRLog* log, const char* label,
-                           std::source_location where = std::source_location::current()) {
-    const auto line = static_cast<unsigned int>(where.line());
+                           unsigned int line = __builtin_LINE()) {
     // The last release can destroy the object and, up the chain of owners, the logger with it; a
     // logger is no more than its path, so a copy writes the last line.
     const ZRLog kept = log ? *log : ZRLog();

@@ -154,7 +154,8 @@ enum {
     FADF_BSTR = 0x100,
     FADF_UNKNOWN = 0x200,
     FADF_DISPATCH = 0x400,
-    FADF_VARIANT = 0x800
+    FADF_VARIANT = 0x800,
+    FADF_CREATEVECTOR = 0x2000
 };
 
 union CY {
@@ -177,6 +178,11 @@ struct IUnknown;
 struct IDispatch;
 struct IRecordInfo;
 struct ITypeInfo;
+
+struct BRECORD {
+    PVOID pvRecord;
+    IRecordInfo* pRecInfo;
+};
 
 struct tagVARIANT {
     VARTYPE vt;
@@ -226,10 +232,7 @@ struct tagVARIANT {
         ULONGLONG* pullVal;
         INT* pintVal;
         UINT* puintVal;
-        struct {
-            PVOID pvRecord;
-            IRecordInfo* pRecInfo;
-        } brecVal;
+        BRECORD brecVal;
     };
 };
 typedef tagVARIANT VARIANT;
