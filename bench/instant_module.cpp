@@ -1,0 +1,122 @@
+// A Cryptoki module that answers at once, so that the library's own cost shows: one token with as
+// many certificates as asked for by ZRKEY_BENCH_CERTIFICATES (32), and one key pair.
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "pkcs11/cryptoki.h"
+
+namespace {
+
+CK_ULONG s_certificates = 32;
+CK_OBJECT_CLASS s_class = 0;
+CK_ULONG s_next = 0;
+
+CK_RV initialize(void*) {
+    if (const char* count = std::getenv("ZRKEY_BENCH_CERTIFICATES")) {
+        s_certificates = std::strtoul(count, nullptr, 10);
+    }
+    return CKR_OK;
+}
+
+CK_RV finalize(void*) {
+    return CKR_OK;
+}
+
+CK_RV getSlotList(CK_BBOOL, CK_SLOT_ID* slots, CK_ULONG* count) {
+    if (slots) {
+        slots[0] = 0;
+    }
+    *count = 1;
+    return CKR_OK;
+}
+
+CK_RV openSession(CK_SLOT_ID, CK_FLAGS, void*, CK_NOTIFY, CK_SESSION_HANDLE* session) {
+    *session = 1;
+    return CKR_OK;
+}
+
+CK_RV closeSession(CK_SESSION_HANDLE) {
+    return CKR_OK;
+}
+
+CK_RV login(CK_SESSION_HANDLE, CK_USER_TYPE, CK_UTF8CHAR*, CK_ULONG) {
+    return CKR_OK;
+}
+
+CK_RV findObjectsInit(CK_SESSION_HANDLE, CK_ATTRIBUTE* attributes, CK_ULONG) {
+    std::memcpy(&s_class, attributes[0].pValue, sizeof s_class);
+    s_next = 0;
+    return CKR_OK;
+}
+
+CK_RV findObjects(CK_SESSION_HANDLE, CK_OBJECT_HANDLE* objects, CK_ULONG, CK_ULONG* count) {
+    const CK_ULONG objectCount = s_class == CKO_CERTIFICATE ? s_certificates : 1;
+    *count = s_next < objectCount ? 1 : 0;
+    objects[0] = ++s_next;
+    return CKR_OK;
+}
+
+CK_RV findObjectsFinal(CK_SESSION_HANDLE) {
+    return CKR_OK;
+}
+
+CK_RV getAttributeValue(CK_SESSION_HANDLE, CK_OBJECT_HANDLE object, CK_ATTRIBUTE* attributes,
+                        CK_ULONG count) {
+    for (CK_ULONG i = 0; i < count; ++i) {
+        CK_ATTRIBUTE& attribute = attributes[i];
+        if (attribute.type == CKA_ID) {
+            if (attribute.pValue) {
+                char id[9];
+                std::snprintf(id, sizeof id, "%08lx", object & 0xFFFFFFFF);
+                std::memcpy(attribute.pValue, id, 8);
+            }
+            attribute.ulValueLen = 8;
+        } else {
+            if (attribute.pValue) {
+                std::memset(attribute.pValue, 0, sizeof(CK_ULONG));
+            }
+            attribute.ulValueLen = sizeof(CK_ULONG);
+        }
+    }
+    return CKR_OK;
+}
+
+CK_RV signInit(CK_SESSION_HANDLE, CK_MECHANISM*, CK_OBJECT_HANDLE) {
+    return CKR_OK;
+}
+
+CK_RV sign(CK_SESSION_HANDLE, CK_BYTE*, CK_ULONG, CK_BYTE* signature, CK_ULONG* length) {
+    std::memset(signature, 1, 256);
+    *length = 256;
+    return CKR_OK;
+}
+
+CK_FUNCTION_LIST makeList() {
+    CK_FUNCTION_LIST list = {};
+    list.version = {2, 40};
+    CK_FUNCTIONS& functions = list.functions;
+    functions.C_Initialize = initialize;
+    functions.C_Finalize = finalize;
+    functions.C_GetSlotList = getSlotList;
+    functions.C_OpenSession = openSession;
+    functions.C_CloseSession = closeSession;
+    functions.C_Logout = closeSession;
+    functions.C_Login = login;
+    functions.C_FindObjectsInit = findObjectsInit;
+    functions.C_FindObjects = findObjects;
+    functions.C_FindObjectsFinal = findObjectsFinal;
+    functions.C_GetAttributeValue = getAttributeValue;
+    functions.C_SignInit = signInit;
+    functions.C_Sign = sign;
+    return list;
+}
+
+CK_FUNCTION_LIST s_list = makeList();
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) CK_RV C_GetFunctionList(CK_FUNCTION_LIST** list) {
+    *list = &s_list;
+    return CKR_OK;
+}
