@@ -129,11 +129,8 @@ double realOf(const Number& number) {
 }
 
 HRESULT realToR4(double value, VARIANT* target) {
-    if (std::fabs(value) > static_cast<double>(std::numeric_limits<FLOAT>::max())) {
-        return DISP_E_OVERFLOW;
-    }
     target->fltVal = static_cast<FLOAT>(value);
-    return S_OK;
+    return std::isinf(target->fltVal) ? DISP_E_OVERFLOW : S_OK;
 }
 
 // The whole part and the fraction are scaled apart: together they would lose the last digits.
@@ -154,8 +151,8 @@ HRESULT integerToCurrency(const Number& number, VARIANT* target) {
     if (number.magnitude > kLimit) {
         return DISP_E_OVERFLOW;
     }
-    target->cyVal.int64 = static_cast<LONGLONG>(
-        twosComplement(number.negative, number.magnitude * kCurrencyUnit));
+    target->cyVal.int64 =
+        static_cast<LONGLONG>(twosComplement(number.negative, number.magnitude * kCurrencyUnit));
     return S_OK;
 }
 

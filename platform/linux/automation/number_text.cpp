@@ -12,9 +12,8 @@ constexpr int kBufferSize = 48;
 
 BSTR allocateText(const char* first, const char* last) {
     OLECHAR text[kBufferSize];
-    OLECHAR* const end = std::transform(first, last, text, [](char c) {
-        return static_cast<OLECHAR>(c == 'e' ? 'E' : c);
-    });
+    OLECHAR* const end = std::transform(
+        first, last, text, [](char c) { return static_cast<OLECHAR>(c == 'e' ? 'E' : c); });
     return SysAllocStringLen(text, static_cast<UINT>(end - text));
 }
 
@@ -41,8 +40,8 @@ BSTR textOfReal(double value, int digits) {
     }
     char text[kBufferSize];
     // Adding zero takes the sign from a negative one.
-    const auto result = std::to_chars(text, text + kBufferSize, value + 0.0,
-                                      std::chars_format::general, digits);
+    const auto result =
+        std::to_chars(text, text + kBufferSize, value + 0.0, std::chars_format::general, digits);
     return allocateText(text, result.ptr);
 }
 

@@ -74,8 +74,7 @@ void setHiddenType(SAFEARRAY* array, VARTYPE type) {
 }
 
 SAFEARRAY* allocateDescriptor(UINT dimensions) {
-    const std::size_t size =
-        offsetof(SAFEARRAY, rgsabound) + dimensions * sizeof(SAFEARRAYBOUND);
+    const std::size_t size = offsetof(SAFEARRAY, rgsabound) + dimensions * sizeof(SAFEARRAYBOUND);
     auto* block = static_cast<char*>(zr::allocate(kHiddenSize + size));
     if (block == nullptr) {
         return nullptr;
@@ -274,7 +273,8 @@ HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy) {
     if (result == nullptr) {
         return E_OUTOFMEMORY;
     }
-    result->fFeatures = static_cast<USHORT>(array->fFeatures & ~(kForeign | FADF_FIXEDSIZE));
+    result->fFeatures =
+        static_cast<USHORT>(array->fFeatures & ~(kForeign | FADF_FIXEDSIZE | FADF_CREATEVECTOR));
     result->cbElements = array->cbElements;
     // A descriptor that a caller made has no hidden part.
     if ((array->fFeatures & (FADF_HAVEVARTYPE | FADF_HAVEIID)) != 0) {

@@ -13,7 +13,7 @@ constexpr LONGLONG kExponentLimit = 1000000;
 
 bool isBlank(OLECHAR c) {
     return c == u' ' || (c >= u'\t' && c <= u'\r') || c == u'\u0085' || c == u'\u00A0' ||
-           c == u'\u1680' || (c >= u'\u2000' && c <= u'\u200B') || c == u'\u2028' ||
+           c == u'\u1680' || (c >= u'\u2000' && c <= u'\u200A') || c == u'\u2028' ||
            c == u'\u2029' || c == u'\u202F' || c == u'\u205F' || c == u'\u3000';
 }
 
@@ -71,15 +71,20 @@ private:
                  takeOnce(u'(', &open_) || takeOnce(u'$', &currency_));
     }
 
-    // A sign behind the number is none when there is one before it.
+    // A sign behind the number must not be there before it too, but may be repeated.
     void readTrailing() {
-        bool signBefore = leadingPlus_ || leadingMinus_;
         bool currency = number_.hexadecimal;
-        do {
+        for (;;) {
             skipBlanks();
-        } while ((!signBefore && (takeOnce(u'+', &trailingPlus_) ||
-                                  takeOnce(u'-', &trailingMinus_))) ||
-                 (open_ && takeOnce(u')', &closed_)) || takeOnce(u'$', &currency));
+            if (*at_ == u'+' && !leadingPlus_) {
+                ++at_;
+            } else if (*at_ == u'-' && !leadingMinus_) {
+                trailingMinus_ = true;
+                ++at_;
+            } else if (!(open_ && takeOnce(u')', &closed_)) && !takeOnce(u'$', &currency)) {
+                break;
+            }
+        }
     }
 
     bool readBits() {
@@ -90,8 +95,8 @@ private:
         number_.hexadecimal = true;
         for (at_ += 2; digitValue(*at_) < base; ++at_) {
             const auto digit = static_cast<ULONGLONG>(digitValue(*at_));
-            number_.tooManyBits |= number_.bits > std::numeric_limits<ULONGLONG>::max() /
-                                                      static_cast<ULONGLONG>(base);
+            number_.tooManyBits |=
+                number_.bits > std::numeric_limits<ULONGLONG>::max() / static_cast<ULONGLONG>(base);
             number_.bits = number_.bits * static_cast<ULONGLONG>(base) + digit;
         }
         return true;
@@ -152,7 +157,6 @@ private:
     TextNumber& number_;
     bool leadingPlus_ = false;
     bool leadingMinus_ = false;
-    bool trailingPlus_ = false;
     bool trailingMinus_ = false;
     bool open_ = false;
     bool closed_ = false;

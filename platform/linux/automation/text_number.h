@@ -9,13 +9,13 @@ namespace zr {
 struct TextNumber {
     static constexpr int kMaxDigits = 48;
 
-    bool hexadecimal = false;        ///< "&H" or "&O"; only bits and tooManyBits are set then.
-    bool tooManyBits = false;        ///< does not fit 64 bits.
+    bool hexadecimal = false;  ///< "&H" or "&O"; only bits and tooManyBits are set then.
+    bool tooManyBits = false;  ///< does not fit 64 bits.
     ULONGLONG bits = 0;
     bool negative = false;
     char digits[kMaxDigits + 1] = {};  ///< significant digits, no leading zeros, terminated.
     int digitCount = 0;
-    LONGLONG exponent = 0;           ///< the value is 0.DIGITS times ten to this power.
+    LONGLONG exponent = 0;  ///< the value is 0.DIGITS times ten to this power.
 };
 
 /// Reads a whole text: blanks, sign before or behind, parentheses for negative, "$", "," between

@@ -1,0 +1,117 @@
+// The automation platform when memory is short: nothing leaks and nothing is left half made.
+#include <gtest/gtest.h>
+
+#include <zrkey/automation.h>
+
+#include "failing_allocator.h"
+
+namespace zr::test {
+namespace {
+
+class AutomationMemoryTest : public ::testing::Test {
+protected:
+    ~AutomationMemoryTest() override {
+        failAllocation(0);
+        EXPECT_EQ(0, liveAllocations());
+    }
+};
+
+SAFEARRAY* makeVariants() {
+    SAFEARRAYBOUND bound = {2, 0};
+    SAFEARRAY* array = SafeArrayCreate(VT_VARIANT, 1, &bound);
+    for (int i = 0; i < 2; ++i) {
+        VARIANT* element = static_cast<VARIANT*>(array->pvData) + i;
+        element->vt = VT_BSTR;
+        element->bstrVal = SysAllocString(OLESTR("text"));
+    }
+    return array;
+}
+
+TEST_F(AutomationMemoryTest, StringsAreNull) {
+    failAllocation(1);
+    EXPECT_EQ(nullptr, SysAllocString(OLESTR("text")));
+    failAllocation(1);
+    EXPECT_EQ(nullptr, SysAllocStringLen(nullptr, 5));
+    failAllocation(1);
+    EXPECT_EQ(nullptr, SysAllocStringByteLen("ab", 2));
+}
+
+TEST_F(AutomationMemoryTest, ArraysAreNull) {
+    SAFEARRAYBOUND bound = {2, 0};
+    for (const int number : {1, 2}) {
+        failAllocation(number);
+        EXPECT_EQ(nullptr, SafeArrayCreate(VT_I4, 1, &bound)) << number;
+    }
+}
+
+TEST_F(AutomationMemoryTest, CopyOfAnArrayFailsWhole) {
+    SAFEARRAY* array = makeVariants();
+    const int before = liveAllocations();
+    for (const int number : {1, 2, 3, 4}) {
+        failAllocation(number);
+        SAFEARRAY* copy = array;
+        EXPECT_EQ(E_OUTOFMEMORY, SafeArrayCopy(array, &copy)) << number;
+        EXPECT_EQ(nullptr, copy);
+        EXPECT_EQ(before, liveAllocations()) << number;
+    }
+    failAllocation(0);
+    EXPECT_EQ(S_OK, SafeArrayDestroy(array));
+}
+
+TEST_F(AutomationMemoryTest, FailedCopyOfAVariantLeavesItEmpty) {
+    VARIANT source;
+    VariantInit(&source);
+    source.vt = VT_BSTR;
+    source.bstrVal = SysAllocString(OLESTR("text"));
+    VARIANT target;
+    VariantInit(&target);
+    failAllocation(1);
+    EXPECT_EQ(E_OUTOFMEMORY, VariantCopy(&target, &source));
+    EXPECT_EQ(VT_EMPTY, target.vt);
+    failAllocation(0);
+    VariantClear(&source);
+}
+
+TEST_F(AutomationMemoryTest, FailedConversionLeavesTheTarget) {
+    VARIANT variant;
+    VariantInit(&variant);
+    variant.vt = VT_I4;
+    variant.lVal = 5;
+    failAllocation(1);
+    EXPECT_EQ(E_OUTOFMEMORY, VariantChangeType(&variant, &variant, 0, VT_BSTR));
+    EXPECT_EQ(VT_I4, variant.vt);
+    EXPECT_EQ(5, variant.lVal);
+}
+
+TEST_F(AutomationMemoryTest, ArraysBeyond32BitsAreRefused) {
+    SAFEARRAYBOUND bound = {0x80000000u, 0};
+    EXPECT_EQ(nullptr, SafeArrayCreate(VT_I8, 1, &bound));
+    bound.cElements = 0xffffffffu;
+    EXPECT_EQ(nullptr, SafeArrayCreate(VT_I4, 1, &bound));
+    SAFEARRAYBOUND square[2] = {{0x10000, 0}, {0x10000, 0}};
+    EXPECT_EQ(nullptr, SafeArrayCreate(VT_UI1, 2, square));
+}
+
+TEST_F(AutomationMemoryTest, FlagsThatAreNotSupportedAreRefused) {
+    VARIANT variant;
+    VariantInit(&variant);
+    for (const USHORT flags : {USHORT{4}, USHORT{8}, USHORT{0x80}, USHORT{0xffff}}) {
+        EXPECT_EQ(E_INVALIDARG, VariantChangeType(&variant, &variant, flags, VT_I4)) << flags;
+    }
+}
+
+TEST_F(AutomationMemoryTest, LockedArrayStaysInItsVariant) {
+    SAFEARRAYBOUND bound = {1, 0};
+    VARIANT variant;
+    VariantInit(&variant);
+    variant.vt = VT_ARRAY | VT_I4;
+    variant.parray = SafeArrayCreate(VT_I4, 1, &bound);
+    SafeArrayLock(variant.parray);
+    EXPECT_EQ(DISP_E_ARRAYISLOCKED, VariantClear(&variant));
+    EXPECT_EQ(VT_ARRAY | VT_I4, variant.vt);
+    SafeArrayUnlock(variant.parray);
+    EXPECT_EQ(S_OK, VariantClear(&variant));
+}
+
+}  // namespace
+}  // namespace zr::test
