@@ -46,6 +46,9 @@ HRESULT dereference(const VARIANT& source, VARIANT* value) {
         case VT_ERROR:
             size = 4;
             break;
+        case VT_DECIMAL:
+            // Not a value that a variant of ours can hold.
+            return DISP_E_TYPEMISMATCH;
         default:
             break;
     }
@@ -155,27 +158,41 @@ HRESULT toInterface(IUnknown* object, VARTYPE type, VARIANT* target) {
 
 HRESULT convert(const VARIANT& source, USHORT flags, VARTYPE type, VARIANT* target);
 
-// An object stands for the value of its default property.
-HRESULT fromObject(IDispatch* object, USHORT flags, VARTYPE type, VARIANT* target) {
-    if (object == nullptr) {
-        return DISP_E_BADVARTYPE;
-    }
+HRESULT defaultProperty(IDispatch* object, VARIANT* value) {
     DISPPARAMS none = {nullptr, nullptr, 0, 0};
-    VARIANT value;
-    VariantInit(&value);
-    if (FAILED(object->Invoke(0, IID_NULL, kUserDefaultLocale, DISPATCH_PROPERTYGET, &none, &value,
-                              nullptr, nullptr))) {
-        return DISP_E_TYPEMISMATCH;
-    }
-    HRESULT hr = DISP_E_BADVARTYPE;
-    if (value.vt != VT_DISPATCH) {
-        VARIANT view;
-        hr = dereference(value, &view);
+    VariantInit(value);
+    const HRESULT hr = object->Invoke(0, IID_NULL, kUserDefaultLocale, DISPATCH_PROPERTYGET, &none,
+                                      value, nullptr, nullptr);
+    return FAILED(hr) ? DISP_E_TYPEMISMATCH : S_OK;
+}
+
+// An object stands for the value of its default property, which may be an object in turn.
+HRESULT fromObject(IDispatch* object, USHORT flags, VARTYPE type, VARIANT* target) {
+    constexpr int kMaxObjects = 32;
+    VARIANT held;
+    VariantInit(&held);
+    VARIANT view;
+    VariantInit(&view);
+    view.vt = VT_DISPATCH;
+    view.pdispVal = object;
+    HRESULT hr = S_OK;
+    for (int i = 0; SUCCEEDED(hr) && view.vt == VT_DISPATCH; ++i) {
+        if (view.pdispVal == nullptr || i == kMaxObjects) {
+            hr = DISP_E_BADVARTYPE;
+            break;
+        }
+        VARIANT value;
+        hr = defaultProperty(view.pdispVal, &value);
+        VariantClear(&held);
+        held = value;
         if (SUCCEEDED(hr)) {
-            hr = convert(view, flags, type, target);
+            hr = dereference(held, &view);
         }
     }
-    VariantClear(&value);
+    if (SUCCEEDED(hr)) {
+        hr = convert(view, flags, type, target);
+    }
+    VariantClear(&held);
     return hr;
 }
 

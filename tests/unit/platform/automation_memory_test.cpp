@@ -1,4 +1,4 @@
-// The automation platform when memory is short: nothing leaks and nothing is left half made.
+// Our automation platform under strain: short memory, arrays too large, objects without an end.
 #include <gtest/gtest.h>
 
 #include <zrkey/automation.h>
@@ -111,6 +111,49 @@ TEST_F(AutomationMemoryTest, LockedArrayStaysInItsVariant) {
     EXPECT_EQ(VT_ARRAY | VT_I4, variant.vt);
     SafeArrayUnlock(variant.parray);
     EXPECT_EQ(S_OK, VariantClear(&variant));
+}
+
+/// An object whose default property is the object itself.
+struct EndlessObject : IDispatch {
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** ppv) override {
+        *ppv = nullptr;
+        return E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override {
+        return ++references;
+    }
+    ULONG STDMETHODCALLTYPE Release() override {
+        return --references;
+    }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result,
+                                     EXCEPINFO*, UINT*) override {
+        result->vt = VT_DISPATCH;
+        result->pdispVal = this;
+        AddRef();
+        return S_OK;
+    }
+    ULONG references = 1;
+};
+
+TEST_F(AutomationMemoryTest, ObjectThatIsItsOwnValueIsGivenUp) {
+    EndlessObject object;
+    VARIANT source;
+    VariantInit(&source);
+    source.vt = VT_DISPATCH;
+    source.pdispVal = &object;
+    VARIANT target;
+    VariantInit(&target);
+    EXPECT_EQ(DISP_E_BADVARTYPE, VariantChangeType(&target, &source, 0, VT_I4));
+    EXPECT_EQ(1u, object.references);
 }
 
 }  // namespace

@@ -43,7 +43,12 @@ public:
         EXPECT_EQ(nullptr, excep);
         EXPECT_EQ(nullptr, argErr);
         ++calls;
-        if (SUCCEEDED(outcome)) {
+        if (inner != nullptr) {
+            VariantInit(result);
+            result->vt = VT_DISPATCH;
+            result->pdispVal = inner;
+            inner->AddRef();
+        } else if (SUCCEEDED(outcome)) {
             parseVariant(property, result);
         }
         return outcome;
@@ -54,6 +59,7 @@ public:
     int calls = 0;
     HRESULT outcome = S_OK;
     const char* property = "I4 500";
+    IDispatch* inner = nullptr;
 };
 
 class VariantObjectTest : public ::testing::Test {
@@ -85,6 +91,17 @@ TEST_F(VariantObjectTest, PropertyIsConvertedAsAnyValue) {
     EXPECT_EQ("M", convertedText(&source_, VT_I2));
     object_.property = "EMPTY";
     EXPECT_EQ("0", convertedText(&source_, VT_I2));
+}
+
+TEST_F(VariantObjectTest, PropertyThatIsAnObjectStandsForItsOwn) {
+    CountedObject inner;
+    object_.inner = &inner;
+    EXPECT_EQ("500", convertedText(&source_, VT_I4));
+    EXPECT_EQ("500", convertedText(&source_, VT_BSTR));
+    inner.outcome = E_FAIL;
+    EXPECT_EQ("M", convertedText(&source_, VT_I4));
+    EXPECT_EQ(3, inner.calls);
+    EXPECT_EQ(1, inner.references);
 }
 
 TEST_F(VariantObjectTest, FailingPropertyIsATypeMismatch) {
