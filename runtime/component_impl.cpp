@@ -77,7 +77,7 @@ HRESULT STDMETHODCALLTYPE ZComponentImpl::GetIDsOfNames(const GUID& riid, OLECHA
     if (!id) {
         consoleOut("[ZComponentImpl::GetIDsOfNames] self...\n");
         if (const DispatchInfo* row = GetDispatchInfo(this, name)) {
-            id = row->nId;
+            id = DISPID{row->nId};  // a copy: the row is packed
         }
     }
     if (!id) {

@@ -1,0 +1,150 @@
+// The export and the class factory: results, references, console texts, slots.
+#include "tests/contract/library.h"
+#include "tests/support/console_capture.h"
+#include "tests/support/hresult.h"
+
+namespace zr::test {
+namespace {
+
+int s_untouched;
+void* const kPoison = &s_untouched;
+
+TEST(EntryPointTest, NullPointerIsRefusedBeforeTheIdentifiersAreLookedAt) {
+    ConsoleCapture console;
+    EXPECT_HR(E_INVALIDARG, ZCLGetClassObject(IID_NULL, IID_NULL, nullptr));
+    const auto text = console.stop();
+    EXPECT_EQ("[ZCLGetClassObject] ppv == NULL\n", text.error);
+    EXPECT_EQ("", text.out);
+}
+
+TEST(EntryPointTest, AnotherClassIsNotImplementedWithoutAWord) {
+    for (const IID& iid : {IID_IClassFactory, IID_ITokenProvider, IID_NULL}) {
+        void* object = kPoison;
+        ConsoleCapture console;
+        EXPECT_HR(E_NOTIMPL, ZCLGetClassObject(IID_ITokenProvider, iid, &object));
+        const auto text = console.stop();
+        EXPECT_EQ("", text.error);
+        EXPECT_EQ("", text.out);
+        EXPECT_EQ(kPoison, object);
+    }
+}
+
+TEST(EntryPointTest, TheProviderIsReachedThroughTheFactoryOnly) {
+    void* object = kPoison;
+    ConsoleCapture console;
+    EXPECT_HR(E_NOINTERFACE, ZCLGetClassObject(LIBID_ZRKey, IID_ITokenProvider, &object));
+    const auto text = console.stop();
+    EXPECT_EQ("[ZCLGetClassObject] no interface\n", text.error);
+    EXPECT_EQ("", text.out);
+    EXPECT_EQ(kPoison, object);
+}
+
+TEST(EntryPointTest, EveryCallMakesAFactoryWithOneReference) {
+    ConsoleCapture console;
+    IClassFactory* first = getFactory();
+    IClassFactory* second = getFactory();
+    const auto text = console.stop();
+    EXPECT_EQ("", text.error);
+    EXPECT_EQ("", text.out);
+    EXPECT_NE(first, second);
+    EXPECT_EQ(2u, first->AddRef());
+    EXPECT_EQ(1u, first->Release());
+    EXPECT_EQ(0u, first->Release());
+    EXPECT_EQ(0u, second->Release());
+}
+
+TEST(ClassFactoryTest, ItHandsItselfOutWithoutAReference) {
+    IClassFactory* factory = getFactory();
+    void* self = nullptr;
+    EXPECT_HR(S_OK, factory->CreateInstance(nullptr, IID_IClassFactory, &self));
+    EXPECT_EQ(factory, self);
+    EXPECT_EQ(0u, factory->Release());
+}
+
+TEST(ClassFactoryTest, ItRefusesOtherInterfacesAndANullPointer) {
+    IClassFactory* factory = getFactory();
+    for (const IID& iid : {IID_IKeyObject, IID_IUnknown, IID_IDispatch, IID_NULL}) {
+        void* object = kPoison;
+        EXPECT_HR(E_NOINTERFACE, factory->CreateInstance(nullptr, iid, &object));
+        EXPECT_EQ(kPoison, object);
+    }
+    EXPECT_HR(E_INVALIDARG, factory->CreateInstance(nullptr, IID_ITokenProvider, nullptr));
+    factory->Release();
+}
+
+TEST(ClassFactoryTest, AnOuterObjectIsIgnored) {
+    IClassFactory* factory = getFactory();
+    ITokenProvider* provider = nullptr;
+    EXPECT_HR(S_OK, factory->CreateInstance(factory, IID_ITokenProvider,
+                                            reinterpret_cast<void**>(&provider)));
+    EXPECT_EQ(0u, provider->Release());
+    EXPECT_EQ(0u, factory->Release());
+}
+
+TEST(ClassFactoryTest, ProvidersAreIndependentAndOutliveTheFactory) {
+    ITokenProvider* first = makeProvider();
+    ITokenProvider* second = makeProvider();
+    EXPECT_NE(first, second);
+    EXPECT_EQ(0u, first->Release());
+    INT count = 5;
+    EXPECT_HR(E_FAIL, second->GetKeyCount(&count));
+    EXPECT_EQ(0, count);
+    EXPECT_EQ(0u, second->Release());
+}
+
+TEST(ClassFactoryTest, LockServerKeepsNoCount) {
+    IClassFactory* factory = getFactory();
+    EXPECT_HR(S_OK, factory->LockServer(1));
+    EXPECT_HR(S_OK, factory->LockServer(0));
+    EXPECT_EQ(0u, factory->Release());
+}
+
+TEST(ClassFactoryTest, ItAnswersOnlyTheErrorInformationInterface) {
+    IClassFactory* factory = getFactory();
+    void* object = kPoison;
+    EXPECT_HR(E_NOTIMPL, factory->QueryInterface(IID_IClassFactory, &object));
+    EXPECT_HR(E_NOTIMPL, factory->QueryInterface(IID_IUnknown, &object));
+    EXPECT_EQ(kPoison, object);
+    EXPECT_HR(E_INVALIDARG, factory->QueryInterface(IID_ISupportErrorInfo, nullptr));
+    ISupportErrorInfo* support = nullptr;
+    EXPECT_HR(S_OK, factory->QueryInterface(IID_ISupportErrorInfo,
+                                            reinterpret_cast<void**>(&support)));
+    EXPECT_HR(S_OK, support->InterfaceSupportsErrorInfo(IID_NULL));
+    EXPECT_EQ(1u, support->Release());
+    EXPECT_EQ(0u, factory->Release());
+}
+
+/// The dispatch members as the factory's table has them: after its own two.
+struct FactorySlots : IClassFactory {
+    virtual HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID lcid, ITypeInfo** info) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetIDsOfNames(const IID& riid, LPOLESTR* names, UINT count,
+                                                    LCID lcid, DISPID* ids) = 0;
+    virtual HRESULT STDMETHODCALLTYPE Invoke(DISPID id, const IID& riid, LCID lcid, WORD flags,
+                                             DISPPARAMS* params, VARIANT* result, EXCEPINFO* excep,
+                                             UINT* argErr) = 0;
+    virtual void completeDestructor() = 0;
+    virtual void deletingDestructor() = 0;
+    virtual HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(const IID& riid) = 0;
+};
+
+TEST(ClassFactoryTest, DispatchSlotsFollowItsOwn) {
+    ConsoleCapture console;
+    auto* factory = static_cast<FactorySlots*>(getFactory());
+    UINT count = 7;
+    EXPECT_HR(E_NOTIMPL, factory->GetTypeInfoCount(&count));
+    EXPECT_EQ(7u, count);
+    EXPECT_HR(E_NOTIMPL, factory->GetTypeInfo(0, 0, nullptr));
+    OLECHAR name[] = OLESTR("CreateInstance");
+    LPOLESTR names = name;
+    DISPID id = 9;
+    EXPECT_HR(E_FAIL, factory->GetIDsOfNames(IID_NULL, &names, 1, 0, &id));
+    EXPECT_EQ(9, id);
+    EXPECT_HR(E_INVALIDARG,
+              factory->Invoke(0, IID_NULL, 0, 1, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_HR(S_OK, factory->InterfaceSupportsErrorInfo(IID_NULL));
+    EXPECT_EQ(0u, factory->Release());
+}
+
+}  // namespace
+}  // namespace zr::test
