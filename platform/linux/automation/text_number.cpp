@@ -40,11 +40,9 @@ public:
             return false;
         }
         readTrailing();
-        if (*at_ != u'\0' || open_ != closed_) {
-            return false;
-        }
-        number_.negative = leadingMinus_ || trailingMinus_ || open_;
-        return true;
+        number_.negative = leadingMinus_ || trailingMinus_ || closed_;
+        // A minus makes up for a parenthesis that is not closed.
+        return *at_ == u'\0' && (number_.negative || !open_);
     }
 
 private:
@@ -71,17 +69,16 @@ private:
                  takeOnce(u'(', &open_) || takeOnce(u'$', &currency_));
     }
 
-    // A sign behind the number must not be there before it too, but may be repeated.
+    // A sign behind the number must not be there before it too; otherwise all may be repeated.
     void readTrailing() {
-        bool currency = number_.hexadecimal;
-        for (;;) {
-            skipBlanks();
-            if (*at_ == u'+' && !leadingPlus_) {
-                ++at_;
-            } else if (*at_ == u'-' && !leadingMinus_) {
+        const bool decimal = !number_.hexadecimal;
+        for (;; ++at_) {
+            if (*at_ == u'-' && !leadingMinus_) {
                 trailingMinus_ = true;
-                ++at_;
-            } else if (!(open_ && takeOnce(u')', &closed_)) && !takeOnce(u'$', &currency)) {
+            } else if (*at_ == u')' && open_) {
+                closed_ = true;
+            } else if (!isBlank(*at_) && !(*at_ == u'+' && !leadingPlus_) &&
+                       !(decimal && (*at_ == u'$' || *at_ == u','))) {
                 break;
             }
         }
@@ -118,7 +115,8 @@ private:
         if (!any) {
             return false;
         }
-        return (*at_ | 0x20) != u'e' || readExponent();
+        // An amount of money has no exponent.
+        return (*at_ | 0x20) != u'e' || (!currency_ && readExponent());
     }
 
     // Digits beyond those that are kept only tell whether the last kept one is exact.
@@ -138,10 +136,10 @@ private:
 
     bool readExponent() {
         ++at_;
-        bool plus = false;
         bool minus = false;
-        takeOnce(u'+', &plus);
-        takeOnce(u'-', &minus);
+        for (; *at_ == u'+' || *at_ == u'-'; ++at_) {
+            minus = minus || *at_ == u'-';
+        }
         if (!isDigit(*at_)) {
             return false;
         }

@@ -55,6 +55,22 @@ TEST(VariantChangeTypeTest, TextsBecomeWhatTheTableSays) {
     }
 }
 
+TEST(VariantChangeTypeTest, WhatMayStandAroundANumber) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"(-1", "-1"},  {"-(1", "-1"}, {"(1-", "-1"},   {"(1+", "M"},   {"(1))", "-1"},
+        {"1)-", "M"},   {"-1+", "-1"}, {"+1-", "-1"},   {"+1+", "M"},   {"1++", "1"},
+        {"1--", "-1"},  {"++1", "M"},  {"1,$", "1"},    {"(1),", "-1"}, {"1 $,", "1"},
+        {"$1$$", "1"},  {"$$1", "M"},  {"1$2", "M"},    {"$1e1", "M"},  {"1e1$", "10"},
+        {"1e1,", "10"}, {"e1", "M"},   {"1e++1", "10"}, {"1e--1", "0"}, {"&H1-", "1"},
+        {"&H1$", "M"},  {"$&H1", "M"}, {"&H1,", "M"},   {"(&H1)", "1"}, {"1&H2", "M"}};
+    for (const auto& [text, expected] : rows) {
+        OwnedVariant source;
+        source->vt = VT_BSTR;
+        source->bstrVal = makeText(text);
+        EXPECT_EQ(expected, convertedText(source.get(), VT_I4)) << text;
+    }
+}
+
 TEST(VariantChangeTypeTest, TextsThatAreNoDatesAreRefused) {
     for (const char* text : {"BSTR ", "BSTR abc", "BSTR 5", "BSTR &H10"}) {
         OwnedVariant source;

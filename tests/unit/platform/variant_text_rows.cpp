@@ -136,6 +136,9 @@ const char kLocale[] = "a date as text is the locale's, and there is no locale";
 const char kCut[] = "a value that does not fit is refused; the system cuts it";
 const char kNotANumber[] = "what is not a number is no integer";
 
+// What differs in more than a value is tested in automation_memory_test: a locked array stays in its
+// variant (the system empties the variant and loses the array), arrays beyond 32 bits and flags
+// that are not supported are refused (the system takes them). VT_RECORD is no variant type of ours.
 const Divergence kDivergences[] = {
     {"BSTR 1e308", "R8", "9.999999999999998e307", "1e308", kRounded},
     {"BSTR 3.14159265358979323846", "R8", "3.1415926535897927", "3.141592653589793", kRounded},
@@ -143,6 +146,7 @@ const Divergence kDivergences[] = {
     {"BSTR 1.7976931348623157e308", "R8", "O", "1.7976931348623157e308", kRounded},
     {"BSTR 4.9e-324", "R8", "0", "5e-324", kRounded},
     {"BSTR 1e3,0", "I4", "10000", "M", "a separator ends the exponent"},
+    {"BSTR .051", "I4", "1", "0", "zero is nearer; the system looks at the five alone"},
     {"BSTR &HFFFFFFFFFFFFFFFF", "UI8", "O", "18446744073709551615", "the value fits"},
     {"I8 922337203685477", "CY", "O", "9223372036854770000", "the value fits"},
     {"I8 65536", "UI2", "0", "O", kCut},
