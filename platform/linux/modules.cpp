@@ -1,6 +1,7 @@
 // Shared libraries by the dynamic loader.
 #include <dlfcn.h>
 #include <kernel.h>
+#include <link.h>
 #include <strings.h>
 
 namespace {
@@ -21,6 +22,15 @@ HMODULE openAutomation() {
         return nullptr;
     }
     return fromHandle(dlopen(info.dli_fname, RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD));
+}
+
+// The dynamic loader looks in what the module depends on, too.
+bool isOwnFunction(HMODULE module, void* function) {
+    link_map* asked = nullptr;
+    void* owner = nullptr;
+    Dl_info info{};
+    return dlinfo(toHandle(module), RTLD_DI_LINKMAP, &asked) == 0 &&
+           dladdr1(function, &info, &owner, RTLD_DL_LINKMAP) != 0 && owner == asked;
 }
 
 }  // namespace
@@ -47,7 +57,10 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
     if (module == nullptr || name == nullptr || name[0] == '\0') {
         return nullptr;
     }
-    return reinterpret_cast<FARPROC>(dlsym(toHandle(module), name));
+    void* const function = dlsym(toHandle(module), name);
+    return function != nullptr && isOwnFunction(module, function)
+               ? reinterpret_cast<FARPROC>(function)
+               : nullptr;
 }
 
 BOOL FreeLibrary(HMODULE module) {

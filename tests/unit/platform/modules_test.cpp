@@ -45,6 +45,14 @@ TEST(ModuleTest, UnknownFunctionIsNull) {
     EXPECT_NE(0, FreeLibrary(module));
 }
 
+TEST(ModuleTest, FunctionsOfOtherLibrariesAreNotFound) {
+    HMODULE module = LoadLibraryA("OleAut32.dll");
+    ASSERT_NE(nullptr, module);
+    EXPECT_EQ(nullptr, GetProcAddress(module, "calloc"));
+    EXPECT_EQ(nullptr, GetProcAddress(module, "memcpy"));
+    EXPECT_NE(0, FreeLibrary(module));
+}
+
 TEST(ModuleTest, NullModuleIsNotFreed) {
     EXPECT_EQ(0, FreeLibrary(nullptr));
 }
