@@ -1,7 +1,7 @@
 // LogScope: the trace of one operation, "Begin" on entry and "End" on its normal exit.
 //
-// An early return writes no End line; a reader of the log sees by the missing line that the
-// operation failed. The line numbers are those of the calls.
+// An early return writes no End line: a failure found on the way shows by the missing line. An
+// operation with one way out writes it whatever its result. The line numbers are those of the calls.
 #pragma once
 
 #include <zrkey/automation.h>

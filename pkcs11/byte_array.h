@@ -3,7 +3,9 @@
 
 #include <zrkey/automation.h>
 
+#include <cstddef>
 #include <cstring>
+#include <limits>
 
 namespace zr {
 
@@ -47,8 +49,11 @@ private:
 /// @param element  the element type of the array, VT_UI1 or VT_I1; the variant's type is
 ///                 VT_ARRAY | VT_UI1 all the same.
 /// @return false, and the variant untouched, when the array cannot be made or accessed.
-inline bool storeBytes(const void* bytes, ULONG length, VARTYPE element, VARIANT* out) {
-    SAFEARRAYBOUND bound = {length, 0};
+inline bool storeBytes(const void* bytes, std::size_t length, VARTYPE element, VARIANT* out) {
+    if (length > std::numeric_limits<ULONG>::max()) {
+        return false;
+    }
+    SAFEARRAYBOUND bound = {static_cast<ULONG>(length), 0};
     SAFEARRAY* array = SafeArrayCreate(element, 1, &bound);
     void* data = nullptr;
     if (FAILED(SafeArrayAccessData(array, &data))) {

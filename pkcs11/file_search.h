@@ -1,7 +1,9 @@
 // The search for the data object of a file.
 #pragma once
 
+#include <cstddef>
 #include <cstring>
+#include <initializer_list>
 
 #include "pkcs11/token_object_walk.h"
 
@@ -13,6 +15,7 @@ public:
     explicit FileSearch(const KeyObject_pkcs11& token)
         : m_token(token), m_walk(token, m_template, 2) {
         if (!m_walk.hasBegun()) {
+            // The search that is open, if any, is not this one.
             m_walk.leaveOpen();
         }
     }

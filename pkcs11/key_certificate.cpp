@@ -7,8 +7,8 @@
 
 #include "pkcs11/byte_array.h"
 #include "pkcs11/key_container.h"
+#include "pkcs11/text_out.h"
 #include "pkcs11/token_object_walk.h"
-#include "runtime/zcom_bstr.h"
 
 KeyCertificate_pkcs11::KeyCertificate_pkcs11(KeyContainer* container)
     : KeyCertificate(container) {}
@@ -38,8 +38,7 @@ HRESULT STDMETHODCALLTYPE KeyCertificate_pkcs11::GetCertData(VARIANT* data) {
                          value.reset(read.release(3));
                          return false;
                      });
-    if (!value || static_cast<ULONG>(length) != length ||
-        !zr::storeBytes(value.get(), static_cast<ULONG>(length), VT_UI1, data)) {
+    if (!value || !zr::storeBytes(value.get(), length, VT_UI1, data)) {
         return E_FAIL;
     }
     return S_OK;
@@ -53,10 +52,5 @@ HRESULT STDMETHODCALLTYPE KeyCertificate_pkcs11::GetCertID(BSTR* id) {
     if (!container) {
         return E_FAIL;
     }
-    const BSTR text = zrapi::ZComBSTR(container->GetCertID()).Copy();
-    if (!text) {
-        return E_OUTOFMEMORY;
-    }
-    *id = text;
-    return S_OK;
+    return zr::handOutText(container->GetCertID(), id);
 }

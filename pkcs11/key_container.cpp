@@ -6,6 +6,7 @@
 #include <new>
 
 #include "pkcs11/key_certificate.h"
+#include "pkcs11/text_out.h"
 #include "pkcs11/token_object_walk.h"
 #include "runtime/dispatch_table.h"
 #include "runtime/zcom_bstr.h"
@@ -61,8 +62,7 @@ HRESULT STDMETHODCALLTYPE KeyContainer_pkcs11::GetType(BSTR* type) {
     if (!type) {
         return E_INVALIDARG;
     }
-    *type = zrapi::ZComBSTR(m_szCertType).Copy();
-    return *type ? S_OK : E_OUTOFMEMORY;
+    return zr::handOutText(m_szCertType, type);
 }
 
 HRESULT STDMETHODCALLTYPE KeyContainer_pkcs11::ImportCertificate(bool, VARIANT) {

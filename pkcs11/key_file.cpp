@@ -54,8 +54,8 @@ bool KeyFile_pkcs11::CreateFile(BSTR name) {
 
 bool KeyFile_pkcs11::OpenFile(BSTR name) {
     const LogScope scope(GetLog(), "OpenFile");
-    const auto fail = [&scope](const char* line) {
-        scope.message(line);
+    const auto fail = [&scope](const char* text, unsigned int line = __builtin_LINE()) {
+        scope.message(text, line);
         return false;
     };
     const KeyObject_pkcs11* token = GetKeyObject();
@@ -105,15 +105,14 @@ HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Close() {
     const LogScope scope(GetLog(), "Close");
     std::free(m_pData);
     m_pData = nullptr;
-    m_dwFileSize = 0;
-    m_dwPos = 0;
     return scope.end(S_OK);
 }
 
 HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Flush() {
     const LogScope scope(GetLog(), "Flush");
     const KeyObject_pkcs11* token = GetKeyObject();
-    if (!token) {
+    // A file that was closed has no contents to write: the object keeps its value.
+    if (!token || isClosed()) {
         return E_FAIL;
     }
     unsigned char empty = 0;
@@ -135,7 +134,7 @@ HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Read(ULONG length, VARIANT* data) {
     if (!data) {
         return E_INVALIDARG;
     }
-    if (length > m_dwFileSize - m_dwPos) {
+    if (length > m_dwFileSize - m_dwPos || (length > 0 && isClosed())) {
         return E_FAIL;
     }
     const unsigned char* bytes = m_pData + m_dwPos;

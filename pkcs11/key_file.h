@@ -30,7 +30,8 @@ public:
     KeyObject_pkcs11* GetKeyObject() const;
 
 private:
-    bool FindObject(const KeyObject_pkcs11& token, const char* label);
+    /// Whether Close freed contents that were there.
+    bool isClosed() const { return !m_pData && m_dwFileSize > 0; }
 
     DWORD m_dwPos = 0;
     unsigned char* m_pData = nullptr;

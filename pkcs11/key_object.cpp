@@ -12,13 +12,14 @@ namespace {
 
 /// Copies a list whole; one that does not fit is refused.
 template <std::size_t Size>
-void setList(char (&list)[Size], const char* text, const char* name, const LogScope& scope) {
+void setList(char (&list)[Size], const char* text, const char* name, const LogScope& scope,
+             unsigned int sourceLine = __builtin_LINE()) {
     if (text && std::strlen(text) < Size) {
         std::memmove(list, text, std::strlen(text) + 1);
     }
     char line[1024] = {};
     std::snprintf(line, sizeof line, "KeyObject_pkcs11::%s=[%s]\n", name, list);
-    scope.message(line);
+    scope.message(line, sourceLine);
 }
 
 }  // namespace
@@ -93,6 +94,6 @@ void KeyObject_pkcs11::FinalRelease() {
     scope.end();
 }
 
-HRESULT KeyObject_pkcs11::NotImplemented(const char* operation) const {
-    return LogScope(GetLog(), operation).end(E_NOTIMPL);
+HRESULT KeyObject_pkcs11::NotImplemented(const char* operation, unsigned int line) const {
+    return LogScope(GetLog(), operation, line).end(E_NOTIMPL, line);
 }

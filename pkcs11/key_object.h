@@ -109,9 +109,10 @@ public:
 
 private:
     HRESULT ReadTextField(const char* operation, CK_UTF8CHAR* (*field)(CK_TOKEN_INFO*),
-                          std::size_t width, BSTR* out);
-    HRESULT ReadMemorySize(const char* operation, CK_ULONG CK_TOKEN_INFO::*size, VARIANT* result);
-    HRESULT NotImplemented(const char* operation) const;
+                          std::size_t width, BSTR* out, unsigned int line = __builtin_LINE());
+    HRESULT ReadMemorySize(const char* operation, CK_ULONG CK_TOKEN_INFO::*size, VARIANT* result,
+                           unsigned int line = __builtin_LINE());
+    HRESULT NotImplemented(const char* operation, unsigned int line = __builtin_LINE()) const;
     bool FindPubKeyData(const char* id, TokenAttributes* read, const LogScope& scope) const;
 
     CK_SLOT_ID m_ulSlotID = 0;

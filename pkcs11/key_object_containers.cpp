@@ -146,5 +146,5 @@ HRESULT KeyObject_pkcs11::GetPubPriKeyHandle(CK_OBJECT_HANDLE* handle, int publi
                          });
         }
     }
-    return isFound ? scope.end(S_OK) : E_FAIL;
+    return scope.end(isFound ? S_OK : E_FAIL);
 }

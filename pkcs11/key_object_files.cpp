@@ -44,7 +44,8 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::FileExists(BSTR name, VARIANT* resul
         }
         scope.message("C_FindObjectsInit end\n");
         if (search.find(fileName.soughtLabel(), FileSearch::Ask::label) != 0) {
-            // The search stays open on a match; the walk that follows closes it.
+            // The search stays open on a match. A certificate or key walk closes it; until then a
+            // module that allows one search refuses the search for another file.
             search.leaveOpen();
             store(1);
             return scope.end(S_OK);
@@ -86,8 +87,8 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::OpenFile(BSTR name, void** file) {
         return E_OUTOFMEMORY;
     }
     if (!opened->OpenFile(name)) {
-        delete opened;
         scope.message("OpenFile Fail\n");
+        delete opened;
         return E_FAIL;
     }
     handOut(opened, file);
@@ -104,8 +105,8 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::DeleteFile(BSTR name) {
     if (FAILED(OpenFile(name, &opened)) || !opened) {
         return E_FAIL;
     }
-    // The reference that OpenFile gave is not released: the file, and with it the token, stay.
-    // Hosts count on the reference counts that result.
+    // The reference that OpenFile gave is not released: the file, and with it the token, stay. Kept:
+    // hosts see it in the token's reference count.
     auto* file = static_cast<KeyFile_pkcs11*>(static_cast<IKeyFile*>(opened));
     if (file->GetObject() == 0) {
         return E_FAIL;

@@ -3,15 +3,15 @@
 
 #include "model/log_scope.h"
 #include "pkcs11/key_object.h"
-#include "runtime/zcom_bstr.h"
+#include "pkcs11/text_out.h"
 #include "runtime/zcom_variant.h"
 
 /// Reads a fixed-width text field of the token information, without the blanks and zeros at its
 /// end; the blanks inside it stay.
 HRESULT KeyObject_pkcs11::ReadTextField(const char* operation,
                                         CK_UTF8CHAR* (*field)(CK_TOKEN_INFO*), std::size_t width,
-                                        BSTR* out) {
-    const LogScope scope(GetLog(), operation);
+                                        BSTR* out, unsigned int line) {
+    const LogScope scope(GetLog(), operation, line);
     if (!out) {
         return E_INVALIDARG;
     }
@@ -26,12 +26,8 @@ HRESULT KeyObject_pkcs11::ReadTextField(const char* operation,
     }
     char text[sizeof info.label + 1] = {};
     std::memcpy(text, bytes, length);
-    const BSTR copy = zrapi::ZComBSTR(text).Copy();
-    if (!copy) {
-        return E_OUTOFMEMORY;
-    }
-    *out = copy;
-    return scope.end(S_OK);
+    const HRESULT hr = zr::handOutText(text, out);
+    return FAILED(hr) ? hr : scope.end(S_OK, line);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetSerialNumber(BSTR* out) {
@@ -59,8 +55,8 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetModelID(BSTR* out) {
 }
 
 HRESULT KeyObject_pkcs11::ReadMemorySize(const char* operation, CK_ULONG CK_TOKEN_INFO::*size,
-                                         VARIANT* result) {
-    const LogScope scope(GetLog(), operation);
+                                         VARIANT* result, unsigned int line) {
+    const LogScope scope(GetLog(), operation, line);
     if (!result) {
         return E_INVALIDARG;
     }
@@ -70,7 +66,7 @@ HRESULT KeyObject_pkcs11::ReadMemorySize(const char* operation, CK_ULONG CK_TOKE
     }
     const CK_ULONG bytes = info.*size;
     const HRESULT hr = zrapi::ZComVariant(bytes).Detach(result);
-    return FAILED(hr) ? hr : scope.end(S_OK);
+    return FAILED(hr) ? hr : scope.end(S_OK, line);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetTotalSize(VARIANT* result) {

@@ -8,6 +8,7 @@
 #include "model/log_scope.h"
 #include "pkcs11/byte_array.h"
 #include "pkcs11/key_object.h"
+#include "pkcs11/text_out.h"
 #include "pkcs11/token_object_walk.h"
 #include "runtime/md5.h"
 #include "runtime/zcom_bstr.h"
@@ -22,7 +23,12 @@ public:
     explicit CertificateId(IKeyCertificate* certificate)
         : m_result(certificate ? certificate->GetCertID(&m_wide) : E_INVALIDARG),
           m_owned(m_wide, false),
-          m_text(m_owned) {}
+          m_text(m_owned) {
+        if (m_wide && !m_text) {
+            // Another ID, the empty one, must not stand in for it.
+            m_result = E_OUTOFMEMORY;
+        }
+    }
 
     HRESULT result() const { return m_result; }
     const char* text() const { return m_text ? m_text : ""; }
@@ -34,23 +40,15 @@ private:
     const char* m_text;
 };
 
-HRESULT handOutText(const char* text, BSTR* out) {
-    const BSTR copy = zrapi::ZComBSTR(text).Copy();
-    if (!copy) {
-        return E_OUTOFMEMORY;
-    }
-    *out = copy;
-    return S_OK;
-}
-
 }  // namespace
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::SignData(BSTR, VARIANT data,
                                                      IKeyCertificate* certificate,
                                                      VARIANT* result) {
     const LogScope scope(GetLog(), "SignData");
-    const auto fail = [&scope](const char* line, HRESULT hr) {
-        scope.message(line);
+    const auto fail = [&scope](const char* text, HRESULT hr,
+                               unsigned int line = __builtin_LINE()) {
+        scope.message(text, line);
         return hr;
     };
     scope.message("KeyObject_pkcs11::SignData..................\n");
@@ -85,7 +83,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::SignData(BSTR, VARIANT data,
         return fail("Error: Sign Fail\n", E_FAIL);
     }
     // Elements of VT_I1 under a variant of VT_UI1.
-    if (!zr::storeBytes(signature, static_cast<ULONG>(length), VT_I1, result)) {
+    if (!zr::storeBytes(signature, length, VT_I1, result)) {
         return fail("Error: ZSafeArrayAccessData Fail\n", E_FAIL);
     }
     return scope.end(S_OK);
@@ -94,8 +92,9 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::SignData(BSTR, VARIANT data,
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyData(VARIANT data, IKeyCertificate* certificate,
                                                        BSTR, VARIANT signature) {
     const LogScope scope(GetLog(), "VerifyData");
-    const auto fail = [&scope](const char* line, HRESULT hr) {
-        scope.message(line);
+    const auto fail = [&scope](const char* text, HRESULT hr,
+                               unsigned int line = __builtin_LINE()) {
+        scope.message(text, line);
         return hr;
     };
     if (!zr::isByteArray(data) || !zr::isByteArray(signature)) {
@@ -109,15 +108,18 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyData(VARIANT data, IKeyCertifi
     if (FAILED(id.result())) {
         return fail("Error: Get cert id fail\n", id.result());
     }
-    const zr::AccessedBytes input(data);
-    const zr::AccessedBytes signatureInput(signature);
-    CK_OBJECT_HANDLE key = 0;
-    CK_MECHANISM mechanism = {CKM_SHA1_RSA_PKCS, nullptr, 0};
-    const bool isVerified =
-        SUCCEEDED(GetPubPriKeyHandle(&key, 1, CKK_RSA, id.text())) &&
-        Call(&CK_FUNCTIONS::C_VerifyInit, m_hSession, &mechanism, key) == CKR_OK &&
-        Call(&CK_FUNCTIONS::C_Verify, m_hSession, input.data(), CK_ULONG{input.length()},
-             signatureInput.data(), CK_ULONG{signatureInput.length()}) == CKR_OK;
+    bool isVerified = false;
+    {
+        const zr::AccessedBytes input(data);
+        const zr::AccessedBytes signatureInput(signature);
+        CK_OBJECT_HANDLE key = 0;
+        CK_MECHANISM mechanism = {CKM_SHA1_RSA_PKCS, nullptr, 0};
+        isVerified =
+            SUCCEEDED(GetPubPriKeyHandle(&key, 1, CKK_RSA, id.text())) &&
+            Call(&CK_FUNCTIONS::C_VerifyInit, m_hSession, &mechanism, key) == CKR_OK &&
+            Call(&CK_FUNCTIONS::C_Verify, m_hSession, input.data(), CK_ULONG{input.length()},
+                 signatureInput.data(), CK_ULONG{signatureInput.length()}) == CKR_OK;
+    }
     return scope.end(isVerified ? S_OK : E_FAIL);
 }
 
@@ -156,19 +158,19 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::DigestData(BSTR method, VARIANT data
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetDigestMethod(BSTR* out) {
     const LogScope scope(GetLog(), "GetDigestMethod");
-    const HRESULT hr = out ? handOutText("MD5", out) : E_INVALIDARG;
+    const HRESULT hr = out ? zr::handOutText("MD5", out) : E_INVALIDARG;
     return FAILED(hr) ? hr : scope.end(S_OK);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetSignAlgo(BSTR* out) {
     const LogScope scope(GetLog(), "GetSignAlgo");
-    const HRESULT hr = out ? handOutText(m_szAlgoList, out) : E_INVALIDARG;
+    const HRESULT hr = out ? zr::handOutText(m_szAlgoList, out) : E_INVALIDARG;
     return FAILED(hr) ? hr : scope.end(S_OK);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetAlgoList(BSTR* out) {
     const LogScope scope(GetLog(), "GetAlgoList");
-    const HRESULT hr = out ? handOutText(m_szAlgoList, out) : E_INVALIDARG;
+    const HRESULT hr = out ? zr::handOutText(m_szAlgoList, out) : E_INVALIDARG;
     return FAILED(hr) ? hr : scope.end(S_OK);
 }
 
@@ -189,7 +191,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetPubKeyData(IKeyCertificate* certi
         scope.message("Error: pbtPubKeyData == NULL\n");
         return E_FAIL;
     }
-    if (!zr::storeBytes(read.bytes(2), static_cast<ULONG>(read.length(2)), VT_UI1, result)) {
+    if (!zr::storeBytes(read.bytes(2), read.length(2), VT_UI1, result)) {
         scope.message("Error: ZSafeArrayAccessData fail\n");
         return E_FAIL;
     }

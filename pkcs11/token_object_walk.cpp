@@ -2,6 +2,7 @@
 #include "pkcs11/token_object_walk.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdlib>
 
 namespace {
@@ -9,9 +10,13 @@ namespace {
 // A module that never stops finding objects must not hang the host.
 constexpr unsigned long kMostObjects = 1UL << 20;
 
+// A value no token holds: memory is not spent on a length that cannot be true.
+constexpr CK_ULONG kLongestValue = 256UL << 20;
+
 }  // namespace
 
 TokenAttributes::TokenAttributes(std::initializer_list<CK_ATTRIBUTE_TYPE> types) {
+    assert(types.size() <= kMost);
     for (const CK_ATTRIBUTE_TYPE type : types) {
         m_template[m_count++] = {type, nullptr, 0};
     }
@@ -37,7 +42,7 @@ CK_RV TokenAttributes::readLengths(const KeyObject_pkcs11& token, CK_OBJECT_HAND
 bool TokenAttributes::allocateValues(std::size_t first) {
     freeValues();
     for (std::size_t i = first; i < m_count; ++i) {
-        if (m_lengths[i] == CK_UNAVAILABLE_INFORMATION) {
+        if (m_lengths[i] > kLongestValue) {
             return false;
         }
         m_values[i] =

@@ -27,7 +27,7 @@ public:
     CK_RV readLengths(const KeyObject_pkcs11& token, CK_OBJECT_HANDLE object);
     /// Makes zeroed buffers of those lengths.
     /// @param first  attributes before this one get none; their length is asked for once more.
-    /// @return false when memory is short, or a length is not to be had.
+    /// @return false when memory is short, or a length is not to be had or over 256 MiB.
     bool allocateValues(std::size_t first = 0);
     /// Reads the values into the buffers.
     CK_RV fetchValues(const KeyObject_pkcs11& token, CK_OBJECT_HANDLE object);

@@ -7,8 +7,8 @@
 
 #include "model/log_scope.h"
 #include "pkcs11/key_object.h"
+#include "pkcs11/text_out.h"
 #include "runtime/class_factory.h"
-#include "runtime/zcom_bstr.h"
 
 ITokenProvider* zr::makeTokenProvider() {
     return new (std::nothrow) TokenProvider_pkcs11();
@@ -28,12 +28,8 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::GetName(BSTR* name) {
     if (!name) {
         return E_INVALIDARG;
     }
-    const BSTR text = zrapi::ZComBSTR("PKCS#11").Copy();
-    if (!text) {
-        return E_OUTOFMEMORY;
-    }
-    *name = text;
-    return scope.end(S_OK);
+    const HRESULT hr = zr::handOutText("PKCS#11", name);
+    return FAILED(hr) ? hr : scope.end(S_OK);
 }
 
 HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::GetKeySN(LONG, BSTR*) {
@@ -88,7 +84,8 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::OpenKey(LONG index, void** key) 
         return E_OUTOFMEMORY;
     }
     token->SetSlotID(slots[wanted]);
-    token->SetApplication(application);
+    // The token would free what it is handed; whatever a module stored there is not the library's.
+    token->SetApplication(nullptr);
     token->SethSession(session);
     token->SetAlgoList(m_szAlgoList);
     token->SetDigestList(m_szDigestList);

@@ -29,7 +29,7 @@ public:
         return function ? function(arguments...) : CKR_FUNCTION_NOT_SUPPORTED;
     }
 
-    /// How often a module was unloaded. A token opened before the last time must not be used: its
+    /// How often a module was unloaded. A token opened before the last Unload must not be used: its
     /// session means nothing, or another token's, to a module loaded since.
     unsigned int GetUnloadCount() const { return m_nUnloadCount; }
 

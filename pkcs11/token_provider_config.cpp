@@ -15,7 +15,7 @@ namespace {
 /// @return false when the text does not fit; the list is then unchanged.
 template <std::size_t Size>
 bool appendChildText(const tinyxml2::XMLElement& driver, const char* name, char (&list)[Size],
-                     const LogScope& scope) {
+                     const LogScope& scope, unsigned int sourceLine = __builtin_LINE()) {
     const tinyxml2::XMLElement* child = driver.FirstChildElement(name);
     const char* text = child ? child->GetText() : nullptr;
     if (!text) {
@@ -27,7 +27,7 @@ bool appendChildText(const tinyxml2::XMLElement& driver, const char* name, char 
     std::strcat(list, text);
     char line[1024];
     std::snprintf(line, sizeof line, "%sList=[%s]\n", name, list);
-    scope.message(line);
+    scope.message(line, sourceLine);
     return true;
 }
 

@@ -54,7 +54,8 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::Load(BSTR path) {
     return scope.end(S_OK);
 }
 
-/// Loads a module beside the one that is loaded already, which is not released, and initialises it.
+/// Loads a module and initialises it. One that is loaded already stays loaded: only its entry points
+/// are forgotten.
 HRESULT TokenProvider_pkcs11::LoadModule(const char* path) {
     const HMODULE module = ZLoadLibrary(path);
     if (!module) {
@@ -113,6 +114,7 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::Unload() {
     if (m_pFunctionTable) {
         Call(&CK_FUNCTIONS::C_Finalize, nullptr);
         ++m_nUnloadCount;
+        DropFunctionTable();
     }
     DropModule();
     return scope.end(S_OK);

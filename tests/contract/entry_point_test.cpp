@@ -4,6 +4,22 @@
 #include "tests/support/hresult.h"
 
 namespace zr::test {
+
+/// The dispatch members as the factory's table has them: after its own two. Not in the unnamed
+/// namespace, where the compiler knows that nothing derives from it and drops the calls.
+struct FactorySlots : IClassFactory {
+    virtual HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID lcid, ITypeInfo** info) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetIDsOfNames(const IID& riid, LPOLESTR* names, UINT count,
+                                                    LCID lcid, DISPID* ids) = 0;
+    virtual HRESULT STDMETHODCALLTYPE Invoke(DISPID id, const IID& riid, LCID lcid, WORD flags,
+                                             DISPPARAMS* params, VARIANT* result, EXCEPINFO* excep,
+                                             UINT* argErr) = 0;
+    virtual void completeDestructor() = 0;
+    virtual void deletingDestructor() = 0;
+    virtual HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(const IID& riid) = 0;
+};
+
 namespace {
 
 int s_untouched;
@@ -113,20 +129,6 @@ TEST(ClassFactoryTest, ItAnswersOnlyTheErrorInformationInterface) {
     EXPECT_EQ(1u, support->Release());
     EXPECT_EQ(0u, factory->Release());
 }
-
-/// The dispatch members as the factory's table has them: after its own two.
-struct FactorySlots : IClassFactory {
-    virtual HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID lcid, ITypeInfo** info) = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetIDsOfNames(const IID& riid, LPOLESTR* names, UINT count,
-                                                    LCID lcid, DISPID* ids) = 0;
-    virtual HRESULT STDMETHODCALLTYPE Invoke(DISPID id, const IID& riid, LCID lcid, WORD flags,
-                                             DISPPARAMS* params, VARIANT* result, EXCEPINFO* excep,
-                                             UINT* argErr) = 0;
-    virtual void completeDestructor() = 0;
-    virtual void deletingDestructor() = 0;
-    virtual HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(const IID& riid) = 0;
-};
 
 TEST(ClassFactoryTest, DispatchSlotsFollowItsOwn) {
     ConsoleCapture console;

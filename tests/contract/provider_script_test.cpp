@@ -114,7 +114,7 @@ TEST_F(ProviderScriptTest, ACallWithoutParametersFailsAndTheResultIsEmpty) {
 }
 
 TEST_F(ProviderScriptTest, IdsBelowOneAreRefusedAndLeaveTheResult) {
-    for (const DISPID id : {std::numeric_limits<DISPID>::min(), -1, 0}) {
+    for (const DISPID id : {std::numeric_limits<DISPID>::min(), DISPID{-1}, DISPID{0}}) {
         result = poisoned();
         EXPECT_HR(E_INVALIDARG, invoke(provider, id, {}, &result));
         EXPECT_EQ(VT_UI1, result.vt);
@@ -122,7 +122,7 @@ TEST_F(ProviderScriptTest, IdsBelowOneAreRefusedAndLeaveTheResult) {
 }
 
 TEST_F(ProviderScriptTest, UnknownIdsFailAndEmptyTheResult) {
-    for (const DISPID id : {5, 1000, std::numeric_limits<DISPID>::max()}) {
+    for (const DISPID id : {DISPID{5}, DISPID{1000}, std::numeric_limits<DISPID>::max()}) {
         result = poisoned();
         EXPECT_HR(E_FAIL, invoke(provider, id, {number(1)}, &result));
         EXPECT_EQ(VT_EMPTY, result.vt);
