@@ -10,6 +10,13 @@
 #include "pkcs11/text_out.h"
 #include "runtime/class_factory.h"
 
+namespace {
+
+// No machine has as many slots: memory is not spent on a count that cannot be true.
+constexpr CK_ULONG kMostSlots = 1UL << 20;
+
+}  // namespace
+
 ITokenProvider* zr::makeTokenProvider() {
     return new (std::nothrow) TokenProvider_pkcs11();
 }
@@ -64,7 +71,9 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::OpenKey(LONG index, void** key) 
         return E_FAIL;
     }
     const std::unique_ptr<CK_SLOT_ID[], decltype(&std::free)> slots(
-        static_cast<CK_SLOT_ID*>(std::calloc(count, sizeof(CK_SLOT_ID))), std::free);
+        count <= kMostSlots ? static_cast<CK_SLOT_ID*>(std::calloc(count, sizeof(CK_SLOT_ID)))
+                            : nullptr,
+        std::free);
     if (!slots) {
         return E_FAIL;
     }

@@ -1,0 +1,247 @@
+// The state behind the recording Cryptoki module: a token in memory.
+#include "tests/support/recording/recording_state.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+template <std::size_t Size>
+void fill(CK_BYTE (&field)[Size], const char* text) {
+    std::memset(field, ' ', Size);
+    std::memcpy(field, text, std::strlen(text));
+}
+
+std::string bytesOf(const CK_ATTRIBUTE& attribute) {
+    return {static_cast<const char*>(attribute.pValue), attribute.ulValueLen};
+}
+
+}  // namespace
+
+void RecordingState::reset() {
+    m_settings = {};
+    m_settings.slotCount = m_settings.slotCountWhenListed = 1;
+    m_settings.isSearchExclusive = true;
+    m_settings.foundCount = 1;
+    m_settings.signatureLength = 256;
+    m_settings.userPin = "1234";
+    m_settings.securityOfficerPin = "87654321";
+    CK_TOKEN_INFO& info = m_settings.tokenInfo;
+    fill(info.label, "Recording Token");
+    fill(info.manufacturerID, "Test Maker");
+    fill(info.model, "Model 1");
+    fill(info.serialNumber, "0123456789");
+    info.ulTotalPublicMemory = 65536;
+    info.ulFreePublicMemory = 4096;
+    m_failures.clear();
+    m_removed.clear();
+    m_counts.clear();
+    m_objects.clear();
+    m_lastObject = 0;
+    m_calls.clear();
+    m_sessions = 0;
+    m_loggedIn = -1;
+    m_userPin.clear();
+    m_securityOfficerPin.clear();
+    m_isSearchOpen = false;
+    m_found.clear();
+}
+
+void RecordingState::fail(const char* function, unsigned int nth, CK_RV result) {
+    m_failures.push_back({function ? function : "", nth, result});
+    m_counts.clear();
+}
+
+void RecordingState::removeEntry(std::size_t index) {
+    m_removed.push_back(index);
+}
+
+CK_OBJECT_HANDLE RecordingState::addObject() {
+    m_objects[++m_lastObject];
+    return m_lastObject;
+}
+
+void RecordingState::setAttribute(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE type,
+                                  const void* value, std::size_t length) {
+    m_objects[object][type] = std::string(static_cast<const char*>(value), length);
+}
+
+const void* RecordingState::attribute(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE type,
+                                      std::size_t* length) const {
+    const auto found = m_objects.find(object);
+    if (found == m_objects.end() || !found->second.count(type)) {
+        return nullptr;
+    }
+    const std::string& value = found->second.at(type);
+    *length = value.size();
+    return value.data();
+}
+
+CK_RV RecordingState::record(const std::string& function, const std::string& arguments) {
+    m_calls.push_back(function + "(" + arguments + ")");
+    const unsigned int nth = ++m_counts[function];
+    const unsigned int overall = ++m_counts[""];
+    for (const Failure& failure : m_failures) {
+        const unsigned int number = failure.function.empty() ? overall : nth;
+        if ((failure.function.empty() || failure.function == function) &&
+            (failure.nth == 0 || failure.nth == number)) {
+            return failure.result;
+        }
+    }
+    return CKR_OK;
+}
+
+CK_RV RecordingState::openSession(CK_SESSION_HANDLE* session, void* application) {
+    if (m_settings.setsApplication) {
+        *static_cast<void**>(application) = this;
+    }
+    ++m_sessions;
+    *session = 1;
+    return CKR_OK;
+}
+
+CK_RV RecordingState::closeSession() {
+    if (m_sessions == 0) {
+        return CKR_SESSION_HANDLE_INVALID;
+    }
+    --m_sessions;
+    m_isSearchOpen = false;
+    if (m_sessions == 0) {
+        m_loggedIn = -1;
+    }
+    return CKR_OK;
+}
+
+CK_RV RecordingState::login(CK_USER_TYPE user, const std::string& pin) {
+    if (m_loggedIn >= 0) {
+        return CKR_USER_ALREADY_LOGGED_IN;
+    }
+    if (m_userPin.empty()) {
+        m_userPin = m_settings.userPin;
+        m_securityOfficerPin = m_settings.securityOfficerPin;
+    }
+    if (pin != (user == CKU_USER ? m_userPin : m_securityOfficerPin)) {
+        return CKR_PIN_INCORRECT;
+    }
+    m_loggedIn = static_cast<int>(user);
+    return CKR_OK;
+}
+
+CK_RV RecordingState::logout() {
+    if (m_loggedIn < 0) {
+        return CKR_USER_NOT_LOGGED_IN;
+    }
+    m_loggedIn = -1;
+    return CKR_OK;
+}
+
+CK_RV RecordingState::setPin(const std::string& oldPin, const std::string& newPin) {
+    std::string& pin = m_loggedIn == static_cast<int>(CKU_SO) ? m_securityOfficerPin : m_userPin;
+    if (pin != oldPin) {
+        return CKR_PIN_INCORRECT;
+    }
+    pin = newPin;
+    return CKR_OK;
+}
+
+CK_RV RecordingState::findInit(const CK_ATTRIBUTE* attributes, CK_ULONG count) {
+    if (m_isSearchOpen && m_settings.isSearchExclusive) {
+        return CKR_OPERATION_ACTIVE;
+    }
+    m_isSearchOpen = true;
+    m_found.clear();
+    for (const auto& [handle, object] : m_objects) {
+        const bool isMatch = std::all_of(attributes, attributes + count, [&](const auto& wanted) {
+            const auto found = object.find(wanted.type);
+            return found != object.end() && found->second == bytesOf(wanted);
+        });
+        if (isMatch) {
+            m_found.push_back(handle);
+        }
+    }
+    return CKR_OK;
+}
+
+CK_RV RecordingState::find(CK_OBJECT_HANDLE* object, CK_ULONG* count) {
+    if (!m_isSearchOpen) {
+        return CKR_OPERATION_NOT_INITIALIZED;
+    }
+    *count = m_found.empty() ? 0 : m_settings.foundCount;
+    if (!m_found.empty()) {
+        *object = m_found.front();
+        m_found.erase(m_found.begin());
+    }
+    return CKR_OK;
+}
+
+CK_RV RecordingState::findFinal() {
+    if (!m_isSearchOpen) {
+        return CKR_OPERATION_NOT_INITIALIZED;
+    }
+    m_isSearchOpen = false;
+    return CKR_OK;
+}
+
+CK_RV RecordingState::create(const CK_ATTRIBUTE* attributes, CK_ULONG count,
+                             CK_OBJECT_HANDLE* object) {
+    *object = addObject();
+    return write(*object, attributes, count);
+}
+
+CK_RV RecordingState::destroy(CK_OBJECT_HANDLE object) {
+    return m_objects.erase(object) ? CKR_OK : CKR_OBJECT_HANDLE_INVALID;
+}
+
+CK_ULONG RecordingState::reportedLength(const CK_ATTRIBUTE& attribute, std::size_t length) const {
+    const int now = attribute.pValue ? Settings::onRead : Settings::onQuery;
+    const bool isLie = attribute.type == m_settings.lyingType &&
+                       (m_settings.lie == now || m_settings.lie == Settings::always);
+    return isLie ? m_settings.lyingLength : static_cast<CK_ULONG>(length);
+}
+
+CK_RV RecordingState::read(CK_OBJECT_HANDLE object, CK_ATTRIBUTE* attributes, CK_ULONG count) {
+    const auto found = m_objects.find(object);
+    if (found == m_objects.end()) {
+        return CKR_OBJECT_HANDLE_INVALID;
+    }
+    CK_RV result = CKR_OK;
+    for (CK_ULONG i = 0; i < count; ++i) {
+        CK_ATTRIBUTE& attribute = attributes[i];
+        const auto value = found->second.find(attribute.type);
+        if (value == found->second.end()) {
+            attribute.ulValueLen = CK_UNAVAILABLE_INFORMATION;
+            result = CKR_ATTRIBUTE_TYPE_INVALID;
+            continue;
+        }
+        const std::size_t length = value->second.size();
+        if (attribute.pValue) {
+            // A buffer is filled as far as it goes: what a lying module's victim hands over.
+            std::memcpy(attribute.pValue, value->second.data(),
+                        std::min<std::size_t>(length, attribute.ulValueLen));
+        }
+        attribute.ulValueLen = reportedLength(attribute, length);
+    }
+    return result;
+}
+
+CK_RV RecordingState::write(CK_OBJECT_HANDLE object, const CK_ATTRIBUTE* attributes,
+                            CK_ULONG count) {
+    if (!m_objects.count(object)) {
+        return CKR_OBJECT_HANDLE_INVALID;
+    }
+    for (CK_ULONG i = 0; i < count; ++i) {
+        m_objects[object][attributes[i].type] = bytesOf(attributes[i]);
+    }
+    return CKR_OK;
+}
+
+CK_FUNCTION_LIST* RecordingState::makeList() {
+    m_list = {};
+    m_list.version = {2, 40};
+    fillFunctionList(&m_list.functions);
+    for (const std::size_t index : m_removed) {
+        std::memset(reinterpret_cast<char*>(&m_list.functions) + index * sizeof(void*), 0,
+                    sizeof(void*));
+    }
+    return &m_list;
+}
