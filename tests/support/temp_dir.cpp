@@ -1,7 +1,6 @@
 // A fresh working directory for a test.
 #include "tests/support/temp_dir.h"
 
-#include <chrono>
 #include <fstream>
 #include <string>
 
@@ -11,10 +10,11 @@ namespace zr::test {
 
 TempDir::TempDir() : m_previous(std::filesystem::current_path()) {
     static int s_number = 0;
-    const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-    m_root = std::filesystem::temp_directory_path() /
-             ("zr" + std::to_string(processId()) + "_" + std::to_string(now) + "_" +
-              std::to_string(s_number++));
+    // Beside the test, not in the system's folder: a module is loaded by a path relative to it, and
+    // under Wine the two lie on different drives.
+    m_root = m_previous /
+             ("temp_" + std::to_string(processId()) + "_" + std::to_string(s_number++));
+    std::filesystem::remove_all(m_root);
     m_work = m_root / "level" / "work";
     m_home = m_root / "home";
     std::filesystem::create_directories(m_work);

@@ -10,7 +10,7 @@ namespace zr::test {
 
 class TempDir {
 public:
-    /// Makes "level/work" below a new temporary folder the current directory; no log home is set.
+    /// Makes "level/work" in a new folder below the current directory the current one; no log home is set.
     TempDir();
     TempDir(const TempDir&) = delete;
     TempDir& operator=(const TempDir&) = delete;

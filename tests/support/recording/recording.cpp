@@ -10,7 +10,7 @@ namespace {
 
 std::string relativePath(const char* file) {
     // Relative by components: the test's folder and the module may lie behind links.
-    const std::filesystem::path target = std::filesystem::path(file).lexically_normal();
+    const std::filesystem::path target = std::filesystem::absolute(file).lexically_normal();
     return target.lexically_relative(std::filesystem::current_path()).generic_string();
 }
 
