@@ -43,4 +43,10 @@ void TempDir::writeConfig(std::string_view algo, std::string_view digest) const 
                             std::string(digest) + "</digest></driver>");
 }
 
+std::string relativePath(const char* file) {
+    // Relative by components: the test's folder and the file may lie behind links.
+    const std::filesystem::path target = std::filesystem::absolute(file).lexically_normal();
+    return target.lexically_relative(std::filesystem::current_path()).generic_string();
+}
+
 }  // namespace zr::test

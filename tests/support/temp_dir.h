@@ -35,6 +35,9 @@ private:
     std::filesystem::path m_home;
 };
 
+/// The path of a file relative to the current directory, as the library wants module paths.
+std::string relativePath(const char* file);
+
 /// Sets a variable of the process's environment; empty removes it.
 void setEnvironment(const std::string& name, const std::string& value);
 

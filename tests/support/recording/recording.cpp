@@ -1,20 +1,11 @@
 // The recording module as a test sees it.
 #include "tests/support/recording/recording.h"
 
-#include <algorithm>
-#include <filesystem>
 #include <stdexcept>
 
+#include "tests/support/temp_dir.h"
+
 namespace zr::test {
-namespace {
-
-std::string relativePath(const char* file) {
-    // Relative by components: the test's folder and the module may lie behind links.
-    const std::filesystem::path target = std::filesystem::absolute(file).lexically_normal();
-    return target.lexically_relative(std::filesystem::current_path()).generic_string();
-}
-
-}  // namespace
 
 Recording::Recording() : m_module(LoadLibraryA(ZR_RECORDING_MODULE)) {
     using GetControl = RecordingModule* (*)();
