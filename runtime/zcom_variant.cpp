@@ -141,6 +141,8 @@ HRESULT ZComVariant::InternalClear() {
 HRESULT ZComVariant::InternalCopy(const VARIANT* source) {
     const HRESULT result = Copy(source);
     if (FAILED(result)) {
+        // A source that is no variant is refused before the old content is released.
+        Clear();
         PutError(result);
     }
     return result;

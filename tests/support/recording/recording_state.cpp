@@ -150,13 +150,14 @@ CK_RV RecordingState::findInit(const CK_ATTRIBUTE* attributes, CK_ULONG count) {
     }
     m_isSearchOpen = true;
     m_found.clear();
-    for (const auto& [handle, object] : m_objects) {
+    for (const auto& entry : m_objects) {
+        const Attributes& object = entry.second;
         const bool isMatch = std::all_of(attributes, attributes + count, [&](const auto& wanted) {
             const auto found = object.find(wanted.type);
             return found != object.end() && found->second == bytesOf(wanted);
         });
         if (isMatch) {
-            m_found.push_back(handle);
+            m_found.push_back(entry.first);
         }
     }
     return CKR_OK;

@@ -1,0 +1,202 @@
+// The bridge between a Windows caller and a module with the native layout.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "tests/support/bridge/calls.h"
+#include "tests/support/recording/recording.h"
+
+extern "C" [[gnu::ms_abi]] zr::bridge::windows::Ulong C_GetFunctionList(
+    zr::bridge::windows::FunctionList** list);
+
+namespace zr::bridge {
+namespace {
+
+using windows::Attribute;
+using windows::kUnavailable;
+
+/// Entry points as a Windows program calls them, by their place in the list.
+enum Place {
+    initializeAt = 0,
+    slotListAt = 4,
+    tokenInfoAt = 6,
+    openSessionAt = 12,
+    loginAt = 18,
+    createAt = 20,
+    readAt = 24,
+    findInitAt = 26,
+    findAt = 27,
+    findFinalAt = 28,
+    signInitAt = 42,
+    signAt = 43
+};
+
+class BridgeTest : public testing::Test {
+protected:
+    BridgeTest() {
+        EXPECT_EQ(CKR_OK, C_GetFunctionList(&m_list));
+        EXPECT_EQ(CKR_OK, (call<void*>(initializeAt, nullptr)));
+        EXPECT_EQ(CKR_OK, (call<Handle, Ulong, void*, void*, Handle*>(openSessionAt, Handle{10}, 6,
+                                                                      nullptr, nullptr, &session)));
+        module.takeCalls();
+    }
+
+    template <class... Arguments>
+    Ulong call(Place place, Arguments... arguments) const {
+        using Function = Ulong(__attribute__((ms_abi))*)(Arguments...);
+        return reinterpret_cast<Function>(m_list->functions[place])(arguments...);
+    }
+
+    Ulong read(Handle object, std::vector<Attribute>* attributes) const {
+        return call<Handle, Handle, Attribute*, Ulong>(readAt, session, object, attributes->data(),
+                                                       static_cast<Ulong>(attributes->size()));
+    }
+
+    test::Recording module;
+    Handle session{};
+
+private:
+    windows::FunctionList* m_list = nullptr;
+};
+
+TEST_F(BridgeTest, TokenInfoIsPackedAndNumbersThatDoNotFitAreUnavailable) {
+    CK_TOKEN_INFO& native = module->settings().tokenInfo;
+    native.ulTotalPublicMemory = 0x100000000;
+    native.ulFreePublicMemory = 0xFFFFFFFE;
+    native.ulTotalPrivateMemory = CK_UNAVAILABLE_INFORMATION;
+    std::memset(native.utcTime, 'T', sizeof native.utcTime);
+    windows::TokenInfo info = {};
+    EXPECT_EQ(CKR_OK, (call<Handle, windows::TokenInfo*>(tokenInfoAt, Handle{10}, &info)));
+    EXPECT_EQ(0, std::memcmp(native.label, info.label, sizeof info.label));
+    EXPECT_EQ(kUnavailable, info.ulTotalPublicMemory);
+    EXPECT_EQ(0xFFFFFFFEu, info.ulFreePublicMemory);
+    EXPECT_EQ(kUnavailable, info.ulTotalPrivateMemory);
+    EXPECT_EQ('T', info.utcTime[15]);
+}
+
+TEST_F(BridgeTest, AFailureLeavesTheInfo) {
+    module->fail("C_GetTokenInfo", 0, CKR_DEVICE_REMOVED);
+    windows::TokenInfo info = {};
+    info.flags = 77;
+    EXPECT_EQ(CKR_DEVICE_REMOVED,
+              (call<Handle, windows::TokenInfo*>(tokenInfoAt, Handle{10}, &info)));
+    EXPECT_EQ(77u, info.flags);
+}
+
+TEST_F(BridgeTest, SlotsAreCountedAndListed) {
+    module->settings().slotCount = 2;
+    module->settings().slotCountWhenListed = 2;
+    Ulong count = 0;
+    EXPECT_EQ(CKR_OK, (call<CK_BBOOL, Handle*, Ulong*>(slotListAt, CK_TRUE, nullptr, &count)));
+    ASSERT_EQ(2u, count);
+    Handle slots[3] = {Handle{9}, Handle{9}, Handle{9}};
+    EXPECT_EQ(CKR_OK, (call<CK_BBOOL, Handle*, Ulong*>(slotListAt, CK_TRUE, slots, &count)));
+    EXPECT_EQ(Handle{10}, slots[0]);
+    EXPECT_EQ(Handle{11}, slots[1]);
+    EXPECT_EQ(Handle{9}, slots[2]);
+}
+
+TEST_F(BridgeTest, NumbersInAttributesHaveTheWidthOfWindows) {
+    const auto key = toWindows(module.addKey(CKO_PRIVATE_KEY, "id"));
+    Ulong objectClass = 77;
+    char id[4] = {};
+    std::vector<Attribute> asked = {{CKA_CLASS, nullptr, 0}, {CKA_ID, nullptr, 0}};
+    EXPECT_EQ(CKR_OK, read(key, &asked));
+    EXPECT_EQ(4u, asked[0].ulValueLen);
+    EXPECT_EQ(2u, asked[1].ulValueLen);
+    asked = {{CKA_CLASS, &objectClass, 4}, {CKA_ID, id, 4}};
+    EXPECT_EQ(CKR_OK, read(key, &asked));
+    EXPECT_EQ(CKO_PRIVATE_KEY, objectClass);
+    EXPECT_EQ(4u, asked[0].ulValueLen);
+    EXPECT_STREQ("id", id);
+    EXPECT_EQ(2u, asked[1].ulValueLen);
+}
+
+TEST_F(BridgeTest, ABufferTooSmallForANumberIsNotWritten) {
+    const auto key = toWindows(module.addKey(CKO_PRIVATE_KEY, "id"));
+    for (const Ulong length : {0u, 3u}) {
+        char bytes[8] = "1234567";
+        std::vector<Attribute> asked = {{CKA_CLASS, bytes, length}};
+        read(key, &asked);
+        EXPECT_STREQ("1234567", bytes);
+    }
+}
+
+TEST_F(BridgeTest, AnAbsentAttributeHasAnUnavailableLength) {
+    const auto key = toWindows(module.addKey(CKO_PRIVATE_KEY, "id"));
+    std::vector<Attribute> asked = {{CKA_LABEL, nullptr, 0}, {CKA_CERTIFICATE_TYPE, nullptr, 0}};
+    EXPECT_NE(CKR_OK, read(key, &asked));
+    EXPECT_EQ(kUnavailable, asked[0].ulValueLen);
+    EXPECT_EQ(kUnavailable, asked[1].ulValueLen);
+}
+
+TEST_F(BridgeTest, ATemplateInATemplateIsRefused) {
+    const auto key = toWindows(module.addKey(CKO_PRIVATE_KEY, "id"));
+    std::vector<Attribute> asked = {{0x40000211, nullptr, 0}};
+    EXPECT_EQ(CKR_ATTRIBUTE_TYPE_INVALID, read(key, &asked));
+    EXPECT_TRUE(module.takeCalls().empty());
+}
+
+TEST_F(BridgeTest, AnObjectIsMadeAndFoundByItsNumbers) {
+    Ulong objectClass = CKO_DATA;
+    CK_BBOOL isOnToken = CK_TRUE;
+    char label[] = "seven";
+    Attribute made[] = {{CKA_CLASS, &objectClass, 4},
+                        {CKA_TOKEN, &isOnToken, 1},
+                        {CKA_LABEL, label, 5},
+                        {CKA_VALUE, nullptr, 0}};
+    Handle object{};
+    EXPECT_EQ(CKR_OK,
+              (call<Handle, Attribute*, Ulong, Handle*>(createAt, session, made, 4, &object)));
+    const CK_ULONG native = CKO_DATA;
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(&native), sizeof native),
+              module.read(toNative(object), CKA_CLASS));
+    EXPECT_EQ("seven", module.read(toNative(object), CKA_LABEL));
+    module.addKey(CKO_PRIVATE_KEY, "other");
+    EXPECT_EQ(CKR_OK, (call<Handle, Attribute*, Ulong>(findInitAt, session, made, 2)));
+    Handle found[2] = {};
+    Ulong count = 0;
+    EXPECT_EQ(CKR_OK, (call<Handle, Handle*, Ulong, Ulong*>(findAt, session, found, 1, &count)));
+    EXPECT_EQ(1u, count);
+    EXPECT_EQ(object, found[0]);
+    EXPECT_EQ(CKR_OK, (call<Handle, Handle*, Ulong, Ulong*>(findAt, session, found, 1, &count)));
+    EXPECT_EQ(0u, count);
+    EXPECT_EQ(CKR_OK, (call<Handle>(findFinalAt, session)));
+}
+
+TEST_F(BridgeTest, LengthsGoInAndOut) {
+    windows::Mechanism mechanism = {CKM_SHA1_RSA_PKCS, nullptr, 0};
+    const auto key = toWindows(module.addKey(CKO_PRIVATE_KEY, "id"));
+    CK_BYTE pin[] = "1234";
+    EXPECT_EQ(CKR_OK, (call<Handle, Ulong, CK_BYTE*, Ulong>(loginAt, session, CKU_USER, pin, 4)));
+    EXPECT_EQ(CKR_OK,
+              (call<Handle, windows::Mechanism*, Handle>(signInitAt, session, &mechanism, key)));
+    module->settings().signatureLength = 100;
+    CK_BYTE data[] = "data";
+    CK_BYTE signature[128] = {};
+    Ulong length = sizeof signature;
+    EXPECT_EQ(CKR_OK, (call<Handle, CK_BYTE*, Ulong, CK_BYTE*, Ulong*>(signAt, session, data, 4,
+                                                                       signature, &length)));
+    EXPECT_EQ(100u, length);
+}
+
+TEST(BridgeHandleTest, LargeHandlesComeBackAsTheyWere) {
+    const CK_ULONG large[] = {0x80000000, 0xFFFFFFFF, 0x100000000, 0x123456789ABCDEF0};
+    for (const CK_ULONG native : large) {
+        const Handle handle = toWindows(native);
+        EXPECT_EQ(native, toNative(handle));
+        EXPECT_EQ(handle, toWindows(native));
+    }
+    EXPECT_NE(toWindows(large[2]), toWindows(large[3]));
+    EXPECT_EQ(Handle{0x7FFFFFFF}, toWindows(0x7FFFFFFF));
+    EXPECT_EQ(0u, toNative(Handle{0}));
+}
+
+TEST(BridgeHandleTest, AnUnknownLargeHandleIsNoHandle) {
+    EXPECT_EQ(~CK_ULONG{0}, toNative(Handle{0xFFFFFFF0}));
+}
+
+}  // namespace
+}  // namespace zr::bridge

@@ -1,0 +1,82 @@
+// The calls that fill lists, and those with arguments of their own kind.
+#include <vector>
+
+#include "tests/support/bridge/calls.h"
+
+namespace zr::bridge {
+namespace {
+
+const CK_FUNCTIONS& native() {
+    return nativeModule()->functions;
+}
+
+/// Gets a list of numbers by the convention that a null list asks for its length.
+template <class Item, class Get, class Convert>
+Ulong fillList(Item* items, Ulong* count, Get get, Convert convert) {
+    if (!count) {
+        return windows::narrow(get(nullptr, nullptr));
+    }
+    std::vector<CK_ULONG> list(items ? *count + CK_ULONG{1} : 0);
+    CK_ULONG length = *count;
+    const CK_RV rv = get(items ? list.data() : nullptr, &length);
+    if (items && rv == CKR_OK) {
+        for (CK_ULONG i = 0; i < length && i < *count; ++i) {
+            items[i] = convert(list[i]);
+        }
+    }
+    *count = windows::narrow(length);
+    return windows::narrow(rv);
+}
+
+}  // namespace
+
+Ulong initialize(void* initArgs) {
+    // Callbacks for locking would be called with the wrong calling convention.
+    return initArgs ? windows::narrow(CKR_ARGUMENTS_BAD)
+                    : windows::narrow(native().C_Initialize(nullptr));
+}
+
+Ulong getSlotList(CK_BBOOL tokenPresent, Handle* slots, Ulong* count) {
+    return fillList(
+        slots, count,
+        [tokenPresent](CK_ULONG* list, CK_ULONG* length) {
+            return native().C_GetSlotList(tokenPresent, list, length);
+        },
+        toWindows);
+}
+
+Ulong getMechanismList(Handle slot, Ulong* mechanisms, Ulong* count) {
+    return fillList(
+        mechanisms, count,
+        [slot](CK_ULONG* list, CK_ULONG* length) {
+            return native().C_GetMechanismList(toNative(slot), list, length);
+        },
+        windows::narrow);
+}
+
+Ulong openSession(Handle slot, Ulong flags, void* application, void*, Handle* session) {
+    Argument<Handle*> opened(session);
+    // Notifications would be called with the wrong calling convention; none are given.
+    const CK_RV rv =
+        native().C_OpenSession(toNative(slot), flags, application, nullptr, opened.native());
+    opened.finish(rv);
+    return windows::narrow(rv);
+}
+
+Ulong findObjects(Handle session, Handle* objects, Ulong maximum, Ulong* count) {
+    if (!objects || !count) {
+        return windows::narrow(CKR_ARGUMENTS_BAD);
+    }
+    std::vector<CK_ULONG> found(maximum + std::size_t{1});
+    CK_ULONG length = 0;
+    const CK_RV rv = native().C_FindObjects(toNative(session), found.data(), maximum, &length);
+    if (rv == CKR_OK) {
+        for (CK_ULONG i = 0; i < length && i < maximum; ++i) {
+            objects[i] = toWindows(found[i]);
+        }
+        *count = windows::narrow(length);
+    }
+    return windows::narrow(rv);
+}
+
+}  // namespace zr::bridge

@@ -1,0 +1,144 @@
+// The copy of a call's arguments.
+#include <limits>
+
+#include "tests/support/console_capture.h"
+#include "tests/support/hresult.h"
+#include "tests/unit/runtime/thing.h"
+
+namespace zr::test {
+namespace {
+
+class ComponentImplCloneTest : public ThingTest {
+protected:
+    ConsoleCapture console;
+};
+
+TEST_F(ComponentImplCloneTest, NumbersBecomeWhatTheRowDeclares) {
+    invoke(1, {number(2.9), number(300.7), number(2.5), number(1.5), number(3)});
+    ASSERT_EQ(5u, thing->kept.size());
+    EXPECT_EQ(VT_I4, thing->kept[0].vt);
+    EXPECT_EQ(2, thing->kept[0].lVal);
+    EXPECT_EQ(VT_I1, thing->kept[1].vt);
+    EXPECT_EQ(300 & 0xFF, static_cast<unsigned char>(thing->kept[1].cVal));
+    for (const std::size_t i : {2, 3, 4}) {
+        EXPECT_EQ(VT_R8, thing->kept[i].vt);
+    }
+    EXPECT_EQ(2.5, thing->kept[2].dblVal);
+}
+
+TEST_F(ComponentImplCloneTest, NegativeNumbersAreTruncatedTowardZero) {
+    invoke(1, {number(-2.9)});
+    EXPECT_EQ(-2, thing->kept[0].lVal);
+}
+
+TEST_F(ComponentImplCloneTest, NumbersThatDoNotFitBecomeTheSmallest) {
+    for (const double value : {2147483648.0, -2147483649.0, 1e300,
+                               std::numeric_limits<double>::quiet_NaN(),
+                               std::numeric_limits<double>::infinity()}) {
+        invoke(1, {number(value)});
+        EXPECT_EQ(std::numeric_limits<LONG>::min(), thing->kept[0].lVal) << value;
+    }
+    invoke(1, {number(2147483647.9)});
+    EXPECT_EQ(2147483647, thing->kept[0].lVal);
+}
+
+TEST_F(ComponentImplCloneTest, OtherTypesPassAsTheyCame) {
+    VARIANT flag = {};
+    flag.vt = VT_BOOL;
+    flag.boolVal = 1;
+    VARIANT integer = {};
+    integer.vt = VT_I8;
+    integer.llVal = 1LL << 40;
+    invoke(1, {flag, integer});
+    EXPECT_EQ(VT_BOOL, thing->kept[0].vt);
+    EXPECT_EQ(1, thing->kept[0].boolVal);
+    EXPECT_EQ(VT_I8, thing->kept[1].vt);
+    EXPECT_EQ(1LL << 40, thing->kept[1].llVal);
+}
+
+TEST_F(ComponentImplCloneTest, StringsAreCopiedUpToTheirFirstZero) {
+    VARIANT text = {};
+    text.vt = VT_BSTR;
+    text.bstrVal = SysAllocStringByteLen(reinterpret_cast<const char*>(OLESTR("ab\0cd")), 10);
+    invoke(1, {text});
+    EXPECT_NE(text.bstrVal, thing->kept[0].bstrVal);
+    EXPECT_EQ(OLESTR("ab"), thing->text);
+    VariantClear(&text);
+    text.vt = VT_BSTR;
+    text.bstrVal = nullptr;
+    invoke(1, {text});
+    EXPECT_EQ(VT_BSTR, thing->kept[0].vt);
+}
+
+TEST_F(ComponentImplCloneTest, ObjectsAreReferencedDuringTheCall) {
+    auto* other = new Thing();
+    other->AddRef();
+    VARIANT object = {};
+    object.vt = VT_DISPATCH;
+    object.pdispVal = other;
+    invoke(1, {object});
+    EXPECT_EQ(static_cast<IDispatch*>(other), thing->kept[0].pdispVal);
+    object.pdispVal = nullptr;
+    invoke(1, {object});
+    EXPECT_EQ(nullptr, thing->kept[0].pdispVal);
+    EXPECT_EQ(0u, other->Release());
+}
+
+TEST_F(ComponentImplCloneTest, WhatIsNoVariantArrivesEmpty) {
+    VARIANT bad = {};
+    bad.vt = 0x7FF;
+    bad.llVal = -1;
+    EXPECT_HR(7, invoke(1, {bad}));
+    EXPECT_EQ(VT_EMPTY, thing->kept[0].vt);
+}
+
+TEST_F(ComponentImplCloneTest, ManyArgumentsAreCopiedPastTheDeclaredOnes) {
+    EXPECT_HR(7, invoke(1, std::vector<VARIANT>(10000, number(1))));
+    EXPECT_EQ(10000u, thing->kept.size());
+    EXPECT_EQ(VT_I4, thing->kept[0].vt);
+    EXPECT_EQ(VT_R8, thing->kept[9999].vt);
+}
+
+TEST_F(ComponentImplCloneTest, MissingListsAreRefusedWithTheirLine) {
+    DISPPARAMS params = {};
+    EXPECT_EQ(0, thing->CloneDispParams(1, &params, nullptr));
+    EXPECT_EQ(0, thing->CloneDispParams(1, nullptr, &params));
+    params.cArgs = 1;
+    DISPPARAMS clone = {};
+    EXPECT_EQ(0, thing->CloneDispParams(1, &params, &clone));
+    EXPECT_EQ(
+        "[ZComponentImpl::CloneDispParams] call in...\n"
+        "[ZComponentImpl::CloneDispParams] 1 argument error.\n"
+        "[ZComponentImpl::CloneDispParams] call in...\n"
+        "[ZComponentImpl::CloneDispParams] 2 argument error.\n"
+        "[ZComponentImpl::CloneDispParams] call in...\n"
+        "[ZComponentImpl::CloneDispParams] 2 argument error.\n",
+        console.stop().out);
+}
+
+TEST_F(ComponentImplCloneTest, NamedArgumentsAreSharedAndAnUnknownIdLeavesEmptyOnes) {
+    VARIANT argument = number(1);
+    DISPID named = 5;
+    DISPPARAMS params = {&argument, &named, 1, 1};
+    DISPPARAMS clone = {};
+    EXPECT_EQ(1, thing->CloneDispParams(9, &params, &clone));
+    EXPECT_EQ(&named, clone.rgdispidNamedArgs);
+    EXPECT_EQ(1u, clone.cNamedArgs);
+    EXPECT_EQ(1u, clone.cArgs);
+    EXPECT_EQ(VT_EMPTY, clone.rgvarg[0].vt);
+    thing->FreeDispParams(&clone);
+    EXPECT_EQ(nullptr, clone.rgvarg);
+    thing->FreeDispParams(&clone);
+    thing->FreeDispParams(nullptr);
+}
+
+TEST_F(ComponentImplCloneTest, AFailedCopyFailsTheCall) {
+    VARIANT result;
+    EXPECT_HR(E_FAIL, thing->Invoke(1, IID_NULL, 0, 1, nullptr, &result, nullptr, nullptr));
+    EXPECT_EQ(0, thing->calls);
+    const std::string text = console.stop().out;
+    EXPECT_NE(text.npos, text.find("[ZComponentImpl::Invoke] call CloneDispParams error...\n"));
+}
+
+}  // namespace
+}  // namespace zr::test

@@ -1,0 +1,195 @@
+// The chain of proxies.
+#include <cstring>
+
+#include "tests/support/console_capture.h"
+#include "tests/support/hresult.h"
+#include "tests/unit/runtime/thing.h"
+
+namespace zr::test {
+namespace {
+
+/// Knows one name as id 1 and answers a call by a result of its own.
+class Proxy : public IDispatch {
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(const IID&, void**) override { return E_NOINTERFACE; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+    ULONG STDMETHODCALLTYPE Release() override { return --references; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(const IID&, LPOLESTR* names, UINT count, LCID,
+                                            DISPID* ids) override {
+        ++lookUps;
+        for (UINT i = 0; i < count; ++i) {
+            ids[i] = 1;
+        }
+        return name == names[0] ? lookUpResult : E_FAIL;
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, const IID&, LCID, WORD, DISPPARAMS*, VARIANT*,
+                                     EXCEPINFO*, UINT*) override {
+        lastId = id;
+        return callResult;
+    }
+
+    std::basic_string<OLECHAR> name = OLESTR("Keep");
+    HRESULT lookUpResult = S_OK;
+    HRESULT callResult = S_FALSE;
+    ULONG references = 0;
+    int lookUps = 0;
+    DISPID lastId = 0;
+};
+
+class ComponentImplProxyTest : public ThingTest {
+protected:
+    HRESULT find(const OLECHAR* name, DISPID* id, UINT count = 1) {
+        std::vector<LPOLESTR> names(count, const_cast<LPOLESTR>(name));
+        return thing->GetIDsOfNames(IID_NULL, names.data(), count, 0, id);
+    }
+
+    ConsoleCapture console;
+    Proxy proxy;
+};
+
+TEST_F(ComponentImplProxyTest, AProxyOfStageOneShadowsTheOwnMember) {
+    EXPECT_EQ(1, thing->AddProxyDispatch(&proxy, 1000, 1, "front"));
+    DISPID id = 0;
+    EXPECT_HR(S_OK, find(OLESTR("Keep"), &id));
+    EXPECT_EQ(1001, id);
+    VARIANT result;
+    EXPECT_HR(S_OK, invoke(1001, {}, &result));
+    EXPECT_EQ(1, proxy.lastId);
+    EXPECT_EQ(0, thing->calls);
+    thing->ClearPDI();
+    EXPECT_EQ(0u, proxy.references);
+}
+
+TEST_F(ComponentImplProxyTest, AProxyOfStageZeroIsAskedAfterTheOwnTable) {
+    thing->AddProxyDispatch(&proxy, 1000, 0, nullptr);
+    DISPID id = 0;
+    EXPECT_HR(S_OK, find(OLESTR("Keep"), &id));
+    EXPECT_EQ(1, id);
+    EXPECT_EQ(0, proxy.lookUps);
+    proxy.name = OLESTR("Other");
+    EXPECT_HR(S_OK, find(OLESTR("Other"), &id));
+    EXPECT_EQ(1001, id);
+    EXPECT_HR(7, invoke(1, {}));
+    EXPECT_EQ(0, proxy.lastId);
+    EXPECT_HR(S_OK, invoke(1001, {}));
+    EXPECT_EQ(1, proxy.lastId);
+    thing->ClearPDI();
+}
+
+TEST_F(ComponentImplProxyTest, OtherStagesAreNeverAsked) {
+    thing->AddProxyDispatch(&proxy, 0, 2, nullptr);
+    DISPID id = 0;
+    proxy.name = OLESTR("Other");
+    EXPECT_HR(E_FAIL, find(OLESTR("Other"), &id));
+    EXPECT_HR(E_FAIL, invoke(77, {}));
+    EXPECT_EQ(0, proxy.lookUps);
+    thing->ClearPDI();
+}
+
+TEST_F(ComponentImplProxyTest, AnEmptyNameIsOfferedToTheProxies) {
+    thing->AddProxyDispatch(&proxy, 10, 0, nullptr);
+    proxy.name = OLESTR("");
+    DISPID id = 0;
+    EXPECT_HR(S_OK, find(OLESTR(""), &id));
+    EXPECT_EQ(11, id);
+    thing->ClearPDI();
+}
+
+TEST_F(ComponentImplProxyTest, SeveralNamesAreAskedForAndOneIsAnswered) {
+    thing->AddProxyDispatch(&proxy, 10, 1, nullptr);
+    DISPID ids[2] = {0, 99};
+    EXPECT_HR(S_OK, find(OLESTR("Keep"), ids, 1000));
+    EXPECT_EQ(11, ids[0]);
+    EXPECT_EQ(99, ids[1]);
+    thing->ClearPDI();
+}
+
+TEST_F(ComponentImplProxyTest, AFailingProxyIsPassedOver) {
+    Proxy second;
+    thing->AddProxyDispatch(&proxy, 10, 1, nullptr);
+    thing->AddProxyDispatch(&second, 20, 1, nullptr);
+    proxy.lookUpResult = E_FAIL;
+    proxy.callResult = E_FAIL;
+    DISPID id = 0;
+    EXPECT_HR(S_OK, find(OLESTR("Keep"), &id));
+    EXPECT_EQ(21, id);
+    EXPECT_HR(S_OK, invoke(21, {}));
+    EXPECT_EQ(11, proxy.lastId);
+    EXPECT_EQ(1, second.lastId);
+    thing->ClearPDI();
+}
+
+TEST_F(ComponentImplProxyTest, AProxyIsInTheChainOnce) {
+    EXPECT_EQ(0, thing->AddProxyDispatch(nullptr, 0, 1, nullptr));
+    EXPECT_EQ(1, thing->AddProxyDispatch(&proxy, 0, 1, nullptr));
+    EXPECT_EQ(0, thing->AddProxyDispatch(&proxy, 5, 0, nullptr));
+    EXPECT_EQ(1u, proxy.references);
+    EXPECT_EQ(1, thing->RemoveProxyDispatch(&proxy));
+    EXPECT_EQ(0u, proxy.references);
+    EXPECT_EQ(0, thing->RemoveProxyDispatch(&proxy));
+    EXPECT_EQ(0, thing->RemoveProxyDispatch(nullptr));
+}
+
+TEST_F(ComponentImplProxyTest, LabelsOfTwentyCharactersAreNotStored) {
+    thing->AddProxyDispatch(&proxy, 7, 1, "1234567890123456789");
+    EXPECT_STREQ("1234567890123456789", thing->FindPDI(&proxy)->szName);
+    EXPECT_EQ(7, thing->FindPDI(&proxy)->nIdOffset);
+    EXPECT_EQ(1, thing->FindPDI(&proxy)->nStage);
+    thing->RemoveProxyDispatch(&proxy);
+    thing->AddProxyDispatch(&proxy, 0, 1, "12345678901234567890");
+    EXPECT_STREQ("", thing->FindPDI(&proxy)->szName);
+    thing->ClearPDI();
+    EXPECT_EQ(nullptr, thing->FindPDI(&proxy));
+}
+
+TEST_F(ComponentImplProxyTest, RemovingKeepsTheOthersInOrder) {
+    Proxy proxies[3];
+    for (const int removed : {0, 1, 2}) {
+        for (Proxy& each : proxies) {
+            thing->AddProxyDispatch(&each, 0, 1, nullptr);
+        }
+        thing->RemoveProxyDispatch(&proxies[removed]);
+        thing->AddProxyDispatch(&proxy, 0, 1, nullptr);
+        const int first = removed == 0 ? 1 : 0;
+        const int second = removed == 2 ? 1 : 2;
+        // Copies: the fields of a node are packed.
+        const ProxyDispatchInfo* next = thing->FindPDI(&proxies[first])->pNext;
+        EXPECT_EQ(thing->FindPDI(&proxies[second]), next);
+        next = next->pNext;
+        EXPECT_EQ(thing->FindPDI(&proxy), next);
+        next = next->pNext;
+        EXPECT_EQ(nullptr, next);
+        thing->ClearPDI();
+    }
+}
+
+TEST_F(ComponentImplProxyTest, TheObjectsEndReleasesItsProxies) {
+    auto* object = new Thing();
+    object->AddRef();
+    object->AddProxyDispatch(&proxy, 0, 1, nullptr);
+    object->Release();
+    EXPECT_EQ(0u, proxy.references);
+}
+
+TEST_F(ComponentImplProxyTest, ItsConsoleTextsAreKept) {
+    thing->AddProxyDispatch(&proxy, 1000, 1, nullptr);
+    thing->PrintPDI();
+    DISPID id = 0;
+    find(OLESTR("Keep"), &id);
+    invoke(1001, {});
+    EXPECT_EQ(
+        "-------------PrintPDI End----------------\n"
+        "[ZComponentImpl::GetIDsOfNames] call in...\n"
+        "[ZComponentImpl::GetIDsOfNames] lpszName = [Keep] ...\n"
+        "[ZComponentImpl::GetIDsOfNames] pre proxy...\n"
+        "[ZComponentImpl::GetIDsOfNames] *rgdispid = [1001] ...\n"
+        "[ZComponentImpl::Invoke] call in...\n"
+        "[ZComponentImpl::Invoke] call CallProxyDispatch error...\n",
+        console.stop().out);
+    thing->ClearPDI();
+}
+
+}  // namespace
+}  // namespace zr::test

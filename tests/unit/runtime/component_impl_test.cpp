@@ -1,0 +1,209 @@
+// Reference counts, identity, look-up by name, calls and probes.
+#include <limits>
+
+#include "tests/support/console_capture.h"
+#include "tests/support/hresult.h"
+#include "tests/unit/runtime/thing.h"
+
+namespace zr::test {
+namespace {
+
+HRESULT find(ZComponentImpl* object, const OLECHAR* name, DISPID* id) {
+    auto* text = const_cast<OLECHAR*>(name);
+    return object->GetIDsOfNames(IID_NULL, &text, 1, 0, id);
+}
+
+class ComponentImplTest : public ThingTest {
+protected:
+    ConsoleCapture console;
+};
+
+TEST_F(ComponentImplTest, TheLastReleaseTellsTheObjectAndDestroysIt) {
+    auto* object = new Thing();
+    Thing::s_destroyed = Thing::s_finalReleases = 0;
+    EXPECT_EQ(1u, object->AddRef());
+    EXPECT_EQ(2u, object->AddRef());
+    EXPECT_EQ(1u, object->Release());
+    EXPECT_EQ(0, Thing::s_finalReleases);
+    EXPECT_EQ(0u, object->Release());
+    EXPECT_EQ(1, Thing::s_finalReleases);
+    EXPECT_EQ(1, Thing::s_destroyed);
+}
+
+TEST_F(ComponentImplTest, OnlyErrorInformationIsAnswered) {
+    void* face = this;
+    EXPECT_HR(E_INVALIDARG, thing->QueryInterface(IID_ISupportErrorInfo, nullptr));
+    for (const IID& iid : {IID_IUnknown, IID_IDispatch, IID_NULL}) {
+        EXPECT_HR(E_NOTIMPL, thing->QueryInterface(iid, &face));
+        EXPECT_EQ(this, face);
+    }
+    EXPECT_HR(S_OK, thing->QueryInterface(IID_ISupportErrorInfo, &face));
+    EXPECT_EQ(static_cast<ISupportErrorInfo*>(thing), face);
+    EXPECT_EQ(1u, static_cast<ISupportErrorInfo*>(face)->Release());
+}
+
+TEST_F(ComponentImplTest, TypeInformationIsNotImplemented) {
+    UINT count = 5;
+    ITypeInfo* info = reinterpret_cast<ITypeInfo*>(this);
+    EXPECT_HR(E_NOTIMPL, thing->GetTypeInfoCount(&count));
+    EXPECT_HR(E_NOTIMPL, thing->GetTypeInfo(0, 0, &info));
+    EXPECT_EQ(5u, count);
+    EXPECT_EQ(reinterpret_cast<ITypeInfo*>(this), info);
+    EXPECT_HR(S_OK, thing->InterfaceSupportsErrorInfo(IID_NULL));
+}
+
+TEST_F(ComponentImplTest, NamesMatchExactly) {
+    DISPID id = 0;
+    EXPECT_HR(S_OK, find(thing, OLESTR("Value"), &id));
+    EXPECT_EQ(3, id);
+    id = 99;
+    for (const OLECHAR* name : {OLESTR("value"), OLESTR("Valu"), OLESTR("Values"), OLESTR("")}) {
+        EXPECT_HR(E_FAIL, find(thing, name, &id));
+    }
+    EXPECT_EQ(99, id);
+}
+
+TEST_F(ComponentImplTest, NamesThatCannotBeAreNotFound) {
+    DISPID id = 99;
+    EXPECT_HR(E_INVALIDARG, thing->GetIDsOfNames(IID_NULL, nullptr, 1, 0, &id));
+    OLECHAR* none = nullptr;
+    EXPECT_HR(E_FAIL, thing->GetIDsOfNames(IID_NULL, &none, 1, 0, &id));
+    for (const std::size_t length : {1023, 1024, 100000}) {
+        EXPECT_HR(E_FAIL, find(thing, std::basic_string<OLECHAR>(length, 'x').c_str(), &id));
+    }
+    const OLECHAR lone[] = {0xD800, 0};
+    EXPECT_HR(E_FAIL, find(thing, lone, &id));
+    EXPECT_EQ(99, id);
+}
+
+TEST_F(ComponentImplTest, ANameOf1023BytesIsShownWholeAndALongerOneNotAtAll) {
+    DISPID id = 0;
+    find(thing, std::basic_string<OLECHAR>(1023, 'x').c_str(), &id);
+    find(thing, std::basic_string<OLECHAR>(1024, 'x').c_str(), &id);
+    const std::string text = console.stop().out;
+    EXPECT_NE(text.npos, text.find("lpszName = [" + std::string(1023, 'x') + "] ...\n"));
+    EXPECT_NE(text.npos, text.find("lpszName = [] ...\n"));
+}
+
+TEST_F(ComponentImplTest, ACallReachesTheAdapterAndItsResultTheCaller) {
+    VARIANT result;
+    EXPECT_HR(7, invoke(1, {}, &result));
+    EXPECT_EQ(1, thing->calls);
+    EXPECT_EQ(42, result.lVal);
+}
+
+TEST_F(ComponentImplTest, PropertiesAndMethodsAreCalledAlike) {
+    DISPPARAMS params = {};
+    VARIANT result;
+    for (const WORD flags : {WORD{0}, WORD{DISPATCH_PROPERTYGET}, WORD{DISPATCH_PROPERTYPUT}}) {
+        EXPECT_HR(7, thing->Invoke(1, IID_NULL, 0, flags, &params, &result, nullptr, nullptr));
+    }
+    EXPECT_EQ(3, thing->calls);
+}
+
+TEST_F(ComponentImplTest, AListedMemberWithoutAnAdapterFails) {
+    VARIANT result;
+    EXPECT_HR(E_FAIL, invoke(2, {}, &result));
+    EXPECT_EQ(VT_EMPTY, result.vt);
+}
+
+TEST_F(ComponentImplTest, IdsOutsideTheTableFail) {
+    VARIANT result;
+    for (const DISPID id : {std::numeric_limits<DISPID>::min(), DISPID{-1}, DISPID{0}}) {
+        EXPECT_HR(E_INVALIDARG, invoke(id, {}, &result));
+    }
+    for (const DISPID id : {DISPID{5}, std::numeric_limits<DISPID>::max()}) {
+        EXPECT_HR(E_FAIL, invoke(id, {number(1)}, &result));
+    }
+    EXPECT_EQ(0, thing->calls);
+}
+
+TEST_F(ComponentImplTest, AProbeCallsNothing) {
+    const auto probe = [this](DISPID id, WORD flags) {
+        return thing->Invoke(id, IID_NULL, 0, flags, nullptr, nullptr, nullptr, nullptr);
+    };
+    EXPECT_HR(S_OK, probe(1, DISPATCH_METHOD));
+    EXPECT_HR(E_FAIL, probe(1, DISPATCH_PROPERTYGET));
+    EXPECT_HR(S_OK, probe(3, DISPATCH_PROPERTYGET));
+    EXPECT_HR(S_OK, probe(3, DISPATCH_PROPERTYPUT));
+    EXPECT_HR(E_FAIL, probe(3, DISPATCH_METHOD));
+    EXPECT_HR(E_FAIL, probe(3, 3));
+    EXPECT_HR(E_FAIL, probe(9, DISPATCH_METHOD));
+    EXPECT_EQ(0, thing->calls);
+}
+
+TEST_F(ComponentImplTest, AProbeIsToldRowByRow) {
+    const UINT unused = 0;
+    UINT argErr = unused;
+    thing->Invoke(2, IID_NULL, 0, DISPATCH_PROPERTYGET, nullptr, nullptr, nullptr, &argErr);
+    thing->Invoke(3, IID_NULL, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr);
+    thing->Invoke(1, IID_NULL, 0, 8, nullptr, nullptr, nullptr, nullptr);
+    const std::string rule =
+        "+++++++++++++++++++// NPAPI. HasProperty & HasMethod support++++++++++++++++++++\n";
+    EXPECT_EQ("[ZComponentImpl::Invoke] call in...\n" + rule +
+                  "#########pDispList[i].id = [1] VS pdispparams = [2]\n"
+                  "#########pDispList[i].id = [2] VS pdispparams = [2]\n"
+                  "[ZComponentImpl::Invoke] match [2]...\n"
+                  "[ZComponentImpl::Invoke] not enDispatchProperty...\n"
+                  "[ZComponentImpl::Invoke] call in...\n" +
+                  rule +
+                  "#########pDispList[i].id = [1] VS pdispparams = [3]\n"
+                  "#########pDispList[i].id = [2] VS pdispparams = [3]\n"
+                  "#########pDispList[i].id = [3] VS pdispparams = [3]\n"
+                  "[ZComponentImpl::Invoke] match [3]...\n"
+                  "[ZComponentImpl::Invoke] not enDispatchMethod...\n"
+                  "[ZComponentImpl::Invoke] call in...\n" +
+                  rule +
+                  "#########pDispList[i].id = [1] VS pdispparams = [1]\n"
+                  "[ZComponentImpl::Invoke] match [1]...\n"
+                  "[ZComponentImpl::Invoke] match id error...\n",
+              console.stop().out);
+}
+
+TEST_F(ComponentImplTest, RowsAreFoundByNameAndById) {
+    EXPECT_EQ(&Thing::s_rows[1], ZComponentImpl::GetDispatchInfo(thing, "Listed"));
+    EXPECT_EQ(nullptr, ZComponentImpl::GetDispatchInfo(thing, "listed"));
+    EXPECT_EQ(nullptr, ZComponentImpl::GetDispatchInfo(thing, ""));
+    EXPECT_EQ(nullptr, ZComponentImpl::GetDispatchInfo(thing, nullptr));
+    EXPECT_EQ(&Thing::s_rows[3], ZComponentImpl::GetDispatchInfoById(thing, 4));
+    EXPECT_EQ(nullptr, ZComponentImpl::GetDispatchInfoById(thing, 0));
+    EXPECT_EQ(nullptr, ZComponentImpl::GetDispatchInfoById(thing, -1));
+    EXPECT_EQ(nullptr, ZComponentImpl::GetDispatchInfoById(thing, 5));
+    ZComponentImpl bare;
+    EXPECT_EQ(0, bare.GetSelfGetDispatchInfoCount());
+    EXPECT_EQ(nullptr, ZComponentImpl::GetDispatchInfo(&bare, "Keep"));
+    EXPECT_EQ(nullptr, ZComponentImpl::GetDispatchInfoById(&bare, 1));
+}
+
+TEST_F(ComponentImplTest, TheRowToCallNeedsSomethingOfTheCall) {
+    UINT argErr = 0;
+    EXPECT_EQ(nullptr, thing->GetDipatchInfo(1, 1, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_EQ(&Thing::s_rows[0], thing->GetDipatchInfo(1, 1, nullptr, nullptr, nullptr, &argErr));
+    EXPECT_EQ(nullptr, thing->GetDipatchInfo(5, 1, nullptr, nullptr, nullptr, &argErr));
+}
+
+/// The virtual table of the component part, slot by slot.
+using Slot = void (*)();
+Slot* slotsOf(void* object) {
+    return *static_cast<Slot**>(object);
+}
+
+TEST_F(ComponentImplTest, SlotsKeepTheirOrder) {
+    // Two destructors come first in the component part, then the operations.
+    auto* part = static_cast<ZComponentImpl*>(thing);
+    using TypeInfoCount = HRESULT(STDMETHODCALLTYPE*)(void*, UINT*);
+    using Supports = HRESULT(STDMETHODCALLTYPE*)(void*, const GUID&);
+    using Count = int (*)(void*);
+    using Rows = DispatchInfo* (*)(void*);
+    EXPECT_HR(E_NOTIMPL, reinterpret_cast<TypeInfoCount>(slotsOf(part)[3])(part, nullptr));
+    EXPECT_HR(S_OK, reinterpret_cast<Supports>(slotsOf(part)[7])(part, IID_NULL));
+    EXPECT_EQ(Thing::s_rows, reinterpret_cast<Rows>(slotsOf(part)[9])(part));
+    EXPECT_EQ(4, reinterpret_cast<Count>(slotsOf(part)[10])(part));
+    // In the primary face: seven common operations, the own one, two destructors, then the rest.
+    using Own = HRESULT(STDMETHODCALLTYPE*)(void*, INT);
+    EXPECT_HR(5, reinterpret_cast<Own>(slotsOf(thing)[7])(thing, 5));
+    EXPECT_HR(S_OK, reinterpret_cast<Supports>(slotsOf(thing)[10])(thing, IID_NULL));
+}
+
+}  // namespace
+}  // namespace zr::test

@@ -1,0 +1,122 @@
+// The error object.
+#include "runtime/error_info.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/console_capture.h"
+#include "tests/support/hresult.h"
+
+namespace zr::test {
+namespace {
+
+class ErrorInfoTest : public testing::Test {
+protected:
+    ErrorInfoTest() {
+        EXPECT_HR(S_OK, ZCreateErrorInfo(&create));
+        EXPECT_HR(S_OK,
+                  create->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&info)));
+    }
+    ~ErrorInfoTest() override {
+        EXPECT_EQ(1u, create->Release());
+        EXPECT_EQ(0u, info->Release());
+    }
+
+    ICreateErrorInfo* create = nullptr;
+    IErrorInfo* info = nullptr;
+};
+
+TEST_F(ErrorInfoTest, TwoInterfacesAreAnsweredAndNoOther) {
+    void* face = this;
+    EXPECT_HR(E_INVALIDARG, info->QueryInterface(IID_IErrorInfo, nullptr));
+    for (const IID& iid : {IID_IUnknown, IID_ISupportErrorInfo, IID_NULL}) {
+        face = this;
+        EXPECT_HR(E_NOINTERFACE, info->QueryInterface(iid, &face));
+        EXPECT_EQ(nullptr, face);
+    }
+    EXPECT_HR(S_OK, info->QueryInterface(IID_ICreateErrorInfo, &face));
+    EXPECT_EQ(create, face);
+    EXPECT_EQ(2u, create->Release());
+}
+
+TEST_F(ErrorInfoTest, NewObjectsAreEmpty) {
+    GUID guid = IID_IUnknown;
+    BSTR text = reinterpret_cast<BSTR>(this);
+    DWORD context = 9;
+    EXPECT_HR(S_OK, info->GetGUID(&guid));
+    EXPECT_TRUE(guid == IID_NULL);
+    EXPECT_HR(S_OK, info->GetSource(&text));
+    EXPECT_EQ(nullptr, text);
+    EXPECT_HR(S_OK, info->GetHelpContext(&context));
+    EXPECT_EQ(0u, context);
+    const ConsoleCapture console;
+    EXPECT_HR(E_INVALIDARG, info->GetGUID(nullptr));
+    EXPECT_HR(E_INVALIDARG, info->GetSource(nullptr));
+    EXPECT_HR(E_INVALIDARG, info->GetDescription(nullptr));
+    EXPECT_HR(E_INVALIDARG, info->GetHelpFile(nullptr));
+    EXPECT_HR(E_INVALIDARG, info->GetHelpContext(nullptr));
+}
+
+TEST_F(ErrorInfoTest, ValuesAreKeptAndStringsHandedOutWithoutACopy) {
+    OLECHAR source[] = OLESTR("source");
+    OLECHAR help[] = OLESTR("help");
+    EXPECT_HR(S_OK, create->SetGUID(IID_IDispatch));
+    EXPECT_HR(S_OK, create->SetSource(source));
+    EXPECT_HR(S_OK, create->SetHelpFile(help));
+    EXPECT_HR(S_OK, create->SetHelpContext(77));
+    GUID guid;
+    BSTR first = nullptr;
+    BSTR second = nullptr;
+    DWORD context = 0;
+    info->GetGUID(&guid);
+    EXPECT_TRUE(guid == IID_IDispatch);
+    info->GetSource(&first);
+    info->GetSource(&second);
+    EXPECT_EQ(first, second);
+    EXPECT_NE(source, first);
+    EXPECT_EQ(6u, SysStringLen(first));
+    info->GetHelpFile(&second);
+    EXPECT_EQ(4u, SysStringLen(second));
+    info->GetHelpContext(&context);
+    EXPECT_EQ(77u, context);
+}
+
+TEST_F(ErrorInfoTest, ANullStringFailsAndLeavesNone) {
+    OLECHAR source[] = OLESTR("source");
+    create->SetSource(source);
+    BSTR before = nullptr;
+    info->GetSource(&before);
+    EXPECT_HR(E_FAIL, create->SetSource(nullptr));
+    BSTR after = before;
+    EXPECT_HR(S_OK, info->GetSource(&after));
+    EXPECT_EQ(nullptr, after);
+    // What was handed out before stays readable.
+    EXPECT_EQ(6u, SysStringLen(before));
+}
+
+TEST_F(ErrorInfoTest, AskingForTheDescriptionIsTold) {
+    OLECHAR description[] = OLESTR("text");
+    create->SetDescription(description);
+    ConsoleCapture console;
+    BSTR text = nullptr;
+    EXPECT_HR(S_OK, info->GetDescription(&text));
+    EXPECT_EQ("[ZErrorInfo::GetDescription] call...\n", console.stop().out);
+    EXPECT_EQ(4u, SysStringLen(text));
+}
+
+using Slot = void (*)();
+
+TEST_F(ErrorInfoTest, SlotsKeepTheirOrder) {
+    Slot* slots = *reinterpret_cast<Slot**>(info);
+    using Context = HRESULT(STDMETHODCALLTYPE*)(void*, DWORD*);
+    DWORD context = 5;
+    EXPECT_HR(S_OK, reinterpret_cast<Context>(slots[7])(info, &context));
+    EXPECT_EQ(0u, context);
+    Slot* createSlots = *reinterpret_cast<Slot**>(create);
+    using SetContext = HRESULT(STDMETHODCALLTYPE*)(void*, DWORD);
+    EXPECT_HR(S_OK, reinterpret_cast<SetContext>(createSlots[7])(create, 12));
+    info->GetHelpContext(&context);
+    EXPECT_EQ(12u, context);
+}
+
+}  // namespace
+}  // namespace zr::test

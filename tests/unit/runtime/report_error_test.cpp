@@ -1,0 +1,98 @@
+// The current-error slot and the reporting functions.
+#include <gtest/gtest.h>
+
+#include "runtime/error_info.h"
+#include "tests/support/console_capture.h"
+#include "tests/support/hresult.h"
+
+namespace zr::test {
+namespace {
+
+class ReportErrorTest : public testing::Test {
+protected:
+    ~ReportErrorTest() override { ZCLUninitialize(); }
+
+    static IErrorInfo* current() {
+        IErrorInfo* info = nullptr;
+        EXPECT_HR(S_OK, ZGetErrorInfo(0, &info));
+        if (info) {
+            info->Release();
+        }
+        return info;
+    }
+};
+
+TEST_F(ReportErrorTest, ReadingDoesNotClearTheSlot) {
+    EXPECT_EQ(1, ZCLInitialize());
+    EXPECT_EQ(nullptr, current());
+    ICreateErrorInfo* create = nullptr;
+    IErrorInfo* info = nullptr;
+    ZCreateErrorInfo(&create);
+    create->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&info));
+    EXPECT_HR(S_OK, ZSetErrorInfo(5, info));
+    EXPECT_EQ(info, current());
+    EXPECT_EQ(info, current());
+    IErrorInfo* read = nullptr;
+    EXPECT_HR(S_OK, ZGetErrorInfo(5, &read));
+    EXPECT_EQ(3u, read->Release());
+    EXPECT_HR(S_OK, ZSetErrorInfo(0, info));
+    EXPECT_HR(S_OK, ZSetErrorInfo(0, nullptr));
+    EXPECT_EQ(nullptr, current());
+    EXPECT_EQ(1u, info->Release());
+    EXPECT_EQ(0u, create->Release());
+}
+
+TEST_F(ReportErrorTest, NullPointersAreRefused) {
+    EXPECT_HR(E_INVALIDARG, ZGetErrorInfo(0, nullptr));
+    EXPECT_HR(E_INVALIDARG, ZCreateErrorInfo(nullptr));
+    EXPECT_HR(E_INVALIDARG, ZProgIDFromCLSID(IID_NULL, nullptr));
+    LPOLESTR progId = reinterpret_cast<LPOLESTR>(this);
+    EXPECT_HR(S_OK, ZProgIDFromCLSID(IID_NULL, &progId));
+    EXPECT_EQ(nullptr, progId);
+}
+
+TEST_F(ReportErrorTest, AReportIsKeptAndThrown) {
+    try {
+        ZCLReportError(IID_NULL, OLESTR("what happened"), IID_IDispatch, E_POINTER);
+        FAIL() << "nothing was thrown";
+    } catch (const _zcl_error& error) {
+        EXPECT_HR(E_POINTER, error.m_hr);
+        ASSERT_TRUE(error.m_pErrorInfo);
+        EXPECT_EQ(nullptr, error.m_pszText);
+        EXPECT_EQ(current(), error.m_pErrorInfo);
+        GUID guid;
+        error.m_pErrorInfo->GetGUID(&guid);
+        EXPECT_TRUE(guid == IID_IDispatch);
+        const ConsoleCapture console;
+        BSTR text = nullptr;
+        error.m_pErrorInfo->GetDescription(&text);
+        EXPECT_EQ(13u, SysStringLen(text));
+    }
+    IErrorInfo* info = nullptr;
+    ZGetErrorInfo(0, &info);
+    EXPECT_EQ(1u, info->Release());
+}
+
+TEST_F(ReportErrorTest, Utf8TextIsConverted) {
+    const ConsoleCapture console;
+    EXPECT_HR(E_INVALIDARG, ZCLReportErrorUTF8(IID_NULL, nullptr, IID_NULL, E_FAIL));
+    EXPECT_EQ(nullptr, current());
+    EXPECT_THROW(ZCLReportErrorUTF8(IID_NULL, "a\xe2\x82\xac", IID_NULL, E_FAIL), _zcl_error);
+    BSTR text = nullptr;
+    current()->GetDescription(&text);
+    EXPECT_EQ(2u, SysStringLen(text));
+}
+
+TEST_F(ReportErrorTest, ANewReportReplacesTheOld) {
+    EXPECT_THROW(ZCLReportError(IID_NULL, OLESTR("1"), IID_NULL, E_FAIL), _zcl_error);
+    EXPECT_THROW(ZCLReportError(IID_NULL, nullptr, IID_NULL, E_FAIL), _zcl_error);
+    const ConsoleCapture console;
+    BSTR text = reinterpret_cast<BSTR>(this);
+    current()->GetDescription(&text);
+    EXPECT_EQ(nullptr, text);
+    ZCLUninitialize();
+    EXPECT_EQ(nullptr, current());
+}
+
+}  // namespace
+}  // namespace zr::test

@@ -1,0 +1,71 @@
+// The owned string.
+#include "runtime/zcom_bstr.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace zr::test {
+namespace {
+
+using zrapi::ZComBSTR;
+
+BSTR raw(const ZComBSTR& text) {
+    return text;
+}
+
+TEST(ZComBstrTest, ItStartsNull) {
+    ZComBSTR text;
+    EXPECT_EQ(nullptr, raw(text));
+    EXPECT_EQ(nullptr, static_cast<const char*>(text));
+    EXPECT_EQ(0u, text.GetLength());
+    EXPECT_EQ(nullptr, text.Copy());
+    EXPECT_EQ(sizeof(void*) * 3, sizeof(ZComBSTR));
+}
+
+TEST(ZComBstrTest, ItCopiesOrTakesOver) {
+    BSTR source = SysAllocString(OLESTR("abc"));
+    ZComBSTR copy(source);
+    EXPECT_NE(source, raw(copy));
+    ZComBSTR second(source, true);
+    EXPECT_NE(source, raw(second));
+    ZComBSTR owner(source, false);
+    EXPECT_EQ(source, raw(owner));
+}
+
+TEST(ZComBstrTest, ItHasLengthsAndAUtf8View) {
+    ZComBSTR text("a\xe2\x82\xac");
+    EXPECT_EQ(2u, text.GetLength());
+    EXPECT_EQ(4u, text.GetByteLength());
+    EXPECT_STREQ("a\xe2\x82\xac", static_cast<const char*>(text));
+    EXPECT_EQ(10, ZComBSTR::GetStreamSize(text));
+    EXPECT_EQ(4, ZComBSTR::GetStreamSize(nullptr));
+    BSTR copy = text.Copy();
+    EXPECT_NE(raw(text), copy);
+    SysFreeString(copy);
+    text.Clear();
+    EXPECT_EQ(nullptr, raw(text));
+    text.Clear();
+}
+
+TEST(ZComBstrTest, AssignedObjectsShareAndTheLastFrees) {
+    ZComBSTR first("abc");
+    const char* view = first;
+    {
+        ZComBSTR second("other");
+        second = first;
+        ZComBSTR third(second);
+        EXPECT_EQ(raw(first), raw(second));
+        EXPECT_EQ(raw(first), raw(third));
+        third = first;
+        first.Clear();
+        EXPECT_EQ(3u, second.GetLength());
+        EXPECT_STREQ("abc", view);
+        second = *&second;
+        EXPECT_EQ(3u, third.GetLength());
+    }
+    EXPECT_EQ(nullptr, raw(first));
+}
+
+}  // namespace
+}  // namespace zr::test

@@ -1,0 +1,94 @@
+// Comparing variants, and their size in a stream.
+#include <gtest/gtest.h>
+
+#include "runtime/zcom_variant.h"
+#include "tests/support/console_capture.h"
+#include "tests/support/hresult.h"
+
+namespace zr::test {
+namespace {
+
+using zrapi::ZComVariant;
+
+ZComVariant null() {
+    ZComVariant variant;
+    variant.vt = VT_NULL;
+    return variant;
+}
+
+TEST(ZComVariantCompareTest, FourTypesCompareByValue) {
+    EXPECT_TRUE(ZComVariant(7ul) == ZComVariant(7ul));
+    EXPECT_FALSE(ZComVariant(7ul) != ZComVariant(7ul));
+    EXPECT_TRUE(ZComVariant(7ul) != ZComVariant(8ul));
+    EXPECT_TRUE(ZComVariant(7ul) < ZComVariant(8ul));
+    EXPECT_TRUE(ZComVariant(0xFFFFFFFFul) > ZComVariant(8ul));
+    EXPECT_FALSE(ZComVariant(7ul) < ZComVariant(7ul));
+    EXPECT_FALSE(ZComVariant(7ul) > ZComVariant(7ul));
+    EXPECT_TRUE(ZComVariant(static_cast<char>(-1)) < ZComVariant(static_cast<char>(1)));
+    EXPECT_TRUE(ZComVariant(static_cast<unsigned short>(65535)) >
+                ZComVariant(static_cast<unsigned short>(1)));
+    EXPECT_TRUE(ZComVariant(~0ull) > ZComVariant(1ull));
+}
+
+TEST(ZComVariantCompareTest, OthersAreNeverEqualLessOrGreater) {
+    const ZComVariant seven(7l, VT_I4);
+    EXPECT_FALSE(seven == seven);
+    EXPECT_TRUE(seven != seven);
+    EXPECT_FALSE(seven < ZComVariant(8l, VT_I4));
+    EXPECT_FALSE(seven > ZComVariant(6l, VT_I4));
+    EXPECT_FALSE(ZComVariant() == ZComVariant());
+    EXPECT_FALSE(ZComVariant(7ul) == ZComVariant(7ull));
+}
+
+TEST(ZComVariantCompareTest, NullEqualsNullAlone) {
+    EXPECT_TRUE(null() == null());
+    EXPECT_FALSE(null() == ZComVariant());
+    EXPECT_FALSE(null() < null());
+    EXPECT_FALSE(null() > null());
+    EXPECT_FALSE(null() < ZComVariant(7ul));
+}
+
+TEST(ZComVariantCompareTest, TheOrderIsKeyedOnTheFirst) {
+    ZComVariant a(7ul);
+    ZComVariant b(8ul);
+    EXPECT_HR(0, ZComVariant::VarCmp(&a, &b, 0, 0));
+    EXPECT_HR(1, ZComVariant::VarCmp(&a, &a, 0, 0));
+    EXPECT_HR(2, ZComVariant::VarCmp(&b, &a, 0, 0));
+    ZComVariant other(7l, VT_I4);
+    EXPECT_HR(2, ZComVariant::VarCmp(&b, &other, 0, 0));
+    EXPECT_HR(E_FAIL, ZComVariant::VarCmp(&other, &b, 0, 0));
+    EXPECT_TRUE(a < static_cast<const VARIANT&>(b));
+}
+
+TEST(ZComVariantCompareTest, StreamSizesAreTypeAndValue) {
+    const ConsoleCapture console;
+    const struct {
+        ZComVariant value;
+        ULONG size;
+    } cases[] = {
+        {ZComVariant(static_cast<short>(1)), 4}, {ZComVariant(true), 4},
+        {ZComVariant(1l, VT_I4), 6},             {ZComVariant(1.0f), 6},
+        {ZComVariant(1.0), 10},                  {ZComVariant(1ll), 10},
+        {ZComVariant('x'), 3},                   {ZComVariant(OLESTR("abc")), 14},
+        {ZComVariant(), 8},
+    };
+    for (const auto& entry : cases) {
+        ULARGE_INTEGER size;
+        EXPECT_HR(S_OK, entry.value.GetSizeMax(&size)) << entry.value.vt;
+        EXPECT_EQ(entry.size, size.QuadPart) << entry.value.vt;
+        EXPECT_EQ(entry.size, entry.value.GetSize()) << entry.value.vt;
+    }
+}
+
+TEST(ZComVariantCompareTest, WhatHasNoSizeFails) {
+    ULARGE_INTEGER size;
+    const ZComVariant object(static_cast<IDispatch*>(nullptr));
+    EXPECT_HR(E_FAIL, object.GetSizeMax(&size));
+    EXPECT_EQ(2u, object.GetSize());
+    EXPECT_HR(E_INVALIDARG, object.GetSizeMax(nullptr));
+    EXPECT_HR(DISP_E_TYPEMISMATCH, null().GetSizeMax(&size));
+    EXPECT_EQ(2u, null().GetSize());
+}
+
+}  // namespace
+}  // namespace zr::test

@@ -1,0 +1,212 @@
+// The variant: construction, assignment, transfer.
+#include "runtime/zcom_variant.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/console_capture.h"
+#include "tests/support/hresult.h"
+#include "tests/unit/runtime/thing.h"
+
+namespace zr::test {
+namespace {
+
+using zrapi::ZComBSTR;
+using zrapi::ZComVariant;
+
+void expectError(const ZComVariant& variant, HRESULT hr) {
+    EXPECT_EQ(VT_ERROR, variant.vt);
+    EXPECT_HR(hr, variant.scode);
+}
+
+TEST(ZComVariantTest, ItHasTheLayoutOfAVariant) {
+    EXPECT_EQ(sizeof(VARIANT), sizeof(ZComVariant));
+    EXPECT_EQ(VT_EMPTY, ZComVariant().vt);
+}
+
+TEST(ZComVariantTest, EachTypeHasItsTag) {
+    const ConsoleCapture console;
+    EXPECT_EQ(VT_UI1, ZComVariant(static_cast<unsigned char>(200)).vt);
+    EXPECT_EQ(200, ZComVariant(static_cast<unsigned char>(200)).bVal);
+    EXPECT_EQ(VT_I1, ZComVariant('x').vt);
+    EXPECT_EQ(VT_I2, ZComVariant(static_cast<short>(-2)).vt);
+    EXPECT_EQ(-2, ZComVariant(static_cast<short>(-2)).iVal);
+    EXPECT_EQ(VT_UI2, ZComVariant(static_cast<unsigned short>(2)).vt);
+    EXPECT_EQ(VT_UI4, ZComVariant(2ul).vt);
+    EXPECT_EQ(VT_R4, ZComVariant(2.0f).vt);
+    EXPECT_EQ(VT_I8, ZComVariant(-2ll).vt);
+    EXPECT_EQ(-2, ZComVariant(-2ll).llVal);
+    EXPECT_EQ(VT_UI8, ZComVariant(2ull).vt);
+    CY money;
+    money.int64 = 5;
+    EXPECT_EQ(VT_CY, ZComVariant(money).vt);
+    EXPECT_EQ(5, ZComVariant(money).cyVal.int64);
+    EXPECT_EQ(VT_BOOL, ZComVariant(true).vt);
+    EXPECT_EQ(-1, ZComVariant(true).boolVal);
+    EXPECT_EQ(0, ZComVariant(false).boolVal);
+}
+
+TEST(ZComVariantTest, TypesMayBeNamedWithinTheirFamily) {
+    ConsoleCapture console;
+    EXPECT_EQ(VT_I4, ZComVariant(5, VT_I4).vt);
+    EXPECT_EQ(VT_INT, ZComVariant(5, VT_INT).vt);
+    expectError(ZComVariant(5, VT_I2), E_INVALIDARG);
+    EXPECT_EQ(
+        "[ZComVariant::ZComVariant(int nSrc, VARTYPE vtSrc)] ... vtSrc = [3]\n"
+        "[ZComVariant::ZComVariant(int nSrc, VARTYPE vtSrc)] ... vtSrc = [22]\n",
+        console.stop().out);
+    EXPECT_EQ(VT_I4, ZComVariant(5l, VT_I4).vt);
+    EXPECT_EQ(VT_ERROR, ZComVariant(5l, VT_ERROR).vt);
+    EXPECT_EQ(5, ZComVariant(5l, VT_ERROR).scode);
+    expectError(ZComVariant(5l, VT_INT), E_INVALIDARG);
+    EXPECT_EQ(VT_UI4, ZComVariant(5u, VT_UI4).vt);
+    EXPECT_EQ(VT_UINT, ZComVariant(5u, VT_UINT).vt);
+    expectError(ZComVariant(5u, VT_I4), E_INVALIDARG);
+    EXPECT_EQ(VT_R8, ZComVariant(5.0, VT_R8).vt);
+    EXPECT_EQ(VT_DATE, ZComVariant(5.0, VT_DATE).vt);
+    expectError(ZComVariant(5.0, VT_R4), E_INVALIDARG);
+}
+
+TEST(ZComVariantTest, StringsAreCopied) {
+    EXPECT_EQ(3u, SysStringLen(ZComVariant(OLESTR("abc")).bstrVal));
+    EXPECT_EQ(2u, SysStringLen(ZComVariant("a\xe2\x82\xac").bstrVal));
+    const ZComVariant wideNull(static_cast<const OLECHAR*>(nullptr));
+    EXPECT_EQ(VT_BSTR, wideNull.vt);
+    EXPECT_EQ(nullptr, wideNull.bstrVal);
+    const ZComVariant narrowNull(static_cast<const char*>(nullptr));
+    EXPECT_EQ(VT_BSTR, narrowNull.vt);
+    EXPECT_NE(nullptr, narrowNull.bstrVal);
+    const ZComBSTR owned("abc");
+    EXPECT_EQ(3u, SysStringLen(ZComVariant(owned).bstrVal));
+}
+
+TEST(ZComVariantTest, ObjectsGainAReference) {
+    auto* thing = new Thing();
+    thing->AddRef();
+    {
+        const ZComVariant dispatch(static_cast<IDispatch*>(thing));
+        const ZComVariant unknown(static_cast<IUnknown*>(static_cast<IDispatch*>(thing)));
+        EXPECT_EQ(VT_DISPATCH, dispatch.vt);
+        EXPECT_EQ(VT_UNKNOWN, unknown.vt);
+        EXPECT_EQ(4u, thing->AddRef());
+        thing->Release();
+    }
+    EXPECT_EQ(0u, thing->Release());
+    EXPECT_EQ(nullptr, ZComVariant(static_cast<IDispatch*>(nullptr)).pdispVal);
+}
+
+TEST(ZComVariantTest, ArraysAreCopiedWithTheirElementType) {
+    SAFEARRAYBOUND bound = {3, 0};
+    SAFEARRAY* array = SafeArrayCreate(VT_UI2, 1, &bound);
+    const ZComVariant variant(array);
+    EXPECT_EQ(VT_ARRAY | VT_UI2, variant.vt);
+    EXPECT_NE(array, variant.parray);
+    SafeArrayDestroy(array);
+    expectError(ZComVariant(static_cast<const SAFEARRAY*>(nullptr)), E_INVALIDARG);
+}
+
+TEST(ZComVariantTest, PointersAreHeldByReference) {
+    long long value = 0;
+    const auto tag = [&value](auto* pointer) {
+        ZComVariant variant;
+        variant = pointer;
+        EXPECT_EQ(&value, variant.byref);
+        const VARTYPE type = variant.vt;
+        variant.vt = VT_EMPTY;
+        return type;
+    };
+    void* at = &value;
+    EXPECT_EQ(0x4011, tag(static_cast<unsigned char*>(at)));
+    EXPECT_EQ(0x4002, tag(static_cast<short*>(at)));
+    EXPECT_EQ(0x4012, tag(static_cast<unsigned short*>(at)));
+    EXPECT_EQ(0x4003, tag(static_cast<int*>(at)));
+    EXPECT_EQ(0x4003, tag(static_cast<long*>(at)));
+    EXPECT_EQ(0x4013, tag(static_cast<unsigned int*>(at)));
+    EXPECT_EQ(0x4013, tag(static_cast<unsigned long*>(at)));
+    EXPECT_EQ(0x4014, tag(static_cast<long long*>(at)));
+    EXPECT_EQ(0x4015, tag(static_cast<unsigned long long*>(at)));
+    EXPECT_EQ(0x4004, tag(static_cast<float*>(at)));
+    EXPECT_EQ(0x4005, tag(static_cast<double*>(at)));
+}
+
+TEST(ZComVariantTest, TypedAssignmentsDoNotReleaseTheOldContent) {
+    BSTR text = SysAllocString(OLESTR("abc"));
+    ZComVariant variant;
+    variant.vt = VT_BSTR;
+    variant.bstrVal = text;
+    variant = 5;
+    EXPECT_EQ(VT_I4, variant.vt);
+    EXPECT_EQ(3u, SysStringLen(text));
+    SysFreeString(text);
+    variant = 7l;
+    EXPECT_EQ(VT_I4, variant.vt);
+    variant = 7u;
+    EXPECT_EQ(VT_UI4, variant.vt);
+    variant = 7.0;
+    EXPECT_EQ(VT_R8, variant.vt);
+}
+
+TEST(ZComVariantTest, VariantAssignmentsReleaseTheOldContentAndCopyDeep) {
+    ZComVariant text(OLESTR("abc"));
+    ZComVariant copy(OLESTR("other"));
+    copy = text;
+    EXPECT_NE(text.bstrVal, copy.bstrVal);
+    EXPECT_EQ(3u, SysStringLen(copy.bstrVal));
+    const BSTR before = copy.bstrVal;
+    copy = *&copy;
+    EXPECT_EQ(before, copy.bstrVal);
+    VARIANT bad = {};
+    bad.vt = 0x7FF;
+    copy = bad;
+    expectError(copy, DISP_E_BADVARTYPE);
+    expectError(ZComVariant(bad), DISP_E_BADVARTYPE);
+}
+
+TEST(ZComVariantTest, ContentIsAttachedAndDetached) {
+    ZComVariant source(OLESTR("abc"));
+    const BSTR text = source.bstrVal;
+    ZComVariant target(OLESTR("old"));
+    EXPECT_HR(S_OK, target.Attach(&source));
+    EXPECT_EQ(VT_EMPTY, source.vt);
+    EXPECT_EQ(text, target.bstrVal);
+    VARIANT out = {};
+    EXPECT_HR(S_OK, target.Detach(&out));
+    EXPECT_EQ(VT_EMPTY, target.vt);
+    EXPECT_EQ(text, out.bstrVal);
+    VariantClear(&out);
+    EXPECT_HR(E_INVALIDARG, target.Attach(nullptr));
+    EXPECT_HR(E_POINTER, target.Detach(nullptr));
+    out.vt = 0x7FF;
+    EXPECT_HR(DISP_E_BADVARTYPE, source.Detach(&out));
+}
+
+TEST(ZComVariantTest, CopyToKeepsTheFullLength) {
+    ZComVariant text;
+    text.vt = VT_BSTR;
+    text.bstrVal = SysAllocStringByteLen("a\0b", 3);
+    BSTR copy = nullptr;
+    EXPECT_HR(S_OK, text.CopyTo(&copy));
+    EXPECT_EQ(3u, SysStringByteLen(copy));
+    SysFreeString(copy);
+    EXPECT_HR(E_POINTER, text.CopyTo(nullptr));
+    EXPECT_HR(DISP_E_TYPEMISMATCH, ZComVariant().CopyTo(&copy));
+    EXPECT_HR(DISP_E_TYPEMISMATCH, ZComVariant().CopyTo(nullptr));
+}
+
+TEST(ZComVariantTest, ClearCopyAndChangeTypeAnswerAsThePlatform) {
+    ZComVariant variant(OLESTR("12"));
+    EXPECT_HR(S_OK, variant.ChangeType(VT_I4));
+    EXPECT_EQ(12, variant.lVal);
+    const ZComVariant text(OLESTR("x"));
+    EXPECT_HR(DISP_E_TYPEMISMATCH, variant.ChangeType(VT_I4, &text));
+    EXPECT_HR(S_OK, variant.Copy(&text));
+    EXPECT_EQ(VT_BSTR, variant.vt);
+    EXPECT_HR(S_OK, variant.Clear());
+    EXPECT_EQ(VT_EMPTY, variant.vt);
+    variant.vt = 0x7FF;
+    EXPECT_HR(DISP_E_BADVARTYPE, variant.Clear());
+    EXPECT_HR(DISP_E_BADVARTYPE, variant.InternalClear());
+    expectError(variant, DISP_E_BADVARTYPE);
+}
+
+}  // namespace
+}  // namespace zr::test
