@@ -1,0 +1,288 @@
+// Data files: names, look-ups, reading and seeking.
+#include "tests/contract/token.h"
+#include "tests/support/log_file.h"
+
+namespace zr::test {
+namespace {
+
+class TokenFilesTest : public LoggedInTokenTest {
+protected:
+    IKeyFile* open(const std::string& name) {
+        IKeyFile* file = nullptr;
+        EXPECT_HR(S_OK, token->OpenFile(Text(name), reinterpret_cast<void**>(&file)));
+        return file;
+    }
+
+    std::string read(IKeyFile* file, ULONG length) {
+        VARIANT data;
+        VariantInit(&data);
+        EXPECT_HR(S_OK, file->Read(length, &data));
+        return takeBytes(&data);
+    }
+};
+
+TEST_F(TokenFilesTest, ALookUpAsksForTheNumberBelowAndStaysOpenOnAMatch) {
+    module.addData("7", "x");
+    module.addData("6", "y");
+    module.takeCalls();
+    VARIANT exists;
+    VariantInit(&exists);
+    EXPECT_HR(S_OK, token->FileExists(Text("7"), &exists));
+    EXPECT_EQ(VT_I4, exists.vt);
+    EXPECT_EQ(1, exists.lVal);
+    EXPECT_EQ((Lines{"C_FindObjectsInit(1, {0x0=0 0x1=1})", "C_FindObjects(1, 1)",
+                     "C_GetAttributeValue(1, 1, {0x3})", "C_GetAttributeValue(1, 1, {0x3[1]})",
+                     "C_FindObjects(1, 1)", "C_GetAttributeValue(1, 2, {0x3})",
+                     "C_GetAttributeValue(1, 2, {0x3[1]})"}),
+              module.takeCalls());
+    EXPECT_TRUE(module->isSearchOpen());
+    // A second search is refused, and left to the one that is open.
+    EXPECT_HR(E_FAIL, token->FileExists(Text("7"), &exists));
+    EXPECT_EQ(0, exists.lVal);
+    EXPECT_EQ(Lines{"C_FindObjectsInit(1, {0x0=0 0x1=1})"}, module.takeCalls());
+}
+
+TEST_F(TokenFilesTest, AMissingFileIsAFailureAndClosesTheSearch) {
+    VARIANT exists = poisoned();
+    EXPECT_HR(E_FAIL, token->FileExists(Text("7"), &exists));
+    EXPECT_EQ(VT_I4, exists.vt);
+    EXPECT_EQ(0, exists.lVal);
+    EXPECT_EQ((Lines{"C_FindObjectsInit(1, {0x0=0 0x1=1})", "C_FindObjects(1, 1)",
+                     "C_FindObjectsFinal(1)"}),
+              module.takeCalls());
+    EXPECT_HR(E_INVALIDARG, token->FileExists(Text("7"), nullptr));
+}
+
+TEST_F(TokenFilesTest, NamesOutOfRangeAreRejectedWithoutACall) {
+    for (const std::string& name :
+         {std::string("0"), std::string("abc"), std::string("65537"), std::string("-1"),
+          std::string(""), std::string("4294967297"), std::string("99999999999999999999"),
+          std::string(128, '1'), std::string(100000, '1'), "1" + std::string(127, 'x')}) {
+        VARIANT exists = poisoned();
+        EXPECT_HR(E_FAIL, token->FileExists(Text(name), &exists)) << name.substr(0, 20);
+        EXPECT_EQ(0, exists.lVal);
+        void* file = this;
+        EXPECT_HR(E_FAIL, token->OpenFile(Text(name), &file));
+        EXPECT_HR(E_FAIL, token->CreateFile(Text(name), 0, 0, 0, 0, &file));
+        EXPECT_HR(E_FAIL, token->DeleteFile(Text(name)));
+        EXPECT_EQ(this, file);
+    }
+    EXPECT_TRUE(module.takeCalls().empty());
+    EXPECT_EQ(0u, module->objectCount());
+}
+
+TEST_F(TokenFilesTest, SignsBlanksAndTrailingTextAreRead) {
+    module.addData("65535", "x");
+    module.addData("4", "x");
+    VARIANT exists;
+    EXPECT_HR(S_OK, token->FileExists(Text("65536"), &exists));
+    module->settings().isSearchExclusive = false;
+    EXPECT_HR(S_OK, token->FileExists(Text(" +5x"), &exists));
+}
+
+TEST_F(TokenFilesTest, CreationKeepsTheNameAsItIs) {
+    IKeyFile* file = nullptr;
+    EXPECT_HR(S_OK, token->CreateFile(Text("07"), 1, 2, 3, 4, reinterpret_cast<void**>(&file)));
+    EXPECT_EQ((Lines{"C_FindObjectsInit(1, {0x0=0 0x1=1})", "C_FindObjects(1, 1)",
+                     "C_FindObjectsFinal(1)", "C_CreateObject(1, {0x0=0 0x1=1 0x3[2] 0x11[0]})"}),
+              module.takeCalls());
+    EXPECT_EQ("07", module.read(1, CKA_LABEL));
+    VARIANT size;
+    EXPECT_HR(S_OK, file->GetSize(&size));
+    EXPECT_EQ(0, size.lVal);
+    EXPECT_EQ("", read(file, 0));
+    EXPECT_EQ(0u, file->Release());
+    EXPECT_HR(E_INVALIDARG, token->CreateFile(Text("1"), 0, 0, 0, 0, nullptr));
+}
+
+TEST_F(TokenFilesTest, AnExistingNameGetsASecondObject) {
+    module.addData("3", "x");
+    void* file = nullptr;
+    EXPECT_HR(S_OK, token->CreateFile(Text("4"), 0, 0, 0, 0, &file));
+    EXPECT_EQ(2u, module->objectCount());
+    static_cast<IKeyFile*>(file)->Release();
+}
+
+TEST_F(TokenFilesTest, AnOpenedFileIsReadOnce) {
+    module.addData("6", "0123456789");
+    IKeyFile* file = open("7");
+    EXPECT_EQ((Lines{"C_FindObjectsInit(1, {0x0=0 0x1=1})", "C_FindObjects(1, 1)",
+                     "C_GetAttributeValue(1, 1, {0x0 0x3})",
+                     "C_GetAttributeValue(1, 1, {0x0 0x3[1]})", "C_FindObjectsFinal(1)",
+                     "C_GetAttributeValue(1, 1, {0x11})", "C_GetAttributeValue(1, 1, {0x11[10]})"}),
+              module.takeCalls());
+    EXPECT_EQ("0123", read(file, 4));
+    EXPECT_EQ("456789", read(file, 6));
+    EXPECT_EQ("", read(file, 0));
+    VARIANT data = poisoned();
+    EXPECT_HR(E_FAIL, file->Read(1, &data));
+    EXPECT_EQ(VT_UI1, data.vt);
+    EXPECT_HR(E_FAIL, file->Read(0xFFFFFFFF, &data));
+    EXPECT_HR(E_INVALIDARG, file->Read(0, nullptr));
+    EXPECT_HR(E_INVALIDARG, file->GetSize(nullptr));
+    EXPECT_HR(E_INVALIDARG, file->Write(data));
+    EXPECT_TRUE(module.takeCalls().empty());
+    file->Release();
+}
+
+TEST_F(TokenFilesTest, ReadGivesSignedElementsUnderAnUnsignedType) {
+    module.addData("6", "ab");
+    IKeyFile* file = open("7");
+    VARIANT data;
+    EXPECT_HR(S_OK, file->Read(2, &data));
+    EXPECT_EQ(VT_ARRAY | VT_UI1, data.vt);
+    VARTYPE element = VT_EMPTY;
+    SafeArrayGetVartype(data.parray, &element);
+    EXPECT_EQ(VT_I1, element);
+    VariantClear(&data);
+    file->Release();
+}
+
+TEST_F(TokenFilesTest, SeekMovesInsideTheFileOnly) {
+    module.addData("6", "0123456789");
+    IKeyFile* file = open("7");
+    const auto next = [&](LONG offset, INT origin) {
+        EXPECT_HR(S_OK, file->Seek(offset, origin));
+        const std::string byte = read(file, 1);
+        file->Seek(-1, 1);
+        return byte;
+    };
+    EXPECT_EQ("4", next(4, 0));
+    EXPECT_EQ("4", next(-1, 0));
+    EXPECT_EQ("4", next(10, 0));
+    EXPECT_EQ("6", next(2, 1));
+    EXPECT_EQ("3", next(-3, 1));
+    EXPECT_EQ("3", next(-4, 1));
+    EXPECT_EQ("9", next(-1, 2));
+    EXPECT_EQ("0", next(-10, 2));
+    EXPECT_EQ("5", next(5, 0));
+    EXPECT_EQ("5", next(-11, 2));
+    EXPECT_EQ("5", next(1, 2));
+    EXPECT_EQ("5", next(0, 3));
+    EXPECT_EQ("0", next(0, 2));
+    file->Release();
+}
+
+TEST_F(TokenFilesTest, FlushWritesTheWholeValueAndAClosedFileNothing) {
+    module.addData("6", "abc");
+    IKeyFile* file = open("7");
+    module->setAttribute(1, CKA_VALUE, "other", 5);
+    module.takeCalls();
+    EXPECT_HR(S_OK, file->Flush());
+    EXPECT_EQ(Lines{"C_SetAttributeValue(1, 1, {0x11[3]})"}, module.takeCalls());
+    EXPECT_EQ("abc", module.read(1, CKA_VALUE));
+    module->fail("C_SetAttributeValue", 1, CKR_ATTRIBUTE_READ_ONLY);
+    EXPECT_HR(E_FAIL, file->Flush());
+    module.takeCalls();
+    EXPECT_HR(S_OK, file->Close());
+    EXPECT_HR(S_OK, file->Close());
+    EXPECT_HR(E_FAIL, file->Flush());
+    VARIANT data;
+    EXPECT_HR(E_FAIL, file->Read(1, &data));
+    EXPECT_TRUE(module.takeCalls().empty());
+    file->Release();
+}
+
+TEST_F(TokenFilesTest, AValueThatCannotBeReadOpensAsEmpty) {
+    module.addData("6", "abc");
+    module->fail("C_GetAttributeValue", 3, CKR_ATTRIBUTE_SENSITIVE);
+    IKeyFile* file = open("7");
+    VARIANT size;
+    EXPECT_HR(S_OK, file->GetSize(&size));
+    EXPECT_EQ(0, size.lVal);
+    file->Release();
+}
+
+TEST_F(TokenFilesTest, LengthsThatLieStayInBounds) {
+    module.addData("6", "abc");
+    auto& settings = module->settings();
+    settings.lyingType = CKA_VALUE;
+    settings.lie = RecordingModule::Settings::onQuery;
+    for (const CK_ULONG length : {CK_ULONG{0x80000000}, CK_UNAVAILABLE_INFORMATION}) {
+        settings.lyingLength = length;
+        void* file = nullptr;
+        EXPECT_HR(E_FAIL, token->OpenFile(Text("7"), &file));
+    }
+    for (const CK_ULONG length : {CK_ULONG{0}, CK_ULONG{1}, CK_ULONG{1000}}) {
+        settings.lyingLength = length;
+        settings.lie = RecordingModule::Settings::onQuery;
+        open("7")->Release();
+        settings.lie = RecordingModule::Settings::onRead;
+        IKeyFile* file = open("7");
+        EXPECT_EQ(std::string("abc").substr(0, length), read(file, length < 3 ? length : 3));
+        file->Release();
+    }
+}
+
+TEST_F(TokenFilesTest, EveryFailingCallOfALookUpClosesTheSearch) {
+    module.addData("6", "abc");
+    for (const char* function : {"C_FindObjects", "C_GetAttributeValue"}) {
+        module->fail(function, 1, CKR_DEVICE_REMOVED);
+        void* file = nullptr;
+        EXPECT_HR(E_FAIL, token->OpenFile(Text("7"), &file)) << function;
+        EXPECT_FALSE(module->isSearchOpen());
+    }
+    module->fail("C_CreateObject", 1, CKR_DEVICE_REMOVED);
+    void* file = nullptr;
+    EXPECT_HR(E_FAIL, token->CreateFile(Text("9"), 0, 0, 0, 0, &file));
+    EXPECT_EQ(nullptr, file);
+}
+
+TEST_F(TokenFilesTest, DeletionDestroysTheObjectAndKeepsAReference) {
+    module.addData("6", "abc");
+    EXPECT_HR(S_OK, token->DeleteFile(Text("7")));
+    EXPECT_EQ("C_DestroyObject(1, 1)", module.takeCalls().back());
+    EXPECT_EQ(0u, module->objectCount());
+    // The file that was opened for it still holds the token.
+    EXPECT_EQ(3u, token->AddRef());
+    EXPECT_EQ(2u, token->Release());
+    EXPECT_HR(E_FAIL, token->DeleteFile(Text("7")));
+}
+
+TEST_F(ModuleTest, ALookUpsStepsAreLogged) {
+    folder.enableLog();
+    ITokenProvider* provider = makeProvider();
+    provider->Load(Text(module.path()));
+    IKeyObject* token = nullptr;
+    provider->OpenKey(0, reinterpret_cast<void**>(&token));
+    const std::size_t before = readLogLines(folder.home()).size();
+    VARIANT exists;
+    token->FileExists(Text("7"), &exists);
+    module->fail("C_FindObjectsInit", 1, CKR_GENERAL_ERROR);
+    token->FileExists(Text("0"), &exists);
+    token->FileExists(Text("8"), &exists);
+    void* file = nullptr;
+    token->OpenFile(Text("x"), &file);
+    Lines lines = readLogLines(folder.home());
+    lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(before));
+    EXPECT_EQ((Lines{
+                  "[FileExists] Begin",
+                  "[FileExists] fileName=[7]",
+                  "[FileExists] C_FindObjectsInit begin",
+                  "[FileExists] C_FindObjectsInit end",
+                  "[FileExists] FileExists Fail",
+                  "[FileExists] Begin",
+                  "[FileExists] fileName=[0]",
+                  "[FileExists] Begin",
+                  "[FileExists] fileName=[8]",
+                  "[FileExists] C_FindObjectsInit begin",
+                  "[FileExists] C_FindObjectsInit Fail",
+                  "[OpenFile] Begin",
+                  "[AddRef] [KeyObject::AddRef] call...2",
+                  "[KeyFile_pkcs11] Begin",
+                  "[KeyFile_pkcs11] End",
+                  "[OpenFile] Begin",
+                  "[OpenFile] OpenFile Fail ... 2",
+                  "[OpenFile] OpenFile Fail",
+                  "[~KeyFile_pkcs11] Begin",
+                  "[~KeyFile_pkcs11] End",
+                  "[Release] [KeyObject::Release] call...",
+                  "[Release] [KeyObject::Release] count=1",
+              }),
+              lines);
+    token->Release();
+    provider->Release();
+}
+
+}  // namespace
+}  // namespace zr::test
