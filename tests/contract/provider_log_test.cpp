@@ -1,5 +1,6 @@
 // The log file of a provider: where it lies, what it begins with, what it tells.
 #include <filesystem>
+#include <fstream>
 #include <regex>
 
 #include "tests/contract/library.h"
@@ -112,7 +113,9 @@ TEST_F(ProviderLogTest, ADirectoryWithOneLevelHasNoLog) {
 }
 
 TEST_F(ProviderLogTest, HomesThatCannotBeUsedLeaveLoggingOff) {
-    for (const std::string& home : {std::string(300, 'h'), folder.home().string() + "/none/none",
+    const fs::path file = folder.root() / "file";
+    std::ofstream(file.string()) << "no folder";
+    for (const std::string& home : {file.string(), std::string(300, 'h'), folder.home().string() + "/none/none",
                                     std::string(259, 'h'), std::string(40000, 'h')}) {
         setEnvironment("ZRKEY_HOME_X64", home.substr(0, 30000));
         makeProvider()->Release();

@@ -1,0 +1,29 @@
+# zr_add_token_test(NAME SOURCES file... LIBS library... [AROUND script])
+#
+# A GoogleTest executable that runs with a fresh SoftHSM2 token of its own, so that tests may run
+# side by side. The test finds in its environment:
+#   ZRKEY_TEST_MODULE   the Cryptoki module: SoftHSM2, on Windows the bridge to it;
+#   ZRKEY_TOKEN_FOLDER  the token's folder, with key and certificate as files;
+#   SOFTHSM2_CONF       what SoftHSM2 reads, through the bridge too.
+# AROUND is a script that gets the test's command as its arguments and runs it.
+find_file(ZR_SOFTHSM_MODULE libsofthsm2.so
+          PATHS /usr/lib/softhsm /usr/lib/x86_64-linux-gnu/softhsm REQUIRED
+          NO_CMAKE_FIND_ROOT_PATH)
+
+function(zr_add_token_test name)
+  cmake_parse_arguments(arg "" "AROUND" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE zr_test_support ${arg_LIBS} zr_options)
+  add_test(NAME ${name}
+           COMMAND ${PROJECT_SOURCE_DIR}/scripts/with-softtoken
+                   ${CMAKE_CURRENT_BINARY_DIR}/${name}_token
+                   ${arg_AROUND} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
+  set(module ${ZR_SOFTHSM_MODULE})
+  if(WIN32)
+    add_dependencies(${name} pkcs11bridge)
+    # The name that Linux has for it: under Wine the current drive is the one that holds it.
+    set(module $<TARGET_PROPERTY:pkcs11bridge,ZR_FILE>)
+    set_tests_properties(${name} PROPERTIES FIXTURES_REQUIRED wine)
+  endif()
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT "ZRKEY_TEST_MODULE=${module}")
+endfunction()
