@@ -11,7 +11,7 @@
 
 namespace {
 
-// RFC 1321, section 3.4: the constant of step i is the integer part of 2^32 * abs(sin(i)).
+// RFC 1321, step 4: the constant of step i is the integer part of 2^32 * abs(sin(i)).
 constexpr std::array<ULONG, 64> kSine = {
     0xd76aa478, 0xe8c7b756, 0x242070db, 0xc1bdceee, 0xf57c0faf, 0x4787c62a, 0xa8304613, 0xfd469501,
     0x698098d8, 0x8b44f7af, 0xffff5bb1, 0x895cd7be, 0x6b901122, 0xfd987193, 0xa679438e, 0x49b40821,
