@@ -22,7 +22,7 @@ install(FILES ${PROJECT_BINARY_DIR}/zrkeyConfig.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zrkey)
 
 if(WIN32)
-  set(ZRKEY_PC_LIBS "-lzrkey -loleaut32")
+  set(ZRKEY_PC_LIBS "-lzrkey -loleaut32 -luuid")
 else()
   set(ZRKEY_PC_LIBS "-lzrkey -lzrautomation")
 endif()

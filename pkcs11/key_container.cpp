@@ -22,13 +22,9 @@ bool KeyContainer_pkcs11::OpenContainer(const VARIANT& identity) {
     if (!token) {
         return false;
     }
-    zrapi::ZComBSTR wideName;
-    const char* name = nullptr;
-    if (identity.vt == VT_BSTR) {
-        BSTR source = identity.bstrVal;
-        wideName = zrapi::ZComBSTR(source);
-        name = wideName;
-    }
+    BSTR source = identity.vt == VT_BSTR ? identity.bstrVal : nullptr;
+    zrapi::ZComBSTR wideName(source);
+    const char* name = wideName;
     LONG index = 0;
     bool isOpened = false;
     walkCertificates(

@@ -2,15 +2,15 @@
 #include "runtime/class_factory.h"
 
 HRESULT STDMETHODCALLTYPE ClassFactory::CreateInstance(IUnknown*, const GUID& riid, void** ppv) {
+    if (riid != IID_IClassFactory && riid != IID_ITokenProvider) {
+        return E_NOINTERFACE;
+    }
     if (!ppv) {
         return E_INVALIDARG;
     }
     if (riid == IID_IClassFactory) {
         *ppv = static_cast<IClassFactory*>(this);
         return S_OK;
-    }
-    if (riid != IID_ITokenProvider) {
-        return E_NOINTERFACE;
     }
     ITokenProvider* provider = zr::makeTokenProvider();
     if (!provider) {

@@ -2,6 +2,7 @@
 #include <cstring>
 #include <exception>
 #include <new>
+#include <utility>
 
 #include "runtime/console.h"
 #include "runtime/error_info.h"
@@ -86,10 +87,11 @@ HRESULT ZSetErrorInfo(ULONG, IErrorInfo* info) {
     if (info) {
         info->AddRef();
     }
-    if (s_pErrorInfo) {
-        s_pErrorInfo->Release();
+    // The slot is set first: the old error's last Release may look at it.
+    IErrorInfo* const old = std::exchange(s_pErrorInfo, info);
+    if (old) {
+        old->Release();
     }
-    s_pErrorInfo = info;
     return S_OK;
 }
 

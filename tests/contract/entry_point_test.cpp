@@ -82,6 +82,7 @@ TEST(ClassFactoryTest, ItRefusesOtherInterfacesAndANullPointer) {
     for (const IID& iid : {IID_IKeyObject, IID_IUnknown, IID_IDispatch, IID_NULL}) {
         void* object = kPoison;
         EXPECT_HR(E_NOINTERFACE, factory->CreateInstance(nullptr, iid, &object));
+        EXPECT_HR(E_NOINTERFACE, factory->CreateInstance(nullptr, iid, nullptr));
         EXPECT_EQ(kPoison, object);
     }
     EXPECT_HR(E_INVALIDARG, factory->CreateInstance(nullptr, IID_ITokenProvider, nullptr));
