@@ -26,5 +26,8 @@ if(WIN32)
 else()
   set(ZRKEY_PC_LIBS "-lzrkey -lzrautomation")
 endif()
+# Below the prefix, unless a packager chose a folder by its full path.
+cmake_path(APPEND ZRKEY_PC_LIBDIR "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
+cmake_path(APPEND ZRKEY_PC_INCLUDEDIR "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR})
 configure_file(cmake/zrkey.pc.in ${PROJECT_BINARY_DIR}/zrkey.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zrkey.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

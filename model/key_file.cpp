@@ -22,7 +22,7 @@ const ZRLog* KeyFile::GetLog() const {
 }
 
 ULONG STDMETHODCALLTYPE KeyFile::AddRef() {
-    return zr::addRefLogged(*this, GetLog(), "KeyFile::AddRef] call...");
+    return zr::addRefLogged(*this, GetLog(), "KeyFile", "call...");
 }
 
 ULONG STDMETHODCALLTYPE KeyFile::Release() {

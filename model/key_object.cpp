@@ -22,7 +22,7 @@ const ZRLog* KeyObject::GetLog() const {
 }
 
 ULONG STDMETHODCALLTYPE KeyObject::AddRef() {
-    return zr::addRefLogged(*this, GetLog(), "KeyObject::AddRef] call...");
+    return zr::addRefLogged(*this, GetLog(), "KeyObject", "call...");
 }
 
 ULONG STDMETHODCALLTYPE KeyObject::Release() {

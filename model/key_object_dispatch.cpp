@@ -2,6 +2,7 @@
 //
 // Argument counts are not fixed: what is too much is ignored, and what an adapter reads has to be
 // there with its type.
+#include "model/adapter_result.h"
 #include "model/key_object.h"
 #include "runtime/dispatch_table.h"
 
@@ -14,23 +15,6 @@ const VARIANT* argument(const DISPPARAMS* params, UINT index) {
 const VARIANT* stringArgument(const DISPPARAMS* params, UINT index) {
     const VARIANT* found = argument(params, index);
     return found && found->vt == VT_BSTR ? found : nullptr;
-}
-
-void presetFalse(VARIANT* result) {
-    if (result) {
-        result->vt = VT_BOOL;
-        result->boolVal = VARIANT_FALSE;
-    }
-}
-
-HRESULT storeOutcome(HRESULT hr, VARIANT* result) {
-    if (FAILED(hr)) {
-        return hr;
-    }
-    if (result) {
-        result->boolVal = VARIANT_TRUE;
-    }
-    return S_OK;
 }
 
 }  // namespace
@@ -209,17 +193,17 @@ HRESULT KeyObject::_FileExists(DISPPARAMS* params, VARIANT* result) {
 // The outcome as a boolean.
 
 HRESULT KeyObject::_VerifyPIN(DISPPARAMS* params, VARIANT* result) {
-    presetFalse(result);
+    zr::presetResult(result, VT_BOOL);
     const VARIANT* pin = stringArgument(params, 0);
     const VARIANT* type = argument(params, 1);
-    return pin && type ? storeOutcome(VerifyPIN(pin->bstrVal, type->lVal), result) : E_INVALIDARG;
+    return pin && type ? zr::storeOutcome(VerifyPIN(pin->bstrVal, type->lVal), result) : E_INVALIDARG;
 }
 
 HRESULT KeyObject::_UnlockPIN(DISPPARAMS* params, VARIANT* result) {
-    presetFalse(result);
+    zr::presetResult(result, VT_BOOL);
     const VARIANT* soPin = stringArgument(params, 0);
     const VARIANT* newPin = stringArgument(params, 1);
-    return soPin && newPin ? storeOutcome(UnlockPIN(soPin->bstrVal, newPin->bstrVal), result)
+    return soPin && newPin ? zr::storeOutcome(UnlockPIN(soPin->bstrVal, newPin->bstrVal), result)
                            : E_INVALIDARG;
 }
 

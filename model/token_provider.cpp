@@ -11,7 +11,8 @@ TokenProvider::TokenProvider() : m_pLog(new (std::nothrow) ZRLog()) {
 }
 
 TokenProvider::~TokenProvider() {
-    LogScope(m_pLog, "~TokenProvider").end();
+    const LogScope scope(m_pLog, "~TokenProvider");
+    scope.end();
     delete m_pLog;
     m_pLog = nullptr;
 }
@@ -24,7 +25,7 @@ HRESULT STDMETHODCALLTYPE TokenProvider::QueryInterface(const GUID& riid, void**
 }
 
 ULONG STDMETHODCALLTYPE TokenProvider::AddRef() {
-    return zr::addRefLogged(*this, m_pLog, "TokenProvider::AddRef] count=");
+    return zr::addRefLogged(*this, m_pLog, "TokenProvider", "count=");
 }
 
 ULONG STDMETHODCALLTYPE TokenProvider::Release() {

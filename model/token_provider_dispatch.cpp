@@ -2,28 +2,14 @@
 //
 // The adapters are strict: they preset the result to a zero of its type, refuse a missing block or
 // result and a wrong number of arguments, and leave the zero where the operation fails.
+#include "model/adapter_result.h"
 #include "model/token_provider.h"
 #include "runtime/dispatch_table.h"
 
 namespace {
 
-void preset(VARIANT* result, VARTYPE type) {
-    if (result) {
-        *result = VARIANT();
-        result->vt = type;
-    }
-}
-
 bool isCallable(const DISPPARAMS* params, const VARIANT* result, UINT count) {
     return params && result && params->cArgs == count && (count == 0 || params->rgvarg);
-}
-
-HRESULT storeOutcome(HRESULT hr, VARIANT* result) {
-    if (FAILED(hr)) {
-        return hr;
-    }
-    result->boolVal = VARIANT_TRUE;
-    return S_OK;
 }
 
 }  // namespace
@@ -64,23 +50,23 @@ DispatchInfo* TokenProvider::GetDispatchInfoById(ZComponentImpl*, LONG id) {
 }
 
 HRESULT TokenProvider::_Load(DISPPARAMS* params, VARIANT* result) {
-    preset(result, VT_BOOL);
+    zr::presetResult(result, VT_BOOL);
     if (!isCallable(params, result, 1) || params->rgvarg[0].vt != VT_BSTR) {
         return E_INVALIDARG;
     }
-    return storeOutcome(Load(params->rgvarg[0].bstrVal), result);
+    return zr::storeOutcome(Load(params->rgvarg[0].bstrVal), result);
 }
 
 HRESULT TokenProvider::_Unload(DISPPARAMS* params, VARIANT* result) {
-    preset(result, VT_BOOL);
+    zr::presetResult(result, VT_BOOL);
     if (!isCallable(params, result, 0)) {
         return E_INVALIDARG;
     }
-    return storeOutcome(Unload(), result);
+    return zr::storeOutcome(Unload(), result);
 }
 
 HRESULT TokenProvider::_OpenKey(DISPPARAMS* params, VARIANT* result) {
-    preset(result, VT_DISPATCH);
+    zr::presetResult(result, VT_DISPATCH);
     if (!isCallable(params, result, 1)) {
         return E_INVALIDARG;
     }
@@ -96,7 +82,7 @@ HRESULT TokenProvider::_OpenKey(DISPPARAMS* params, VARIANT* result) {
 }
 
 HRESULT TokenProvider::_GetKeyCount(DISPPARAMS* params, VARIANT* result) {
-    preset(result, VT_I4);
+    zr::presetResult(result, VT_I4);
     if (!isCallable(params, result, 0)) {
         return E_INVALIDARG;
     }

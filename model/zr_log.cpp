@@ -34,7 +34,9 @@ void ZRLog::Log(int, const char* format, ...) const {
     }
     std::va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(szBuffer, sizeof szBuffer, format, arguments);
+    if (std::vsnprintf(szBuffer, sizeof szBuffer, format, arguments) < 0) {
+        szBuffer[0] = 0;  // what cannot be formatted leaves the time stamp alone
+    }
     va_end(arguments);
     SYSTEMTIME now;
     GetLocalTime(&now);

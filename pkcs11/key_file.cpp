@@ -12,11 +12,13 @@
 #include "pkcs11/file_search.h"
 
 KeyFile_pkcs11::KeyFile_pkcs11(KeyObject* token) : KeyFile(token) {
-    LogScope(GetLog(), "KeyFile_pkcs11").end();
+    const LogScope scope(GetLog(), "KeyFile_pkcs11");
+    scope.end();
 }
 
 KeyFile_pkcs11::~KeyFile_pkcs11() {
-    LogScope(GetLog(), "~KeyFile_pkcs11").end();
+    const LogScope scope(GetLog(), "~KeyFile_pkcs11");
+    scope.end();
     std::free(m_pData);
 }
 
@@ -126,7 +128,8 @@ HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Flush() {
 
 HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Write(VARIANT) {
     // Files cannot be written through this backend.
-    return LogScope(GetLog(), "Write").end(E_INVALIDARG);
+    const LogScope scope(GetLog(), "Write");
+    return scope.end(E_INVALIDARG);
 }
 
 HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Read(ULONG length, VARIANT* data) {

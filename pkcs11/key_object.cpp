@@ -34,7 +34,8 @@ KeyObject_pkcs11::KeyObject_pkcs11(TokenProvider* provider) : KeyObject(provider
 }
 
 KeyObject_pkcs11::~KeyObject_pkcs11() {
-    LogScope(GetLog(), "~KeyObject_pkcs11").end();
+    const LogScope scope(GetLog(), "~KeyObject_pkcs11");
+    scope.end();
     zr::wipe(m_szPIN, sizeof m_szPIN);
 }
 
@@ -95,5 +96,6 @@ void KeyObject_pkcs11::FinalRelease() {
 }
 
 HRESULT KeyObject_pkcs11::NotImplemented(const char* operation, unsigned int line) const {
-    return LogScope(GetLog(), operation, line).end(E_NOTIMPL, line);
+    const LogScope scope(GetLog(), operation, line);
+    return scope.end(E_NOTIMPL);
 }

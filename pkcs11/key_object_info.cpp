@@ -84,13 +84,16 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::SetLabel(BSTR*, VARIANT*) {
 // This backend has no such values: success, and the string stays as the host preset it.
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetKeyObjectClassName(BSTR*) {
-    return LogScope(GetLog(), "GetKeyObjectClassName").end(S_OK);
+    const LogScope scope(GetLog(), "GetKeyObjectClassName");
+    return scope.end(S_OK);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetCaLibPath(BSTR*) {
-    return LogScope(GetLog(), "GetCaLibPath").end(S_OK);
+    const LogScope scope(GetLog(), "GetCaLibPath");
+    return scope.end(S_OK);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetCSPName(BSTR*) {
-    return LogScope(GetLog(), "GetCSPName").end(S_OK);
+    const LogScope scope(GetLog(), "GetCSPName");
+    return scope.end(S_OK);
 }

@@ -82,7 +82,8 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::ModifyPIN(BSTR oldPin, BSTR newPin, 
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::UnlockPIN(BSTR, BSTR) {
     // Nothing is unlocked; hosts have always been told S_OK.
-    return LogScope(GetLog(), "UnlockPIN").end(S_OK);
+    const LogScope scope(GetLog(), "UnlockPIN");
+    return scope.end(S_OK);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetMaxRetryCount(INT, VARIANT*) {

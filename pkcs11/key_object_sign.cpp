@@ -126,12 +126,14 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyData(VARIANT data, IKeyCertifi
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyDataByCert(VARIANT, IKeyCertificate*, VARIANT,
                                                              BSTR, VARIANT) {
     // Nothing is verified, and hosts are told that it was.
-    return LogScope(GetLog(), "VerifyDataByCert").end(S_OK);
+    const LogScope scope(GetLog(), "VerifyDataByCert");
+    return scope.end(S_OK);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyDataByPubKey(VARIANT, IKeyCertificate*, VARIANT,
                                                                BSTR, VARIANT) {
-    return LogScope(GetLog(), "VerifyDataByPubKey").end(E_FAIL);
+    const LogScope scope(GetLog(), "VerifyDataByPubKey");
+    return scope.end(E_FAIL);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::DigestData(BSTR method, VARIANT data,

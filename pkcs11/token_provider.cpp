@@ -22,11 +22,13 @@ ITokenProvider* zr::makeTokenProvider() {
 }
 
 TokenProvider_pkcs11::TokenProvider_pkcs11() {
-    LogScope(GetLog(), "TokenProvider_pkcs11").end();
+    const LogScope scope(GetLog(), "TokenProvider_pkcs11");
+    scope.end();
 }
 
 TokenProvider_pkcs11::~TokenProvider_pkcs11() {
-    LogScope(GetLog(), "~TokenProvider_pkcs11").end();
+    const LogScope scope(GetLog(), "~TokenProvider_pkcs11");
+    scope.end();
     DropFunctionTable();
 }
 

@@ -1,8 +1,6 @@
 // ZComponentImpl: reference count, name lookup and invocation.
 #include "runtime/component_impl.h"
 
-#include <cstring>
-
 #include "kernel.h"
 #include "runtime/console.h"
 #include "runtime/dispatch_table.h"
@@ -10,31 +8,6 @@
 
 using zr::consoleError;
 using zr::consoleOut;
-
-namespace zr {
-
-DispatchInfo* findRow(DispatchInfo* rows, int count, const char* name) {
-    if (!name || !*name) {
-        return nullptr;
-    }
-    for (int i = 0; i < count; ++i) {
-        if (std::strcmp(rows[i].szName, name) == 0) {
-            return &rows[i];
-        }
-    }
-    return nullptr;
-}
-
-DispatchInfo* findRow(DispatchInfo* rows, int count, LONG id) {
-    for (int i = 0; id >= 1 && i < count; ++i) {
-        if (rows[i].nId == id) {
-            return &rows[i];
-        }
-    }
-    return nullptr;
-}
-
-}  // namespace zr
 
 ZComponentImpl::ZComponentImpl() : m_szClassName("ZComponentImpl") {}
 
@@ -49,7 +22,11 @@ HRESULT STDMETHODCALLTYPE ZComponentImpl::QueryInterface(const GUID& riid, void*
     if (riid != IID_ISupportErrorInfo) {
         return E_NOTIMPL;
     }
-    *ppv = dynamic_cast<ISupportErrorInfo*>(this);
+    auto* const face = dynamic_cast<ISupportErrorInfo*>(this);
+    if (!face) {
+        return E_NOTIMPL;  // the component part alone has no such face
+    }
+    *ppv = face;
     AddRef();
     return S_OK;
 }

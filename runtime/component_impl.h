@@ -117,6 +117,8 @@ public:
     static DispatchInfo* GetDispatchInfoById(ZComponentImpl* obj, LONG id);
 
 private:
+    template <class Ask>
+    bool AnyProxy(int stage, Ask ask) const;
     std::optional<DISPID> AskProxies(int stage, const GUID& riid, OLECHAR** names, UINT count,
                                      LCID lcid) const;
     std::optional<HRESULT> Probe(DISPID id, WORD flags);

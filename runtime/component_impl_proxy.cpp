@@ -21,6 +21,24 @@ DISPID subtractOffset(DISPID id, std::int32_t offset) {
 
 }  // namespace
 
+/// Asks the proxies of a stage, in the order of the chain, until one answers true.
+template <class Ask>
+bool ZComponentImpl::AnyProxy(int stage, Ask ask) const {
+    for (const ProxyDispatchInfo* node = m_pHead; node; node = node->pNext) {
+        if (node->nStage != stage) {
+            continue;
+        }
+        IDispatch* const proxy = node->pDispatch;
+        if (ask(*proxy, std::int32_t{node->nIdOffset})) {
+            return true;
+        }
+        if (FindPDI(proxy) != node) {
+            return false;  // it took itself out of the chain; where the walk was is gone
+        }
+    }
+    return false;
+}
+
 std::optional<DISPID> ZComponentImpl::AskProxies(int stage, const GUID& riid, OLECHAR** names,
                                                  UINT count, LCID lcid) const {
     if (!m_pHead) {
@@ -29,31 +47,29 @@ std::optional<DISPID> ZComponentImpl::AskProxies(int stage, const GUID& riid, OL
     // A proxy writes one id for each of the names that it was asked for.
     const UINT size = count > 0 ? count : 1;
     const std::unique_ptr<DISPID[]> ids(new (std::nothrow) DISPID[size]);
-    for (const ProxyDispatchInfo* node = m_pHead; ids && node; node = node->pNext) {
-        if (!node->pDispatch || node->nStage != stage) {
-            continue;
-        }
-        std::memset(ids.get(), 0, size * sizeof(DISPID));
-        const HRESULT result =
-            node->pDispatch->GetIDsOfNames(riid, names, count, lcid, ids.get());
-        if (SUCCEEDED(result) && ids[0] > 0) {
-            return addOffset(ids[0], node->nIdOffset);
-        }
+    if (!ids) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    std::optional<DISPID> found;
+    AnyProxy(stage, [&](IDispatch& proxy, std::int32_t offset) {
+        std::memset(ids.get(), 0, size * sizeof(DISPID));
+        const HRESULT result = proxy.GetIDsOfNames(riid, names, count, lcid, ids.get());
+        if (SUCCEEDED(result) && ids[0] > 0) {
+            found = addOffset(ids[0], offset);
+        }
+        return found.has_value();
+    });
+    return found;
 }
 
 HRESULT ZComponentImpl::CallProxyDispatch(int stage, DISPID id, const GUID& riid, LCID lcid,
                                           WORD flags, DISPPARAMS* params, VARIANT* result,
                                           EXCEPINFO* excep, UINT* argErr) {
-    for (const ProxyDispatchInfo* node = m_pHead; node; node = node->pNext) {
-        if (node->pDispatch && node->nStage == stage &&
-            SUCCEEDED(node->pDispatch->Invoke(subtractOffset(id, node->nIdOffset), riid, lcid,
-                                              flags, params, result, excep, argErr))) {
-            return S_OK;
-        }
-    }
-    return E_FAIL;
+    const bool answered = AnyProxy(stage, [&](IDispatch& proxy, std::int32_t offset) {
+        return SUCCEEDED(proxy.Invoke(subtractOffset(id, offset), riid, lcid, flags, params, result,
+                                      excep, argErr));
+    });
+    return answered ? S_OK : E_FAIL;
 }
 
 BOOL ZComponentImpl::AddProxyDispatch(IDispatch* proxy, LONG idOffset, int stage,
@@ -117,9 +133,7 @@ ProxyDispatchInfo* ZComponentImpl::FindPDI(IDispatch* proxy) const {
 void ZComponentImpl::ClearPDI() {
     while (ProxyDispatchInfo* node = m_pHead) {
         m_pHead = node->pNext;
-        if (node->pDispatch) {
-            node->pDispatch->Release();
-        }
+        node->pDispatch->Release();
         delete node;
     }
     m_pTail = nullptr;

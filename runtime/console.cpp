@@ -8,7 +8,7 @@
 namespace zr {
 namespace {
 
-void write(std::FILE* stream, const char* format, std::va_list arguments) {
+void writeFormatted(std::FILE* stream, const char* format, std::va_list arguments) {
     char line[2048];
     std::va_list again;
     va_copy(again, arguments);
@@ -31,14 +31,14 @@ void write(std::FILE* stream, const char* format, std::va_list arguments) {
 void consoleOut(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    write(stdout, format, arguments);
+    writeFormatted(stdout, format, arguments);
     va_end(arguments);
 }
 
 void consoleError(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    write(stderr, format, arguments);
+    writeFormatted(stderr, format, arguments);
     va_end(arguments);
 }
 

@@ -66,8 +66,10 @@ int ZSetCurrentPath(const char* path) {
 
 int ZGetModulePath(char* buf, int size) {
     char path[kModulePathSize] = {};
-    GetModuleFileNameA(nullptr, path, sizeof path);
-    path[sizeof path - 1] = 0;
+    const DWORD pathLength = GetModuleFileNameA(nullptr, path, sizeof path);
+    if (pathLength == 0 || pathLength >= sizeof path) {
+        return 0;  // a cut path names another directory
+    }
     if (char* separator = std::strrchr(path, zr::kPathSeparator)) {
         separator[1] = 0;
     }

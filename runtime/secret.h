@@ -26,20 +26,24 @@ template <std::size_t Size>
 class SecretText {
 public:
     /// @param text  null reads as empty.
-    explicit SecretText(BSTR text) : m_size(ZBstrToUtf8(text, m_text, Size)) {}
+    explicit SecretText(BSTR text) {
+        const int size = ZBstrToUtf8(text, m_text, Size);
+        m_fits = !text || (size > 0 && size <= static_cast<int>(Size));
+    }
     SecretText(const SecretText&) = delete;
     SecretText& operator=(const SecretText&) = delete;
     ~SecretText() { wipe(m_text, Size); }
 
-    /// Whether the text and its terminator fit the buffer; the buffer is empty otherwise.
-    bool fits() const { return m_size <= static_cast<int>(Size); }
+    /// Whether the text could be converted and fits the buffer with its terminator; the buffer is
+    /// empty otherwise.
+    bool fits() const { return m_fits; }
     const char* c_str() const { return m_text; }
     /// Bytes before the terminator.
     std::size_t length() const { return std::strlen(m_text); }
 
 private:
     char m_text[Size] = {};
-    int m_size;
+    bool m_fits;
 };
 
 }  // namespace zr

@@ -90,7 +90,7 @@ int ZBstrToUtf8(BSTR s, char* out, unsigned int outSize) {
         return needed;
     }
     std::memset(out, 0, outSize);
-    return ZConvUnicodeToUTF8(s, out, outSize) == 0 ? 0 : needed;
+    return ZConvUnicodeToUTF8(s, out, static_cast<unsigned int>(needed)) == 0 ? 0 : needed;
 }
 
 std::size_t strlen_unicode(const OLECHAR* text) {

@@ -74,8 +74,19 @@ HRESULT ZComVariant::VarCmp(VARIANT* a, VARIANT* b, LCID, ULONG) {
     return compareByType(*a, *b);
 }
 
+namespace {
+
+/// What a string takes in a stream, with the tag before it. Summed in 64 bits: the length of a
+/// string and what is added to it can pass 32.
+ULONGLONG streamSize(BSTR text) {
+    constexpr ULONGLONG prefixAndTerminator = 6;
+    return sizeof(VARTYPE) +
+           (text ? SysStringByteLen(text) + prefixAndTerminator : ZSysStringGetStreamSize(nullptr));
+}
+
+}  // namespace
+
 HRESULT ZComVariant::GetSizeMax(ULARGE_INTEGER* size) const {
-    constexpr ULONG typeSize = sizeof(VARTYPE);
     if (!size) {
         return E_INVALIDARG;
     }
@@ -83,12 +94,12 @@ HRESULT ZComVariant::GetSizeMax(ULARGE_INTEGER* size) const {
         return E_FAIL;
     }
     if (vt == VT_BSTR) {
-        size->QuadPart = typeSize + static_cast<ULONG>(ZSysStringGetStreamSize(bstrVal));
+        size->QuadPart = streamSize(bstrVal);
         return S_OK;
     }
     ULONG valueSize = 0;
     if (SUCCEEDED(ZVariantGetTypeSize(vt, &valueSize))) {
-        size->QuadPart = typeSize + valueSize;
+        size->QuadPart = sizeof(VARTYPE) + valueSize;
         return S_OK;
     }
     ZComVariant text;
@@ -97,7 +108,7 @@ HRESULT ZComVariant::GetSizeMax(ULARGE_INTEGER* size) const {
     if (FAILED(result)) {
         return result;
     }
-    size->QuadPart = typeSize + static_cast<ULONG>(ZSysStringGetStreamSize(text.bstrVal));
+    size->QuadPart = streamSize(text.bstrVal);
     return S_OK;
 }
 

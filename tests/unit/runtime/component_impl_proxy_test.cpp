@@ -1,5 +1,6 @@
 // The chain of proxies.
 #include <cstring>
+#include <functional>
 
 #include "tests/support/console_capture.h"
 #include "tests/support/hresult.h"
@@ -19,6 +20,9 @@ public:
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(const IID&, LPOLESTR* names, UINT count, LCID,
                                             DISPID* ids) override {
         ++lookUps;
+        if (onAsked) {
+            onAsked();
+        }
         for (UINT i = 0; i < count; ++i) {
             ids[i] = 1;
         }
@@ -27,6 +31,9 @@ public:
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, const IID&, LCID, WORD, DISPPARAMS*, VARIANT*,
                                      EXCEPINFO*, UINT*) override {
         lastId = id;
+        if (onAsked) {
+            onAsked();
+        }
         return callResult;
     }
 
@@ -36,6 +43,7 @@ public:
     ULONG references = 0;
     int lookUps = 0;
     DISPID lastId = 0;
+    std::function<void()> onAsked;
 };
 
 class ComponentImplProxyTest : public ThingTest {
@@ -189,6 +197,38 @@ TEST_F(ComponentImplProxyTest, ItsConsoleTextsAreKept) {
         "[ZComponentImpl::Invoke] call CallProxyDispatch error...\n",
         console.stop().out);
     thing->ClearPDI();
+}
+
+TEST_F(ComponentImplProxyTest, AProxyCanTakeItselfOutWhileItIsAskedForAName) {
+    thing->AddProxyDispatch(&proxy, 1000, 1, nullptr);
+    proxy.onAsked = [&] { thing->RemoveProxyDispatch(&proxy); };
+    DISPID id = 0;
+    EXPECT_HR(S_OK, find(OLESTR("Keep"), &id));
+    EXPECT_EQ(1001, id);
+    EXPECT_EQ(nullptr, thing->FindPDI(&proxy));
+}
+
+TEST_F(ComponentImplProxyTest, AProxyThatTakesItselfOutAndFailsEndsTheWalk) {
+    Proxy later;
+    thing->AddProxyDispatch(&proxy, 1000, 1, nullptr);
+    thing->AddProxyDispatch(&later, 1000, 1, nullptr);
+    proxy.callResult = E_FAIL;
+    proxy.onAsked = [&] { thing->RemoveProxyDispatch(&proxy); };
+    EXPECT_HR(E_FAIL, invoke(1001, {}, nullptr));
+    EXPECT_EQ(0, later.lastId);
+    EXPECT_HR(S_OK, invoke(1001, {}, nullptr));
+    EXPECT_EQ(1, later.lastId);
+    thing->RemoveProxyDispatch(&later);
+}
+
+TEST_F(ComponentImplProxyTest, AProxyCanTakeOutTheNextWhileItIsAsked) {
+    Proxy next;
+    thing->AddProxyDispatch(&proxy, 1000, 1, nullptr);
+    thing->AddProxyDispatch(&next, 1000, 1, nullptr);
+    proxy.callResult = E_FAIL;
+    proxy.onAsked = [&] { thing->RemoveProxyDispatch(&next); };
+    EXPECT_HR(E_FAIL, invoke(1001, {}, nullptr));
+    EXPECT_EQ(0, next.lastId);
 }
 
 }  // namespace

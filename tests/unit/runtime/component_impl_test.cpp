@@ -18,6 +18,15 @@ protected:
     ConsoleCapture console;
 };
 
+TEST(BareComponentTest, ErrorFaceOfTheComponentPartAloneIsRefused) {
+    auto* bare = new ZComponentImpl;
+    EXPECT_EQ(1u, bare->AddRef());
+    void* face = &face;
+    EXPECT_HR(E_NOTIMPL, bare->QueryInterface(IID_ISupportErrorInfo, &face));
+    EXPECT_EQ(&face, face);
+    EXPECT_EQ(0u, bare->Release());
+}
+
 TEST_F(ComponentImplTest, TheLastReleaseTellsTheObjectAndDestroysIt) {
     auto* object = new Thing();
     Thing::s_destroyed = Thing::s_finalReleases = 0;

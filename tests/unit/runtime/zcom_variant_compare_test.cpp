@@ -90,5 +90,22 @@ TEST(ZComVariantCompareTest, WhatHasNoSizeFails) {
     EXPECT_EQ(2u, null().GetSize());
 }
 
+TEST(ZComVariantSizeTest, ASumPastThirtyTwoBitsIsToldIn64AndNotIn32) {
+    // No string of that length is needed: the length stands before the text.
+    struct {
+        DWORD prefixOfPrefix;
+        DWORD length;
+        OLECHAR text[2];
+    } longest = {0, 0xFFFFFFFE, {}};
+    ZComVariant variant;
+    variant.vt = VT_BSTR;
+    variant.bstrVal = longest.text;
+    ULARGE_INTEGER size = {};
+    EXPECT_HR(S_OK, variant.GetSizeMax(&size));
+    EXPECT_EQ(0x100000006u, size.QuadPart);
+    EXPECT_EQ(2u, variant.GetSize());
+    variant.vt = VT_EMPTY;
+}
+
 }  // namespace
 }  // namespace zr::test
