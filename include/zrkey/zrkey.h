@@ -11,6 +11,11 @@
 // Every object is reference-counted and used from one thread at a time. Strings and variants that
 // an operation hands out belong to the caller; those passed in are borrowed. Every operation
 // returns an HRESULT; the slot order is part of the binary contract.
+//
+// QueryInterface answers IID_ISupportErrorInfo alone, and E_NOTIMPL for IUnknown, IDispatch and an
+// object's own identifier: hosts hold the interfaces that they were handed. GetIDsOfNames resolves
+// one name, case-sensitively, and answers E_FAIL for an unknown one. Invoke takes the arguments in
+// natural order: rgvarg[0] is the first. It presets the result, which is not cleared first.
 #ifndef ZRKEY_ZRKEY_H
 #define ZRKEY_ZRKEY_H
 
@@ -137,34 +142,116 @@ struct IKeyObject : public IDispatch {
     virtual HRESULT STDMETHODCALLTYPE Lock(VARIANT* result) = 0;
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE Unlock(VARIANT* result) = 0;
-    /// Creates an empty data file.
-    /// @param name   borrowed; a number from 1 to 65536.
-    /// @param file   receives an IKeyFile with one reference.
+    /// Creates an empty data file. A name that exists already gets a second object.
+    /// @param name  borrowed; a number from 1 to 65536, at most 127 bytes as UTF-8; it becomes the
+    ///              object's label as it stands.
+    /// @param file  receives an IKeyFile with one reference. The reserved arguments are ignored.
+    /// @retval S_OK           created.
+    /// @retval E_INVALIDARG   file is null.
+    /// @retval E_FAIL         name is no such number, or the token refuses.
+    /// @retval E_OUTOFMEMORY  the object cannot be created.
     /// @note The file is found again under the name's number plus one.
     virtual HRESULT STDMETHODCALLTYPE CreateFile(BSTR name, INT reserved1, INT reserved2,
                                                  INT reserved3, ULONG reserved4, void** file) = 0;
+    /// Looks for a data file.
+    /// @param name    borrowed; a number from 1 to 65536, one more than the object's label.
     /// @param result  receives VT_I4 1 or 0.
+    /// @retval S_OK          it exists, result is 1. The token's object search stays open then.
+    /// @retval E_INVALIDARG  result is null.
+    /// @retval E_FAIL        it does not exist, name is no such number, or a Cryptoki failure;
+    ///                       result is 0.
     virtual HRESULT STDMETHODCALLTYPE FileExists(BSTR name, VARIANT* result) = 0;
+    /// Opens a data file; its contents are read into memory at once.
+    /// @param name  as in FileExists.
+    /// @param file  receives an IKeyFile with one reference. A value that cannot be read opens as
+    ///              an empty file.
+    /// @retval S_OK           opened.
+    /// @retval E_INVALIDARG   file is null.
+    /// @retval E_FAIL         no such file, or a Cryptoki failure.
+    /// @retval E_OUTOFMEMORY  the object cannot be created.
     virtual HRESULT STDMETHODCALLTYPE OpenFile(BSTR name, void** file) = 0;
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE EnumFiles(VARIANT* result) = 0;
+    /// Destroys a data file.
+    /// @param name  as in FileExists.
+    /// @retval S_OK    destroyed.
+    /// @retval E_FAIL  it cannot be opened or destroyed.
+    /// @note Each deletion keeps one reference to the token: its session stays open until Unload.
     virtual HRESULT STDMETHODCALLTYPE DeleteFile(BSTR name) = 0;
+    /// @param out  receives "MD5".
+    /// @retval S_OK           done.
+    /// @retval E_INVALIDARG   out is null.
+    /// @retval E_OUTOFMEMORY  memory is short.
     virtual HRESULT STDMETHODCALLTYPE GetDigestMethod(BSTR* out) = 0;
+    /// Digests data in the host; the token is not asked.
+    /// @param method  borrowed; "MD5" (RFC 1321), exactly.
+    /// @param data    borrowed; VT_ARRAY | VT_UI1 of one dimension.
+    /// @param result  receives VT_ARRAY | VT_UI1 of 16 bytes; overwritten, not cleared.
+    /// @retval S_OK          done.
+    /// @retval E_INVALIDARG  data is of another type, result is null, or another method.
+    /// @retval E_FAIL        memory is short.
     virtual HRESULT STDMETHODCALLTYPE DigestData(BSTR method, VARIANT data, VARIANT* result) = 0;
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE CreateContainer(BSTR name, void** container) = 0;
+    /// Counts the containers: the certificates on the token.
+    /// @param result  receives VT_UI4. A failure of the token ends the count early.
+    /// @retval S_OK          done.
+    /// @retval E_INVALIDARG  result is null.
     virtual HRESULT STDMETHODCALLTYPE GetContainerCount(VARIANT* result) = 0;
+    /// Opens a container.
+    /// @param which      borrowed; VT_BSTR its name, or VT_I4 its position in EnumContainer's list.
+    ///                   Any other type matches none.
+    /// @param container  receives an IKeyContainer with one reference.
+    /// @retval S_OK           opened.
+    /// @retval E_INVALIDARG   container is null.
+    /// @retval E_FAIL         no such container, or its name has 128 bytes or more.
+    /// @retval E_OUTOFMEMORY  the object cannot be created.
     virtual HRESULT STDMETHODCALLTYPE OpenContainer(VARIANT which, void** container) = 0;
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE DeleteContainer(VARIANT which) = 0;
+    /// Lists the containers' names, the CKA_ID of their certificates read as text.
+    /// @param reserved  ignored.
+    /// @param result    receives VT_ARRAY | VT_BSTR, one-dimensional, in the token's order; left
+    ///                  untouched when there is none.
+    /// @retval S_OK          done.
+    /// @retval E_INVALIDARG  result is null.
+    /// @retval E_FAIL        memory is short.
     virtual HRESULT STDMETHODCALLTYPE EnumContainer(INT reserved, VARIANT* result) = 0;
+    /// As IKeyCertificate::GetCertData.
+    /// @retval S_OK          done.
+    /// @retval E_INVALIDARG  an argument is null.
+    /// @retval E_FAIL        any failure of the certificate.
     virtual HRESULT STDMETHODCALLTYPE GetCertData(IKeyCertificate* certificate,
                                                   VARIANT* result) = 0;
+    /// Hands out the CKA_ID of the first public key whose CKA_KEY_TYPE, read as text, equals the
+    /// certificate's ID. The type of an RSA key reads as the empty text: only a certificate with an
+    /// empty ID finds one.
+    /// @param result  receives VT_ARRAY | VT_UI1; overwritten, not cleared.
+    /// @retval S_OK          done.
+    /// @retval E_INVALIDARG  an argument is null.
+    /// @retval E_FAIL        no match, or a Cryptoki failure. Otherwise what GetCertID answered.
     virtual HRESULT STDMETHODCALLTYPE GetPubKeyData(IKeyCertificate* certificate,
                                                     VARIANT* result) = 0;
+    /// Signs data with the private key of a certificate's container, always by CKM_SHA1_RSA_PKCS
+    /// (PKCS #11 v2.40). Needs a login.
+    /// @param algorithm  ignored.
+    /// @param data       borrowed; VT_ARRAY | VT_UI1 of one dimension; the token hashes it.
+    /// @param result     receives VT_ARRAY | VT_UI1, at most 1024 bytes, over an array whose own
+    ///                   element type is VT_I1; overwritten, not cleared.
+    /// @retval S_OK          signed.
+    /// @retval E_INVALIDARG  data is of another type, or result or certificate is null.
+    /// @retval RPC_E_CANTCALLOUT_INEXTERNALCALL  (0x80010005) not logged in.
+    /// @retval E_FAIL        no such key, or a Cryptoki failure. Otherwise what GetCertID answered.
     virtual HRESULT STDMETHODCALLTYPE SignData(BSTR algorithm, VARIANT data,
                                                IKeyCertificate* certificate,
                                                VARIANT* result) = 0;
+    /// Verifies a signature with the public key of a certificate's container; data, login and
+    /// mechanism as in SignData.
+    /// @retval S_OK          the signature verifies.
+    /// @retval E_INVALIDARG  data or signature is of another type, or certificate is null.
+    /// @retval RPC_E_CANTCALLOUT_INEXTERNALCALL  (0x80010005) not logged in.
+    /// @retval E_FAIL        it does not verify, or could not be verified: the two are not told
+    ///                       apart. Otherwise what GetCertID answered.
     virtual HRESULT STDMETHODCALLTYPE VerifyData(VARIANT data, IKeyCertificate* certificate,
                                                  BSTR algorithm, VARIANT signature) = 0;
     /// @retval S_OK  always; nothing is verified.
@@ -177,6 +264,9 @@ struct IKeyObject : public IDispatch {
                                                          VARIANT publicKey, BSTR algorithm,
                                                          VARIANT signature) = 0;
     /// @param out  receives the algorithm list of the configuration, unchanged.
+    /// @retval S_OK           done.
+    /// @retval E_INVALIDARG   out is null.
+    /// @retval E_OUTOFMEMORY  memory is short.
     virtual HRESULT STDMETHODCALLTYPE GetSignAlgo(BSTR* out) = 0;
     /// @retval S_OK  always; out is left untouched.
     virtual HRESULT STDMETHODCALLTYPE GetKeyObjectClassName(BSTR* out) = 0;
@@ -190,29 +280,75 @@ struct IKeyObject : public IDispatch {
     virtual HRESULT STDMETHODCALLTYPE GetZRHardApiInfo(void** api, BSTR* info) = 0;
 };
 
-/// A data file of a token, held in memory.
+/// A data file of a token, held in memory. Keeps its token alive.
 struct IKeyFile : public IDispatch {
+    /// Frees the contents; nothing is written back. Then only Release is of use.
+    /// @retval S_OK  always.
     virtual HRESULT STDMETHODCALLTYPE Close() = 0;
+    /// Writes the contents to the token's object as its whole value.
+    /// @retval S_OK    done.
+    /// @retval E_FAIL  the token refuses, or the file was closed.
     virtual HRESULT STDMETHODCALLTYPE Flush() = 0;
+    /// @retval E_INVALIDARG  always; nothing is changed.
     virtual HRESULT STDMETHODCALLTYPE Write(VARIANT data) = 0;
+    /// Reads from the position and moves it on.
+    /// @param length  bytes.
+    /// @param data    receives VT_ARRAY | VT_UI1 over an array whose own element type is VT_I1;
+    ///                overwritten, not cleared.
+    /// @retval S_OK          done; also, with data untouched, when memory for the array is short.
+    /// @retval E_INVALIDARG  data is null.
+    /// @retval E_FAIL        fewer bytes are left, or the file was closed; nothing is read.
     virtual HRESULT STDMETHODCALLTYPE Read(ULONG length, VARIANT* data) = 0;
+    /// @param size  receives VT_I4, bytes.
+    /// @retval S_OK          done.
+    /// @retval E_INVALIDARG  size is null.
     virtual HRESULT STDMETHODCALLTYPE GetSize(VARIANT* size) = 0;
+    /// Moves the position; one that is not inside the contents, their end included, is ignored.
+    /// @param offset  bytes.
+    /// @param origin  0 from the beginning, 1 from the position, 2 from the end; an offset of 0 from
+    ///                the end goes to the beginning. Any other origin is ignored.
+    /// @retval S_OK  always.
     virtual HRESULT STDMETHODCALLTYPE Seek(LONG offset, INT origin) = 0;
 };
 
-/// A key container: one certificate of the token with its key pair.
+/// A key container: one certificate of the token with its key pair. Keeps its token alive.
 struct IKeyContainer : public IDispatch {
+    /// @retval S_OK  always; nothing is done.
     virtual HRESULT STDMETHODCALLTYPE Close() = 0;
+    /// @param type  receives the certificate's CKA_CERTIFICATE_TYPE read as text: empty for X.509.
+    /// @retval S_OK           done.
+    /// @retval E_INVALIDARG   type is null.
+    /// @retval E_OUTOFMEMORY  memory is short.
     virtual HRESULT STDMETHODCALLTYPE GetType(BSTR* type) = 0;
+    /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE ImportCertificate(bool signing, VARIANT certificate) = 0;
+    /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE ExportCertificate(bool signing, VARIANT* certificate) = 0;
+    /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE GenKeyPair(VARIANT* result) = 0;
+    /// Hands out the container's certificate, a new object each time.
+    /// @param signing      ignored: a container has one certificate.
+    /// @param certificate  receives an IKeyCertificate with one reference.
+    /// @retval S_OK           done.
+    /// @retval E_INVALIDARG   certificate is null.
+    /// @retval E_OUTOFMEMORY  the object cannot be created.
     virtual HRESULT STDMETHODCALLTYPE GetKeyCert(bool signing, void** certificate) = 0;
 };
 
-/// The certificate of a container.
+/// The certificate of a container. Keeps its container alive.
 struct IKeyCertificate : public IDispatch {
+    /// Reads the certificate from the token, found by its ID; of two with one ID, the first.
+    /// @param data  receives VT_ARRAY | VT_UI1, the certificate as stored (DER); overwritten, not
+    ///              cleared.
+    /// @retval S_OK          done.
+    /// @retval E_INVALIDARG  data is null.
+    /// @retval E_FAIL        it is not found, or memory is short.
     virtual HRESULT STDMETHODCALLTYPE GetCertData(VARIANT* data) = 0;
+    /// @param id  receives the name of the container.
+    /// @retval S_OK           done.
+    /// @retval E_INVALIDARG   id is null.
+    /// @retval E_FAIL         the certificate has no container.
+    /// @retval E_OUTOFMEMORY  memory is short.
     virtual HRESULT STDMETHODCALLTYPE GetCertID(BSTR* id) = 0;
 };
 
