@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <string>
 
 #include "tests/support/temp_dir.h"
@@ -96,6 +97,19 @@ TEST(Md5Test, FilesAreReadInBlocks) {
     folder.write("long", data);
     EXPECT_EQ(1, MD5File("long", digest));
     EXPECT_EQ(digestOf(data), hex(digest));
+}
+
+TEST(Md5Test, AnotherImplementationAgreesFromNoByteTo4096) {
+    // The table is made when the test is built; each row has one letter more than the one before.
+    static const char* const expected[] = {
+#include "md5_table.inc"
+    };
+    ASSERT_EQ(4097u, std::size(expected));
+    std::string text;
+    for (std::size_t length = 0; length < std::size(expected); ++length) {
+        EXPECT_EQ(expected[length], digestOf(text)) << length;
+        text += static_cast<char>('a' + (length * 7 + length / 26) % 26);
+    }
 }
 
 }  // namespace
