@@ -120,7 +120,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetCertData(IKeyCertificate* certifi
 }
 
 HRESULT KeyObject_pkcs11::GetPubPriKeyHandle(CK_OBJECT_HANDLE* handle, int publicFlag,
-                                             unsigned long keyType, const char* id) {
+                                             ULONG keyType, const char* id) {
     const LogScope scope(GetLog(), "GetPubPriKeyHandle");
     if (!handle || !id) {
         return E_FAIL;

@@ -1,0 +1,142 @@
+// The operations of the abstract classes before a backend overrides them.
+#include "model/key_certificate.h"
+#include "model/key_container.h"
+#include "model/key_file.h"
+#include "model/key_object.h"
+#include "model/token_provider.h"
+#include "tests/contract/token.h"
+
+namespace zr::test {
+
+/// A token of no backend: what has no body in the base answers here.
+class BareToken : public KeyObject {
+public:
+    using KeyObject::KeyObject;
+    using KeyObject::DigestData;
+    using KeyObject::EnumContainer;
+    HRESULT STDMETHODCALLTYPE DigestData(BSTR, VARIANT, VARIANT*) override { return S_FALSE; }
+    HRESULT STDMETHODCALLTYPE EnumContainer(INT, VARIANT*) override { return S_FALSE; }
+    HRESULT STDMETHODCALLTYPE SignData(BSTR, VARIANT, IKeyCertificate*, VARIANT*) override {
+        return S_FALSE;
+    }
+    HRESULT STDMETHODCALLTYPE VerifyDataByCert(VARIANT, IKeyCertificate*, VARIANT, BSTR,
+                                               VARIANT) override {
+        return S_FALSE;
+    }
+    HRESULT STDMETHODCALLTYPE VerifyDataByPubKey(VARIANT, IKeyCertificate*, VARIANT, BSTR,
+                                                 VARIANT) override {
+        return S_FALSE;
+    }
+    HRESULT STDMETHODCALLTYPE GetKeyObjectClassName(BSTR*) override { return S_FALSE; }
+    HRESULT STDMETHODCALLTYPE GetCaLibPath(BSTR*) override { return S_FALSE; }
+    HRESULT STDMETHODCALLTYPE GetCSPName(BSTR*) override { return S_FALSE; }
+    HRESULT STDMETHODCALLTYPE GetAlgoList(BSTR*) override { return S_FALSE; }
+};
+
+namespace {
+
+class BaseOperationsTest : public testing::Test {
+protected:
+    template <class Object>
+    static Object* held(Object* object) {
+        object->AddRef();
+        return object;
+    }
+
+    BSTR text = nullptr;
+    VARIANT variant = {};
+    void* out = nullptr;
+};
+
+TEST_F(BaseOperationsTest, AProviderImplementsNothing) {
+    TokenProvider* provider = held(new TokenProvider);
+    INT number = 7;
+    EXPECT_HR(E_NOTIMPL, provider->Load(nullptr));
+    EXPECT_HR(E_NOTIMPL, provider->Unload());
+    EXPECT_HR(E_NOTIMPL, provider->OpenKey(0, &out));
+    EXPECT_HR(E_NOTIMPL, provider->GetName(&text));
+    EXPECT_HR(E_NOTIMPL, provider->GetKeyCount(&number));
+    EXPECT_HR(E_NOTIMPL, provider->GetKeySN(0, &text));
+    EXPECT_HR(E_NOTIMPL, provider->LoadFinish(&number));
+    EXPECT_EQ(7, number);
+    EXPECT_EQ(0u, provider->Release());
+}
+
+TEST_F(BaseOperationsTest, ATokenImplementsNothing) {
+    BareToken* token = held(new BareToken(nullptr));
+    EXPECT_EQ(nullptr, token->GetParent());
+    for (const HRESULT hr :
+         {token->GetSerialNumber(&text), token->SetLabel(&text, &variant), token->GetLabel(&text),
+          token->GetManufacturerID(&text), token->GetModelID(&text), token->GetTotalSize(&variant),
+          token->GetFreeSize(&variant), token->ModifyPIN(nullptr, nullptr, 0),
+          token->GetMaxRetryCount(0, &variant), token->GetRemainRetryCount(0, &variant),
+          token->IsDefaultPIN(0, &variant), token->VerifyPIN(nullptr, 0),
+          token->UnlockPIN(nullptr, nullptr), token->Lock(&variant), token->Unlock(&variant),
+          token->CreateFile(nullptr, 0, 0, 0, 0, &out), token->FileExists(nullptr, &variant),
+          token->OpenFile(nullptr, &out), token->EnumFiles(&variant), token->DeleteFile(nullptr),
+          token->GetDigestMethod(&text), token->CreateContainer(nullptr, &out),
+          token->GetContainerCount(&variant), token->OpenContainer(variant, &out),
+          token->DeleteContainer(variant), token->GetCertData(nullptr, &variant),
+          token->GetPubKeyData(nullptr, &variant),
+          token->VerifyData(variant, nullptr, nullptr, variant), token->GetSignAlgo(&text),
+          token->GetZRHardApiInfo(&out, &text), token->CloseKey(),
+          token->DigestData(variant, nullptr, &variant), token->EnumContainer(&variant)}) {
+        EXPECT_HR(E_NOTIMPL, hr);
+    }
+    EXPECT_EQ(VT_EMPTY, variant.vt);
+    EXPECT_EQ(0u, token->Release());
+}
+
+TEST_F(BaseOperationsTest, AFileImplementsNothing) {
+    KeyFile* file = held(new KeyFile(nullptr));
+    EXPECT_EQ(nullptr, file->GetLog());
+    EXPECT_HR(E_NOTIMPL, file->Close());
+    EXPECT_HR(E_NOTIMPL, file->Flush());
+    EXPECT_HR(E_NOTIMPL, file->Write(variant));
+    EXPECT_HR(E_NOTIMPL, file->Read(0, &variant));
+    EXPECT_HR(E_NOTIMPL, file->GetSize(&variant));
+    EXPECT_HR(E_NOTIMPL, file->Seek(0, 0));
+    EXPECT_EQ(0, file->GetSelfGetDispatchInfoCount());
+    EXPECT_EQ(0u, file->Release());
+}
+
+TEST_F(BaseOperationsTest, AContainerImplementsNothing) {
+    KeyContainer* container = held(new KeyContainer(nullptr));
+    EXPECT_HR(E_NOTIMPL, container->Close());
+    EXPECT_HR(E_NOTIMPL, container->GetType(&text));
+    EXPECT_HR(E_NOTIMPL, container->ImportCertificate(true, variant));
+    EXPECT_HR(E_NOTIMPL, container->ExportCertificate(true, &variant));
+    EXPECT_HR(E_NOTIMPL, container->GenKeyPair(&variant));
+    EXPECT_HR(E_NOTIMPL, container->GetKeyCert(true, &out));
+    EXPECT_EQ(0, container->GetSelfGetDispatchInfoCount());
+    EXPECT_EQ(0u, container->Release());
+}
+
+TEST_F(BaseOperationsTest, ACertificateImplementsNothingAndItsAdaptersPassThatOn) {
+    KeyCertificate* certificate = held(new KeyCertificate(nullptr));
+    EXPECT_HR(E_NOTIMPL, certificate->GetCertData(&variant));
+    EXPECT_HR(E_NOTIMPL, certificate->GetCertID(&text));
+    EXPECT_HR(E_NOTIMPL, certificate->_GetCertData(nullptr, &variant));
+    EXPECT_HR(E_NOTIMPL, certificate->_GetCertID(nullptr, &variant));
+    EXPECT_EQ(VT_EMPTY, variant.vt);
+    EXPECT_EQ(0u, certificate->Release());
+}
+
+TEST_F(BaseOperationsTest, AChildKeepsItsParentAlive) {
+    TokenProvider* provider = held(new TokenProvider);
+    BareToken* token = held(new BareToken(provider));
+    KeyFile* file = held(new KeyFile(token));
+    KeyContainer* container = held(new KeyContainer(token));
+    KeyCertificate* certificate = held(new KeyCertificate(container));
+    EXPECT_EQ(1u, provider->Release());
+    EXPECT_EQ(2u, token->Release());
+    EXPECT_EQ(1u, container->Release());
+    EXPECT_EQ(0u, file->Release());
+    EXPECT_EQ(container, certificate->GetParent());
+    EXPECT_EQ(token, container->GetParent());
+    EXPECT_EQ(provider, token->GetParent());
+    EXPECT_EQ(0u, certificate->Release());
+}
+
+}  // namespace
+}  // namespace zr::test
