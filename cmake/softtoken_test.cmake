@@ -14,16 +14,28 @@ function(zr_add_token_test name)
   cmake_parse_arguments(arg "" "AROUND" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE zr_test_support ${arg_LIBS} zr_options)
+  if(WIN32)
+    add_dependencies(${name} pkcs11bridge)
+  endif()
+  zr_run_on_token(${name} ${name} MODULE ${ZR_SOFTHSM_MODULE} AROUND ${arg_AROUND})
+endfunction()
+
+# zr_run_on_token(NAME TARGET MODULE file [AROUND script] [ENVIRONMENT NAME=value...])
+#
+# One run of such an executable on a token of its own, through a native module.
+function(zr_run_on_token name target)
+  cmake_parse_arguments(arg "" "MODULE;AROUND" "ENVIRONMENT" ${ARGN})
   add_test(NAME ${name}
            COMMAND ${PROJECT_SOURCE_DIR}/scripts/with-softtoken
                    ${CMAKE_CURRENT_BINARY_DIR}/${name}_token
-                   ${arg_AROUND} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
-  set(module ${ZR_SOFTHSM_MODULE})
+                   ${arg_AROUND} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${target}>)
+  set(module ZRKEY_TEST_MODULE=${arg_MODULE})
   if(WIN32)
-    add_dependencies(${name} pkcs11bridge)
-    # The name that Linux has for it: under Wine the current drive is the one that holds it.
-    set(module $<TARGET_PROPERTY:pkcs11bridge,ZR_FILE>)
+    # The bridge goes by the name that Linux has for it: under Wine the current drive is the one
+    # that holds it.
+    set(module ZRKEY_TEST_MODULE=$<TARGET_PROPERTY:pkcs11bridge,ZR_FILE>
+               ZRKEY_BRIDGE_MODULE=${arg_MODULE})
     set_tests_properties(${name} PROPERTIES FIXTURES_REQUIRED wine)
   endif()
-  set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT "ZRKEY_TEST_MODULE=${module}")
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT "${module};${arg_ENVIRONMENT}")
 endfunction()
