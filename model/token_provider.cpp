@@ -21,7 +21,7 @@ HRESULT STDMETHODCALLTYPE TokenProvider::QueryInterface(const GUID& riid, void**
     if (ppv && riid == IID_ITokenProvider) {
         *ppv = static_cast<ITokenProvider*>(this);
     }
-    return ZComponentImpl::QueryInterface(riid, ppv);
+    return ZComponent<ITokenProvider>::QueryInterface(riid, ppv);
 }
 
 ULONG STDMETHODCALLTYPE TokenProvider::AddRef() {

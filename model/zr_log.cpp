@@ -3,9 +3,9 @@
 
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
 
 #include "kernel.h"
+#include "runtime/bounded_text.h"
 
 ZRLog::ZRLog() : m_szFilePath() {}
 
@@ -13,8 +13,7 @@ ZRLog::~ZRLog() {}
 
 int ZRLog::SetFilePath(const char* path) {
     m_szFilePath[0] = 0;
-    if (path && std::strlen(path) < sizeof m_szFilePath) {
-        std::strcpy(m_szFilePath, path);
+    if (path && zr::appendText(m_szFilePath, path)) {
         if (std::FILE* file = std::fopen(m_szFilePath, "a+")) {
             std::fclose(file);
         }

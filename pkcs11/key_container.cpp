@@ -8,6 +8,7 @@
 #include "pkcs11/key_certificate.h"
 #include "pkcs11/text_out.h"
 #include "pkcs11/token_object_walk.h"
+#include "runtime/bounded_text.h"
 #include "runtime/dispatch_table.h"
 #include "runtime/zcom_bstr.h"
 
@@ -38,9 +39,8 @@ bool KeyContainer_pkcs11::OpenContainer(const VARIANT& identity) {
                 return true;
             }
             // A longer ID could not be told from another that begins alike.
-            if (std::strlen(id) < sizeof m_szCertID) {
+            if (zr::appendText(m_szCertID, id)) {
                 m_hCertObject = object;
-                std::strcpy(m_szCertID, id);
                 std::memcpy(m_szCertType, read.bytes(1),
                             std::min<std::size_t>(read.length(1), sizeof m_szCertType - 1));
                 isOpened = true;

@@ -2,11 +2,11 @@
 #include <tinyxml2.h>
 
 #include <cstdio>
-#include <cstring>
 #include <new>
 
 #include "model/log_scope.h"
 #include "pkcs11/token_provider.h"
+#include "runtime/bounded_text.h"
 
 namespace {
 
@@ -21,10 +21,9 @@ bool appendChildText(const tinyxml2::XMLElement& driver, const char* name, char 
     if (!text) {
         return true;
     }
-    if (std::strlen(list) + std::strlen(text) >= Size) {
+    if (!zr::appendText(list, text)) {
         return false;
     }
-    std::strcat(list, text);
     char line[1024];
     std::snprintf(line, sizeof line, "%sList=[%s]\n", name, list);
     scope.message(line, sourceLine);

@@ -4,6 +4,7 @@
 
 #include "model/log_scope.h"
 #include "pkcs11/token_provider.h"
+#include "runtime/bounded_text.h"
 #include "runtime/path_utils.h"
 #include "runtime/zcom_bstr.h"
 
@@ -21,16 +22,10 @@ bool makeModulePath(const char* modulePath, char* path) {
         return false;
     }
     ZConvertLinuxPath(path);
-    const std::size_t directory = std::strlen(path);
-    const bool isSeparated = path[directory - 1] == '/';
-    if (directory + (isSeparated ? 0 : 1) + std::strlen(modulePath) >= kPathSize) {
-        return false;
-    }
-    if (!isSeparated) {
-        std::strcat(path, "/");
-    }
-    std::strcat(path, modulePath);
-    return ZGetAbsolutionPath(path, path, kPathSize) == 0;
+    const bool isSeparated = path[std::strlen(path) - 1] == '/';
+    return (isSeparated || zr::appendText(path, kPathSize, "/")) &&
+           zr::appendText(path, kPathSize, modulePath) &&
+           ZGetAbsolutionPath(path, path, kPathSize) == 0;
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <memory>
 #include <new>
 
+#include "runtime/bounded_text.h"
 #include "runtime/component_impl.h"
 #include "runtime/console.h"
 
@@ -84,8 +85,8 @@ BOOL ZComponentImpl::AddProxyDispatch(IDispatch* proxy, LONG idOffset, int stage
     node->pDispatch = proxy;
     node->nIdOffset = idOffset;
     node->nStage = stage;
-    if (name && std::strlen(name) < sizeof node->szName) {
-        std::strcpy(node->szName, name);
+    if (name) {
+        zr::appendText(node->szName, name);  // one that does not fit leaves it empty
     }
     if (m_pTail) {
         m_pTail->pNext = node;

@@ -107,7 +107,7 @@ void Encode(unsigned char* output, const ULONG* input, unsigned int len) {
 }
 
 void Decode(ULONG* output, const unsigned char* input, unsigned int len) {
-    for (unsigned int i = 0; i < len / 4; ++i) {
+    for (std::size_t i = 0; i < len / 4; ++i) {
         const unsigned char* bytes = input + i * 4;
         output[i] = static_cast<ULONG>(bytes[0]) | static_cast<ULONG>(bytes[1]) << 8 |
                     static_cast<ULONG>(bytes[2]) << 16 | static_cast<ULONG>(bytes[3]) << 24;

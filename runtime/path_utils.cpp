@@ -170,7 +170,7 @@ GUID ZCreateGUIDFromString(const char* s) {
     guid.Data1 = ZHexStringToInt(s, 8);
     guid.Data2 = static_cast<WORD>(ZHexStringToInt(s + 9, 4));
     guid.Data3 = static_cast<WORD>(ZHexStringToInt(s + 14, 4));
-    for (int i = 0; i < 8; ++i) {
+    for (std::size_t i = 0; i < 8; ++i) {
         const char* pair = i < 2 ? s + 19 + 2 * i : s + 24 + 2 * (i - 2);
         guid.Data4[i] = static_cast<BYTE>(ZHexStringToInt(pair, 2));
     }
