@@ -24,7 +24,8 @@ void setList(char (&list)[Size], const char* text, const char* name, const LogSc
 
 }  // namespace
 
-KeyObject_pkcs11::KeyObject_pkcs11(TokenProvider* provider) : KeyObject(provider) {
+KeyObject_pkcs11::KeyObject_pkcs11(TokenProvider* provider)
+    : KeyObject(provider), m_pProvider(dynamic_cast<TokenProvider_pkcs11*>(provider)) {
     const LogScope scope(GetLog(), "KeyObject_pkcs11");
     m_szPIN[0] = 0;
     if (const TokenProvider_pkcs11* owner = GetTokenProvider()) {
@@ -40,7 +41,7 @@ KeyObject_pkcs11::~KeyObject_pkcs11() {
 }
 
 TokenProvider_pkcs11* KeyObject_pkcs11::GetTokenProvider() const {
-    return dynamic_cast<TokenProvider_pkcs11*>(GetParent());
+    return m_pProvider;
 }
 
 HRESULT KeyObject_pkcs11::SetSlotID(CK_SLOT_ID slot) {

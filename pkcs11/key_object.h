@@ -123,5 +123,6 @@ private:
     char m_szDigestList[500] = {};
     void* m_pApplication = nullptr;
     CK_SESSION_HANDLE m_hSession = 0;
+    TokenProvider_pkcs11* m_pProvider;
     unsigned int m_nUnloadCount = 0;
 };

@@ -3,7 +3,7 @@
 
 #include <zrkey/automation.h>
 
-#include "runtime/zcom_bstr.h"
+#include "runtime/string_convert.h"
 
 namespace zr {
 
@@ -11,11 +11,11 @@ namespace zr {
 /// @param out   receives a string that the caller owns; untouched on failure.
 /// @retval E_OUTOFMEMORY  the string cannot be made.
 inline HRESULT handOutText(const char* text, BSTR* out) {
-    const BSTR copy = zrapi::ZComBSTR(text).Copy();
-    if (!copy) {
+    const BSTR made = ZSysAllocUTF8String(text);
+    if (!made) {
         return E_OUTOFMEMORY;
     }
-    *out = copy;
+    *out = made;
     return S_OK;
 }
 

@@ -4,6 +4,8 @@
 #include <link.h>
 #include <strings.h>
 
+#include <cstring>
+
 namespace {
 
 HMODULE fromHandle(void* handle) {
@@ -24,6 +26,12 @@ HMODULE openAutomation() {
     return fromHandle(dlopen(info.dli_fname, RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD));
 }
 
+// It stays for the life of the process; it is asked for with every string that is made.
+HMODULE automation() {
+    static const HMODULE module = openAutomation();
+    return module;
+}
+
 // The dynamic loader looks in what the module depends on, too.
 bool isOwnFunction(HMODULE module, void* function) {
     link_map* asked = nullptr;
@@ -40,7 +48,7 @@ HMODULE LoadLibraryA(LPCSTR fileName) {
         return nullptr;
     }
     if (strcasecmp(fileName, "oleaut32.dll") == 0) {
-        return openAutomation();
+        return automation();
     }
     return fromHandle(dlopen(fileName, RTLD_NOW | RTLD_LOCAL));
 }
@@ -57,6 +65,10 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
     if (module == nullptr || name == nullptr || name[0] == '\0') {
         return nullptr;
     }
+    if (module == automation() && std::strcmp(name, "SysAllocString") == 0) {
+        // The loader takes longer than the call.
+        return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&SysAllocString));
+    }
     void* const function = dlsym(toHandle(module), name);
     return function != nullptr && isOwnFunction(module, function)
                ? reinterpret_cast<FARPROC>(function)
@@ -64,5 +76,8 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
 }
 
 BOOL FreeLibrary(HMODULE module) {
-    return module != nullptr && dlclose(toHandle(module)) == 0 ? TRUE : FALSE;
+    if (module == nullptr) {
+        return FALSE;
+    }
+    return module == automation() || dlclose(toHandle(module)) == 0 ? TRUE : FALSE;
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <climits>
 #include <string>
+#include <type_traits>
 
 namespace {
 
@@ -74,6 +75,19 @@ const char* skipInvalid(const char* start, const char* end) {
     return next;
 }
 
+// Most text is of one unit a character in both encodings.
+// False when the target is too small for it.
+template <typename From, typename To>
+bool putAscii(const From** source, const From* end, Output<To>* output) {
+    for (; *source != end && static_cast<std::make_unsigned_t<From>>(**source) < 0x80; ++*source) {
+        if (output->room() == 0) {
+            return false;
+        }
+        output->put(static_cast<To>(**source));
+    }
+    return true;
+}
+
 // False when the target is too small. A pair of surrogates is cut when it is the last of the input
 // and one unit is left for it.
 bool putUtf16(char32_t codePoint, bool last, Output<WCHAR>* output) {
@@ -121,7 +135,7 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR source, int length, W
     const char* const end = source + sourceLength(source, length);
     Output<WCHAR> output(target, size);
     bool invalid = false;
-    while (source != end) {
+    while (putAscii(&source, end, &output) && source != end) {
         const char* const valid = utf8::find_invalid(source, end);
         while (source != valid) {
             const char32_t codePoint = utf8::unchecked::next(source);
@@ -137,7 +151,7 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR source, int length, W
             }
         }
     }
-    return invalid && (flags & MB_ERR_INVALID_CHARS) != 0 ? 0 : output.result();
+    return source != end || (invalid && (flags & MB_ERR_INVALID_CHARS) != 0) ? 0 : output.result();
 }
 
 int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH source, int length, LPSTR target,
@@ -150,7 +164,7 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH source, int length, L
     const LPCWCH end = source + sourceLength(source, length);
     Output<char> output(target, size);
     bool invalid = false;
-    while (source != end) {
+    while (putAscii(&source, end, &output) && source != end) {
         char bytes[4];
         const char* const bytesEnd =
             utf8::unchecked::append(nextCodePoint(&source, end, &invalid), bytes);
@@ -160,5 +174,5 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH source, int length, L
         std::for_each(static_cast<const char*>(bytes), bytesEnd,
                       [&output](char byte) { output.put(byte); });
     }
-    return invalid && (flags & WC_ERR_INVALID_CHARS) != 0 ? 0 : output.result();
+    return source != end || (invalid && (flags & WC_ERR_INVALID_CHARS) != 0) ? 0 : output.result();
 }
