@@ -1,4 +1,5 @@
-// Signing and listing over a module that answers at once, against the bare calls of that module.
+// Signing and listing over a module that answers at once, and signing over SoftHSM2, against the bare
+// calls of that module.
 #include <benchmark/benchmark.h>
 #include <dlfcn.h>
 
@@ -15,22 +16,30 @@
 
 namespace {
 
-/// A provider with the instant module, and its one token, logged in.
-class InstantToken {
+/// A provider with a module loaded, and its first token that takes the PIN, logged in.
+class BenchToken {
 public:
-    explicit InstantToken(long certificates) {
-        setenv("ZRKEY_BENCH_CERTIFICATES", std::to_string(certificates).c_str(), 1);
+    explicit BenchToken(const std::string& module) {
         std::ofstream("config.xml") << "<driver/>";
-        const std::string path =
-            std::filesystem::relative(ZRKEY_INSTANT_MODULE).generic_string();
+        const std::string path = std::filesystem::relative(module).generic_string();
         provider->AddRef();
-        if (FAILED(provider->Load(zrapi::ZComBSTR(path.c_str()))) ||
-            FAILED(provider->OpenKey(0, reinterpret_cast<void**>(&token))) ||
-            FAILED(token->VerifyPIN(zrapi::ZComBSTR("1234"), 0))) {
-            throw std::runtime_error("the instant module does not load");
+        INT count = 0;
+        provider->Load(zrapi::ZComBSTR(path.c_str()));
+        provider->GetKeyCount(&count);
+        for (LONG i = 0; i < count && !token; ++i) {
+            provider->OpenKey(i, reinterpret_cast<void**>(&token));
+            if (token && FAILED(token->VerifyPIN(zrapi::ZComBSTR("1234"), 0))) {
+                token->Release();
+                token = nullptr;
+            }
+        }
+        if (!token) {
+            throw std::runtime_error("no token of " + module + " takes the PIN");
         }
     }
-    ~InstantToken() {
+    BenchToken(const BenchToken&) = delete;
+    BenchToken& operator=(const BenchToken&) = delete;
+    ~BenchToken() {
         token->Release();
         provider->Release();
     }
@@ -39,19 +48,43 @@ public:
     IKeyObject* token = nullptr;
 };
 
-CK_FUNCTION_LIST* bareModule() {
-    void* module = dlopen(ZRKEY_INSTANT_MODULE, RTLD_NOW);
-    const auto getList = reinterpret_cast<CK_RV (*)(CK_FUNCTION_LIST**)>(
-        dlsym(module, "C_GetFunctionList"));
-    CK_FUNCTION_LIST* list = nullptr;
-    getList(&list);
-    return list;
-}
+class InstantToken : public BenchToken {
+public:
+    explicit InstantToken(long certificates) : BenchToken(withCertificates(certificates)) {}
+
+private:
+    static const char* withCertificates(long count) {
+        setenv("ZRKEY_BENCH_CERTIFICATES", std::to_string(count).c_str(), 1);
+        return ZRKEY_INSTANT_MODULE;
+    }
+};
+
+/// The same module without the library, which has initialised it and logged in.
+class BareModule {
+public:
+    explicit BareModule(const char* path) {
+        void* module = dlopen(path, RTLD_NOW);
+        const auto getList = reinterpret_cast<CK_RV (*)(CK_FUNCTION_LIST**)>(
+            dlsym(module, "C_GetFunctionList"));
+        CK_FUNCTION_LIST* list = nullptr;
+        getList(&list);
+        call = &list->functions;
+        CK_SLOT_ID slots[8];
+        CK_ULONG count = 8;
+        call->C_GetSlotList(CK_TRUE, slots, &count);
+        call->C_OpenSession(slots[0], CKF_SERIAL_SESSION | CKF_RW_SESSION, nullptr, nullptr,
+                            &session);
+    }
+
+    const CK_FUNCTIONS* call;
+    CK_SESSION_HANDLE session = 0;
+};
 
 /// The walk to a key and the signature, as few calls as a host needs.
-void bareSignature(benchmark::State& state) {
-    const InstantToken instant(1);
-    const CK_FUNCTIONS& call = bareModule()->functions;
+void bareSignature(benchmark::State& state, const char* module) {
+    const BenchToken token(module);
+    const BareModule bare(module);
+    const CK_FUNCTIONS& call = *bare.call;
     CK_OBJECT_CLASS objectClass = CKO_PRIVATE_KEY;
     CK_ATTRIBUTE search = {CKA_CLASS, &objectClass, sizeof objectClass};
     CK_BYTE data[32] = {};
@@ -63,26 +96,28 @@ void bareSignature(benchmark::State& state) {
         CK_MECHANISM mechanism = {CKM_SHA1_RSA_PKCS, nullptr, 0};
         CK_BYTE signature[1024];
         CK_ULONG length = sizeof signature;
-        call.C_FindObjectsInit(1, &search, 1);
-        call.C_FindObjects(1, &key, 1, &count);
-        call.C_GetAttributeValue(1, key, &read, 1);
-        call.C_FindObjectsFinal(1);
-        call.C_SignInit(1, &mechanism, key);
-        call.C_Sign(1, data, sizeof data, signature, &length);
+        call.C_FindObjectsInit(bare.session, &search, 1);
+        call.C_FindObjects(bare.session, &key, 1, &count);
+        call.C_GetAttributeValue(bare.session, key, &read, 1);
+        call.C_FindObjectsFinal(bare.session);
+        call.C_SignInit(bare.session, &mechanism, key);
+        if (call.C_Sign(bare.session, data, sizeof data, signature, &length) != CKR_OK) {
+            state.SkipWithError("no signature");
+            break;
+        }
         benchmark::DoNotOptimize(signature);
     }
 }
-BENCHMARK(bareSignature);
 
-void signature(benchmark::State& state) {
-    const InstantToken instant(1);
+void signature(benchmark::State& state, const char* module) {
+    const BenchToken bench(module);
     VARIANT which;
     VariantInit(&which);
     which.vt = VT_I4;
     which.lVal = 0;
     IKeyContainer* container = nullptr;
     IKeyCertificate* certificate = nullptr;
-    if (FAILED(instant.token->OpenContainer(which, reinterpret_cast<void**>(&container))) ||
+    if (FAILED(bench.token->OpenContainer(which, reinterpret_cast<void**>(&container))) ||
         FAILED(container->GetKeyCert(true, reinterpret_cast<void**>(&certificate)))) {
         state.SkipWithError("no certificate");
         return;
@@ -92,7 +127,7 @@ void signature(benchmark::State& state) {
     zr::storeBytes(bytes, sizeof bytes, VT_UI1, &data);
     for (auto _ : state) {
         VARIANT result;
-        if (FAILED(instant.token->SignData(nullptr, data, certificate, &result))) {
+        if (FAILED(bench.token->SignData(nullptr, data, certificate, &result))) {
             state.SkipWithError("no signature");
             break;
         }
@@ -102,27 +137,32 @@ void signature(benchmark::State& state) {
     certificate->Release();
     container->Release();
 }
-BENCHMARK(signature);
+
+BENCHMARK_CAPTURE(bareSignature, instant, ZRKEY_INSTANT_MODULE);
+BENCHMARK_CAPTURE(signature, instant, ZRKEY_INSTANT_MODULE);
+BENCHMARK_CAPTURE(bareSignature, softhsm, ZRKEY_SOFT_MODULE);
+BENCHMARK_CAPTURE(signature, softhsm, ZRKEY_SOFT_MODULE);
 
 void bareCertificateList(benchmark::State& state) {
     const InstantToken instant(state.range(0));
-    const CK_FUNCTIONS& call = bareModule()->functions;
+    const BareModule bare(ZRKEY_INSTANT_MODULE);
+    const CK_FUNCTIONS& call = *bare.call;
     CK_OBJECT_CLASS objectClass = CKO_CERTIFICATE;
     CK_ATTRIBUTE search = {CKA_CLASS, &objectClass, sizeof objectClass};
     for (auto _ : state) {
-        call.C_FindObjectsInit(1, &search, 1);
+        call.C_FindObjectsInit(bare.session, &search, 1);
         for (;;) {
             CK_OBJECT_HANDLE object = 0;
             CK_ULONG count = 0;
             char id[16];
             CK_ATTRIBUTE read = {CKA_ID, id, sizeof id};
-            if (call.C_FindObjects(1, &object, 1, &count) != CKR_OK || count != 1) {
+            if (call.C_FindObjects(bare.session, &object, 1, &count) != CKR_OK || count != 1) {
                 break;
             }
-            call.C_GetAttributeValue(1, object, &read, 1);
+            call.C_GetAttributeValue(bare.session, object, &read, 1);
             benchmark::DoNotOptimize(id);
         }
-        call.C_FindObjectsFinal(1);
+        call.C_FindObjectsFinal(bare.session);
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
