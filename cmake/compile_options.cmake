@@ -14,6 +14,21 @@ if(ZRKEY_SANITIZE)
   add_link_options(-fsanitize=address,undefined -fno-sanitize=vptr)
 endif()
 
+# Hardening, for everything that is linked into what is installed. _FORTIFY_SOURCE needs optimised
+# code, and gets in the way of the sanitizers' own checks.
+add_compile_options(-fstack-protector-strong)
+if(NOT ZRKEY_SANITIZE)
+  add_compile_options($<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
+endif()
+if(WIN32)
+  add_link_options(LINKER:--dynamicbase,--high-entropy-va,--nxcompat
+                   -fstack-protector-strong)  # with the library that reports an overrun
+else()
+  include(CheckPIESupported)
+  check_pie_supported()
+  add_link_options(LINKER:-z,relro,-z,now,-z,noexecstack)
+endif()
+
 if(WIN32)
   # No DLL outside Windows is needed: libstdc++, libgcc and winpthread are linked in.
   target_link_options(zr_options INTERFACE -static)

@@ -293,5 +293,17 @@ TEST_F(TokenTest, ATokenOpenedBeforeAnUnloadStaysUnusable) {
     EXPECT_TRUE(module.takeCalls().empty());
 }
 
+TEST_F(ModuleLoadingTest, APlatformLibraryInTheCurrentDirectoryIsNotTaken) {
+    // It lacks what strings are made by: taken for the platform, no string would be made.
+    for (const char* name : {"OleAut32.dll", "oleaut32.dll"}) {
+        std::filesystem::copy_file(module.noListPath(), folder.work() / name,
+                                   std::filesystem::copy_options::overwrite_existing);
+    }
+    BSTR text = nullptr;
+    EXPECT_HR(S_OK, provider->GetName(&text));
+    EXPECT_EQ("PKCS#11", narrow(text));
+    SysFreeString(text);
+}
+
 }  // namespace
 }  // namespace zr::test
