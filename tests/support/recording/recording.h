@@ -20,9 +20,7 @@ public:
     Recording& operator=(const Recording&) = delete;
     ~Recording();
 
-    RecordingModule* operator->() const {
-        return m_control;
-    }
+    RecordingModule* operator->() const { return m_control; }
 
     /// The module's path relative to the current directory, as the library wants it.
     std::string path() const;

@@ -34,7 +34,7 @@ void RecordingState::reset() {
     info.ulTotalPublicMemory = 65536;
     info.ulFreePublicMemory = 4096;
     m_failures.clear();
-    m_removed.clear();
+    m_removed = std::vector<std::size_t>();
     m_counts.clear();
     m_objects.clear();
     m_lastObject = 0;

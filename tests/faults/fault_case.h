@@ -1,0 +1,26 @@
+// The cases: everything that can go wrong in one Cryptoki call of a run without a fault.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/faults/step.h"
+
+namespace zr::test {
+
+struct FaultCase {
+    enum Kind { inCall, missingEntry, listFails, listIsNull };
+    Kind kind;
+    RecordingFault fault;  ///< of inCall; listFails has its result alone
+    std::string function;  ///< of missingEntry
+    std::string description;
+};
+
+/// Numbered from 0, always in the same order.
+/// @param calls  of the run without a fault.
+std::vector<FaultCase> makeFaultCases(const std::vector<MadeCall>& calls);
+
+/// Makes the module ready for a case.
+void applyFault(const FaultCase& fault, RunContext* context);
+
+}  // namespace zr::test
