@@ -29,6 +29,7 @@ constexpr NamedLie kLengths[] = {
     {RecordingFault::lengthUnavailable, "CK_UNAVAILABLE_INFORMATION"},
     {RecordingFault::lengthLargest, "the largest length"},
 };
+constexpr NamedLie kPastRoom[] = {{RecordingFault::lengthPastRoom, "a length past the buffer"}};
 constexpr NamedLie kCounts[] = {
     {RecordingFault::countZero, "a count of 0"},
     {RecordingFault::countMore, "a count one too large"},
@@ -74,30 +75,43 @@ std::size_t indexOf(const std::string& function) {
 
 class Cases {
 public:
+    explicit Cases(bool isSearchExclusive) : m_isSearchExclusive(isSearchExclusive) {}
+
     void addListFaults() {
         for (const NamedResult& failure : kFailures) {
-            m_cases.push_back({FaultCase::listFails,
+            m_cases.push_back({m_isSearchExclusive,
+                               FaultCase::listFails,
                                {RecordingFault::none, 0, failure.result, 0},
                                "",
                                std::string("C_GetFunctionList: ") + failure.name});
         }
-        m_cases.push_back({FaultCase::listIsNull, {}, "", "C_GetFunctionList: a null list"});
+        m_cases.push_back(
+            {m_isSearchExclusive, FaultCase::listIsNull, {}, "", "C_GetFunctionList: a null list"});
     }
 
     void addMissing(const std::string& function) {
-        m_cases.push_back(
-            {FaultCase::missingEntry, {}, function, function + ": a null pointer in the list"});
+        m_cases.push_back({m_isSearchExclusive,
+                           FaultCase::missingEntry,
+                           {},
+                           function,
+                           function + ": a null pointer in the list"});
     }
 
     void addFaults(const MadeCall& call, unsigned int nth) {
         const std::string where =
             "call " + std::to_string(nth) + ", " + call.line + " in " + call.step + ": ";
         for (const NamedResult& failure : kFailures) {
-            m_cases.push_back({FaultCase::inCall,
+            m_cases.push_back({m_isSearchExclusive,
+                               FaultCase::inCall,
                                {RecordingFault::failure, nth, failure.result, 0},
                                "",
                                where + failure.name});
         }
+        m_cases.push_back({m_isSearchExclusive,
+                           FaultCase::inCall,
+                           {RecordingFault::listCleared, nth, CKR_OK, 0},
+                           "",
+                           where + "the list it handed out zeroed"});
         const std::string function = call.function();
         if (function == "C_GetSlotList" || function == "C_FindObjects") {
             addLies(kCounts, nth, 1, where);
@@ -106,6 +120,9 @@ public:
             addLies(kUnterminated, nth, 1, where);
         } else if (function == "C_GetAttributeValue" || function == "C_Sign") {
             addLies(kLengths, nth, call.answer.valueCount, where);
+        }
+        if (function == "C_Sign") {
+            addLies(kPastRoom, nth, 1, where);
         }
         if (function == "C_GetAttributeValue") {
             addLies(kUnterminated, nth, call.answer.valueCount, where);
@@ -122,7 +139,8 @@ private:
                  const std::string& where) {
         for (std::size_t place = 0; place < places; ++place) {
             for (const NamedLie& lie : lies) {
-                m_cases.push_back({FaultCase::inCall,
+                m_cases.push_back({m_isSearchExclusive,
+                                   FaultCase::inCall,
                                    {lie.kind, nth, CKR_OK, place},
                                    "",
                                    where + lie.name + " at " + std::to_string(place)});
@@ -130,13 +148,14 @@ private:
         }
     }
 
+    bool m_isSearchExclusive;
     std::vector<FaultCase> m_cases;
 };
 
 }  // namespace
 
-std::vector<FaultCase> makeFaultCases(const std::vector<MadeCall>& calls) {
-    Cases cases;
+std::vector<FaultCase> makeFaultCases(const std::vector<MadeCall>& calls, bool isSearchExclusive) {
+    Cases cases(isSearchExclusive);
     cases.addListFaults();
     std::set<std::string> functions;
     for (const MadeCall& call : calls) {
@@ -152,6 +171,7 @@ std::vector<FaultCase> makeFaultCases(const std::vector<MadeCall>& calls) {
 }
 
 void applyFault(const FaultCase& fault, RunContext* context) {
+    context->module->settings().isSearchExclusive = fault.isSearchExclusive;
     switch (fault.kind) {
         case FaultCase::inCall:
             context->module->setFault(fault.fault);

@@ -23,6 +23,11 @@ CK_RV FaultInjector::beginCall(unsigned int nth) {
     return m_fault.result;
 }
 
+bool FaultInjector::clearsList() {
+    m_wasHit = m_wasHit || is(RecordingFault::listCleared);
+    return is(RecordingFault::listCleared);
+}
+
 void FaultInjector::lieAboutCount(CK_ULONG* count) {
     if (is(RecordingFault::countZero)) {
         *count = 0;
@@ -36,7 +41,7 @@ void FaultInjector::lieAboutCount(CK_ULONG* count) {
     m_wasHit = true;
 }
 
-void FaultInjector::lieAboutLength(CK_ULONG* length, std::size_t index) {
+void FaultInjector::lieAboutLength(CK_ULONG* length, std::size_t index, CK_ULONG room) {
     if (m_fault.index != index) {
         return;
     }
@@ -50,6 +55,8 @@ void FaultInjector::lieAboutLength(CK_ULONG* length, std::size_t index) {
         *length = CK_UNAVAILABLE_INFORMATION;
     } else if (is(RecordingFault::lengthLargest)) {
         *length = CK_UNAVAILABLE_INFORMATION - 1;
+    } else if (is(RecordingFault::lengthPastRoom)) {
+        *length = room + 1;
     } else {
         return;
     }
@@ -59,8 +66,8 @@ void FaultInjector::lieAboutLength(CK_ULONG* length, std::size_t index) {
 void FaultInjector::lieAboutToken(CK_TOKEN_INFO* info) {
     CK_ULONG total = info->ulTotalPublicMemory;
     CK_ULONG free = info->ulFreePublicMemory;
-    lieAboutLength(&total, 0);
-    lieAboutLength(&free, 1);
+    lieAboutLength(&total, 0, 0);
+    lieAboutLength(&free, 1, 0);
     info->ulTotalPublicMemory = total;
     info->ulFreePublicMemory = free;
     if (is(RecordingFault::unterminated)) {
@@ -76,7 +83,7 @@ void FaultInjector::lieAboutValues(CK_ATTRIBUTE* attributes, const CK_ULONG* roo
                                    CK_ULONG count) {
     for (CK_ULONG i = 0; i < count; ++i) {
         CK_ULONG length = attributes[i].ulValueLen;
-        lieAboutLength(&length, i);
+        lieAboutLength(&length, i, rooms[i]);
         attributes[i].ulValueLen = length;
     }
     if (m_fault.index >= count) {

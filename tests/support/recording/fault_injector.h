@@ -18,9 +18,13 @@ public:
     /// @return the result the call has to fail with, or CKR_OK.
     CK_RV beginCall(unsigned int nth);
 
+    /// Whether the function list is to be zeroed in this call.
+    bool clearsList();
+
     /// Changes what an honest module answered in this call.
     void lieAboutCount(CK_ULONG* count);
-    void lieAboutLength(CK_ULONG* length, std::size_t index);
+    /// @param room  bytes of the caller's buffer.
+    void lieAboutLength(CK_ULONG* length, std::size_t index, CK_ULONG room);
     void lieAboutToken(CK_TOKEN_INFO* info);
     /// @param rooms  the lengths that the caller passed in.
     void lieAboutValues(CK_ATTRIBUTE* attributes, const CK_ULONG* rooms, CK_ULONG count);

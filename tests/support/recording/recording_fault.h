@@ -17,9 +17,11 @@ struct RecordingFault {
         lengthZero,
         lengthUnavailable,  ///< CK_UNAVAILABLE_INFORMATION
         lengthLargest,      ///< the largest number below it
+        lengthPastRoom,     ///< one more than the caller's buffer holds
         countZero,
         countMore,     ///< one more than there are
         countLargest,  ///< the largest number
+        listCleared,   ///< the function list, handed out before, is zeroed
         unterminated,  ///< text fields and values filled to the last byte
     };
     Kind kind;

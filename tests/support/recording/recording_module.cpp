@@ -207,7 +207,7 @@ CK_RV sign(CK_SESSION_HANDLE session, CK_BYTE* data, CK_ULONG length, CK_BYTE* s
         signature[i] = static_cast<CK_BYTE>(i);
     }
     *signatureLength = size;
-    state().fault().lieAboutLength(signatureLength, 0);
+    state().fault().lieAboutLength(signatureLength, 0, room);
     state().lastCall().addValue(*signatureLength, signature, room);
     return CKR_OK;
 }

@@ -87,7 +87,11 @@ CK_RV RecordingState::record(const std::string& function, const std::string& arg
             return failure.result;
         }
     }
-    return m_fault.beginCall(overall);
+    const CK_RV result = m_fault.beginCall(overall);
+    if (m_fault.clearsList()) {
+        m_list = {};
+    }
+    return result;
 }
 
 CK_RV RecordingState::openSession(CK_SESSION_HANDLE* session, void* application) {
