@@ -1,6 +1,8 @@
 // What an operation answers when one of its Cryptoki calls fails, on a token that is in order.
 #include "tests/faults/documented_results.h"
 
+#include <algorithm>
+
 namespace zr::test {
 namespace {
 
@@ -140,6 +142,20 @@ std::string checkDocumentedResult(const RunContext& context) {
     const testing::AssertionResult result =
         isResult("", faulty.step.c_str(), row->result, *faulty.result);
     return result ? "" : where + result.message();
+}
+
+std::vector<std::string> resultsWithoutCall(const std::vector<MadeCall>& calls) {
+    std::vector<std::string> unmet;
+    for (const Row& row : kRows) {
+        const bool isMet = std::any_of(calls.begin(), calls.end(), [&row](const MadeCall& call) {
+            return call.step == row.step && call.function() == row.function &&
+                   (row.nth == 0 || row.nth == call.nthInStep);
+        });
+        if (!isMet) {
+            unmet.push_back(std::string(row.step) + " by " + row.function);
+        }
+    }
+    return unmet;
 }
 
 }  // namespace zr::test

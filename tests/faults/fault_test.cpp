@@ -151,6 +151,10 @@ TEST_F(FaultTest, ARunWithoutAFaultFailsWhereItIsMeantTo) {
         failed);
 }
 
+TEST_F(FaultTest, EveryDocumentedResultIsMet) {
+    EXPECT_EQ(std::vector<std::string>{}, resultsWithoutCall(cleanRun(true).calls));
+}
+
 TEST_F(FaultTest, EveryCallFailsOnce) {
     const std::vector<FaultCase> cases = allCases();
     measureKeptBytes();

@@ -90,7 +90,7 @@ private:
     void countContainers(const Token& token);
     void listContainers(const Token& token);
     Container openContainer(const char* name, const Token& token, const VARIANT& which);
-    void readContainer(const Token& token, Container* container);
+    void readContainer(Container* container);
     void readCertificate(const Token& token, const Container& container);
     void readPublicKey(const Token& token, const Container& container);
     void releaseContainer(Container* container);

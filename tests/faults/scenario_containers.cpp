@@ -61,13 +61,13 @@ void Scenario::useContainers(const Token& token) {
     listContainers(token);
     Container second = openContainer("OpenContainer by index", token, indexOf(1));
     if (second.object) {
-        readContainer(token, &second);
+        readContainer(&second);
         releaseContainer(&second);
     }
     const Text name("beta");
     Container container = openContainer("OpenContainer by name", token, string(name));
     if (container.object) {
-        readContainer(token, &container);
+        readContainer(&container);
         if (container.certificate) {
             readCertificate(token, container);
             readPublicKey(token, container);
@@ -145,7 +145,7 @@ Scenario::Container Scenario::openContainer(const char* name, const Token& token
     return container;
 }
 
-void Scenario::readContainer(const Token&, Container* container) {
+void Scenario::readContainer(Container* container) {
     Step step(m_context, "GetKeyCert");
     BSTR type = nullptr;
     step.expect(S_OK, container->object->GetType(&type));

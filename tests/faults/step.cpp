@@ -30,12 +30,19 @@ Step::~Step() {
 }
 
 void Step::keepCalls() {
+    const std::size_t count = m_context.module->callCount();
+    const unsigned int nth = m_context.faulty.nth;
+    const bool isFaulty = nth > m_context.nth && nth <= m_context.nth + count;
+    m_context.nth += static_cast<unsigned int>(count);
+    if (!isFaulty && !m_context.collects) {
+        return;
+    }
     std::map<std::string, unsigned int> counts;
-    for (std::size_t i = 0; i < m_context.module->callCount(); ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
         MadeCall made = {m_name, 0, m_context.module->call(i), m_context.module->answer(i)};
         made.nthInStep = ++counts[made.function()];
-        if (++m_context.nth == m_context.faulty.nth) {
-            m_context.faulty = {m_context.nth, m_name, made.function(), made.nthInStep, m_result};
+        if (m_context.nth - count + i + 1 == nth) {
+            m_context.faulty = {nth, m_name, made.function(), made.nthInStep, m_result};
         }
         if (m_context.collects) {
             m_context.calls.push_back(made);
