@@ -12,6 +12,9 @@ extern "C" __attribute__((visibility("default"), used)) const char* __lsan_defau
     return "leak:KeyObject_pkcs11::DeleteFile\n";
 }
 
+/// There when the program is built with the address sanitizer.
+extern "C" __attribute__((weak)) std::size_t __sanitizer_get_current_allocated_bytes();
+
 namespace zr::test {
 
 int processId() {
@@ -36,6 +39,10 @@ int descriptorOf(std::FILE* file) {
 
 std::FILE* temporaryFile() {
     return std::tmpfile();
+}
+
+std::size_t allocatedBytes() {
+    return __sanitizer_get_current_allocated_bytes ? __sanitizer_get_current_allocated_bytes() : 0;
 }
 
 void setEnvironment(const std::string& name, const std::string& value) {

@@ -54,7 +54,8 @@ CK_RV initialize(void* initArgs) {
 }
 
 CK_RV finalize(void* reserved) {
-    return state().record("C_Finalize", reserved ? "set" : "null");
+    const CK_RV rv = state().record("C_Finalize", reserved ? "set" : "null");
+    return rv == CKR_OK ? state().closeAll() : rv;
 }
 
 CK_RV getFunctionList(CK_FUNCTION_LIST** list) {
@@ -66,20 +67,19 @@ CK_RV getFunctionList(CK_FUNCTION_LIST** list) {
 }
 
 CK_RV getSlotList(CK_BBOOL tokenPresent, CK_SLOT_ID* slots, CK_ULONG* count) {
-    const CK_RV rv = state().record("C_GetSlotList", std::to_string(tokenPresent) +
-                                                         (slots ? ", list" : ", null"));
+    const CK_RV rv = state().record("C_GetSlotList",
+                                    std::to_string(tokenPresent) + (slots ? ", list" : ", null"));
     if (rv != CKR_OK) {
         return rv;
     }
     const auto& settings = state().settings();
-    if (!slots) {
-        *count = settings.slotCount;
-        return CKR_OK;
-    }
-    for (CK_ULONG i = 0; i < *count && i < settings.slotCountWhenListed; ++i) {
+    const CK_ULONG present = slots ? settings.slotCountWhenListed : settings.slotCount;
+    for (CK_ULONG i = 0; slots && i < *count && i < present; ++i) {
         slots[i] = 10 + i;
     }
-    *count = settings.slotCountWhenListed;
+    *count = present;
+    state().fault().lieAboutCount(count);
+    state().lastCall().setCount(*count, 0);
     return CKR_OK;
 }
 
@@ -87,26 +87,33 @@ CK_RV getTokenInfo(CK_SLOT_ID slot, CK_TOKEN_INFO* info) {
     const CK_RV rv = state().record("C_GetTokenInfo", text(slot));
     if (rv == CKR_OK) {
         *info = state().settings().tokenInfo;
+        state().fault().lieAboutToken(info);
+        state().lastCall().setTokenInfo(*info);
     }
     return rv;
 }
 
 CK_RV openSession(CK_SLOT_ID slot, CK_FLAGS flags, void* application, CK_NOTIFY notify,
                   CK_SESSION_HANDLE* session) {
-    const CK_RV rv = state().record(
-        "C_OpenSession", text(slot) + ", " + text(flags) + (application ? ", set" : ", null") +
-                             (notify ? ", set" : ", null"));
-    return rv == CKR_OK ? state().openSession(session, application) : rv;
+    const CK_RV rv = state().record("C_OpenSession", text(slot) + ", " + text(flags) +
+                                                         (application ? ", set" : ", null") +
+                                                         (notify ? ", set" : ", null"));
+    if (rv != CKR_OK) {
+        return rv;
+    }
+    const CK_RV opened = state().openSession(session, application);
+    state().lastCall().setCount(0, *session);
+    return opened;
 }
 
 CK_RV closeSession(CK_SESSION_HANDLE session) {
     const CK_RV rv = state().record("C_CloseSession", text(session));
-    return rv == CKR_OK ? state().closeSession() : rv;
+    return rv == CKR_OK ? state().closeSession(session) : rv;
 }
 
 CK_RV login(CK_SESSION_HANDLE session, CK_USER_TYPE user, CK_UTF8CHAR* pin, CK_ULONG length) {
-    const CK_RV rv = state().record("C_Login", text(session) + ", " + text(user) + ", " +
-                                                   text(pin, length));
+    const CK_RV rv =
+        state().record("C_Login", text(session) + ", " + text(user) + ", " + text(pin, length));
     return rv == CKR_OK ? state().login(user, text(pin, length)) : rv;
 }
 
@@ -126,7 +133,12 @@ CK_RV createObject(CK_SESSION_HANDLE session, CK_ATTRIBUTE* attributes, CK_ULONG
                    CK_OBJECT_HANDLE* object) {
     const CK_RV rv =
         state().record("C_CreateObject", text(session) + ", " + text(attributes, count));
-    return rv == CKR_OK ? state().create(attributes, count, object) : rv;
+    if (rv != CKR_OK) {
+        return rv;
+    }
+    const CK_RV created = state().create(attributes, count, object);
+    state().lastCall().setCount(0, *object);
+    return created;
 }
 
 CK_RV destroyObject(CK_SESSION_HANDLE session, CK_OBJECT_HANDLE object) {
@@ -151,7 +163,7 @@ CK_RV setAttributeValue(CK_SESSION_HANDLE session, CK_OBJECT_HANDLE object,
 CK_RV findObjectsInit(CK_SESSION_HANDLE session, CK_ATTRIBUTE* attributes, CK_ULONG count) {
     const CK_RV rv =
         state().record("C_FindObjectsInit", text(session) + ", " + text(attributes, count));
-    return rv == CKR_OK ? state().findInit(attributes, count) : rv;
+    return rv == CKR_OK ? state().findInit(session, attributes, count) : rv;
 }
 
 CK_RV findObjects(CK_SESSION_HANDLE session, CK_OBJECT_HANDLE* objects, CK_ULONG maximum,
@@ -159,12 +171,18 @@ CK_RV findObjects(CK_SESSION_HANDLE session, CK_OBJECT_HANDLE* objects, CK_ULONG
     // A count of 1 beside a failure, as modules leave it when the token is pulled.
     *count = 1;
     const CK_RV rv = state().record("C_FindObjects", text(session) + ", " + text(maximum));
-    return rv == CKR_OK ? state().find(objects, count) : rv;
+    if (rv != CKR_OK) {
+        return rv;
+    }
+    const CK_RV found = state().find(session, objects, count);
+    state().fault().lieAboutCount(count);
+    state().lastCall().setCount(*count, *objects);
+    return found;
 }
 
 CK_RV findObjectsFinal(CK_SESSION_HANDLE session) {
     const CK_RV rv = state().record("C_FindObjectsFinal", text(session));
-    return rv == CKR_OK ? state().findFinal() : rv;
+    return rv == CKR_OK ? state().findFinal(session) : rv;
 }
 
 CK_RV signInit(CK_SESSION_HANDLE session, CK_MECHANISM* mechanism, CK_OBJECT_HANDLE key) {
@@ -174,8 +192,8 @@ CK_RV signInit(CK_SESSION_HANDLE session, CK_MECHANISM* mechanism, CK_OBJECT_HAN
 
 CK_RV sign(CK_SESSION_HANDLE session, CK_BYTE* data, CK_ULONG length, CK_BYTE* signature,
            CK_ULONG* signatureLength) {
-    const CK_RV rv = state().record("C_Sign", text(session) + ", [" + text(data, length) + "], " +
-                                                  text(*signatureLength));
+    const CK_RV rv = state().record(
+        "C_Sign", text(session) + ", [" + text(data, length) + "], " + text(*signatureLength));
     if (rv != CKR_OK) {
         return rv;
     }
@@ -184,10 +202,13 @@ CK_RV sign(CK_SESSION_HANDLE session, CK_BYTE* data, CK_ULONG length, CK_BYTE* s
         *signatureLength = size;
         return CKR_BUFFER_TOO_SMALL;
     }
+    const CK_ULONG room = *signatureLength;
     for (CK_ULONG i = 0; i < size; ++i) {
         signature[i] = static_cast<CK_BYTE>(i);
     }
     *signatureLength = size;
+    state().fault().lieAboutLength(signatureLength, 0, room);
+    state().lastCall().addValue(*signatureLength, signature, room);
     return CKR_OK;
 }
 
@@ -198,8 +219,8 @@ CK_RV verifyInit(CK_SESSION_HANDLE session, CK_MECHANISM* mechanism, CK_OBJECT_H
 
 CK_RV verify(CK_SESSION_HANDLE session, CK_BYTE* data, CK_ULONG length, CK_BYTE* signature,
              CK_ULONG signatureLength) {
-    const CK_RV rv = state().record("C_Verify", text(session) + ", [" + text(data, length) +
-                                                    "], " + text(signatureLength));
+    const CK_RV rv = state().record(
+        "C_Verify", text(session) + ", [" + text(data, length) + "], " + text(signatureLength));
     if (rv != CKR_OK) {
         return rv;
     }
@@ -210,30 +231,43 @@ CK_RV verify(CK_SESSION_HANDLE session, CK_BYTE* data, CK_ULONG length, CK_BYTE*
     return isGood ? CKR_OK : CKR_SIGNATURE_INVALID;
 }
 
+/// An entry point whose result is recorded with the call.
+template <auto Entry>
+struct Answering;
+
+template <class... Parameters, CK_RV (*Entry)(Parameters...)>
+struct Answering<Entry> {
+    static CK_RV call(Parameters... parameters) {
+        const CK_RV rv = Entry(parameters...);
+        state().lastCall().setResult(rv);
+        return rv;
+    }
+};
+
 }  // namespace
 
 void fillFunctionList(CK_FUNCTIONS* functions) {
-    functions->C_Initialize = initialize;
-    functions->C_Finalize = finalize;
+    functions->C_Initialize = Answering<initialize>::call;
+    functions->C_Finalize = Answering<finalize>::call;
     functions->C_GetFunctionList = getFunctionList;
-    functions->C_GetSlotList = getSlotList;
-    functions->C_GetTokenInfo = getTokenInfo;
-    functions->C_SetPIN = setPin;
-    functions->C_OpenSession = openSession;
-    functions->C_CloseSession = closeSession;
-    functions->C_Login = login;
-    functions->C_Logout = logout;
-    functions->C_CreateObject = createObject;
-    functions->C_DestroyObject = destroyObject;
-    functions->C_GetAttributeValue = getAttributeValue;
-    functions->C_SetAttributeValue = setAttributeValue;
-    functions->C_FindObjectsInit = findObjectsInit;
-    functions->C_FindObjects = findObjects;
-    functions->C_FindObjectsFinal = findObjectsFinal;
-    functions->C_SignInit = signInit;
-    functions->C_Sign = sign;
-    functions->C_VerifyInit = verifyInit;
-    functions->C_Verify = verify;
+    functions->C_GetSlotList = Answering<getSlotList>::call;
+    functions->C_GetTokenInfo = Answering<getTokenInfo>::call;
+    functions->C_SetPIN = Answering<setPin>::call;
+    functions->C_OpenSession = Answering<openSession>::call;
+    functions->C_CloseSession = Answering<closeSession>::call;
+    functions->C_Login = Answering<login>::call;
+    functions->C_Logout = Answering<logout>::call;
+    functions->C_CreateObject = Answering<createObject>::call;
+    functions->C_DestroyObject = Answering<destroyObject>::call;
+    functions->C_GetAttributeValue = Answering<getAttributeValue>::call;
+    functions->C_SetAttributeValue = Answering<setAttributeValue>::call;
+    functions->C_FindObjectsInit = Answering<findObjectsInit>::call;
+    functions->C_FindObjects = Answering<findObjects>::call;
+    functions->C_FindObjectsFinal = Answering<findObjectsFinal>::call;
+    functions->C_SignInit = Answering<signInit>::call;
+    functions->C_Sign = Answering<sign>::call;
+    functions->C_VerifyInit = Answering<verifyInit>::call;
+    functions->C_Verify = Answering<verify>::call;
 }
 
 EXPORT CK_RV C_GetFunctionList(CK_FUNCTION_LIST** list) {

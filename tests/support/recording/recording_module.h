@@ -7,26 +7,27 @@
 #include <cstddef>
 
 #include "pkcs11/cryptoki.h"
+#include "tests/support/recording/recording_fault.h"
 
 /// Handed out by the module's export "GetRecordingModule". Plain types alone cross the border.
 class RecordingModule {
 public:
     /// Answers that are set at will.
     struct Settings {
-        CK_RV functionListResult;        ///< of C_GetFunctionList
-        bool functionListIsNull;         ///< C_GetFunctionList hands out null
-        CK_TOKEN_INFO tokenInfo;         ///< of every slot
-        CK_ULONG slotCount;              ///< slots with a token
-        CK_ULONG slotCountWhenListed;    ///< the same when a list is asked for
-        bool isSearchExclusive;          ///< a second C_FindObjectsInit is CKR_OPERATION_ACTIVE
-        CK_ULONG foundCount;             ///< what C_FindObjects reports for an object; 1
-        CK_ATTRIBUTE_TYPE lyingType;     ///< an attribute whose length is reported wrongly
-        CK_ULONG lyingLength;            ///< the length it reports; see lie
+        CK_RV functionListResult;      ///< of C_GetFunctionList
+        bool functionListIsNull;       ///< C_GetFunctionList hands out null
+        CK_TOKEN_INFO tokenInfo;       ///< of every slot
+        CK_ULONG slotCount;            ///< slots with a token
+        CK_ULONG slotCountWhenListed;  ///< the same when a list is asked for
+        bool isSearchExclusive;        ///< a second C_FindObjectsInit is CKR_OPERATION_ACTIVE
+        CK_ULONG foundCount;           ///< what C_FindObjects reports for an object; 1
+        CK_ATTRIBUTE_TYPE lyingType;   ///< an attribute whose length is reported wrongly
+        CK_ULONG lyingLength;          ///< the length it reports; see lie
         enum { never, onQuery, onRead, always } lie;
-        CK_ULONG signatureLength;        ///< bytes of a signature
+        CK_ULONG signatureLength;  ///< bytes of a signature
         const char* userPin;
         const char* securityOfficerPin;
-        bool setsApplication;            ///< C_OpenSession writes through the application pointer
+        bool setsApplication;  ///< C_OpenSession writes through the application pointer
     };
 
     /// Forgets calls, failures and objects; sets ordinary answers: one token, user PIN 1234.
@@ -36,6 +37,10 @@ public:
     /// @param function  "C_Login"; null counts the calls of all functions.
     /// @param nth       from 1; 0 every one.
     virtual void fail(const char* function, unsigned int nth, CK_RV result) = 0;
+    /// Lets one call go wrong; it takes the place of the fault set before.
+    virtual void setFault(const RecordingFault& fault) = 0;
+    /// Whether that call was made.
+    virtual bool wasFaultHit() const = 0;
     /// Takes an entry point out of the list that is handed out next.
     virtual void removeEntry(std::size_t index) = 0;
 
@@ -52,6 +57,7 @@ public:
     virtual std::size_t callCount() const = 0;
     /// One call: name and arguments, "C_Login(1, 1, 1234)". Valid until the next call.
     virtual const char* call(std::size_t index) const = 0;
+    virtual RecordingAnswer answer(std::size_t index) const = 0;
     virtual void clearCalls() = 0;
     virtual std::size_t openSessions() const = 0;
     virtual bool isSearchOpen() const = 0;

@@ -34,17 +34,16 @@ void RecordingState::reset() {
     info.ulTotalPublicMemory = 65536;
     info.ulFreePublicMemory = 4096;
     m_failures.clear();
-    m_removed.clear();
+    m_removed = std::vector<std::size_t>();
     m_counts.clear();
     m_objects.clear();
     m_lastObject = 0;
     m_calls.clear();
-    m_sessions = 0;
+    m_fault = {};
+    m_sessions.clear();
     m_loggedIn = -1;
     m_userPin.clear();
     m_securityOfficerPin.clear();
-    m_isSearchOpen = false;
-    m_found.clear();
 }
 
 void RecordingState::fail(const char* function, unsigned int nth, CK_RV result) {
@@ -78,7 +77,7 @@ const void* RecordingState::attribute(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE
 }
 
 CK_RV RecordingState::record(const std::string& function, const std::string& arguments) {
-    m_calls.push_back(function + "(" + arguments + ")");
+    m_calls.emplace_back(function + "(" + arguments + ")");
     const unsigned int nth = ++m_counts[function];
     const unsigned int overall = ++m_counts[""];
     for (const Failure& failure : m_failures) {
@@ -88,27 +87,38 @@ CK_RV RecordingState::record(const std::string& function, const std::string& arg
             return failure.result;
         }
     }
-    return CKR_OK;
+    const CK_RV result = m_fault.beginCall(overall);
+    if (m_fault.clearsList()) {
+        m_list = {};
+    }
+    return result;
 }
 
 CK_RV RecordingState::openSession(CK_SESSION_HANDLE* session, void* application) {
     if (m_settings.setsApplication) {
         *static_cast<void**>(application) = this;
     }
-    ++m_sessions;
     *session = 1;
+    while (m_sessions.count(*session)) {
+        ++*session;
+    }
+    m_sessions[*session] = {};
     return CKR_OK;
 }
 
-CK_RV RecordingState::closeSession() {
-    if (m_sessions == 0) {
+CK_RV RecordingState::closeSession(CK_SESSION_HANDLE session) {
+    if (!m_sessions.erase(session)) {
         return CKR_SESSION_HANDLE_INVALID;
     }
-    --m_sessions;
-    m_isSearchOpen = false;
-    if (m_sessions == 0) {
+    if (m_sessions.empty()) {
         m_loggedIn = -1;
     }
+    return CKR_OK;
+}
+
+CK_RV RecordingState::closeAll() {
+    m_sessions.clear();
+    m_loggedIn = -1;
     return CKR_OK;
 }
 
@@ -144,12 +154,27 @@ CK_RV RecordingState::setPin(const std::string& oldPin, const std::string& newPi
     return CKR_OK;
 }
 
-CK_RV RecordingState::findInit(const CK_ATTRIBUTE* attributes, CK_ULONG count) {
-    if (m_isSearchOpen && m_settings.isSearchExclusive) {
+bool RecordingState::isSearchOpen() const {
+    return std::any_of(m_sessions.begin(), m_sessions.end(),
+                       [](const auto& entry) { return entry.second.isSearchOpen; });
+}
+
+RecordingState::Session* RecordingState::searching(CK_SESSION_HANDLE session) {
+    const auto found = m_sessions.find(session);
+    return found != m_sessions.end() && found->second.isSearchOpen ? &found->second : nullptr;
+}
+
+CK_RV RecordingState::findInit(CK_SESSION_HANDLE session, const CK_ATTRIBUTE* attributes,
+                               CK_ULONG count) {
+    if (!m_sessions.count(session)) {
+        return CKR_SESSION_HANDLE_INVALID;
+    }
+    if (searching(session) && m_settings.isSearchExclusive) {
         return CKR_OPERATION_ACTIVE;
     }
-    m_isSearchOpen = true;
-    m_found.clear();
+    Session& search = m_sessions[session];
+    search.isSearchOpen = true;
+    search.found.clear();
     for (const auto& entry : m_objects) {
         const Attributes& object = entry.second;
         const bool isMatch = std::all_of(attributes, attributes + count, [&](const auto& wanted) {
@@ -157,29 +182,31 @@ CK_RV RecordingState::findInit(const CK_ATTRIBUTE* attributes, CK_ULONG count) {
             return found != object.end() && found->second == bytesOf(wanted);
         });
         if (isMatch) {
-            m_found.push_back(entry.first);
+            search.found.push_back(entry.first);
         }
     }
     return CKR_OK;
 }
 
-CK_RV RecordingState::find(CK_OBJECT_HANDLE* object, CK_ULONG* count) {
-    if (!m_isSearchOpen) {
+CK_RV RecordingState::find(CK_SESSION_HANDLE session, CK_OBJECT_HANDLE* object, CK_ULONG* count) {
+    Session* search = searching(session);
+    if (!search) {
         return CKR_OPERATION_NOT_INITIALIZED;
     }
-    *count = m_found.empty() ? 0 : m_settings.foundCount;
-    if (!m_found.empty()) {
-        *object = m_found.front();
-        m_found.erase(m_found.begin());
+    *count = search->found.empty() ? 0 : m_settings.foundCount;
+    if (!search->found.empty()) {
+        *object = search->found.front();
+        search->found.erase(search->found.begin());
     }
     return CKR_OK;
 }
 
-CK_RV RecordingState::findFinal() {
-    if (!m_isSearchOpen) {
+CK_RV RecordingState::findFinal(CK_SESSION_HANDLE session) {
+    Session* search = searching(session);
+    if (!search) {
         return CKR_OPERATION_NOT_INITIALIZED;
     }
-    m_isSearchOpen = false;
+    search->isSearchOpen = false;
     return CKR_OK;
 }
 
@@ -206,8 +233,10 @@ CK_RV RecordingState::read(CK_OBJECT_HANDLE object, CK_ATTRIBUTE* attributes, CK
         return CKR_OBJECT_HANDLE_INVALID;
     }
     CK_RV result = CKR_OK;
+    std::vector<CK_ULONG> rooms;
     for (CK_ULONG i = 0; i < count; ++i) {
         CK_ATTRIBUTE& attribute = attributes[i];
+        rooms.push_back(attribute.ulValueLen);
         const auto value = found->second.find(attribute.type);
         if (value == found->second.end()) {
             attribute.ulValueLen = CK_UNAVAILABLE_INFORMATION;
@@ -221,6 +250,10 @@ CK_RV RecordingState::read(CK_OBJECT_HANDLE object, CK_ATTRIBUTE* attributes, CK
                         std::min<std::size_t>(length, attribute.ulValueLen));
         }
         attribute.ulValueLen = reportedLength(attribute, length);
+    }
+    m_fault.lieAboutValues(attributes, rooms.data(), count);
+    for (CK_ULONG i = 0; i < count; ++i) {
+        lastCall().addValue(attributes[i].ulValueLen, attributes[i].pValue, rooms[i]);
     }
     return result;
 }

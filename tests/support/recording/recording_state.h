@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/recording/fault_injector.h"
+#include "tests/support/recording/recorded_call.h"
 #include "tests/support/recording/recording_module.h"
 
 /// Stores the module's entry points.
@@ -12,40 +14,73 @@ void fillFunctionList(CK_FUNCTIONS* functions);
 
 class RecordingState final : public RecordingModule {
 public:
-    RecordingState() { reset(); }
+    RecordingState() {
+        reset();
+    }
 
     void reset() override;
-    Settings& settings() override { return m_settings; }
+    Settings& settings() override {
+        return m_settings;
+    }
     void fail(const char* function, unsigned int nth, CK_RV result) override;
+    void setFault(const RecordingFault& fault) override {
+        m_fault.set(fault);
+    }
+    bool wasFaultHit() const override {
+        return m_fault.wasHit();
+    }
     void removeEntry(std::size_t index) override;
     CK_OBJECT_HANDLE addObject() override;
     void setAttribute(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE type, const void* value,
                       std::size_t length) override;
-    void removeObject(CK_OBJECT_HANDLE object) override { m_objects.erase(object); }
-    std::size_t objectCount() const override { return m_objects.size(); }
+    void removeObject(CK_OBJECT_HANDLE object) override {
+        m_objects.erase(object);
+    }
+    std::size_t objectCount() const override {
+        return m_objects.size();
+    }
     const void* attribute(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE type,
                           std::size_t* length) const override;
-    std::size_t callCount() const override { return m_calls.size(); }
-    const char* call(std::size_t index) const override { return m_calls.at(index).c_str(); }
-    void clearCalls() override { m_calls.clear(); }
-    std::size_t openSessions() const override { return m_sessions; }
-    bool isSearchOpen() const override { return m_isSearchOpen; }
+    std::size_t callCount() const override {
+        return m_calls.size();
+    }
+    const char* call(std::size_t index) const override {
+        return m_calls.at(index).line().c_str();
+    }
+    RecordingAnswer answer(std::size_t index) const override {
+        return m_calls.at(index).answer();
+    }
+    void clearCalls() override {
+        m_calls.clear();
+    }
+    std::size_t openSessions() const override {
+        return m_sessions.size();
+    }
+    bool isSearchOpen() const override;
 
     /// Records a call.
     /// @return the result it has to fail with, or CKR_OK.
     CK_RV record(const std::string& function, const std::string& arguments);
     CK_FUNCTION_LIST* makeList();
+    FaultInjector& fault() {
+        return m_fault;
+    }
+    /// The call that was recorded last.
+    RecordedCall& lastCall() {
+        return m_calls.back();
+    }
 
     using Attributes = std::map<CK_ATTRIBUTE_TYPE, std::string>;
 
     CK_RV openSession(CK_SESSION_HANDLE* session, void* application);
-    CK_RV closeSession();
+    CK_RV closeSession(CK_SESSION_HANDLE session);
+    CK_RV closeAll();
     CK_RV login(CK_USER_TYPE user, const std::string& pin);
     CK_RV logout();
     CK_RV setPin(const std::string& oldPin, const std::string& newPin);
-    CK_RV findInit(const CK_ATTRIBUTE* attributes, CK_ULONG count);
-    CK_RV find(CK_OBJECT_HANDLE* object, CK_ULONG* count);
-    CK_RV findFinal();
+    CK_RV findInit(CK_SESSION_HANDLE session, const CK_ATTRIBUTE* attributes, CK_ULONG count);
+    CK_RV find(CK_SESSION_HANDLE session, CK_OBJECT_HANDLE* object, CK_ULONG* count);
+    CK_RV findFinal(CK_SESSION_HANDLE session);
     CK_RV create(const CK_ATTRIBUTE* attributes, CK_ULONG count, CK_OBJECT_HANDLE* object);
     CK_RV destroy(CK_OBJECT_HANDLE object);
     CK_RV read(CK_OBJECT_HANDLE object, CK_ATTRIBUTE* attributes, CK_ULONG count);
@@ -58,6 +93,13 @@ private:
         CK_RV result;
     };
 
+    struct Session {
+        bool isSearchOpen = false;
+        std::vector<CK_OBJECT_HANDLE> found;
+    };
+
+    /// @return null when no search is open in the session.
+    Session* searching(CK_SESSION_HANDLE session);
     CK_ULONG reportedLength(const CK_ATTRIBUTE& attribute, std::size_t length) const;
 
     Settings m_settings;
@@ -66,12 +108,11 @@ private:
     std::map<std::string, unsigned int> m_counts;
     std::map<CK_OBJECT_HANDLE, Attributes> m_objects;
     CK_OBJECT_HANDLE m_lastObject = 0;
-    std::vector<std::string> m_calls;
-    std::size_t m_sessions = 0;
+    std::vector<RecordedCall> m_calls;
+    FaultInjector m_fault;
+    std::map<CK_SESSION_HANDLE, Session> m_sessions;
     int m_loggedIn = -1;
     std::string m_userPin;
     std::string m_securityOfficerPin;
-    bool m_isSearchOpen = false;
-    std::vector<CK_OBJECT_HANDLE> m_found;
     CK_FUNCTION_LIST m_list;
 };

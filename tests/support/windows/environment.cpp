@@ -47,6 +47,10 @@ std::FILE* temporaryFile() {
     return descriptor < 0 ? nullptr : _fdopen(descriptor, "w+b");
 }
 
+std::size_t allocatedBytes() {
+    return 0;
+}
+
 void setEnvironment(const std::string& name, const std::string& value) {
     SetEnvironmentVariableA(name.c_str(), value.empty() ? nullptr : value.c_str());
 }

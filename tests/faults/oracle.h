@@ -1,0 +1,53 @@
+// What an operation has to make of the module's answers, operation by operation: told by the calls
+// it makes and by what it reads, not by how it is built.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/faults/step.h"
+
+namespace zr::test {
+
+/// The values of attributes as they were read; nothing when they could not be.
+using Values = std::optional<std::vector<std::string>>;
+
+/// The text of bytes: up to the first zero.
+std::string textOf(const std::string& bytes);
+
+/// The beginning of a call's line, up to the object: "C_SignInit(1, 6/0, 3)".
+std::string callOn(const char* function, CK_SESSION_HANDLE session, CK_OBJECT_HANDLE object);
+std::string callOf(const char* function, CK_SESSION_HANDLE session);
+
+/// Lengths are asked for, then values. A value that is shorter when read than announced is the
+/// shorter; a length that cannot be told, or is over 256 MiB, fails the read.
+/// @param first  the attributes before it are not read.
+Values readValues(Step& step, CK_SESSION_HANDLE session, CK_OBJECT_HANDLE object, std::size_t count,
+                  std::size_t first = 0);
+Values readAnnounced(Step& step, CK_SESSION_HANDLE session, CK_OBJECT_HANDLE object,
+                     const RecordingAnswer& lengths, std::size_t first = 0);
+
+/// Objects one at a time, each with its values, until visit answers false, a call fails, or the
+/// count is not 1.
+void walkObjects(
+    Step& step, CK_SESSION_HANDLE session, std::size_t attributeCount,
+    const std::function<bool(CK_OBJECT_HANDLE, const std::vector<std::string>&)>& visit,
+    std::size_t first = 0);
+
+/// All certificates: the result of C_FindObjectsInit does not matter, and the search is closed.
+void walkCertificates(
+    Step& step, CK_SESSION_HANDLE session, std::size_t attributeCount,
+    const std::function<bool(CK_OBJECT_HANDLE, const std::vector<std::string>&)>& visit);
+
+/// The look-up of a file, without its end: the object with a label.
+CK_OBJECT_HANDLE findLabel(Step& step, CK_SESSION_HANDLE session, const std::string& label,
+                           std::size_t attributeCount);
+
+/// The key of a container; the search is closed, also one that could not be begun.
+/// @param keyClass  2 public, 3 private.
+std::optional<CK_OBJECT_HANDLE> findKey(Step& step, CK_SESSION_HANDLE session, int keyClass,
+                                        const std::string& id);
+
+}  // namespace zr::test

@@ -1,0 +1,43 @@
+// The fault of a recording module: it waits for its call, then tells what is not so.
+#pragma once
+
+#include "tests/support/recording/recording_fault.h"
+
+class FaultInjector {
+public:
+    void set(const RecordingFault& fault) {
+        *this = FaultInjector(fault);
+    }
+    bool wasHit() const {
+        return m_wasHit;
+    }
+
+    FaultInjector() = default;
+
+    /// @param nth  of all calls, from 1.
+    /// @return the result the call has to fail with, or CKR_OK.
+    CK_RV beginCall(unsigned int nth);
+
+    /// Whether the function list is to be zeroed in this call.
+    bool clearsList();
+
+    /// Changes what an honest module answered in this call.
+    void lieAboutCount(CK_ULONG* count);
+    /// @param room  bytes of the caller's buffer.
+    void lieAboutLength(CK_ULONG* length, std::size_t index, CK_ULONG room);
+    void lieAboutToken(CK_TOKEN_INFO* info);
+    /// @param rooms  the lengths that the caller passed in.
+    void lieAboutValues(CK_ATTRIBUTE* attributes, const CK_ULONG* rooms, CK_ULONG count);
+
+private:
+    explicit FaultInjector(const RecordingFault& fault) : m_fault(fault) {}
+
+    bool is(RecordingFault::Kind kind) const {
+        return m_isNow && m_fault.kind == kind;
+    }
+
+    RecordingFault m_fault = {};
+    bool m_isNow = false;
+    bool m_wasHit = false;
+    bool m_fillsNext = false;
+};
