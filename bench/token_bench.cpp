@@ -54,7 +54,7 @@ public:
 
 private:
     static const char* withCertificates(long count) {
-        setenv("ZRKEY_BENCH_CERTIFICATES", std::to_string(count).c_str(), 1);
+        setenv("ZRKEY_INSTANT_CERTIFICATES", std::to_string(count).c_str(), 1);
         return ZRKEY_INSTANT_MODULE;
     }
 };

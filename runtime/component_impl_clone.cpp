@@ -3,6 +3,7 @@
 
 #include "runtime/component_impl.h"
 #include "runtime/console.h"
+#include "runtime/secret.h"
 #include "runtime/value_utils.h"
 
 using zr::consoleOut;
@@ -85,6 +86,10 @@ void ZComponentImpl::FreeDispParams(DISPPARAMS* params) {
         return;
     }
     for (UINT i = 0; i < params->cArgs; ++i) {
+        if (params->rgvarg[i].vt == VT_BSTR) {
+            // Any text can be a PIN.
+            zr::wipe(params->rgvarg[i].bstrVal, SysStringByteLen(params->rgvarg[i].bstrVal));
+        }
         VariantClear(&params->rgvarg[i]);
     }
     std::free(params->rgvarg);

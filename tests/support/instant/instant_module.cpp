@@ -1,5 +1,6 @@
-// A Cryptoki module that answers at once, so that the library's own cost shows: one token with as
-// many certificates as asked for by ZRKEY_BENCH_CERTIFICATES (32), and one key pair.
+// A Cryptoki module that answers at once and keeps nothing of what it is given, so that what the
+// library costs and keeps shows: one token with as many certificates as asked for by
+// ZRKEY_INSTANT_CERTIFICATES (32), and one key pair. It takes any PIN.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -13,7 +14,7 @@ CK_OBJECT_CLASS s_class = 0;
 CK_ULONG s_next = 0;
 
 CK_RV initialize(void*) {
-    if (const char* count = std::getenv("ZRKEY_BENCH_CERTIFICATES")) {
+    if (const char* count = std::getenv("ZRKEY_INSTANT_CERTIFICATES")) {
         s_certificates = std::strtoul(count, nullptr, 10);
     }
     return CKR_OK;
@@ -41,6 +42,10 @@ CK_RV closeSession(CK_SESSION_HANDLE) {
 }
 
 CK_RV login(CK_SESSION_HANDLE, CK_USER_TYPE, CK_UTF8CHAR*, CK_ULONG) {
+    return CKR_OK;
+}
+
+CK_RV setPin(CK_SESSION_HANDLE, CK_UTF8CHAR*, CK_ULONG, CK_UTF8CHAR*, CK_ULONG) {
     return CKR_OK;
 }
 
@@ -103,6 +108,7 @@ CK_FUNCTION_LIST makeList() {
     functions.C_CloseSession = closeSession;
     functions.C_Logout = closeSession;
     functions.C_Login = login;
+    functions.C_SetPIN = setPin;
     functions.C_FindObjectsInit = findObjectsInit;
     functions.C_FindObjects = findObjects;
     functions.C_FindObjectsFinal = findObjectsFinal;
