@@ -49,9 +49,7 @@ protected:
         factory = getFactory();
         path = module.path();
     }
-    ~FaultTest() override {
-        factory->Release();
-    }
+    ~FaultTest() override { factory->Release(); }
 
     /// @param fault  null: none.
     /// @return the tokens that were kept.

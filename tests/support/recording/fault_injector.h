@@ -5,12 +5,8 @@
 
 class FaultInjector {
 public:
-    void set(const RecordingFault& fault) {
-        *this = FaultInjector(fault);
-    }
-    bool wasHit() const {
-        return m_wasHit;
-    }
+    void set(const RecordingFault& fault) { *this = FaultInjector(fault); }
+    bool wasHit() const { return m_wasHit; }
 
     FaultInjector() = default;
 
@@ -32,9 +28,7 @@ public:
 private:
     explicit FaultInjector(const RecordingFault& fault) : m_fault(fault) {}
 
-    bool is(RecordingFault::Kind kind) const {
-        return m_isNow && m_fault.kind == kind;
-    }
+    bool is(RecordingFault::Kind kind) const { return m_isNow && m_fault.kind == kind; }
 
     RecordingFault m_fault = {};
     bool m_isNow = false;
