@@ -98,9 +98,14 @@ public:
             add(FaultCase::inCall, {RecordingFault::failure, nth, failure.result, 0},
                 where + failure.name);
         }
+        const std::string function = call.function();
+        // What the module keeps of these two is its own affair.
+        if (function != "C_SetAttributeValue" && function != "C_Finalize") {
+            add(FaultCase::inCall, {RecordingFault::lateFailure, nth, CKR_GENERAL_ERROR, 0},
+                where + "CKR_GENERAL_ERROR after the work");
+        }
         add(FaultCase::inCall, {RecordingFault::listCleared, nth, CKR_OK, 0},
             where + "the list it handed out zeroed");
-        const std::string function = call.function();
         if (function == "C_GetSlotList" || function == "C_FindObjects") {
             addLies(kCounts, nth, 1, where);
         } else if (function == "C_GetTokenInfo") {

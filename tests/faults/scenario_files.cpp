@@ -166,8 +166,8 @@ void Scenario::checkSize(const File& file) {
 
 void Scenario::flushFile(const Token& token, const File& file) {
     Step step(m_context, "Flush");
-    const HRESULT hr = file.object->Flush();
     const std::string before = m_context.module.read(file.handle, CKA_VALUE);
+    const HRESULT hr = file.object->Flush();
     const std::string length = std::to_string(file.contents.size());
     const bool isWritten = step.isOk(callOn("C_SetAttributeValue", token.session, file.handle) +
                                      ", {0x11[" + length + "]})");

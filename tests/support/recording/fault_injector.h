@@ -14,6 +14,10 @@ public:
     /// @return the result the call has to fail with, or CKR_OK.
     CK_RV beginCall(unsigned int nth);
 
+    /// @param result  of the call, which has done its work.
+    /// @return the result it has to answer.
+    CK_RV endCall(CK_RV result);
+
     /// Whether the function list is to be zeroed in this call.
     bool clearsList();
 
