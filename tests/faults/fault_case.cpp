@@ -78,72 +78,62 @@ public:
     explicit Cases(bool isSearchExclusive) : m_isSearchExclusive(isSearchExclusive) {}
 
     void addListFaults() {
+        const std::string where = "C_GetFunctionList: ";
         for (const NamedResult& failure : kFailures) {
-            m_cases.push_back({m_isSearchExclusive,
-                               FaultCase::listFails,
-                               {RecordingFault::none, 0, failure.result, 0},
-                               "",
-                               std::string("C_GetFunctionList: ") + failure.name});
+            add(FaultCase::listFails, {RecordingFault::none, 0, failure.result, 0},
+                where + failure.name);
         }
-        m_cases.push_back(
-            {m_isSearchExclusive, FaultCase::listIsNull, {}, "", "C_GetFunctionList: a null list"});
+        add(FaultCase::listIsNull, {}, where + "a null list");
     }
 
     void addMissing(const std::string& function) {
-        m_cases.push_back({m_isSearchExclusive,
-                           FaultCase::missingEntry,
-                           {},
-                           function,
-                           function + ": a null pointer in the list"});
+        add(FaultCase::missingEntry, {}, function + ": a null pointer in the list");
+        m_cases.back().function = function;
     }
 
     void addFaults(const MadeCall& call, unsigned int nth) {
         const std::string where =
             "call " + std::to_string(nth) + ", " + call.line + " in " + call.step + ": ";
         for (const NamedResult& failure : kFailures) {
-            m_cases.push_back({m_isSearchExclusive,
-                               FaultCase::inCall,
-                               {RecordingFault::failure, nth, failure.result, 0},
-                               "",
-                               where + failure.name});
+            add(FaultCase::inCall, {RecordingFault::failure, nth, failure.result, 0},
+                where + failure.name);
         }
-        m_cases.push_back({m_isSearchExclusive,
-                           FaultCase::inCall,
-                           {RecordingFault::listCleared, nth, CKR_OK, 0},
-                           "",
-                           where + "the list it handed out zeroed"});
         const std::string function = call.function();
+        // What the module keeps of these two is its own affair.
+        if (function != "C_SetAttributeValue" && function != "C_Finalize") {
+            add(FaultCase::inCall, {RecordingFault::lateFailure, nth, CKR_GENERAL_ERROR, 0},
+                where + "CKR_GENERAL_ERROR after the work");
+        }
+        add(FaultCase::inCall, {RecordingFault::listCleared, nth, CKR_OK, 0},
+            where + "the list it handed out zeroed");
         if (function == "C_GetSlotList" || function == "C_FindObjects") {
             addLies(kCounts, nth, 1, where);
         } else if (function == "C_GetTokenInfo") {
             addLies(kLengths, nth, 2, where);
             addLies(kUnterminated, nth, 1, where);
-        } else if (function == "C_GetAttributeValue" || function == "C_Sign") {
+        } else if (function == "C_GetAttributeValue") {
             addLies(kLengths, nth, call.answer.valueCount, where);
-        }
-        if (function == "C_Sign") {
+            addLies(kUnterminated, nth, call.answer.valueCount, where);
+        } else if (function == "C_Sign") {
+            addLies(kLengths, nth, 1, where);
             addLies(kPastRoom, nth, 1, where);
         }
-        if (function == "C_GetAttributeValue") {
-            addLies(kUnterminated, nth, call.answer.valueCount, where);
-        }
     }
 
-    std::vector<FaultCase> take() {
-        return std::move(m_cases);
-    }
+    std::vector<FaultCase> take() { return std::move(m_cases); }
 
 private:
+    void add(FaultCase::Kind kind, const RecordingFault& fault, const std::string& description) {
+        m_cases.push_back({m_isSearchExclusive, kind, fault, "", description});
+    }
+
     template <std::size_t Count>
     void addLies(const NamedLie (&lies)[Count], unsigned int nth, std::size_t places,
                  const std::string& where) {
         for (std::size_t place = 0; place < places; ++place) {
             for (const NamedLie& lie : lies) {
-                m_cases.push_back({m_isSearchExclusive,
-                                   FaultCase::inCall,
-                                   {lie.kind, nth, CKR_OK, place},
-                                   "",
-                                   where + lie.name + " at " + std::to_string(place)});
+                add(FaultCase::inCall, {lie.kind, nth, CKR_OK, place},
+                    where + lie.name + " at " + std::to_string(place));
             }
         }
     }

@@ -23,9 +23,7 @@ public:
     void run();
 
     /// Tokens that outlive their last reference.
-    unsigned int keptTokens() const {
-        return m_keptTokens;
-    }
+    unsigned int keptTokens() const { return m_keptTokens; }
 
 private:
     /// A token and what is known of it.

@@ -24,6 +24,29 @@ bool expectLookUp(Step* step, CK_SESSION_HANDLE session, const std::string& labe
     return false;
 }
 
+/// The look-up and the reading of OpenFile.
+/// @return false when the file cannot be opened.
+bool expectOpening(Step* step, CK_SESSION_HANDLE session, const std::string& label,
+                   CK_OBJECT_HANDLE* handle, std::string* contents) {
+    if (!step->isOk(searchFor(session))) {
+        return false;
+    }
+    *handle = findLabel(*step, session, label, 2);
+    step->call(callOf("C_FindObjectsFinal", session) + ")");
+    if (*handle == 0) {
+        return false;
+    }
+    const RecordingAnswer length =
+        step->call(callOn("C_GetAttributeValue", session, *handle) + ", {0x11})");
+    if (length.result != CKR_OK) {
+        // A value that cannot be read opens as an empty file.
+        return true;
+    }
+    const Values value = readAnnounced(*step, session, *handle, length);
+    *contents = value ? value->front() : "";
+    return value.has_value();
+}
+
 }  // namespace
 
 void Scenario::useFiles(Token& token) {
@@ -89,29 +112,6 @@ void Scenario::findFile(const Token& token, const std::string& name, const std::
     step.equal("the value", LONG{isFound}, exists.lVal);
 }
 
-/// The look-up and the reading of OpenFile.
-/// @return false when the file cannot be opened.
-static bool expectOpening(Step* step, CK_SESSION_HANDLE session, const std::string& label,
-                          CK_OBJECT_HANDLE* handle, std::string* contents) {
-    if (!step->isOk(searchFor(session))) {
-        return false;
-    }
-    *handle = findLabel(*step, session, label, 2);
-    step->call(callOf("C_FindObjectsFinal", session) + ")");
-    if (*handle == 0) {
-        return false;
-    }
-    const RecordingAnswer length =
-        step->call(callOn("C_GetAttributeValue", session, *handle) + ", {0x11})");
-    if (length.result != CKR_OK) {
-        // A value that cannot be read opens as an empty file.
-        return true;
-    }
-    const Values value = readAnnounced(*step, session, *handle, length);
-    *contents = value ? value->front() : "";
-    return value.has_value();
-}
-
 Scenario::File Scenario::openFile(const char* name, const Token& token, const std::string& fileName,
                                   const std::string& label) {
     Step step(m_context, name);
@@ -166,8 +166,8 @@ void Scenario::checkSize(const File& file) {
 
 void Scenario::flushFile(const Token& token, const File& file) {
     Step step(m_context, "Flush");
-    const HRESULT hr = file.object->Flush();
     const std::string before = m_context.module.read(file.handle, CKA_VALUE);
+    const HRESULT hr = file.object->Flush();
     const std::string length = std::to_string(file.contents.size());
     const bool isWritten = step.isOk(callOn("C_SetAttributeValue", token.session, file.handle) +
                                      ", {0x11[" + length + "]})");

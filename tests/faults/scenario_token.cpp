@@ -26,6 +26,19 @@ std::string signatureOf(std::size_t length) {
     return bytes;
 }
 
+/// The login of VerifyPIN and ModifyPIN.
+/// @return whether the token is logged in after it.
+bool expectLogin(Step* step, CK_SESSION_HANDLE session, const std::string& pin) {
+    const std::string login = callOf("C_Login", session) + ", 1, " + pin + ")";
+    CK_RV rv = step->call(login).result;
+    if (rv == CKR_USER_ALREADY_LOGGED_IN) {
+        step->call(callOf("C_Logout", session) + ")");
+        rv = step->call(login).result;
+        return rv == CKR_OK || rv == CKR_USER_ALREADY_LOGGED_IN;
+    }
+    return rv == CKR_OK;
+}
+
 }  // namespace
 
 void Scenario::readInformation(const Token& token) {
@@ -76,19 +89,6 @@ void Scenario::readSize(const char* name, const Token& token,
     step.equal("the type", static_cast<int>(isTold ? VT_UI4 : VT_UI1), static_cast<int>(size.vt));
     step.equal("the size", isTold ? static_cast<ULONG>(field(info.tokenInfo)) : poisoned().ulVal,
                size.ulVal);
-}
-
-/// The login of VerifyPIN and ModifyPIN.
-/// @return whether the token is logged in after it.
-static bool expectLogin(Step* step, CK_SESSION_HANDLE session, const std::string& pin) {
-    const std::string login = callOf("C_Login", session) + ", 1, " + pin + ")";
-    CK_RV rv = step->call(login).result;
-    if (rv == CKR_USER_ALREADY_LOGGED_IN) {
-        step->call(callOf("C_Logout", session) + ")");
-        rv = step->call(login).result;
-        return rv == CKR_OK || rv == CKR_USER_ALREADY_LOGGED_IN;
-    }
-    return rv == CKR_OK;
 }
 
 void Scenario::verifyPin(Token* token, const std::string& pin) {

@@ -27,9 +27,7 @@ struct MadeCall {
     std::string line;
     RecordingAnswer answer;  ///< its bytes are gone
 
-    std::string function() const {
-        return line.substr(0, line.find('('));
-    }
+    std::string function() const { return line.substr(0, line.find('(')); }
 };
 
 /// Where the fault of a run fell, and what came of it.
@@ -72,9 +70,7 @@ public:
     /// The next call, which has to begin like this: "C_Login(1, 1, 1234)".
     /// @return the module's answer, or the one that takes its place where no call can be made.
     RecordingAnswer call(const std::string& line);
-    bool isOk(const std::string& line) {
-        return call(line).result == CKR_OK;
-    }
+    bool isOk(const std::string& line) { return call(line).result == CKR_OK; }
 
     void expect(HRESULT expected, HRESULT actual);
     template <class T>
@@ -87,9 +83,7 @@ public:
     }
     void problem(const std::string& text);
     /// The step leaves its search open.
-    void leavesSearchOpen() {
-        m_leavesSearchOpen = true;
-    }
+    void leavesSearchOpen() { m_leavesSearchOpen = true; }
 
 private:
     void keepCalls();

@@ -23,6 +23,14 @@ CK_RV FaultInjector::beginCall(unsigned int nth) {
     return m_fault.result;
 }
 
+CK_RV FaultInjector::endCall(CK_RV result) {
+    if (!is(RecordingFault::lateFailure)) {
+        return result;
+    }
+    m_wasHit = true;
+    return m_fault.result;
+}
+
 bool FaultInjector::clearsList() {
     m_wasHit = m_wasHit || is(RecordingFault::listCleared);
     return is(RecordingFault::listCleared);

@@ -5,18 +5,18 @@
 
 class FaultInjector {
 public:
-    void set(const RecordingFault& fault) {
-        *this = FaultInjector(fault);
-    }
-    bool wasHit() const {
-        return m_wasHit;
-    }
+    void set(const RecordingFault& fault) { *this = FaultInjector(fault); }
+    bool wasHit() const { return m_wasHit; }
 
     FaultInjector() = default;
 
     /// @param nth  of all calls, from 1.
     /// @return the result the call has to fail with, or CKR_OK.
     CK_RV beginCall(unsigned int nth);
+
+    /// @param result  of the call, which has done its work.
+    /// @return the result it has to answer.
+    CK_RV endCall(CK_RV result);
 
     /// Whether the function list is to be zeroed in this call.
     bool clearsList();
@@ -32,9 +32,7 @@ public:
 private:
     explicit FaultInjector(const RecordingFault& fault) : m_fault(fault) {}
 
-    bool is(RecordingFault::Kind kind) const {
-        return m_isNow && m_fault.kind == kind;
-    }
+    bool is(RecordingFault::Kind kind) const { return m_isNow && m_fault.kind == kind; }
 
     RecordingFault m_fault = {};
     bool m_isNow = false;

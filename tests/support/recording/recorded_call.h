@@ -11,16 +11,12 @@ class RecordedCall {
 public:
     explicit RecordedCall(std::string line) : m_line(std::move(line)) {}
 
-    void setResult(CK_RV result) {
-        m_answer.result = result;
-    }
+    void setResult(CK_RV result) { m_answer.result = result; }
     void setCount(CK_ULONG count, CK_ULONG handle) {
         m_answer.count = count;
         m_answer.handle = handle;
     }
-    void setTokenInfo(const CK_TOKEN_INFO& info) {
-        m_answer.tokenInfo = info;
-    }
+    void setTokenInfo(const CK_TOKEN_INFO& info) { m_answer.tokenInfo = info; }
     /// @param buffer  the caller's, room bytes; may be null.
     void addValue(CK_ULONG length, const void* buffer, CK_ULONG room) {
         if (m_answer.valueCount == RecordingAnswer::kMostValues) {
@@ -36,9 +32,7 @@ public:
         ++m_answer.valueCount;
     }
 
-    const std::string& line() const {
-        return m_line;
-    }
+    const std::string& line() const { return m_line; }
     RecordingAnswer answer() const {
         RecordingAnswer answer = m_answer;
         for (std::size_t i = 0; i < answer.valueCount; ++i) {

@@ -11,8 +11,9 @@
 struct RecordingFault {
     enum Kind {
         none,
-        failure,     ///< the call does nothing and answers result
-        lengthLess,  ///< a length one too small; so are the others of their kind
+        failure,      ///< the call does nothing and answers result
+        lateFailure,  ///< the call does everything, hands it out, and answers result
+        lengthLess,   ///< a length one too small; so are the others of their kind
         lengthMore,
         lengthZero,
         lengthUnavailable,  ///< CK_UNAVAILABLE_INFORMATION

@@ -238,7 +238,7 @@ struct Answering;
 template <class... Parameters, CK_RV (*Entry)(Parameters...)>
 struct Answering<Entry> {
     static CK_RV call(Parameters... parameters) {
-        const CK_RV rv = Entry(parameters...);
+        const CK_RV rv = state().fault().endCall(Entry(parameters...));
         state().lastCall().setResult(rv);
         return rv;
     }

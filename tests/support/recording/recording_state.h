@@ -14,61 +14,35 @@ void fillFunctionList(CK_FUNCTIONS* functions);
 
 class RecordingState final : public RecordingModule {
 public:
-    RecordingState() {
-        reset();
-    }
+    RecordingState() { reset(); }
 
     void reset() override;
-    Settings& settings() override {
-        return m_settings;
-    }
+    Settings& settings() override { return m_settings; }
     void fail(const char* function, unsigned int nth, CK_RV result) override;
-    void setFault(const RecordingFault& fault) override {
-        m_fault.set(fault);
-    }
-    bool wasFaultHit() const override {
-        return m_fault.wasHit();
-    }
+    void setFault(const RecordingFault& fault) override { m_fault.set(fault); }
+    bool wasFaultHit() const override { return m_fault.wasHit(); }
     void removeEntry(std::size_t index) override;
     CK_OBJECT_HANDLE addObject() override;
     void setAttribute(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE type, const void* value,
                       std::size_t length) override;
-    void removeObject(CK_OBJECT_HANDLE object) override {
-        m_objects.erase(object);
-    }
-    std::size_t objectCount() const override {
-        return m_objects.size();
-    }
+    void removeObject(CK_OBJECT_HANDLE object) override { m_objects.erase(object); }
+    std::size_t objectCount() const override { return m_objects.size(); }
     const void* attribute(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE type,
                           std::size_t* length) const override;
-    std::size_t callCount() const override {
-        return m_calls.size();
-    }
-    const char* call(std::size_t index) const override {
-        return m_calls.at(index).line().c_str();
-    }
-    RecordingAnswer answer(std::size_t index) const override {
-        return m_calls.at(index).answer();
-    }
-    void clearCalls() override {
-        m_calls.clear();
-    }
-    std::size_t openSessions() const override {
-        return m_sessions.size();
-    }
+    std::size_t callCount() const override { return m_calls.size(); }
+    const char* call(std::size_t index) const override { return m_calls.at(index).line().c_str(); }
+    RecordingAnswer answer(std::size_t index) const override { return m_calls.at(index).answer(); }
+    void clearCalls() override { m_calls.clear(); }
+    std::size_t openSessions() const override { return m_sessions.size(); }
     bool isSearchOpen() const override;
 
     /// Records a call.
     /// @return the result it has to fail with, or CKR_OK.
     CK_RV record(const std::string& function, const std::string& arguments);
     CK_FUNCTION_LIST* makeList();
-    FaultInjector& fault() {
-        return m_fault;
-    }
+    FaultInjector& fault() { return m_fault; }
     /// The call that was recorded last.
-    RecordedCall& lastCall() {
-        return m_calls.back();
-    }
+    RecordedCall& lastCall() { return m_calls.back(); }
 
     using Attributes = std::map<CK_ATTRIBUTE_TYPE, std::string>;
 
