@@ -1,13 +1,13 @@
 // zrkey run: runs a script file with the library's objects at hand.
 #include <CLI/CLI.hpp>
 
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <optional>
 
+#include "byte_io.h"
 #include "commands.h"
 #include "console.h"
+#include "failure.h"
 #include "script_engine.h"
 
 namespace zr::host {
@@ -27,23 +27,9 @@ public:
     }
 };
 
-std::optional<std::string> readFile(const std::string& path) {
-    std::ifstream stream(std::filesystem::path(std::u8string(path.begin(), path.end())),
-                         std::ios::binary);
-    std::string content;
-    char block[65536];
-    while (stream.read(block, sizeof block) || stream.gcount() > 0) {
-        content.append(block, static_cast<std::size_t>(stream.gcount()));
-    }
-    if (!stream.eof() || stream.bad()) {
-        return std::nullopt;
-    }
-    return content;
-}
-
 int runScriptFile(const RunOptions& options) {
     Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
-    const std::optional<std::string> source = readFile(options.file);
+    const std::optional<std::string> source = readBytes(options.file);
     if (!source) {
         console.writeError("zrkey: cannot read " + options.file + "\n");
         return kExitFailure;

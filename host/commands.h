@@ -9,16 +9,25 @@ class App;
 
 namespace zr::host {
 
-inline constexpr int kExitOk = 0;
-inline constexpr int kExitFailure = 1;
-inline constexpr int kExitUsage = 2;
-
 /// What the parsed command line asks for; returns the exit code.
 using Action = std::function<int()>;
 
-/// zrkey run FILE.js [ARG...]
-/// @param app     the command line to add to; outlives the action.
+/// Each adds one command.
+/// @param parent  the command line, or the group the command belongs to; outlives the action.
 /// @param action  set when the command has been chosen.
-void addRunCommand(CLI::App& app, Action& action);
+void addRunCommand(CLI::App& parent, Action& action);
+void addListCommand(CLI::App& parent, Action& action);
+void addInfoCommand(CLI::App& parent, Action& action);
+void addLoginCommand(CLI::App& parent, Action& action);
+void addPinChangeCommand(CLI::App& parent, Action& action);
+void addFileExistsCommand(CLI::App& parent, Action& action);
+void addFileReadCommand(CLI::App& parent, Action& action);
+void addFileCreateCommand(CLI::App& parent, Action& action);
+void addFileDeleteCommand(CLI::App& parent, Action& action);
+void addCertListCommand(CLI::App& parent, Action& action);
+void addCertReadCommand(CLI::App& parent, Action& action);
+void addSignCommand(CLI::App& parent, Action& action);
+void addVerifyCommand(CLI::App& parent, Action& action);
+void addDigestCommand(CLI::App& parent, Action& action);
 
 }  // namespace zr::host

@@ -46,8 +46,8 @@ Console::~Console() {
     }
 }
 
-void Console::writeOutput(std::string_view bytes) {
-    writeAll(m_output, bytes);
+bool Console::writeOutput(std::string_view bytes) {
+    return writeAll(m_output, bytes);
 }
 
 void Console::writeError(std::string_view bytes) {

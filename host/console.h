@@ -19,7 +19,8 @@ public:
     Console& operator=(const Console&) = delete;
 
     /// Bytes for standard output, written as they are and at once.
-    void writeOutput(std::string_view bytes);
+    /// @return false when a part could not be written.
+    bool writeOutput(std::string_view bytes);
     /// Bytes for standard error.
     void writeError(std::string_view bytes);
 

@@ -37,15 +37,24 @@ HRESULT createProvider(ComRef<ITokenProvider>& provider) {
     return result;
 }
 
-std::string resultText(HRESULT result) {
-    char number[16];
-    std::snprintf(number, sizeof number, "0x%08X", static_cast<unsigned>(result));
+std::string resultName(HRESULT result) {
     for (const ResultName& row : kResultNames) {
         if (row.result == result) {
-            return std::string(row.name) + " (" + number + ")";
+            return row.name;
         }
     }
+    return {};
+}
+
+std::string resultNumber(HRESULT result) {
+    char number[16];
+    std::snprintf(number, sizeof number, "0x%08X", static_cast<unsigned>(result));
     return number;
+}
+
+std::string resultText(HRESULT result) {
+    const std::string name = resultName(result);
+    return name.empty() ? resultNumber(result) : name + " (" + resultNumber(result) + ")";
 }
 
 }  // namespace zr::host

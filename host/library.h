@@ -61,6 +61,12 @@ private:
 /// @param provider  receives it; null on failure.
 HRESULT createProvider(ComRef<ITokenProvider>& provider);
 
+/// The name of a result; empty when it has none here.
+std::string resultName(HRESULT result);
+
+/// "0x80004005"
+std::string resultNumber(HRESULT result);
+
 /// A result for people: "E_FAIL (0x80004005)", or the number alone when it has no name here.
 std::string resultText(HRESULT result);
 

@@ -5,16 +5,49 @@
 #include <sstream>
 
 #include "commands.h"
+#include "failure.h"
 #include "system.h"
 
 namespace {
 
+/// One line: what is wrong, and what to try.
+std::string usageLine(const CLI::App*, const CLI::Error& error) {
+    return "zrkey: " + zr::host::printable(error.what()) + "; zrkey --help shows the usage\n";
+}
+
+CLI::App& addGroup(CLI::App& app, const std::string& name, const std::string& help) {
+    CLI::App* group = app.add_subcommand(name, help);
+    group->require_subcommand(1);
+    return *group;
+}
+
+void addCommands(CLI::App& app, zr::host::Action& action) {
+    using namespace zr::host;
+    app.require_subcommand(1);
+    addRunCommand(app, action);
+    addListCommand(app, action);
+    addInfoCommand(app, action);
+    addLoginCommand(app, action);
+    addPinChangeCommand(addGroup(app, "pin", "Changes PINs"), action);
+    CLI::App& file = addGroup(app, "file", "Works on the files of a token");
+    addFileExistsCommand(file, action);
+    addFileReadCommand(file, action);
+    addFileCreateCommand(file, action);
+    addFileDeleteCommand(file, action);
+    CLI::App& cert = addGroup(app, "cert", "Shows the certificates of a token");
+    addCertListCommand(cert, action);
+    addCertReadCommand(cert, action);
+    addSignCommand(app, action);
+    addVerifyCommand(app, action);
+    addDigestCommand(app, action);
+}
+
 int run(int argc, char** argv) {
     CLI::App app("Cryptographic tokens from the command line and from scripts.", "zrkey");
     app.set_version_flag("--version", "zrkey " ZRKEY_VERSION);
-    app.require_subcommand(1);
+    app.failure_message(usageLine);
     zr::host::Action action;
-    zr::host::addRunCommand(app, action);
+    addCommands(app, action);
 
     std::vector<std::string> arguments = zr::host::commandLineArguments(argc, argv);
     std::reverse(arguments.begin(), arguments.end());

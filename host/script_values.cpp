@@ -2,46 +2,18 @@
 #include "script_values.h"
 
 #include <cstring>
-#include <limits>
 #include <new>
 #include <string>
 
 #include "script_object.h"
 #include "text.h"
+#include "variant.h"
 
 namespace zr::host {
 namespace {
 
 constexpr VARTYPE kByteArray = VT_ARRAY | VT_UI1;
 constexpr VARTYPE kTextArray = VT_ARRAY | VT_BSTR;
-
-/// The elements of an array while it is locked.
-class ArrayAccess {
-public:
-    explicit ArrayAccess(SAFEARRAY* array) : m_array(array) {
-        if (array == nullptr || array->cDims != 1 || FAILED(SafeArrayAccessData(array, &m_data))) {
-            m_array = nullptr;
-        }
-    }
-    ~ArrayAccess() {
-        if (m_array != nullptr) {
-            SafeArrayUnaccessData(m_array);
-        }
-    }
-    ArrayAccess(const ArrayAccess&) = delete;
-    ArrayAccess& operator=(const ArrayAccess&) = delete;
-
-    std::size_t size() const {
-        return m_array != nullptr ? m_array->rgsabound[0].cElements : 0;
-    }
-    void* data() const {
-        return m_data;
-    }
-
-private:
-    SAFEARRAY* m_array;
-    void* m_data = nullptr;
-};
 
 bool readText(duk_context* script, duk_idx_t index, VARIANT& out) {
     duk_size_t size = 0;
@@ -58,21 +30,7 @@ bool readText(duk_context* script, duk_idx_t index, VARIANT& out) {
 bool readBytes(duk_context* script, duk_idx_t index, VARIANT& out) {
     duk_size_t size = 0;
     const void* bytes = duk_get_buffer_data(script, index, &size);
-    if (size > static_cast<duk_size_t>(std::numeric_limits<LONG>::max())) {
-        return false;
-    }
-    SAFEARRAYBOUND bound = {static_cast<ULONG>(size), 0};
-    SAFEARRAY* array = SafeArrayCreate(VT_UI1, 1, &bound);
-    if (array == nullptr) {
-        throw std::bad_alloc();
-    }
-    out.parray = array;
-    out.vt = kByteArray;
-    const ArrayAccess access(array);
-    if (size > 0) {
-        std::memcpy(access.data(), bytes, size);
-    }
-    return true;
+    return makeByteArray({static_cast<const char*>(bytes), size}, out);
 }
 
 void pushText(duk_context* script, BSTR text) {

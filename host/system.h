@@ -2,17 +2,30 @@
 // own.
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace zr::host {
 
+inline constexpr int kStandardInput = 0;
 inline constexpr int kStandardOutput = 1;
 inline constexpr int kStandardError = 2;
 
 /// The arguments of the process in UTF-8, without the name of the program.
 std::vector<std::string> commandLineArguments(int argc, char** argv);
+
+/// A variable of the environment in UTF-8.
+std::optional<std::string> environmentVariable(const std::string& name);
+
+/// Opens a file to read its bytes, or to replace them; -1 on failure.
+int openForReading(const std::string& path);
+int openForWriting(const std::string& path);
+
+/// Reads bytes as they are; 0 at the end, -1 on failure.
+std::ptrdiff_t readSome(int descriptor, char* bytes, std::size_t size);
 
 /// A second descriptor of the same file, which writes bytes as they are; -1 on failure.
 int duplicateDescriptor(int descriptor);
@@ -22,8 +35,9 @@ void redirectDescriptor(int target, int source);
 
 void closeDescriptor(int descriptor);
 
-/// Writes everything; what can be written no more (a closed pipe, a full disk) is lost.
-void writeAll(int descriptor, std::string_view bytes);
+/// Writes everything.
+/// @return false when a part could not be written: a closed pipe, a full disk.
+bool writeAll(int descriptor, std::string_view bytes);
 
 /// Opens a descriptor for output that nobody reads; -1 on failure.
 int openDroppedOutput();

@@ -2,6 +2,7 @@
 #include "system.h"
 
 #include <cerrno>
+#include <cstdlib>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -10,6 +11,27 @@ namespace zr::host {
 
 std::vector<std::string> commandLineArguments(int argc, char** argv) {
     return argc > 1 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
+}
+
+std::optional<std::string> environmentVariable(const std::string& name) {
+    const char* value = std::getenv(name.c_str());
+    return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
+}
+
+int openForReading(const std::string& path) {
+    return open(path.c_str(), O_RDONLY | O_CLOEXEC);
+}
+
+int openForWriting(const std::string& path) {
+    return open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+}
+
+std::ptrdiff_t readSome(int descriptor, char* bytes, std::size_t size) {
+    ssize_t count = 0;
+    do {
+        count = read(descriptor, bytes, size);
+    } while (count < 0 && errno == EINTR);
+    return count;
 }
 
 int duplicateDescriptor(int descriptor) {
@@ -25,17 +47,18 @@ void closeDescriptor(int descriptor) {
     close(descriptor);
 }
 
-void writeAll(int descriptor, std::string_view bytes) {
+bool writeAll(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t written = write(descriptor, bytes.data(), bytes.size());
         if (written < 0 && errno == EINTR) {
             continue;
         }
         if (written <= 0) {
-            return;
+            return false;
         }
         bytes.remove_prefix(static_cast<std::size_t>(written));
     }
+    return true;
 }
 
 int openDroppedOutput() {

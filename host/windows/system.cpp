@@ -13,6 +13,14 @@
 namespace zr::host {
 namespace {
 
+std::wstring toWide(const std::string& text) {
+    const auto size = static_cast<int>(text.size());
+    std::wstring wide(text.size(), L'\0');
+    wide.resize(static_cast<std::size_t>(
+        MultiByteToWideChar(CP_UTF8, 0, text.data(), size, wide.data(), size)));
+    return wide;
+}
+
 std::string toUtf8(const wchar_t* text) {
     const int size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
     if (size <= 0) {
@@ -40,6 +48,25 @@ std::vector<std::string> commandLineArguments(int argc, char** argv) {
     return arguments;
 }
 
+std::optional<std::string> environmentVariable(const std::string& name) {
+    const wchar_t* value = _wgetenv(toWide(name).c_str());
+    return value != nullptr ? std::optional<std::string>(toUtf8(value)) : std::nullopt;
+}
+
+int openForReading(const std::string& path) {
+    return _wopen(toWide(path).c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT);
+}
+
+int openForWriting(const std::string& path) {
+    return _wopen(toWide(path).c_str(), _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY | _O_NOINHERIT,
+                  _S_IREAD | _S_IWRITE);
+}
+
+std::ptrdiff_t readSome(int descriptor, char* bytes, std::size_t size) {
+    _setmode(descriptor, _O_BINARY);
+    return _read(descriptor, bytes, static_cast<unsigned>(std::min<std::size_t>(size, 1U << 20)));
+}
+
 int duplicateDescriptor(int descriptor) {
     const int copy = _dup(descriptor);
     if (copy >= 0) {
@@ -56,15 +83,16 @@ void closeDescriptor(int descriptor) {
     _close(descriptor);
 }
 
-void writeAll(int descriptor, std::string_view bytes) {
+bool writeAll(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
         const auto chunk = static_cast<unsigned>(std::min<std::size_t>(bytes.size(), 1U << 20));
         const int written = _write(descriptor, bytes.data(), chunk);
         if (written <= 0) {
-            return;
+            return false;
         }
         bytes.remove_prefix(static_cast<std::size_t>(written));
     }
+    return true;
 }
 
 // A file that goes away with its last descriptor. Not the null device: writing to that takes

@@ -1,0 +1,37 @@
+// zrkey list: the tokens of a module.
+#include "command_frame.h"
+#include "token_fields.h"
+
+namespace zr::host {
+namespace {
+
+struct ListOptions {
+    ReportOptions report;
+    ModuleOptions module;
+};
+
+Result list(const ListOptions& options) {
+    const LoadedModule module(options.module);
+    const TokenTable table = readTokens(module.provider());
+    Result result;
+    std::vector<Record> tokens;
+    for (const TokenRow& row : table.rows) {
+        tokens.push_back(tokenFields(row));
+        result.output += std::to_string(row.index) + '\t' + printable(row.label) + '\t' +
+                         printable(row.serial) + '\t' + printable(row.manufacturer) + '\t' +
+                         printable(row.model) + '\n';
+    }
+    result.fields = {{"slots", static_cast<std::uint64_t>(table.slots)}, {"tokens", tokens}};
+    return result;
+}
+
+}  // namespace
+
+void addListCommand(CLI::App& parent, Action& action) {
+    const auto [command, options] =
+        addCommand(parent, action, "list", "Lists the tokens of the module", list);
+    addReportOptions(*command, options->report);
+    addModuleOptions(*command, options->module);
+}
+
+}  // namespace zr::host

@@ -1,0 +1,128 @@
+// Asking on the controlling terminal on Linux: /dev/tty without echo.
+#include "terminal.h"
+
+#include <array>
+#include <csignal>
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include "system.h"
+
+namespace zr::host {
+namespace {
+
+volatile std::sig_atomic_t s_signal = 0;
+
+void noteSignal(int signal) {
+    s_signal = signal;
+}
+
+/// While it lives, signals that would end the process only interrupt the reading, so that the echo
+/// is switched on again before they take effect.
+class SignalGuard {
+public:
+    SignalGuard() {
+        s_signal = 0;
+        struct sigaction action = {};
+        action.sa_handler = noteSignal;
+        sigemptyset(&action.sa_mask);
+        for (std::size_t i = 0; i < kSignals.size(); ++i) {
+            sigaction(kSignals[i], &action, &m_before[i]);
+        }
+    }
+    ~SignalGuard() {
+        for (std::size_t i = 0; i < kSignals.size(); ++i) {
+            sigaction(kSignals[i], &m_before[i], nullptr);
+        }
+        if (s_signal != 0) {
+            raise(s_signal);
+        }
+    }
+    SignalGuard(const SignalGuard&) = delete;
+    SignalGuard& operator=(const SignalGuard&) = delete;
+
+private:
+    static constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP};
+    std::array<struct sigaction, kSignals.size()> m_before = {};
+};
+
+/// The terminal, open and without echo while it lives.
+class SilentTerminal {
+public:
+    SilentTerminal() : m_descriptor(open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+        m_isChanged = m_descriptor >= 0 && tcgetattr(m_descriptor, &m_before) == 0;
+        if (m_isChanged) {
+            termios silent = m_before;
+            silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
+            silent.c_lflag |= ICANON | ISIG;
+            m_isChanged = tcsetattr(m_descriptor, TCSAFLUSH, &silent) == 0;
+        }
+    }
+    ~SilentTerminal() {
+        if (m_isChanged) {
+            tcsetattr(m_descriptor, TCSAFLUSH, &m_before);
+        }
+        if (m_descriptor >= 0) {
+            close(m_descriptor);
+        }
+    }
+    SilentTerminal(const SilentTerminal&) = delete;
+    SilentTerminal& operator=(const SilentTerminal&) = delete;
+
+    bool isSilent() const {
+        return m_isChanged;
+    }
+    int descriptor() const {
+        return m_descriptor;
+    }
+
+private:
+    int m_descriptor;
+    bool m_isChanged;
+    termios m_before = {};
+};
+
+Asked readLine(int descriptor, Secret& answer) {
+    Asked result = Asked::kAnswered;
+    for (;;) {
+        char byte = 0;
+        // Not readSome: an interrupted read has to end.
+        const ssize_t count = read(descriptor, &byte, 1);
+        if (count != 1) {
+            return Asked::kCancelled;
+        }
+        if (byte == '\n') {
+            return result;
+        }
+        if (!answer.append(byte)) {
+            result = Asked::kTooLong;
+        }
+        wipe(&byte, 1);
+    }
+}
+
+}  // namespace
+
+bool hasTerminal() {
+    const int descriptor = open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (descriptor >= 0) {
+        close(descriptor);
+    }
+    return descriptor >= 0;
+}
+
+Asked askSecret(const std::string& prompt, Secret& answer) {
+    const SignalGuard signals;
+    const SilentTerminal terminal;
+    if (!terminal.isSilent()) {
+        return Asked::kNoTerminal;
+    }
+    writeAll(terminal.descriptor(), prompt);
+    const Asked result = readLine(terminal.descriptor(), answer);
+    writeAll(terminal.descriptor(), "\n");
+    return result;
+}
+
+}  // namespace zr::host

@@ -1,0 +1,17 @@
+// What commands show of a token.
+#pragma once
+
+#include "result_output.h"
+#include "token_session.h"
+
+namespace zr::host {
+
+inline Record tokenFields(const TokenRow& row) {
+    return {{"index", static_cast<std::uint64_t>(row.index)},
+            {"label", row.label},
+            {"serial", row.serial},
+            {"manufacturer", row.manufacturer},
+            {"model", row.model}};
+}
+
+}  // namespace zr::host

@@ -1,0 +1,150 @@
+// From options to a token: what tokens are there, the one that is meant, the login to it.
+#include "token_session.h"
+
+#include <utility>
+
+#include "failure.h"
+#include "terminal.h"
+#include "variant.h"
+
+namespace zr::host {
+namespace {
+
+std::string readText(IKeyObject& token, HRESULT (STDMETHODCALLTYPE IKeyObject::*getter)(BSTR*)) {
+    Text text;
+    return SUCCEEDED((token.*getter)(text.receive())) ? text.utf8() : std::string();
+}
+
+bool isChosen(const TokenRow& row, const TokenChoice& choice) {
+    return (!choice.index || *choice.index == row.index) &&
+           (!choice.label || *choice.label == row.label) &&
+           (!choice.serial || *choice.serial == row.serial);
+}
+
+std::string describe(const TokenChoice& choice) {
+    if (choice.index) {
+        return "the token with index " + std::to_string(*choice.index);
+    }
+    if (choice.label) {
+        return "the token with label " + inQuotes(*choice.label);
+    }
+    if (choice.serial) {
+        return "the token with serial number " + inQuotes(*choice.serial);
+    }
+    return "a token";
+}
+
+std::string listRows(const std::vector<TokenRow>& rows) {
+    std::string text;
+    for (const TokenRow& row : rows) {
+        text += (text.empty() ? "" : ", ") + std::to_string(row.index) + " " + inQuotes(row.label) +
+                " serial " + inQuotes(row.serial);
+    }
+    return text;
+}
+
+}  // namespace
+
+TokenTable readTokens(ITokenProvider& provider) {
+    TokenTable table;
+    const HRESULT result = provider.GetKeyCount(&table.slots);
+    if (FAILED(result)) {
+        throw refused(kExitFailure, "count the tokens", result,
+                      "look whether the reader is connected");
+    }
+    for (LONG i = 0; i < table.slots; ++i) {
+        TokenRow row;
+        row.index = i;
+        if (FAILED(provider.OpenKey(i, row.token.receive())) || !row.token) {
+            continue;
+        }
+        IKeyObject& token = *row.token.get();
+        row.label = readText(token, &IKeyObject::GetLabel);
+        row.serial = readText(token, &IKeyObject::GetSerialNumber);
+        row.manufacturer = readText(token, &IKeyObject::GetManufacturerID);
+        row.model = readText(token, &IKeyObject::GetModelID);
+        if (!row.label.empty() || !row.serial.empty()) {
+            table.rows.push_back(std::move(row));
+        }
+    }
+    return table;
+}
+
+TokenRow chooseToken(TokenTable table, const TokenChoice& choice) {
+    std::vector<TokenRow> chosen;
+    const std::string present = listRows(table.rows);
+    for (TokenRow& row : table.rows) {
+        if (isChosen(row, choice)) {
+            chosen.push_back(std::move(row));
+        }
+    }
+    const std::string asked = "choose " + describe(choice);
+    if (chosen.size() > 1) {
+        throw failed(kExitNotFound, asked, "several are there: " + listRows(chosen),
+                     "choose one by --index, --label or --serial");
+    }
+    if (chosen.empty()) {
+        throw failed(kExitNotFound, asked,
+                     present.empty() ? "none of " + std::to_string(table.slots) +
+                                           " slots holds a token that opens"
+                                     : "there are only: " + present,
+                     present.empty() ? "connect a token, or initialise the one that is there"
+                                     : "choose one of these");
+    }
+    return std::move(chosen.front());
+}
+
+PinEntry::PinEntry(const PinOptions& options, Need need)
+    : m_source(options.source), m_securityOfficer(options.securityOfficer) {
+    const bool isMissing = !m_source && need != Need::kOnRequest;
+    if (isMissing && (need == Need::kAlways || hasTerminal())) {
+        m_source = PinSource();
+    }
+    if (!m_source) {
+        return;
+    }
+    if (m_source->kind != PinSource::Kind::kPrompt) {
+        m_pin = readPin(*m_source, "");
+    } else if (!hasTerminal()) {
+        throw noTerminal();
+    }
+}
+
+const Secret* PinEntry::get(const TokenRow& token) {
+    if (!m_source) {
+        return nullptr;
+    }
+    if (!m_pin) {
+        m_pin = readPin(*m_source, role() + " PIN of " + inQuotes(token.label) + ": ");
+    }
+    return &*m_pin;
+}
+
+std::string PinEntry::role() const {
+    return m_securityOfficer ? "security officer" : "user";
+}
+
+INT PinEntry::type() const {
+    return m_securityOfficer ? 1 : 0;
+}
+
+TokenSession::TokenSession(const TokenOptions& options)
+    : m_module(options.module),
+      m_row(chooseToken(readTokens(m_module.provider()), options.choice)) {}
+
+bool TokenSession::login(PinEntry& pin) const {
+    const Secret* secret = pin.get(m_row);
+    if (secret == nullptr) {
+        return false;
+    }
+    const HRESULT result = m_row.token->VerifyPIN(SecretText(*secret).get(), pin.type());
+    if (FAILED(result)) {
+        throw refused(kExitLoginRefused, "log in to " + inQuotes(m_row.label) + " as " + pin.role(),
+                      result,
+                      "wrong and locked are not told apart, and tries are limited: make sure of "
+                      "the PIN before another");
+    }
+    return true;
+}
+
+}  // namespace zr::host

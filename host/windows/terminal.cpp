@@ -1,0 +1,121 @@
+// Asking on the console on Windows: CONIN$ without echo.
+#include "terminal.h"
+
+#include <windows.h>
+
+#include <array>
+
+namespace zr::host {
+namespace {
+
+/// A handle of the console, closed when it goes.
+class ConsoleHandle {
+public:
+    explicit ConsoleHandle(const wchar_t* name)
+        : m_handle(CreateFileW(name, GENERIC_READ | GENERIC_WRITE,
+                               FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
+                               nullptr)) {}
+    ~ConsoleHandle() {
+        if (isOpen()) {
+            CloseHandle(m_handle);
+        }
+    }
+    ConsoleHandle(const ConsoleHandle&) = delete;
+    ConsoleHandle& operator=(const ConsoleHandle&) = delete;
+
+    bool isOpen() const {
+        return m_handle != INVALID_HANDLE_VALUE;
+    }
+    HANDLE get() const {
+        return m_handle;
+    }
+
+private:
+    HANDLE m_handle;
+};
+
+/// Switches the echo of the console's input off while it lives.
+class SilentInput {
+public:
+    explicit SilentInput(HANDLE input) : m_input(input) {
+        m_isChanged = GetConsoleMode(input, &m_before) != 0 &&
+                      SetConsoleMode(input, ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT) != 0;
+    }
+    ~SilentInput() {
+        if (m_isChanged) {
+            SetConsoleMode(m_input, m_before);
+        }
+    }
+    SilentInput(const SilentInput&) = delete;
+    SilentInput& operator=(const SilentInput&) = delete;
+
+    bool isSilent() const {
+        return m_isChanged;
+    }
+
+private:
+    HANDLE m_input;
+    DWORD m_before = 0;
+    bool m_isChanged;
+};
+
+void write(HANDLE output, const std::string& utf8) {
+    std::wstring wide(utf8.size(), L'\0');
+    const int size = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()),
+                                         wide.data(), static_cast<int>(wide.size()));
+    DWORD written = 0;
+    WriteConsoleW(output, wide.data(), static_cast<DWORD>(size), &written, nullptr);
+}
+
+Asked readLine(HANDLE input, Secret& answer) {
+    // As many characters as a secret has bytes, and the end of the line.
+    std::array<wchar_t, Secret::kCapacity + 2> line = {};
+    std::array<char, 3 * Secret::kCapacity + 6> bytes = {};
+    DWORD length = 0;
+    const bool isRead =
+        ReadConsoleW(input, line.data(), static_cast<DWORD>(line.size()), &length, nullptr) != 0;
+    const bool isWhole = length > 0 && line[length - 1] == L'\n';
+    while (length > 0 && (line[length - 1] == L'\n' || line[length - 1] == L'\r')) {
+        --length;
+    }
+    const int size =
+        WideCharToMultiByte(CP_UTF8, 0, line.data(), static_cast<int>(length), bytes.data(),
+                            static_cast<int>(bytes.size()), nullptr, nullptr);
+    Asked result = !isRead ? Asked::kCancelled : isWhole ? Asked::kAnswered : Asked::kTooLong;
+    for (int i = 0; i < size; ++i) {
+        if (!answer.append(bytes[static_cast<std::size_t>(i)])) {
+            result = Asked::kTooLong;
+        }
+    }
+    wipe(line.data(), line.size() * sizeof(wchar_t));
+    wipe(bytes.data(), bytes.size());
+    if (!isWhole) {
+        // What is left of the line must not reach another reader.
+        FlushConsoleInputBuffer(input);
+    }
+    return result;
+}
+
+}  // namespace
+
+bool hasTerminal() {
+    return ConsoleHandle(L"CONIN$").isOpen() && ConsoleHandle(L"CONOUT$").isOpen();
+}
+
+Asked askSecret(const std::string& prompt, Secret& answer) {
+    const ConsoleHandle input(L"CONIN$");
+    const ConsoleHandle output(L"CONOUT$");
+    if (!input.isOpen() || !output.isOpen()) {
+        return Asked::kNoTerminal;
+    }
+    const SilentInput silent(input.get());
+    if (!silent.isSilent()) {
+        return Asked::kNoTerminal;
+    }
+    write(output.get(), prompt);
+    const Asked result = readLine(input.get(), answer);
+    write(output.get(), "\n");
+    return result;
+}
+
+}  // namespace zr::host
