@@ -86,7 +86,7 @@ void ZComponentImpl::FreeDispParams(DISPPARAMS* params) {
         return;
     }
     for (UINT i = 0; i < params->cArgs; ++i) {
-        if (params->rgvarg[i].vt == VT_BSTR) {
+        if (params->rgvarg[i].vt == VT_BSTR && params->rgvarg[i].bstrVal) {
             // Any text can be a PIN.
             zr::wipe(params->rgvarg[i].bstrVal, SysStringByteLen(params->rgvarg[i].bstrVal));
         }
