@@ -14,10 +14,15 @@ if(ZRKEY_SANITIZE)
   add_link_options(-fsanitize=address,undefined -fno-sanitize=vptr)
 endif()
 
+if(ZRKEY_SANITIZE_THREADS)
+  add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=thread)
+endif()
+
 # Hardening, for everything that is linked into what is installed. _FORTIFY_SOURCE needs optimised
 # code, and gets in the way of the sanitizers' own checks.
 add_compile_options(-fstack-protector-strong)
-if(NOT ZRKEY_SANITIZE)
+if(NOT ZRKEY_SANITIZE AND NOT ZRKEY_SANITIZE_THREADS)
   add_compile_options($<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
 endif()
 if(WIN32)

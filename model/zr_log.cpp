@@ -22,8 +22,8 @@ int ZRLog::SetFilePath(const char* path) {
 }
 
 void ZRLog::Log(int, const char* format, ...) const {
-    // One buffer for all loggers: providers that log are used from one thread at a time.
-    static char szBuffer[81920];
+    // One buffer for all the loggers of a thread: providers may log in threads of their own.
+    static thread_local char szBuffer[81920];
     if (!m_szFilePath[0]) {
         return;
     }

@@ -10,8 +10,9 @@
 namespace {
 
 CK_ULONG s_certificates = 32;
-CK_OBJECT_CLASS s_class = 0;
-CK_ULONG s_next = 0;
+// A session is used by one thread at a time, and each thread of a test has one.
+thread_local CK_OBJECT_CLASS s_class = 0;
+thread_local CK_ULONG s_next = 0;
 
 CK_RV initialize(void*) {
     if (const char* count = std::getenv("ZRKEY_INSTANT_CERTIFICATES")) {
