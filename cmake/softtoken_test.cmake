@@ -1,17 +1,17 @@
-# zr_add_token_test(NAME SOURCES file... LIBS library... [AROUND script])
+# zr_add_token_test(NAME SOURCES file... LIBS library... [AROUND script [ARGUMENT...]])
 #
 # A GoogleTest executable that runs with a fresh SoftHSM2 token of its own, so that tests may run
 # side by side. The test finds in its environment:
 #   ZRKEY_TEST_MODULE   the Cryptoki module: SoftHSM2, on Windows the bridge to it;
 #   ZRKEY_TOKEN_FOLDER  the token's folder, with key and certificate as files;
 #   SOFTHSM2_CONF       what SoftHSM2 reads, through the bridge too.
-# AROUND is a script that gets the test's command as its arguments and runs it.
+# AROUND is a script that gets its arguments, then the test's command, and runs it.
 find_file(ZR_SOFTHSM_MODULE libsofthsm2.so
           PATHS /usr/lib/softhsm /usr/lib/x86_64-linux-gnu/softhsm REQUIRED
           NO_CMAKE_FIND_ROOT_PATH)
 
 function(zr_add_token_test name)
-  cmake_parse_arguments(arg "" "AROUND" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(arg "" "" "SOURCES;LIBS;AROUND" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE zr_test_support ${arg_LIBS} zr_options)
   if(WIN32)
@@ -20,11 +20,11 @@ function(zr_add_token_test name)
   zr_run_on_token(${name} ${name} MODULE ${ZR_SOFTHSM_MODULE} AROUND ${arg_AROUND})
 endfunction()
 
-# zr_run_on_token(NAME TARGET MODULE file [AROUND script] [ENVIRONMENT NAME=value...])
+# zr_run_on_token(NAME TARGET MODULE file [AROUND script [ARGUMENT...]] [ENVIRONMENT NAME=value...])
 #
 # One run of such an executable on a token of its own, through a native module.
 function(zr_run_on_token name target)
-  cmake_parse_arguments(arg "" "MODULE;AROUND" "ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(arg "" "MODULE" "AROUND;ENVIRONMENT" ${ARGN})
   add_test(NAME ${name}
            COMMAND ${PROJECT_SOURCE_DIR}/scripts/with-softtoken
                    ${CMAKE_CURRENT_BINARY_DIR}/${name}_token

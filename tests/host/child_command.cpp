@@ -17,12 +17,6 @@ std::string inQuotes(const std::string& word) {
     return '"' + word + '"';
 }
 
-std::string readFile(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    EXPECT_TRUE(stream.is_open()) << path;
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 int exitCodeOf(int status) {
     if (kDosShell) {
         return status;
@@ -46,12 +40,14 @@ void ChildCommandTest::TearDown() {
     fs::current_path(m_before);
 }
 
-CommandResult ChildCommandTest::zrkey(const std::vector<std::string>& words) {
+CommandResult ChildCommandTest::zrkey(const std::vector<std::string>& words,
+                                      const std::string& input) {
+    writeFile("input.txt", input);
     std::string line = inQuotes(fs::path(ZRKEY_COMMAND).make_preferred().string());
     for (const std::string& word : words) {
         line += ' ' + inQuotes(word);
     }
-    line += " > output.txt 2> errors.txt";
+    line += " < input.txt > output.txt 2> errors.txt";
     if (kDosShell) {
         line = inQuotes(line);
     }
@@ -83,6 +79,12 @@ CommandResult ChildCommandTest::runText(const std::string& text,
 
 std::string ChildCommandTest::scriptPath(const std::string& name) {
     return (fs::path(ZRKEY_SCRIPTS) / name).make_preferred().string();
+}
+
+std::string readFile(const fs::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    EXPECT_TRUE(stream.is_open()) << path;
+    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 void writeFile(const fs::path& path, const std::string& content) {

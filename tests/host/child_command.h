@@ -22,7 +22,9 @@ protected:
     void TearDown() override;
 
     /// Runs zrkey. Words with blanks are fine, words with quotes are not.
-    static CommandResult zrkey(const std::vector<std::string>& words);
+    /// @param input  what it reads on standard input.
+    static CommandResult zrkey(const std::vector<std::string>& words,
+                               const std::string& input = {});
     /// Runs tests/host/scripts/NAME, with options before it and arguments after it.
     static CommandResult runScript(const std::string& name,
                                    const std::vector<std::string>& arguments = {},
@@ -37,7 +39,8 @@ private:
     std::filesystem::path m_before;
 };
 
-/// Writes a file as it is.
+/// Reads and writes a file as it is.
+std::string readFile(const std::filesystem::path& path);
 void writeFile(const std::filesystem::path& path, const std::string& content);
 
 }  // namespace zr::test

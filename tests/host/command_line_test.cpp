@@ -39,7 +39,7 @@ TEST_F(CommandLineTest, HelpOfRunShowsItsUsage) {
 }
 
 TEST_F(CommandLineTest, EverySwitchOfRunStandsInItsReference) {
-    std::ifstream stream(ZRKEY_RUN_REFERENCE, std::ios::binary);
+    std::ifstream stream(ZRKEY_DOCS "/script-reference.md", std::ios::binary);
     const std::string reference{std::istreambuf_iterator<char>(stream), {}};
     const std::string help = zrkey({"run", "--help"}).output;
     const std::regex pattern("[ ,](--?[a-z][a-z-]*)");

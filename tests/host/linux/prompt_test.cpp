@@ -1,0 +1,120 @@
+// The prompt of zrkey on a terminal of its own: nothing typed is shown. On Linux alone: there a
+// test can make a terminal.
+#include <pty.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include "tests/host/command_token_test.h"
+
+namespace zr::test {
+namespace {
+
+/// zrkey on a new terminal that is its controlling one.
+class TerminalCommand {
+public:
+    explicit TerminalCommand(std::vector<std::string> words) {
+        words.insert(words.begin(), ZRKEY_COMMAND);
+        std::vector<char*> arguments;
+        for (std::string& word : words) {
+            arguments.push_back(word.data());
+        }
+        arguments.push_back(nullptr);
+        m_child = forkpty(&m_terminal, nullptr, nullptr, nullptr);
+        if (m_child == 0) {
+            execv(arguments[0], arguments.data());
+            _exit(127);
+        }
+    }
+    ~TerminalCommand() {
+        close(m_terminal);
+    }
+    TerminalCommand(const TerminalCommand&) = delete;
+    TerminalCommand& operator=(const TerminalCommand&) = delete;
+
+    /// Reads until a text has been shown, or to the end.
+    void waitFor(const std::string& text) {
+        char byte = 0;
+        const std::size_t begin = m_shown.size();
+        while (m_shown.find(text, begin) == std::string::npos &&
+               ::read(m_terminal, &byte, 1) == 1) {
+            m_shown += byte;
+        }
+        EXPECT_NE(std::string::npos, m_shown.find(text, begin)) << m_shown;
+    }
+    void type(const std::string& text) const {
+        EXPECT_EQ(static_cast<ssize_t>(text.size()), ::write(m_terminal, text.data(), text.size()));
+    }
+    bool isEchoOn() const {
+        termios mode = {};
+        tcgetattr(m_terminal, &mode);
+        return (mode.c_lflag & ECHO) != 0;
+    }
+    /// Everything shown, once the command has ended.
+    std::string finish(int* status) {
+        char byte = 0;
+        while (::read(m_terminal, &byte, 1) == 1) {
+            m_shown += byte;
+        }
+        waitpid(m_child, status, 0);
+        return m_shown;
+    }
+
+private:
+    int m_terminal = -1;
+    pid_t m_child = -1;
+    std::string m_shown;
+};
+
+using PromptTest = CommandTokenTest;
+
+TEST_F(PromptTest, LoginAsksAndDoesNotShowTheAnswer) {
+    TerminalCommand command({"login"});
+    command.waitFor("user PIN of \"ZRKey Test\": ");
+    EXPECT_FALSE(command.isEchoOn());
+    command.type("1234\n");
+    int status = 0;
+    const std::string shown = command.finish(&status);
+    EXPECT_EQ(0, WEXITSTATUS(status));
+    EXPECT_NE(std::string::npos, shown.find("logged in to \"ZRKey Test\" as user")) << shown;
+    EXPECT_EQ(std::string::npos, shown.find("1234")) << shown;
+}
+
+TEST_F(PromptTest, PinChangeAsksForTheNewOneTwice) {
+    TerminalCommand command({"pin", "change"});
+    command.waitFor("user PIN of \"ZRKey Test\": ");
+    command.type("1234\n");
+    command.waitFor("new PIN: ");
+    command.type("5678\n");
+    command.waitFor("new PIN again: ");
+    command.type("5679\n");
+    int status = 0;
+    const std::string shown = command.finish(&status);
+    EXPECT_EQ(2, WEXITSTATUS(status));
+    EXPECT_NE(std::string::npos, shown.find("not typed twice alike")) << shown;
+    EXPECT_EQ(std::string::npos, shown.find("567")) << shown;
+}
+
+TEST_F(PromptTest, AnInterruptEndsTheCommandAndBringsTheEchoBack) {
+    TerminalCommand command({"login"});
+    command.waitFor("user PIN of \"ZRKey Test\": ");
+    command.type("\x03");
+    command.waitFor("\r\n");
+    int status = 0;
+    command.finish(&status);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(SIGINT, WTERMSIG(status));
+    EXPECT_TRUE(command.isEchoOn());
+}
+
+TEST_F(PromptTest, AnEmptyAnswerUsesUpNoTry) {
+    TerminalCommand command({"login"});
+    command.waitFor("user PIN of \"ZRKey Test\": ");
+    command.type("\n");
+    int status = 0;
+    EXPECT_NE(std::string::npos, command.finish(&status).find("gives an empty one"));
+    EXPECT_EQ(2, WEXITSTATUS(status));
+}
+
+}  // namespace
+}  // namespace zr::test

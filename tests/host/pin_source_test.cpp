@@ -1,0 +1,121 @@
+// PIN sources: what names one, what is taken from it, what is refused before a try is used up.
+#include "pin_source.h"
+
+#include "child_command.h"
+#include "failure.h"
+#include "tests/support/temp_dir.h"
+
+namespace zr::test {
+namespace {
+
+using host::parsePinSource;
+using host::PinSource;
+using host::Secret;
+
+/// In a fresh folder.
+class PinSourceTest : public testing::Test {
+protected:
+    ~PinSourceTest() override {
+        setEnvironment("ZRKEY_TEST_PIN", "");
+    }
+
+    static std::string read(const std::string& source) {
+        return std::string(readPin(parsePinSource(source).value(), "").view());
+    }
+
+    /// The message of a refusal; empty when there was none.
+    static std::string refusal(const std::string& source) {
+        try {
+            read(source);
+        } catch (const host::Failure& failure) {
+            EXPECT_EQ(host::kExitUsage, failure.exitCode);
+            return failure.line();
+        }
+        return {};
+    }
+
+    static std::string refusalOfFile(const std::string& content) {
+        writeFile("pin.txt", content);
+        return refusal("file:pin.txt");
+    }
+
+    TempDir folder;
+};
+
+TEST_F(PinSourceTest, ABarePinIsNoSource) {
+    for (const char* text : {"1234", "", "env:", "file:", "fd:", "fd:x", "fd:-1", "fd:1x",
+                             "env:A=B", "fd:99999999999", "Prompt", "pass:1234"}) {
+        EXPECT_FALSE(parsePinSource(text)) << text;
+    }
+}
+
+TEST_F(PinSourceTest, ADashIsStandardInput) {
+    EXPECT_EQ(PinSource::Kind::kDescriptor, parsePinSource("-")->kind);
+    EXPECT_EQ(0, parsePinSource("-")->descriptor);
+    EXPECT_EQ(7, parsePinSource("fd:7")->descriptor);
+    EXPECT_EQ(PinSource::Kind::kPrompt, parsePinSource("prompt")->kind);
+}
+
+TEST_F(PinSourceTest, AVariableIsTakenWhole) {
+    setEnvironment("ZRKEY_TEST_PIN", "12 34 ");
+    EXPECT_EQ("12 34 ", read("env:ZRKEY_TEST_PIN"));
+}
+
+TEST_F(PinSourceTest, AVariableThatIsNotSetIsRefused) {
+    EXPECT_NE(std::string::npos,
+              refusal("env:ZRKEY_TEST_PIN").find("the variable ZRKEY_TEST_PIN cannot be read"));
+}
+
+TEST_F(PinSourceTest, AFileGivesItsFirstLine) {
+    for (const char* content : {"1234", "1234\n", "1234\r\n", "1234\n5678\n"}) {
+        writeFile("pin.txt", content);
+        EXPECT_EQ("1234", read("file:pin.txt")) << content;
+    }
+}
+
+TEST_F(PinSourceTest, AFileThatIsNotThereIsRefused) {
+    EXPECT_NE(std::string::npos, refusal("file:nowhere").find("cannot be read"));
+    EXPECT_NE(std::string::npos, refusal("fd:77").find("descriptor 77 cannot be read"));
+}
+
+TEST_F(PinSourceTest, AnEmptyPinIsRefused) {
+    EXPECT_NE(std::string::npos, refusalOfFile("").find("an empty one"));
+    EXPECT_NE(std::string::npos, refusalOfFile("\r\n1234").find("an empty one"));
+}
+
+TEST_F(PinSourceTest, AnOverLongPinIsRefused) {
+    writeFile("pin.txt", std::string(127, '1'));
+    EXPECT_EQ(std::string(127, '1'), read("file:pin.txt"));
+    EXPECT_NE(std::string::npos, refusalOfFile(std::string(128, '1')).find("more than 127"));
+}
+
+TEST_F(PinSourceTest, APinThatWouldReachTheTokenChangedIsRefused) {
+    EXPECT_NE(std::string::npos, refusalOfFile("12\xFF"
+                                               "34")
+                                     .find("no UTF-8"));
+    EXPECT_NE(std::string::npos, refusalOfFile(std::string("12\0"
+                                                           "34",
+                                                           5))
+                                     .find("no UTF-8"));
+    writeFile("pin.txt", "\xC3\xA4\xF0\x9F\x94\x91");
+    EXPECT_EQ("\xC3\xA4\xF0\x9F\x94\x91", read("file:pin.txt"));
+}
+
+TEST_F(PinSourceTest, ARefusalDoesNotShowThePin) {
+    EXPECT_EQ(std::string::npos, refusalOfFile("4711\xFF").find("4711"));
+}
+
+TEST_F(PinSourceTest, AMovedSecretLeavesNothingBehind) {
+    Secret first;
+    for (const char byte : {'1', '2'}) {
+        first.append(byte);
+    }
+    const char* place = first.view().data();
+    const Secret second = std::move(first);
+    EXPECT_EQ("12", second.view());
+    EXPECT_EQ(0, place[0]);
+    EXPECT_EQ(0, place[1]);
+}
+
+}  // namespace
+}  // namespace zr::test
