@@ -19,6 +19,11 @@ if(ZRKEY_SANITIZE_THREADS)
   add_link_options(-fsanitize=thread)
 endif()
 
+if(ZRKEY_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()
+
 # Hardening, for everything that is linked into what is installed. _FORTIFY_SOURCE needs optimised
 # code, and gets in the way of the sanitizers' own checks.
 add_compile_options(-fstack-protector-strong)
