@@ -135,5 +135,25 @@ TEST_F(ProviderLogTest, TheFileMayBeRemovedBetweenLines) {
     provider->Release();
 }
 
+TEST_F(ProviderLogTest, APathOf259BytesIsTheLongest) {
+    // Behind the home: "/log/level/work/TokenProvider_hhmmss.log".
+    const std::size_t longestHome = 259 - 40;
+    ASSERT_LT(folder.home().string().size(), longestHome - 1);
+    for (std::size_t length = longestHome - 1; length < 262; ++length) {
+        std::string home = folder.home().string();
+        while (home.size() < length) {
+            home += length - home.size() == 1 ? "/" : "/.";
+        }
+        const bool isSeparated = home.back() == '/';
+        setEnvironment("ZRKEY_HOME_X64", home);
+        makeProvider()->Release();
+        // On Windows only a backslash counts as a separator at the end.
+        const std::size_t whole =
+            length + 40 - (isSeparated && fs::path::preferred_separator == '/' ? 1 : 0);
+        EXPECT_EQ(whole <= 259 ? 1u : 0u, findLogFiles(folder.home()).size()) << length;
+        fs::remove_all(folder.home() / "log");
+    }
+}
+
 }  // namespace
 }  // namespace zr::test

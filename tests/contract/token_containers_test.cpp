@@ -240,5 +240,14 @@ TEST_F(TokenContainersTest, AWalkContinuesAndClosesASearchLeftOpen) {
     EXPECT_EQ(1u, count());
 }
 
+TEST_F(TokenContainersTest, MissingResultsAreRefusedWithoutACall) {
+    VARIANT result = poisoned();
+    EXPECT_HR(E_INVALIDARG, token->GetContainerCount(nullptr));
+    EXPECT_HR(E_INVALIDARG, token->EnumContainer(0, nullptr));
+    EXPECT_HR(E_INVALIDARG, token->GetCertData(nullptr, &result));
+    EXPECT_EQ(Lines{}, module.takeCalls());
+    EXPECT_EQ(VT_UI1, result.vt);
+}
+
 }  // namespace
 }  // namespace zr::test

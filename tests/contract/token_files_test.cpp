@@ -284,5 +284,12 @@ TEST_F(ModuleTest, ALookUpsStepsAreLogged) {
     provider->Release();
 }
 
+TEST_F(TokenFilesTest, MissingResultsAreRefusedWithoutACall) {
+    EXPECT_HR(E_INVALIDARG, token->FileExists(Text("7"), nullptr));
+    EXPECT_HR(E_INVALIDARG, token->OpenFile(Text("7"), nullptr));
+    EXPECT_HR(E_INVALIDARG, token->CreateFile(Text("7"), 0, 0, 0, 0, nullptr));
+    EXPECT_EQ(Lines{}, module.takeCalls());
+}
+
 }  // namespace
 }  // namespace zr::test

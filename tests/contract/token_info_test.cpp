@@ -220,5 +220,13 @@ TEST_F(ModuleTest, ATokensLifeIsToldLineByLine) {
     provider->Release();
 }
 
+TEST_F(TokenInfoTest, AFailingStringGetterLeavesTheScriptsResultEmpty) {
+    const ConsoleCapture console;
+    module->fail("C_GetTokenInfo", 0, CKR_DEVICE_REMOVED);
+    VARIANT result = poisoned();
+    EXPECT_HR(E_FAIL, invoke(token, idOf(token, "GetLabel"), {}, &result));
+    EXPECT_EQ(VT_EMPTY, result.vt);
+}
+
 }  // namespace
 }  // namespace zr::test

@@ -145,5 +145,12 @@ TEST(PathUtilsTest, IdentifiersAreReadWithoutBraces) {
     EXPECT_EQ(0x0B29FC40u, ZCreateGUIDFromString("xB29FC40-CA47-1067-B31D-00DD010662DA").Data1);
 }
 
+TEST(PathUtilsTest, WithoutABufferTheExecutableIsNotTold) {
+    char file[1] = {'x'};
+    EXPECT_EQ(0, ZGetModuleFilePath(nullptr, 300));
+    EXPECT_EQ(0, ZGetModuleFilePath(file, 0));
+    EXPECT_EQ('x', file[0]);
+}
+
 }  // namespace
 }  // namespace zr::test

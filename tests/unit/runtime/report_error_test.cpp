@@ -94,5 +94,47 @@ TEST_F(ReportErrorTest, ANewReportReplacesTheOld) {
     EXPECT_EQ(nullptr, current());
 }
 
+TEST_F(ReportErrorTest, ACopyOfAnErrorHasAReferenceAndATextOfItsOwn) {
+    EXPECT_THROW(ZCLReportError(IID_NULL, OLESTR("1"), IID_NULL, E_FAIL), _zcl_error);
+    IErrorInfo* info = nullptr;
+    ZGetErrorInfo(0, &info);
+    {
+        _zcl_error error(E_POINTER, info);
+        error.m_pszText = new char[5]{'t', 'e', 'x', 't', 0};
+        const _zcl_error copy(error);
+        EXPECT_HR(E_POINTER, copy.m_hr);
+        EXPECT_EQ(info, copy.m_pErrorInfo);
+        EXPECT_STREQ("text", copy.m_pszText);
+        EXPECT_NE(error.m_pszText, copy.m_pszText);
+        EXPECT_EQ(4u, info->AddRef());  // the slot's, both errors' and this one
+        info->Release();
+    }
+    const _zcl_error empty(E_FAIL, nullptr);
+    const _zcl_error copyOfEmpty(empty);
+    EXPECT_EQ(nullptr, copyOfEmpty.m_pszText);
+    ZCLUninitialize();
+}
+
+/// Throws when its last reference goes, as no error object should.
+class ThrowingErrorInfo : public ZErrorInfo {
+public:
+    ULONG STDMETHODCALLTYPE Release() override { throw 1; }
+};
+
+TEST_F(ReportErrorTest, AnyOtherExceptionEndsTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto report = [] {
+        auto* info = new ThrowingErrorInfo;
+        ZSetErrorInfo(0, info);
+        try {
+            ZCLReportError(IID_NULL, OLESTR("1"), IID_NULL, E_FAIL);
+        } catch (...) {
+            std::_Exit(0);  // it got out
+        }
+        std::_Exit(0);
+    };
+    EXPECT_DEATH(report(), "");
+}
+
 }  // namespace
 }  // namespace zr::test

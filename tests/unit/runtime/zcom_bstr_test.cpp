@@ -67,5 +67,24 @@ TEST(ZComBstrTest, AssignedObjectsShareAndTheLastFrees) {
     EXPECT_EQ(nullptr, raw(first));
 }
 
+TEST(ZComBstrTest, ManyOwnersOfOneStringFreeItOnce) {
+    ZComBSTR first("shared");
+    ZComBSTR other("of its own");
+    {
+        ZComBSTR second;
+        ZComBSTR third;
+        ZComBSTR empty;
+        second = first;
+        third = first;
+        third = empty;
+        EXPECT_EQ(nullptr, raw(third));
+        EXPECT_EQ(raw(first), raw(second));
+        third = second;
+        const ZComBSTR alone("freed while others share");
+    }
+    EXPECT_EQ(6u, first.GetLength());
+    EXPECT_EQ(10u, other.GetLength());
+}
+
 }  // namespace
 }  // namespace zr::test

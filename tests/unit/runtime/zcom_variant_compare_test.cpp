@@ -107,5 +107,13 @@ TEST(ZComVariantSizeTest, ASumPastThirtyTwoBitsIsToldIn64AndNotIn32) {
     variant.vt = VT_EMPTY;
 }
 
+TEST(ZComVariantCompareTest, InequalityIsTheNegationForBothKindsOfOperand) {
+    const ZComVariant seven(7ul);
+    const ZComVariant eight(8ul);
+    EXPECT_FALSE(seven != static_cast<const VARIANT&>(ZComVariant(7ul)));
+    EXPECT_TRUE(seven != static_cast<const VARIANT&>(eight));
+    EXPECT_TRUE(ZComVariant(7l, VT_I4) != ZComVariant(7l, VT_I4));
+}
+
 }  // namespace
 }  // namespace zr::test
