@@ -35,7 +35,7 @@ TEST_F(ObjectCommandTest, AFileOfAnotherProgramIsReadByteByByte) {
 
 TEST_F(ObjectCommandTest, AFileThatIsNotThereIsNotRead) {
     expectFailure(zrkeyLoggedIn({"file", "read", "500"}), 4, "cannot open the file 500");
-    expectFailure(zrkey({"file", "read", "101"}), 4, "give --pin");
+    expectFailure(zrkey({"file", "read", "500"}), 4, "give --pin");
 }
 
 TEST_F(ObjectCommandTest, AFileIsNotCreatedWithoutALogin) {
