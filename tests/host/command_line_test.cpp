@@ -75,7 +75,19 @@ TEST_F(CommandLineTest, NoCommandIsAUsageError) {
 }
 
 TEST_F(CommandLineTest, UnknownCommandIsAUsageError) {
-    expectUsageError(zrkey({"dance"}));
+    const CommandResult result = zrkey({"dance"});
+    expectUsageError(result);
+    EXPECT_EQ("zrkey: there is no such command; zrkey --help shows the usage\n", result.errors);
+}
+
+TEST_F(CommandLineTest, AWordTooManyIsNotRepeated) {
+    // It may be a PIN.
+    const CommandResult word = zrkey({"login", "97531"});
+    expectUsageError(word);
+    EXPECT_EQ("zrkey: an argument is not expected; zrkey --help shows the usage\n", word.errors);
+    const CommandResult option = zrkey({"login", "--pni=97531"});
+    expectUsageError(option);
+    EXPECT_EQ("zrkey: not expected: --pni; zrkey --help shows the usage\n", option.errors);
 }
 
 TEST_F(CommandLineTest, RunWithoutAFileIsAUsageError) {
