@@ -119,6 +119,13 @@ TEST_F(ObjectCommandTest, ASignatureInJsonIsBase64) {
     expectFailure(zrkeyLoggedIn({"sign", "--json", "-o", "signature.bin"}, "data"), 2, "--json");
 }
 
+TEST_F(ObjectCommandTest, AnUnknownFormatOrIndexIsWrongUsage) {
+    expectFailure(zrkeyLoggedIn({"sign", "--format", "der"}), 2, "raw, hex, base64 and pem");
+    for (const char* index : {"a", "-1", "4294967296"}) {
+        expectFailure(zrkey({"info", std::string("--index=") + index}), 2, "--index");
+    }
+}
+
 TEST_F(ObjectCommandTest, AnInputThatIsNotThereIsAFailure) {
     expectFailure(zrkeyLoggedIn({"sign", "-i", "nowhere"}), 1, "cannot read \"nowhere\"");
 }
