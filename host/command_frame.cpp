@@ -1,7 +1,7 @@
 // What the compiled commands share: their options, and the frame that runs one and reports it.
 #include "command_frame.h"
 
-#include <map>
+#include <limits>
 
 #include "byte_io.h"
 #include "console.h"
@@ -19,6 +19,23 @@ std::string checkFileName(const std::string& text) {
     return number >= 1 && number <= kLastFileName
                ? ""
                : "the name of a file is a number from 1 to 65536";
+}
+
+CLI::Validator isIndex() {
+    return CLI::Range(LONG{0}, std::numeric_limits<LONG>::max()).description("");
+}
+
+ByteFormat parseFormat(const std::string& name) {
+    constexpr std::pair<std::string_view, ByteFormat> formats[] = {{"raw", ByteFormat::kRaw},
+                                                                   {"hex", ByteFormat::kHex},
+                                                                   {"base64", ByteFormat::kBase64},
+                                                                   {"pem", ByteFormat::kPem}};
+    for (const auto& [text, format] : formats) {
+        if (name == text) {
+            return format;
+        }
+    }
+    throw CLI::ValidationError("--format", "the formats are raw, hex, base64 and pem");
 }
 
 void writeResult(Console& console, const std::string& name, const ReportOptions& options,
@@ -69,10 +86,14 @@ void addReportOptions(CLI::App& command, ReportOptions& options) {
 }
 
 void addModuleOptions(CLI::App& command, ModuleOptions& options) {
-    command.add_option("--module", options.path,
-                       "The PKCS #11 module; without it the variable ZRKEY_MODULE names it");
-    command.add_option("--workdir", options.workFolder,
-                       "The folder of config.xml; without it the current one");
+    command
+        .add_option("--module", options.path,
+                    "The PKCS #11 module; without it the variable ZRKEY_MODULE names it")
+        ->type_name("PATH");
+    command
+        .add_option("--workdir", options.workFolder,
+                    "The folder of config.xml; without it the current one")
+        ->type_name("DIR");
 }
 
 void addTokenOptions(CLI::App& command, TokenOptions& options) {
@@ -80,7 +101,8 @@ void addTokenOptions(CLI::App& command, TokenOptions& options) {
     addModuleOptions(command, options.module);
     CLI::Option* index =
         command.add_option("--index", options.choice.index, "Chooses the token by its index")
-            ->check(CLI::NonNegativeNumber);
+            ->type_name("N")
+            ->check(isIndex());
     CLI::Option* label =
         command.add_option("--label", options.choice.label, "Chooses the token by its label");
     CLI::Option* serial = command.add_option("--serial", options.choice.serial,
@@ -115,7 +137,8 @@ void addCertificateOptions(CLI::App& command, CertificateChoice& choice) {
     CLI::Option* name =
         command.add_option("--cert", choice.name, "Chooses the certificate by its name");
     command.add_option("--cert-index", choice.index, "Chooses the certificate by its index")
-        ->check(CLI::NonNegativeNumber)
+        ->type_name("N")
+        ->check(isIndex())
         ->excludes(name);
 }
 
@@ -126,18 +149,16 @@ void addInputOption(CLI::App& command, std::string& path) {
 }
 
 void addByteOutput(CLI::App& command, ByteOutput& output) {
-    const std::map<std::string, ByteFormat> formats = {{"raw", ByteFormat::kRaw},
-                                                       {"hex", ByteFormat::kHex},
-                                                       {"base64", ByteFormat::kBase64},
-                                                       {"pem", ByteFormat::kPem}};
     CLI::Option* json = command.get_option("--json");
     command.add_option("-o,--output", output.path, "The file to write; - is standard output")
         ->type_name("FILE")
         ->capture_default_str()
         ->excludes(json);
-    command.add_option("--format", output.format, "raw, hex, base64 or pem")
+    command
+        .add_option_function<std::string>(
+            "--format", [&output](const std::string& name) { output.format = parseFormat(name); },
+            "raw, hex, base64 or pem")
         ->type_name("FORMAT")
-        ->transform(CLI::Transformer(formats).description(""))
         ->excludes(json);
 }
 

@@ -10,9 +10,26 @@
 
 namespace {
 
+/// What nothing was expected for. Names of options alone: another word may be a PIN.
+std::string describeExtras(const std::vector<std::string>& words) {
+    std::string names;
+    for (const std::string& word : words) {
+        if (word.starts_with("--")) {
+            names += " " + word.substr(0, word.find('='));
+        }
+    }
+    return names.empty() ? "an argument is not expected" : "not expected:" + names;
+}
+
 /// One line: what is wrong, and what to try.
-std::string usageLine(const CLI::App*, const CLI::Error& error) {
-    return "zrkey: " + zr::host::printable(error.what()) + "; zrkey --help shows the usage\n";
+std::string usageLine(const CLI::App* app, const CLI::Error& error) {
+    std::string what = error.what();
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError)) {
+        what = describeExtras(app->remaining(true));
+    } else if (app->get_subcommands().empty() && !app->remaining().empty()) {
+        what = "there is no such command";
+    }
+    return "zrkey: " + zr::host::printable(what) + "; zrkey --help shows the usage\n";
 }
 
 CLI::App& addGroup(CLI::App& app, const std::string& name, const std::string& help) {

@@ -110,14 +110,19 @@ Secret withoutReturn(Secret line) {
     return shorter;
 }
 
-/// Whether the library's conversions leave it as it is.
+/// Whether the library's conversions leave it as it is: no zero, nothing malformed, no half of a
+/// surrogate pair.
 bool isPlainUtf8(const Secret& pin) {
-    OleString wide = toUtf16(pin.view());
-    std::string back = toUtf8(wide);
-    const bool isPlain = back == pin.view() && pin.view().find('\0') == std::string_view::npos;
+    const std::string_view bytes = pin.view();
+    for (std::size_t i = 0; i + 1 < bytes.size(); ++i) {
+        if (bytes[i] == '\xED' && static_cast<unsigned char>(bytes[i + 1]) >= 0xA0) {
+            return false;
+        }
+    }
+    OleString wide = toUtf16(bytes);
+    const bool isWellFormed = wide.find(OLECHAR{0xFFFD}) == OleString::npos;
     wipe(wide.data(), wide.size() * sizeof(OLECHAR));
-    wipe(back.data(), back.size());
-    return isPlain;
+    return isWellFormed && bytes.find('\0') == std::string_view::npos;
 }
 
 }  // namespace

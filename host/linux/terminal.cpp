@@ -5,6 +5,7 @@
 #include <csignal>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -19,8 +20,8 @@ void noteSignal(int signal) {
     s_signal = signal;
 }
 
-/// While it lives, signals that would end the process only interrupt the reading, so that the echo
-/// is switched on again before they take effect.
+/// While it lives, signals that would end the process are held back but for await, which they end,
+/// so that the echo is switched on again before they take effect.
 class SignalGuard {
 public:
     SignalGuard() {
@@ -28,14 +29,19 @@ public:
         struct sigaction action = {};
         action.sa_handler = noteSignal;
         sigemptyset(&action.sa_mask);
+        sigset_t held;
+        sigemptyset(&held);
         for (std::size_t i = 0; i < kSignals.size(); ++i) {
+            sigaddset(&held, kSignals[i]);
             sigaction(kSignals[i], &action, &m_before[i]);
         }
+        sigprocmask(SIG_BLOCK, &held, &m_maskBefore);
     }
     ~SignalGuard() {
         for (std::size_t i = 0; i < kSignals.size(); ++i) {
             sigaction(kSignals[i], &m_before[i], nullptr);
         }
+        sigprocmask(SIG_SETMASK, &m_maskBefore, nullptr);
         if (s_signal != 0) {
             raise(s_signal);
         }
@@ -43,9 +49,17 @@ public:
     SignalGuard(const SignalGuard&) = delete;
     SignalGuard& operator=(const SignalGuard&) = delete;
 
+    /// Waits until there is something to read.
+    /// @return false when a signal came first.
+    bool await(int descriptor) const {
+        pollfd input = {descriptor, POLLIN, 0};
+        return ppoll(&input, 1, nullptr, &m_maskBefore) == 1;
+    }
+
 private:
     static constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP};
     std::array<struct sigaction, kSignals.size()> m_before = {};
+    sigset_t m_maskBefore = {};
 };
 
 /// The terminal, open and without echo while it lives.
@@ -84,13 +98,11 @@ private:
     termios m_before = {};
 };
 
-Asked readLine(int descriptor, Secret& answer) {
+Asked readLine(const SignalGuard& signals, int descriptor, Secret& answer) {
     Asked result = Asked::kAnswered;
     for (;;) {
         char byte = 0;
-        // Not readSome: an interrupted read has to end.
-        const ssize_t count = read(descriptor, &byte, 1);
-        if (count != 1) {
+        if (!signals.await(descriptor) || readSome(descriptor, &byte, 1) != 1) {
             return Asked::kCancelled;
         }
         if (byte == '\n') {
@@ -120,7 +132,7 @@ Asked askSecret(const std::string& prompt, Secret& answer) {
         return Asked::kNoTerminal;
     }
     writeAll(terminal.descriptor(), prompt);
-    const Asked result = readLine(terminal.descriptor(), answer);
+    const Asked result = readLine(signals, terminal.descriptor(), answer);
     writeAll(terminal.descriptor(), "\n");
     return result;
 }

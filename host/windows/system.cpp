@@ -49,8 +49,17 @@ std::vector<std::string> commandLineArguments(int argc, char** argv) {
 }
 
 std::optional<std::string> environmentVariable(const std::string& name) {
-    const wchar_t* value = _wgetenv(toWide(name).c_str());
-    return value != nullptr ? std::optional<std::string>(toUtf8(value)) : std::nullopt;
+    const std::wstring wideName = toWide(name);
+    const DWORD size = GetEnvironmentVariableW(wideName.c_str(), nullptr, 0);
+    if (size == 0) {
+        return std::nullopt;
+    }
+    std::wstring value(size, L'\0');
+    GetEnvironmentVariableW(wideName.c_str(), value.data(), size);
+    std::string utf8 = toUtf8(value.c_str());
+    // It may be a PIN.
+    SecureZeroMemory(value.data(), value.size() * sizeof(wchar_t));
+    return utf8;
 }
 
 int openForReading(const std::string& path) {

@@ -35,7 +35,7 @@ TEST_F(ObjectCommandTest, AFileOfAnotherProgramIsReadByteByByte) {
 
 TEST_F(ObjectCommandTest, AFileThatIsNotThereIsNotRead) {
     expectFailure(zrkeyLoggedIn({"file", "read", "500"}), 4, "cannot open the file 500");
-    expectFailure(zrkey({"file", "read", "101"}), 4, "give --pin");
+    expectFailure(zrkey({"file", "read", "500"}), 4, "give --pin");
 }
 
 TEST_F(ObjectCommandTest, AFileIsNotCreatedWithoutALogin) {
@@ -117,6 +117,13 @@ TEST_F(ObjectCommandTest, ASignatureInJsonIsBase64) {
     // 256 bytes, padded.
     EXPECT_EQ(begin + 13 + 342, result.output.find("==\",", begin)) << result.output;
     expectFailure(zrkeyLoggedIn({"sign", "--json", "-o", "signature.bin"}, "data"), 2, "--json");
+}
+
+TEST_F(ObjectCommandTest, AnUnknownFormatOrIndexIsWrongUsage) {
+    expectFailure(zrkeyLoggedIn({"sign", "--format", "der"}), 2, "raw, hex, base64 and pem");
+    for (const char* index : {"a", "-1", "4294967296"}) {
+        expectFailure(zrkey({"info", std::string("--index=") + index}), 2, "--index");
+    }
 }
 
 TEST_F(ObjectCommandTest, AnInputThatIsNotThereIsAFailure) {

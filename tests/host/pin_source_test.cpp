@@ -97,6 +97,7 @@ TEST_F(PinSourceTest, APinThatWouldReachTheTokenChangedIsRefused) {
                                                            "34",
                                                            5))
                                      .find("no UTF-8"));
+    EXPECT_NE(std::string::npos, refusalOfFile("\xED\xA0\xBD\xED\xB4\x91").find("no UTF-8"));
     writeFile("pin.txt", "\xC3\xA4\xF0\x9F\x94\x91");
     EXPECT_EQ("\xC3\xA4\xF0\x9F\x94\x91", read("file:pin.txt"));
 }

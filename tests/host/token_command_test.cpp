@@ -45,13 +45,6 @@ TEST_F(CommandTokenTest, TwoChoicesAreWrongUsage) {
     expectFailure(zrkey({"info", "--index", "0", "--label", "ZRKey Test"}), 2, "--index");
 }
 
-TEST_F(CommandTokenTest, DiagnosticsGoToStandardErrorOnRequest) {
-    const CommandResult quiet = zrkey({"list"});
-    const CommandResult verbose = zrkey({"list", "-v"});
-    EXPECT_EQ(quiet.output, verbose.output);
-    EXPECT_NE("", verbose.errors);
-}
-
 TEST_F(CommandTokenTest, LoginAcceptsTheRightPin) {
     const CommandResult result = zrkeyLoggedIn({"login"});
     expectOutput(result, "logged in to \"ZRKey Test\" as user\n");
