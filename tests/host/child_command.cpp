@@ -43,7 +43,7 @@ void ChildCommandTest::TearDown() {
 CommandResult ChildCommandTest::zrkey(const std::vector<std::string>& words,
                                       const std::string& input) {
     writeFile("input.txt", input);
-    std::string line = inQuotes(fs::path(ZRKEY_COMMAND).make_preferred().string());
+    std::string line = inQuotes(fs::absolute(ZRKEY_COMMAND).make_preferred().string());
     for (const std::string& word : words) {
         line += ' ' + inQuotes(word);
     }
