@@ -291,5 +291,23 @@ TEST_F(TokenFilesTest, MissingResultsAreRefusedWithoutACall) {
     EXPECT_EQ(Lines{}, module.takeCalls());
 }
 
+TEST_F(TokenFilesTest, AnObjectDestroyedMeanwhileIsNotWritten) {
+    const CK_OBJECT_HANDLE object = module.addData("6", "contents");
+    IKeyFile* file = open("7");
+    module->removeObject(object);
+    EXPECT_EQ("contents", read(file, 8));
+    EXPECT_HR(E_FAIL, file->Flush());
+    file->Release();
+    EXPECT_HR(E_FAIL, token->DeleteFile(Text("7")));
+}
+
+TEST_F(TokenFilesTest, SixtyFourMebibytesAreReadWhole) {
+    const std::string contents(64 << 20, 'x');
+    module.addData("6", contents);
+    IKeyFile* file = open("7");
+    EXPECT_TRUE(contents == read(file, 64 << 20));
+    file->Release();
+}
+
 }  // namespace
 }  // namespace zr::test

@@ -244,5 +244,40 @@ TEST_F(ModuleTest, APublicKeyLookUpIsLoggedStepByStep) {
     provider->Release();
 }
 
+TEST_F(TokenSignTest, TheLowerBoundOfAnArrayDoesNotMatter) {
+    SAFEARRAYBOUND bound = {4, 5};
+    VARIANT data = {};
+    data.vt = VT_ARRAY | VT_UI1;
+    data.parray = SafeArrayCreate(VT_UI1, 1, &bound);
+    void* elements = nullptr;
+    SafeArrayAccessData(data.parray, &elements);
+    std::copy_n("data", 4, static_cast<char*>(elements));
+    SafeArrayUnaccessData(data.parray);
+    EXPECT_HR(S_OK, sign(data));
+    EXPECT_EQ("C_Sign(1, [data], 1024)", module.takeCalls().back());
+    VariantClear(&result);
+    VariantClear(&data);
+}
+
+TEST_F(TokenSignTest, ALockedArrayIsRead) {
+    const Bytes bytes("data");
+    const VARIANT& data = bytes;
+    SafeArrayLock(data.parray);
+    EXPECT_HR(S_OK, sign(data));
+    EXPECT_EQ("C_Sign(1, [data], 1024)", module.takeCalls().back());
+    VariantClear(&result);
+    EXPECT_HR(S_OK, token->DigestData(Text("MD5"), data, &result));
+    VariantClear(&result);
+    EXPECT_EQ(1u, data.parray->cLocks);
+    SafeArrayUnlock(data.parray);
+}
+
+TEST_F(TokenSignTest, SixtyFourMebibytesAreDigested) {
+    const Bytes data(std::string(64 << 20, '\0'));
+    EXPECT_HR(S_OK, token->DigestData(Text("MD5"), data, &result));
+    EXPECT_EQ("\x7f\x61\x4d\xa9\x32\x9c\xd3\xae\xbf\x59\xb9\x1a\xad\xc3\x0b\xf0",
+              takeBytes(&result));
+}
+
 }  // namespace
 }  // namespace zr::test
