@@ -19,6 +19,10 @@ if(ZRKEY_SANITIZE_THREADS)
   add_link_options(-fsanitize=thread)
 endif()
 
+if(ZRKEY_BUILD_FUZZERS)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 if(ZRKEY_COVERAGE)
   add_compile_options(--coverage -fprofile-update=atomic)
   add_link_options(--coverage)
