@@ -1,6 +1,7 @@
 // zrkey run: runs a script file with the library's objects at hand.
 #include <CLI/CLI.hpp>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 
@@ -15,6 +16,8 @@ namespace {
 
 struct RunOptions {
     bool verbose = false;
+    double seconds = 0;
+    unsigned int mebibytes = 0;
     std::string file;
     std::vector<std::string> arguments;
 };
@@ -27,6 +30,17 @@ public:
     }
 };
 
+ScriptLimits limitsOf(const RunOptions& options) {
+    ScriptLimits limits;
+    if (options.seconds > 0) {
+        limits.time = std::chrono::milliseconds(static_cast<long long>(options.seconds * 1000));
+    }
+    if (options.mebibytes > 0) {
+        limits.bytes = std::size_t{options.mebibytes} << 20;
+    }
+    return limits;
+}
+
 int runScriptFile(const RunOptions& options) {
     Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
     const std::optional<std::string> source = readBytes(options.file);
@@ -34,7 +48,7 @@ int runScriptFile(const RunOptions& options) {
         console.writeError("zrkey: cannot read " + options.file + "\n");
         return kExitFailure;
     }
-    ScriptEngine engine(console);
+    ScriptEngine engine(console, limitsOf(options));
     return engine.run(options.file, *source, options.arguments) ? kExitOk : kExitFailure;
 }
 
@@ -46,6 +60,11 @@ void addRunCommand(CLI::App& app, Action& action) {
         "run", "Runs a script; what follows FILE is its global array \"arguments\"");
     command->add_flag("-v,--verbose", options->verbose,
                       "Shows the library's diagnostics on standard error");
+    command->add_option("--time-limit", options->seconds, "Ends the script after so many seconds")
+        ->check(CLI::Range(0.001, 1e6));
+    command->add_option("--memory-limit", options->mebibytes,
+                        "Gives the script at most so many MiB of memory")
+        ->check(CLI::Range(1, 1 << 20));
     // FILE and what follows it are kept as written, also what looks like an option or a list.
     command->prefix_command();
     command->formatter(std::make_shared<RunFormatter>());

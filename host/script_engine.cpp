@@ -110,10 +110,14 @@ duk_ret_t describeError(duk_context* script, void* data) {
 
 }  // namespace
 
-ScriptEngine::ScriptEngine(Console& console)
+ScriptUse& useOf(void* context) {
+    return static_cast<ScriptContext*>(context)->use;
+}
+
+ScriptEngine::ScriptEngine(Console& console, const ScriptLimits& limits)
     : m_console(console),
-      m_context(std::make_unique<ScriptContext>(ScriptContext{console})),
-      m_heap(duk_create_heap(nullptr, nullptr, nullptr, m_context.get(), failEngine)) {
+      m_context(std::make_unique<ScriptContext>(ScriptContext{console, ScriptUse(limits)})),
+      m_heap(createLimitedHeap(m_context.get(), failEngine)) {
     if (m_heap == nullptr) {
         throw std::bad_alloc();
     }

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "script_limits.h"
+
 struct duk_hthread;
 
 namespace zr::host {
@@ -16,7 +18,8 @@ struct ScriptContext;
 /// One script world. Whatever the script still holds is released with it.
 class ScriptEngine {
 public:
-    explicit ScriptEngine(Console& console);
+    /// @param limits  for the whole life of the engine.
+    explicit ScriptEngine(Console& console, const ScriptLimits& limits = {});
     ~ScriptEngine();
     ScriptEngine(const ScriptEngine&) = delete;
     ScriptEngine& operator=(const ScriptEngine&) = delete;

@@ -12,12 +12,14 @@
 
 #include "console.h"
 #include "library.h"
+#include "script_limits.h"
 
 namespace zr::host {
 
 /// What the functions that a script calls work with; kept beside the script engine's heap.
 struct ScriptContext {
     Console& console;
+    ScriptUse use = ScriptUse(ScriptLimits());
     /// The script's objects by the number under which its side of them is marked. A script that
     /// tampers with its side can at most name another live object.
     std::unordered_map<std::uint32_t, ComRef<IDispatch>> objects = {};

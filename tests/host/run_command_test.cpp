@@ -136,5 +136,27 @@ TEST_F(RunCommandTest, EndlessRecursionIsAnError) {
                   "finalizer: survived\n");
 }
 
+TEST_F(RunCommandTest, AScriptEndsWhenItsTimeIsUpThoughItCatchesErrors) {
+    expectFailure(runText("for (;;) { try { for (;;) {} } catch (error) {} }",
+                          {"--time-limit", "0.2"}),
+                  "script.js:1: RangeError: execution timeout\n");
+}
+
+TEST_F(RunCommandTest, AScriptGetsNoMoreThanItsMemory) {
+    const std::string grow = "; text += text); print('had it');";
+    const std::vector<std::string> limit = {"--memory-limit", "16"};
+    expectFailure(runText("for (var text = 'x'; text.length < 1e9" + grow, limit),
+                  "script.js:1: alloc failed\n");
+    expectSuccess(runText("for (var text = 'x'; text.length < 1e6" + grow, limit), "had it\n");
+}
+
+TEST_F(RunCommandTest, LimitsThatAreNoneAreWrongUsage) {
+    for (const char* option : {"--time-limit", "--memory-limit"}) {
+        for (const char* value : {"0", "-1", "many"}) {
+            EXPECT_EQ(zrkey({"run", option, value, "any.js"}).exitCode, 2) << option << value;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace zr::test

@@ -1,0 +1,82 @@
+// Keeps a script within its time and memory.
+#include "script_limits.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <new>
+
+namespace zr::host {
+namespace {
+
+/// What stands before each block: its size, with room for the strictest alignment.
+constexpr std::size_t kHeader = alignof(std::max_align_t);
+
+std::size_t sizeOf(const void* block) {
+    std::size_t size = 0;
+    std::memcpy(&size, static_cast<const char*>(block) - kHeader, sizeof size);
+    return size;
+}
+
+void* allocate(void* context, duk_size_t size) {
+    return useOf(context).reallocate(nullptr, size);
+}
+
+void* reallocate(void* context, void* block, duk_size_t size) {
+    return useOf(context).reallocate(block, size);
+}
+
+void release(void* context, void* block) {
+    useOf(context).free(block);
+}
+
+}  // namespace
+
+ScriptUse::ScriptUse(const ScriptLimits& limits) : m_mostBytes(limits.bytes) {
+    if (limits.time) {
+        m_end = std::chrono::steady_clock::now() + *limits.time;
+    }
+}
+
+bool ScriptUse::isTimeUp() const {
+    return m_end && std::chrono::steady_clock::now() >= *m_end;
+}
+
+void* ScriptUse::reallocate(void* block, std::size_t size) {
+    if (size == 0) {
+        free(block);
+        return nullptr;
+    }
+    const std::size_t before = block ? sizeOf(block) : 0;
+    if (size > std::numeric_limits<std::size_t>::max() - kHeader ||
+        (m_mostBytes && size > before && size - before > *m_mostBytes - m_usedBytes)) {
+        return nullptr;
+    }
+    void* const start = block ? static_cast<char*>(block) - kHeader : nullptr;
+    char* const made = static_cast<char*>(std::realloc(start, size + kHeader));
+    if (made == nullptr) {
+        return nullptr;
+    }
+    m_usedBytes += size - before;
+    std::memcpy(made, &size, sizeof size);
+    return made + kHeader;
+}
+
+void ScriptUse::free(void* block) {
+    if (block != nullptr) {
+        m_usedBytes -= sizeOf(block);
+        std::free(static_cast<char*>(block) - kHeader);
+    }
+}
+
+duk_context* createLimitedHeap(void* context, duk_fatal_function fatal) {
+    return duk_create_heap(allocate, reallocate, release, context, fatal);
+}
+
+}  // namespace zr::host
+
+/// Asked by the engine every few instructions; what it answers stops the script by an error that the
+/// script cannot catch for good.
+extern "C" int zrIsScriptTimeUp(void* context) {
+    return zr::host::useOf(context).isTimeUp() ? 1 : 0;
+}

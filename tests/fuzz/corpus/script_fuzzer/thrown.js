@@ -1,0 +1,1 @@
+throw { toString: function () { throw 1; } };

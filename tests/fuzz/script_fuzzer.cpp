@@ -1,0 +1,34 @@
+// Any script in the script host, with limits of time and memory.
+#include <unistd.h>
+
+#include "console.h"
+#include "script_engine.h"
+#include "tests/fuzz/fuzz_module.h"
+#include "tests/fuzz/objects.h"
+
+namespace {
+
+/// Drops what the library and the scripts write, but not what the fuzzer has to report.
+zr::host::Console& quietConsole() {
+    const int report = dup(STDERR_FILENO);
+    static zr::host::Console console(zr::host::Diagnostics::kDropped);
+    dup2(report, STDERR_FILENO);
+    close(report);
+    return console;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static zr::host::Console& console = quietConsole();
+    static const bool isPrepared = (zr::fuzz::writeConfig("<driver><algo>a</algo></driver>"), true);
+    zr::fuzz::require(isPrepared);
+    const std::string path = zr::fuzz::modulePath();
+    zr::fuzz::answerFrom(nullptr);
+    zr::host::ScriptLimits limits;
+    limits.time = std::chrono::milliseconds(300);
+    limits.bytes = 16 << 20;
+    zr::host::ScriptEngine engine(console, limits);
+    engine.run("fuzz.js", {reinterpret_cast<const char*>(data), size}, {path});
+    return 0;
+}
