@@ -20,6 +20,7 @@ using windows::kUnavailable;
 /// Entry points as a Windows program calls them, by their place in the list.
 enum Place {
     initializeAt = 0,
+    infoAt = 2,
     slotListAt = 4,
     tokenInfoAt = 6,
     openSessionAt = 12,
@@ -196,6 +197,19 @@ TEST(BridgeHandleTest, LargeHandlesComeBackAsTheyWere) {
 
 TEST(BridgeHandleTest, AnUnknownLargeHandleIsNoHandle) {
     EXPECT_EQ(~CK_ULONG{0}, toNative(Handle{0xFFFFFFF0}));
+}
+
+TEST_F(BridgeTest, AnEntryPointThatTheModuleLacksIsNotSupported) {
+    windows::Info info;
+    EXPECT_EQ(CKR_FUNCTION_NOT_SUPPORTED, call<windows::Info*>(infoAt, &info));
+}
+
+TEST_F(BridgeTest, ARoomThatCannotBeThereCostsNoMemory) {
+    Handle slots[4];
+    Ulong count = 0xFFFFFFFF;
+    EXPECT_EQ(CKR_OK, (call<CK_BBOOL, Handle*, Ulong*>(slotListAt, CK_TRUE, slots, &count)));
+    EXPECT_EQ(1u, count);
+    EXPECT_EQ(Handle{10}, slots[0]);
 }
 
 }  // namespace

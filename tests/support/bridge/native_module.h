@@ -9,4 +9,11 @@ namespace zr::bridge {
 /// on standard error, when it does not load. It stays loaded.
 const CK_FUNCTION_LIST* nativeModule();
 
+/// Calls an entry point of that module; CKR_FUNCTION_NOT_SUPPORTED when its list has none.
+template <auto entry, class... Arguments>
+CK_RV callNative(Arguments... arguments) {
+    const auto function = nativeModule()->functions.*entry;
+    return function ? function(arguments...) : CKR_FUNCTION_NOT_SUPPORTED;
+}
+
 }  // namespace zr::bridge

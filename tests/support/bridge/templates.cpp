@@ -5,10 +5,6 @@
 namespace zr::bridge {
 namespace {
 
-const CK_FUNCTIONS& native() {
-    return nativeModule()->functions;
-}
-
 /// A template with a template in it is refused.
 template <class Call>
 Ulong withTemplate(const Attributes& attributes, Call call) {
@@ -31,14 +27,14 @@ Ulong makeObject(const Attributes& attributes, Handle* object, Call call) {
 Ulong findObjectsInit(Handle session, windows::Attribute* attributes, Ulong count) {
     Attributes search(attributes, count);
     return withTemplate(search, [&] {
-        return native().C_FindObjectsInit(toNative(session), search.native(), search.count());
+        return callNative<&CK_FUNCTIONS::C_FindObjectsInit>(toNative(session), search.native(), search.count());
     });
 }
 
 Ulong createObject(Handle session, windows::Attribute* attributes, Ulong count, Handle* object) {
     Attributes made(attributes, count);
     return makeObject(made, object, [&](CK_ULONG* handle) {
-        return native().C_CreateObject(toNative(session), made.native(), made.count(), handle);
+        return callNative<&CK_FUNCTIONS::C_CreateObject>(toNative(session), made.native(), made.count(), handle);
     });
 }
 
@@ -46,7 +42,7 @@ Ulong copyObject(Handle session, Handle object, windows::Attribute* attributes, 
                  Handle* newObject) {
     Attributes changed(attributes, count);
     return makeObject(changed, newObject, [&](CK_ULONG* handle) {
-        return native().C_CopyObject(toNative(session), toNative(object), changed.native(),
+        return callNative<&CK_FUNCTIONS::C_CopyObject>(toNative(session), toNative(object), changed.native(),
                                      changed.count(), handle);
     });
 }
@@ -55,7 +51,7 @@ Ulong getAttributeValue(Handle session, Handle object, windows::Attribute* attri
                         Ulong count) {
     Attributes read(attributes, count);
     return withTemplate(read, [&] {
-        const CK_RV rv = native().C_GetAttributeValue(toNative(session), toNative(object),
+        const CK_RV rv = callNative<&CK_FUNCTIONS::C_GetAttributeValue>(toNative(session), toNative(object),
                                                       read.native(), read.count());
         // Some failures too tell lengths.
         read.handBack();
@@ -67,7 +63,7 @@ Ulong setAttributeValue(Handle session, Handle object, windows::Attribute* attri
                         Ulong count) {
     Attributes written(attributes, count);
     return withTemplate(written, [&] {
-        return native().C_SetAttributeValue(toNative(session), toNative(object), written.native(),
+        return callNative<&CK_FUNCTIONS::C_SetAttributeValue>(toNative(session), toNative(object), written.native(),
                                             written.count());
     });
 }
@@ -77,7 +73,7 @@ Ulong generateKey(Handle session, windows::Mechanism* mechanism, windows::Attrib
     Attributes made(attributes, count);
     Argument<windows::Mechanism*> method(mechanism);
     return makeObject(made, key, [&](CK_ULONG* handle) {
-        return native().C_GenerateKey(toNative(session), method.native(), made.native(),
+        return callNative<&CK_FUNCTIONS::C_GenerateKey>(toNative(session), method.native(), made.native(),
                                       made.count(), handle);
     });
 }
@@ -95,7 +91,7 @@ Ulong generateKeyPair(Handle session, windows::Mechanism* mechanism,
         }
         Argument<Handle*> publicMade(publicKey);
         Argument<Handle*> privateMade(privateKey);
-        const CK_RV rv = native().C_GenerateKeyPair(
+        const CK_RV rv = callNative<&CK_FUNCTIONS::C_GenerateKeyPair>(
             toNative(session), method.native(), publicPart.native(), publicPart.count(),
             privatePart.native(), privatePart.count(), publicMade.native(), privateMade.native());
         publicMade.finish(rv);
@@ -110,7 +106,7 @@ Ulong unwrapKey(Handle session, windows::Mechanism* mechanism, Handle unwrapping
     Attributes made(attributes, count);
     Argument<windows::Mechanism*> method(mechanism);
     return makeObject(made, key, [&](CK_ULONG* handle) {
-        return native().C_UnwrapKey(toNative(session), method.native(), toNative(unwrappingKey),
+        return callNative<&CK_FUNCTIONS::C_UnwrapKey>(toNative(session), method.native(), toNative(unwrappingKey),
                                     wrapped, wrappedLength, made.native(), made.count(), handle);
     });
 }
@@ -120,7 +116,7 @@ Ulong deriveKey(Handle session, windows::Mechanism* mechanism, Handle baseKey,
     Attributes made(attributes, count);
     Argument<windows::Mechanism*> method(mechanism);
     return makeObject(made, key, [&](CK_ULONG* handle) {
-        return native().C_DeriveKey(toNative(session), method.native(), toNative(baseKey),
+        return callNative<&CK_FUNCTIONS::C_DeriveKey>(toNative(session), method.native(), toNative(baseKey),
                                     made.native(), made.count(), handle);
     });
 }
