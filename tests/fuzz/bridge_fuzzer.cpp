@@ -23,7 +23,7 @@ public:
     explicit Room(std::size_t size) : m_bytes(size + kGuard, '#') {}
     ~Room() {
         for (std::size_t i = m_bytes.size() - kGuard; i < m_bytes.size(); ++i) {
-            require(m_bytes[i] == '#');
+            expect(m_bytes[i] == '#');
         }
     }
     Room(Room&&) = default;
@@ -68,7 +68,7 @@ template <class... Arguments>
 Ulong call(std::size_t place, Arguments... arguments) {
     using Function = Ulong(__attribute__((ms_abi))*)(Arguments...);
     static bridge::windows::FunctionList* list = nullptr;
-    require(list || C_GetFunctionList(&list) == CKR_OK);
+    expect(list || C_GetFunctionList(&list) == CKR_OK);
     return reinterpret_cast<Function>(list->functions[place])(arguments...);
 }
 
@@ -83,7 +83,7 @@ void getLists(Input& input) {
     } else {
         call<Handle, Ulong*, Ulong*>(7, Handle{1}, items, &count);
     }
-    require(room[6] == 0x23232323 && room[7] == 0x23232323);
+    expect(room[6] == 0x23232323 && room[7] == 0x23232323);
 }
 
 void findObjects(Input& input) {
@@ -129,7 +129,7 @@ void tellInfo(Input& input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace zr::fuzz;
-    require(!modulePath().empty());
+    expect(!modulePath().empty());
     Input input(data, size);
     answerFrom(&input);
     static constexpr void (*calls[])(Input&) = {getLists,   findObjects, readAttributes,

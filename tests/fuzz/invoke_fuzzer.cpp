@@ -95,8 +95,8 @@ void lookUp(Input& input, IDispatch* object) {
     DISPID ids[2] = {-7, -7};
     const HRESULT hr = object->GetIDsOfNames(IID_NULL, list, 1 + static_cast<UINT>(input.below(2)),
                                              0, ids);
-    require(hr == S_OK ? ids[0] > 0 : hr == E_FAIL && ids[0] == -7);
-    require(ids[1] == -7);
+    expect(hr == S_OK ? ids[0] > 0 : hr == E_FAIL && ids[0] == -7);
+    expect(ids[1] == -7);
 }
 
 void call(Input& input, std::vector<IDispatch*>& objects) {
@@ -125,7 +125,7 @@ void call(Input& input, std::vector<IDispatch*>& objects) {
     object->Invoke(id, IID_NULL, 0, static_cast<WORD>(input.below(16)),
                    (given & 1) != 0 ? nullptr : &params, (given & 2) != 0 ? nullptr : result.get(),
                    (given & 4) != 0 ? nullptr : &excep, (given & 8) != 0 ? nullptr : &argErr);
-    require(argErr == 7);
+    expect(argErr == 7);
     if (result->vt == VT_DISPATCH && result->pdispVal && objects.size() < 16) {
         objects.push_back(result->pdispVal);
         result->vt = VT_EMPTY;
@@ -140,7 +140,7 @@ std::vector<IDispatch*> openObjects() {
     Ref<ITokenProvider> provider;
     makeProvider(&provider);
     const String path = String::ascii(modulePath());
-    require(provider->Load(path) == S_OK);
+    expect(provider->Load(path) == S_OK);
     IKeyObject* token = nullptr;
     IKeyFile* file = nullptr;
     IKeyContainer* container = nullptr;
@@ -148,10 +148,10 @@ std::vector<IDispatch*> openObjects() {
     Variant which;
     which->vt = VT_I4;
     which->lVal = 0;
-    require(provider->OpenKey(0, reinterpret_cast<void**>(&token)) == S_OK);
-    require(token->OpenFile(String::ascii("7"), reinterpret_cast<void**>(&file)) == S_OK);
-    require(token->OpenContainer(which, reinterpret_cast<void**>(&container)) == S_OK);
-    require(container->GetKeyCert(true, reinterpret_cast<void**>(&certificate)) == S_OK);
+    expect(provider->OpenKey(0, reinterpret_cast<void**>(&token)) == S_OK);
+    expect(token->OpenFile(String::ascii("7"), reinterpret_cast<void**>(&file)) == S_OK);
+    expect(token->OpenContainer(which, reinterpret_cast<void**>(&container)) == S_OK);
+    expect(container->GetKeyCert(true, reinterpret_cast<void**>(&certificate)) == S_OK);
     provider->AddRef();
     return {provider.get(), token, file, container, certificate};
 }
@@ -162,7 +162,7 @@ std::vector<IDispatch*> openObjects() {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace zr::fuzz;
     static const bool isPrepared = (writeConfig("<driver><algo>a</algo></driver>"), true);
-    require(isPrepared && !modulePath().empty());
+    expect(isPrepared && !modulePath().empty());
     answerFrom(nullptr);
     std::vector<IDispatch*> objects = openObjects();
     Input input(data, size);

@@ -7,16 +7,16 @@ namespace {
 
 void useCertificate(IKeyObject* token, IKeyContainer* container) {
     Ref<IKeyCertificate> certificate;
-    require(container->GetKeyCert(true, certificate.out()) == S_OK);
+    expect(container->GetKeyCert(true, certificate.out()) == S_OK);
     Variant data;
     Variant result;
     data.setBytes("data");
     if (certificate->GetCertData(result.get()) == S_OK) {
-        require(result->vt == (VT_ARRAY | VT_UI1));
+        expect(result->vt == (VT_ARRAY | VT_UI1));
         VariantClear(result.get());
     }
     if (token->SignData(nullptr, data, certificate.get(), result.get()) == S_OK) {
-        require(result->parray->rgsabound[0].cElements <= 1024);
+        expect(result->parray->rgsabound[0].cElements <= 1024);
         token->VerifyData(data, certificate.get(), nullptr, result);
         VariantClear(result.get());
     }
@@ -27,18 +27,18 @@ void useFiles(IKeyObject* token, Input& input) {
     const String name = String::ascii(std::to_string(input.byte()));
     Variant result;
     const HRESULT exists = token->FileExists(name, result.get());
-    require(result->vt == VT_I4 && (result->lVal == 1) == (exists == S_OK));
+    expect(result->vt == VT_I4 && (result->lVal == 1) == (exists == S_OK));
     Ref<IKeyFile> created;
-    require((token->CreateFile(name, 0, 0, 0, 0, created.out()) == S_OK) == bool(created));
+    expect((token->CreateFile(name, 0, 0, 0, 0, created.out()) == S_OK) == bool(created));
     Ref<IKeyFile> file;
-    require((token->OpenFile(name, file.out()) == S_OK) == bool(file));
+    expect((token->OpenFile(name, file.out()) == S_OK) == bool(file));
     if (file) {
         Variant size;
         file->GetSize(size.get());
         file->Seek(input.number<LONG>(), static_cast<INT>(input.below(4)));
         Variant contents;
         if (file->Read(input.byte(), contents.get()) == S_OK && contents->vt != VT_EMPTY) {
-            require(contents->parray->rgsabound[0].cElements <= size->ulVal);
+            expect(contents->parray->rgsabound[0].cElements <= size->ulVal);
         }
         file->Flush();
     }
@@ -55,14 +55,14 @@ void useToken(IKeyObject* token, Input& input) {
     token->VerifyPIN(String::ascii("1234"), static_cast<INT>(input.below(2)));
     token->ModifyPIN(String::ascii("1234"), String::ascii("4321"), 0);
     Variant count;
-    require(token->GetContainerCount(count.get()) == S_OK && count->vt == VT_UI4);
+    expect(token->GetContainerCount(count.get()) == S_OK && count->vt == VT_UI4);
     Variant names;
     token->EnumContainer(0, names.get());
     Variant which;
     which->vt = VT_I4;
     which->lVal = static_cast<LONG>(input.below(4));
     Ref<IKeyContainer> container;
-    require((token->OpenContainer(which, container.out()) == S_OK) == bool(container));
+    expect((token->OpenContainer(which, container.out()) == S_OK) == bool(container));
     if (container) {
         useCertificate(token, container.get());
     }
@@ -75,7 +75,7 @@ void useToken(IKeyObject* token, Input& input) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace zr::fuzz;
     static const bool isPrepared = (writeConfig("<driver><algo>a</algo></driver>"), true);
-    require(isPrepared);
+    expect(isPrepared);
     const String path = String::ascii(modulePath());
     Input input(data, size);
     answerFrom(&input);
@@ -84,7 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     provider->Load(path);
     INT count = 7;
     if (provider->GetKeyCount(&count) != S_OK) {
-        require(count == 0);
+        expect(count == 0);
     }
     {
         Ref<IKeyObject> token;

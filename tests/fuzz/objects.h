@@ -3,18 +3,12 @@
 
 #include <zrkey/zrkey.h>
 
-#include <cstdlib>
 #include <fstream>
 #include <string>
 
-namespace zr::fuzz {
+#include "tests/fuzz/expect.h"
 
-/// Ends the fuzzer: the library broke a promise.
-inline void require(bool isKept) {
-    if (!isKept) {
-        std::abort();
-    }
-}
+namespace zr::fuzz {
 
 /// One reference.
 template <class Interface>
@@ -88,8 +82,8 @@ private:
 
 inline void makeProvider(Ref<ITokenProvider>* provider) {
     Ref<IClassFactory> factory;
-    require(ZCLGetClassObject(LIBID_ZRKey, IID_IClassFactory, factory.out()) == S_OK);
-    require(factory->CreateInstance(nullptr, IID_ITokenProvider, provider->out()) == S_OK);
+    expect(ZCLGetClassObject(LIBID_ZRKey, IID_IClassFactory, factory.out()) == S_OK);
+    expect(factory->CreateInstance(nullptr, IID_ITokenProvider, provider->out()) == S_OK);
 }
 
 inline void writeConfig(const std::string& text) {

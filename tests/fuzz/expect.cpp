@@ -1,0 +1,25 @@
+// The oracle of the fuzzers.
+#include "tests/fuzz/expect.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace zr::fuzz {
+namespace {
+
+// Kept from before the fuzzer begins: what runs in it may lead standard error elsewhere.
+const int s_error = dup(STDERR_FILENO);
+
+}  // namespace
+
+void expect(bool holds, std::string_view meaning, const char* file, int line) {
+    if (!holds) {
+        dprintf(s_error, "%s:%d: %.*s\n", file, line, static_cast<int>(meaning.size()),
+                meaning.data());
+        std::abort();
+    }
+}
+
+}  // namespace zr::fuzz
