@@ -56,6 +56,13 @@ std::optional<Range> rangeOf(VARTYPE type) {
     }
 }
 
+/// Between two types of one width the bits are kept, whatever their sign then is.
+bool areOfOneWidth(VARTYPE a, VARTYPE b) {
+    const std::optional<Range> first = rangeOf(a);
+    const std::optional<Range> second = rangeOf(b);
+    return first && second && first->most - first->least == second->most - second->least;
+}
+
 /// Whole numbers keep their value where it fits and overflow where not.
 void checkInteger(const VARIANT& source, Wide value, VARTYPE type) {
     const std::optional<Range> range = rangeOf(type);
@@ -64,6 +71,9 @@ void checkInteger(const VARIANT& source, Wide value, VARTYPE type) {
     if (type == VT_BOOL) {
         expect(hr == S_OK && result.boolVal == (value != 0 ? VARIANT_TRUE : VARIANT_FALSE),
                "a number is true unless it is zero");
+    } else if (areOfOneWidth(source.vt, type)) {
+        const std::optional<Wide> kept = hr == S_OK ? integerOf(result) : std::nullopt;
+        expect(kept && (*kept - value) % (range->most - range->least + 1) == 0, "the bits are kept");
     } else if (range && value >= range->least && value <= range->most) {
         expect(hr == S_OK && result.vt == type && integerOf(result) == value, "a value is kept");
     } else if (range) {
