@@ -30,8 +30,8 @@ void invoke(benchmark::State& state) {
     DISPPARAMS params = {};
     for (auto _ : state) {
         VARIANT result;
-        benchmark::DoNotOptimize(provider->Invoke(4, IID_NULL, 0, DISPATCH_METHOD, &params, &result,
-                                                  nullptr, nullptr));
+        benchmark::DoNotOptimize(
+            provider->Invoke(4, IID_NULL, 0, DISPATCH_METHOD, &params, &result, nullptr, nullptr));
     }
 }
 BENCHMARK(invoke);

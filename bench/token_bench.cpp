@@ -64,8 +64,8 @@ class BareModule {
 public:
     explicit BareModule(const char* path) {
         void* module = dlopen(path, RTLD_NOW);
-        const auto getList = reinterpret_cast<CK_RV (*)(CK_FUNCTION_LIST**)>(
-            dlsym(module, "C_GetFunctionList"));
+        const auto getList =
+            reinterpret_cast<CK_RV (*)(CK_FUNCTION_LIST**)>(dlsym(module, "C_GetFunctionList"));
         CK_FUNCTION_LIST* list = nullptr;
         getList(&list);
         call = &list->functions;

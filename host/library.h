@@ -23,19 +23,11 @@ public:
         std::swap(m_object, other.m_object);
         return *this;
     }
-    ~ComRef() {
-        reset(nullptr);
-    }
+    ~ComRef() { reset(nullptr); }
 
-    T* get() const {
-        return m_object;
-    }
-    T* operator->() const {
-        return m_object;
-    }
-    explicit operator bool() const {
-        return m_object != nullptr;
-    }
+    T* get() const { return m_object; }
+    T* operator->() const { return m_object; }
+    explicit operator bool() const { return m_object != nullptr; }
     /// Takes over the caller's reference.
     void reset(T* object) {
         T* old = std::exchange(m_object, object);
@@ -44,9 +36,7 @@ public:
         }
     }
     /// Gives the reference up to the caller.
-    T* release() {
-        return std::exchange(m_object, nullptr);
-    }
+    T* release() { return std::exchange(m_object, nullptr); }
     /// For an out argument that hands out a reference.
     void** receive() {
         reset(nullptr);

@@ -25,9 +25,7 @@ public:
     LoadedModule(const LoadedModule&) = delete;
     LoadedModule& operator=(const LoadedModule&) = delete;
 
-    ITokenProvider& provider() const {
-        return *m_provider.get();
-    }
+    ITokenProvider& provider() const { return *m_provider.get(); }
 
 private:
     ComRef<ITokenProvider> m_provider;

@@ -13,12 +13,8 @@ using Json = nlohmann::ordered_json;
 Json convert(const Record& record);
 
 struct Converter {
-    Json operator()(const Bytes& value) const {
-        return toBase64(value.bytes);
-    }
-    Json operator()(const Record& value) const {
-        return convert(value);
-    }
+    Json operator()(const Bytes& value) const { return toBase64(value.bytes); }
+    Json operator()(const Record& value) const { return convert(value); }
     Json operator()(const std::vector<Record>& value) const {
         Json list = Json::array();
         for (const Record& record : value) {

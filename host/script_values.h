@@ -18,12 +18,8 @@ public:
     VariantList(const VariantList&) = delete;
     VariantList& operator=(const VariantList&) = delete;
 
-    VARIANT& operator[](std::size_t index) {
-        return m_variants[index];
-    }
-    VARIANT* data() {
-        return m_variants.data();
-    }
+    VARIANT& operator[](std::size_t index) { return m_variants[index]; }
+    VARIANT* data() { return m_variants.data(); }
 
 private:
     std::vector<VARIANT> m_variants;

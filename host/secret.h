@@ -26,9 +26,7 @@ public:
 
     /// @return false when it is full; it is left as it was.
     bool append(char byte);
-    std::string_view view() const {
-        return {m_bytes.data(), m_size};
-    }
+    std::string_view view() const { return {m_bytes.data(), m_size}; }
 
 private:
     void take(Secret& other);
@@ -45,9 +43,7 @@ public:
     SecretText(const SecretText&) = delete;
     SecretText& operator=(const SecretText&) = delete;
 
-    BSTR get() const {
-        return m_text;
-    }
+    BSTR get() const { return m_text; }
 
 private:
     BSTR m_text;

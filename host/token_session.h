@@ -61,15 +61,9 @@ class TokenSession {
 public:
     explicit TokenSession(const TokenOptions& options);
 
-    const TokenRow& row() const {
-        return m_row;
-    }
-    IKeyObject* operator->() const {
-        return m_row.token.get();
-    }
-    IKeyObject& token() const {
-        return *m_row.token.get();
-    }
+    const TokenRow& row() const { return m_row; }
+    IKeyObject* operator->() const { return m_row.token.get(); }
+    IKeyObject& token() const { return *m_row.token.get(); }
     /// Tries the PIN once. Throws a Failure when the token refuses it.
     /// @return false when there is none.
     bool login(PinEntry& pin) const;

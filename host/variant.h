@@ -19,9 +19,7 @@ public:
     ArrayAccess& operator=(const ArrayAccess&) = delete;
 
     std::size_t size() const;
-    void* data() const {
-        return m_data;
-    }
+    void* data() const { return m_data; }
 
 private:
     SAFEARRAY* m_array;
@@ -40,12 +38,8 @@ public:
     Variant(const Variant&) = delete;
     Variant& operator=(const Variant&) = delete;
 
-    operator const VARIANT&() const {
-        return m_variant;
-    }
-    VARIANT& get() {
-        return m_variant;
-    }
+    operator const VARIANT&() const { return m_variant; }
+    VARIANT& get() { return m_variant; }
     /// For an out argument.
     VARIANT* receive();
 
@@ -67,9 +61,7 @@ public:
     Text(const Text&) = delete;
     Text& operator=(const Text&) = delete;
 
-    BSTR get() const {
-        return m_text;
-    }
+    BSTR get() const { return m_text; }
     /// For an out argument.
     BSTR* receive();
     std::string utf8() const;

@@ -26,11 +26,11 @@ DispatchInfo KeyCertificate::s_listDispatchInfo[] = {
 const int KeyCertificate::s_nDispatchInfoCount =
     sizeof s_listDispatchInfo / sizeof s_listDispatchInfo[0] - 1;
 
-const bool KeyCertificate::s_bAdaptersStored = zr::storeAdapters<KeyCertificate>(
-    s_listDispatchInfo, {
-                            &KeyCertificate::_GetCertID,
-                            &KeyCertificate::_GetCertData,
-                        });
+const bool KeyCertificate::s_bAdaptersStored =
+    zr::storeAdapters<KeyCertificate>(s_listDispatchInfo, {
+                                                              &KeyCertificate::_GetCertID,
+                                                              &KeyCertificate::_GetCertData,
+                                                          });
 
 DispatchInfo* KeyCertificate::GetSelfDispatchInfo() {
     return s_listDispatchInfo;

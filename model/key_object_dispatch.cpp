@@ -58,36 +58,21 @@ const int KeyObject::s_nDispatchInfoCount =
 
 const bool KeyObject::s_bAdaptersStored = zr::storeAdapters<KeyObject>(
     s_listDispatchInfo, {
-                            &KeyObject::_GetSerialNumber,
-                            &KeyObject::_SetLabel,
-                            &KeyObject::_GetLabel,
-                            &KeyObject::_GetManufacturerID,
-                            &KeyObject::_GetModelID,
-                            &KeyObject::_GetTotalSize,
-                            &KeyObject::_GetFreeSize,
-                            &KeyObject::_ModifyPIN,
-                            &KeyObject::_GetMaxRetryCount,
-                            &KeyObject::_GetRemainRetryCount,
-                            &KeyObject::_IsDefaultPIN,
-                            &KeyObject::_VerifyPIN,
-                            &KeyObject::_UnlockPIN,
-                            &KeyObject::_Lock,
-                            &KeyObject::_Unlock,
-                            &KeyObject::_CreateFile,
-                            &KeyObject::_FileExists,
-                            &KeyObject::_OpenFile,
-                            &KeyObject::_EnumFiles,
-                            &KeyObject::_DeleteFile,
-                            &KeyObject::_GetDigestMethod,
-                            &KeyObject::_DigestData,
-                            &KeyObject::_CreateContainer,
-                            &KeyObject::_GetContainerCount,
-                            &KeyObject::_OpenContainer,
-                            &KeyObject::_DeleteContainer,
-                            &KeyObject::_EnumContainer,
-                            &KeyObject::_SignData,
-                            &KeyObject::_VerifyData,
-                            &KeyObject::_GetSignAlgo,
+                            &KeyObject::_GetSerialNumber,  &KeyObject::_SetLabel,
+                            &KeyObject::_GetLabel,         &KeyObject::_GetManufacturerID,
+                            &KeyObject::_GetModelID,       &KeyObject::_GetTotalSize,
+                            &KeyObject::_GetFreeSize,      &KeyObject::_ModifyPIN,
+                            &KeyObject::_GetMaxRetryCount, &KeyObject::_GetRemainRetryCount,
+                            &KeyObject::_IsDefaultPIN,     &KeyObject::_VerifyPIN,
+                            &KeyObject::_UnlockPIN,        &KeyObject::_Lock,
+                            &KeyObject::_Unlock,           &KeyObject::_CreateFile,
+                            &KeyObject::_FileExists,       &KeyObject::_OpenFile,
+                            &KeyObject::_EnumFiles,        &KeyObject::_DeleteFile,
+                            &KeyObject::_GetDigestMethod,  &KeyObject::_DigestData,
+                            &KeyObject::_CreateContainer,  &KeyObject::_GetContainerCount,
+                            &KeyObject::_OpenContainer,    &KeyObject::_DeleteContainer,
+                            &KeyObject::_EnumContainer,    &KeyObject::_SignData,
+                            &KeyObject::_VerifyData,       &KeyObject::_GetSignAlgo,
                         });
 
 DispatchInfo* KeyObject::GetSelfDispatchInfo() {
@@ -196,7 +181,8 @@ HRESULT KeyObject::_VerifyPIN(DISPPARAMS* params, VARIANT* result) {
     zr::presetResult(result, VT_BOOL);
     const VARIANT* pin = stringArgument(params, 0);
     const VARIANT* type = argument(params, 1);
-    return pin && type ? zr::storeOutcome(VerifyPIN(pin->bstrVal, type->lVal), result) : E_INVALIDARG;
+    return pin && type ? zr::storeOutcome(VerifyPIN(pin->bstrVal, type->lVal), result)
+                       : E_INVALIDARG;
 }
 
 HRESULT KeyObject::_UnlockPIN(DISPPARAMS* params, VARIANT* result) {

@@ -25,13 +25,13 @@ DispatchInfo TokenProvider::s_listDispatchInfo[] = {
 const int TokenProvider::s_nDispatchInfoCount =
     sizeof s_listDispatchInfo / sizeof s_listDispatchInfo[0] - 1;
 
-const bool TokenProvider::s_bAdaptersStored = zr::storeAdapters<TokenProvider>(
-    s_listDispatchInfo, {
-                            &TokenProvider::_Load,
-                            &TokenProvider::_Unload,
-                            &TokenProvider::_OpenKey,
-                            &TokenProvider::_GetKeyCount,
-                        });
+const bool TokenProvider::s_bAdaptersStored =
+    zr::storeAdapters<TokenProvider>(s_listDispatchInfo, {
+                                                             &TokenProvider::_Load,
+                                                             &TokenProvider::_Unload,
+                                                             &TokenProvider::_OpenKey,
+                                                             &TokenProvider::_GetKeyCount,
+                                                         });
 
 DispatchInfo* TokenProvider::GetSelfDispatchInfo() {
     return s_listDispatchInfo;

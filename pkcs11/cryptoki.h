@@ -154,6 +154,8 @@ struct CK_MECHANISM_INFO {
 
 struct CK_FUNCTION_LIST;
 
+// An entry point begins its line:
+// clang-format off
 /// The 68 entry points of Cryptoki 2.x in their standard order, without the leading version.
 struct CK_FUNCTIONS {
     CK_RV (*C_Initialize)(void* initArgs);
@@ -263,6 +265,7 @@ struct CK_FUNCTIONS {
     CK_RV (*C_CancelFunction)(CK_SESSION_HANDLE session);
     CK_RV (*C_WaitForSlotEvent)(CK_FLAGS flags, CK_SLOT_ID* slot, void* reserved);
 };
+// clang-format on
 
 struct CK_FUNCTION_LIST {
     CK_VERSION version;

@@ -30,9 +30,10 @@ public:
         const std::size_t labelIndex = ask == Ask::classAndLabel ? 1 : 0;
         CK_OBJECT_HANDLE object = 0;
         while (m_walk.next(&object) == TokenObjectWalk::Step::object) {
-            TokenAttributes read(ask == Ask::classAndLabel
-                                     ? std::initializer_list<CK_ATTRIBUTE_TYPE>{CKA_CLASS, CKA_LABEL}
-                                     : std::initializer_list<CK_ATTRIBUTE_TYPE>{CKA_LABEL});
+            TokenAttributes read(
+                ask == Ask::classAndLabel
+                    ? std::initializer_list<CK_ATTRIBUTE_TYPE>{CKA_CLASS, CKA_LABEL}
+                    : std::initializer_list<CK_ATTRIBUTE_TYPE>{CKA_LABEL});
             if (read.readLengths(m_token, object) != CKR_OK ||
                 read.readValues(m_token, object, labelIndex) != CKR_OK) {
                 return 0;

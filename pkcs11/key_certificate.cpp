@@ -10,8 +10,7 @@
 #include "pkcs11/text_out.h"
 #include "pkcs11/token_object_walk.h"
 
-KeyCertificate_pkcs11::KeyCertificate_pkcs11(KeyContainer* container)
-    : KeyCertificate(container) {}
+KeyCertificate_pkcs11::KeyCertificate_pkcs11(KeyContainer* container) : KeyCertificate(container) {}
 
 KeyContainer_pkcs11* KeyCertificate_pkcs11::GetKeyContainer() const {
     return dynamic_cast<KeyContainer_pkcs11*>(GetParent());

@@ -32,8 +32,8 @@ bool KeyContainer_pkcs11::OpenContainer(const VARIANT& identity) {
         *token, {CKA_CLASS, CKA_CERTIFICATE_TYPE, CKA_ID},
         [&](CK_OBJECT_HANDLE object, const TokenAttributes& read) {
             const char* id = read.text(2);
-            const bool isMatch = identity.vt == VT_I4 ? identity.lVal == index
-                                                      : name && std::strcmp(name, id) == 0;
+            const bool isMatch =
+                identity.vt == VT_I4 ? identity.lVal == index : name && std::strcmp(name, id) == 0;
             if (!isMatch) {
                 ++index;
                 return true;
@@ -95,8 +95,8 @@ DispatchInfo KeyContainer_pkcs11::s_listDispatchInfo[] = {
 const int KeyContainer_pkcs11::s_nDispatchInfoCount =
     sizeof s_listDispatchInfo / sizeof s_listDispatchInfo[0] - 1;
 
-const bool KeyContainer_pkcs11::s_bAdaptersStored = zr::storeAdapters<KeyContainer_pkcs11>(
-    s_listDispatchInfo, {&KeyContainer_pkcs11::_GetKeyCert});
+const bool KeyContainer_pkcs11::s_bAdaptersStored =
+    zr::storeAdapters<KeyContainer_pkcs11>(s_listDispatchInfo, {&KeyContainer_pkcs11::_GetKeyCert});
 
 DispatchInfo* KeyContainer_pkcs11::GetSelfDispatchInfo() {
     return s_listDispatchInfo;

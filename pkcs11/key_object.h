@@ -87,8 +87,8 @@ public:
     /// The first key of a type whose ID, read as a string, equals id.
     /// @param publicFlag  non-zero finds a public key, 0 a private one.
     /// @retval E_FAIL  none, or a Cryptoki failure; handle is untouched.
-    virtual HRESULT GetPubPriKeyHandle(CK_OBJECT_HANDLE* handle, int publicFlag,
-                                       ULONG keyType, const char* id);
+    virtual HRESULT GetPubPriKeyHandle(CK_OBJECT_HANDLE* handle, int publicFlag, ULONG keyType,
+                                       const char* id);
 
     /// The owning provider; null when there is none or it is of another kind.
     TokenProvider_pkcs11* GetTokenProvider() const;

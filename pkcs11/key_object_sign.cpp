@@ -46,8 +46,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::SignData(BSTR, VARIANT data,
                                                      IKeyCertificate* certificate,
                                                      VARIANT* result) {
     const LogScope scope(GetLog(), "SignData");
-    const auto fail = [&scope](const char* text, HRESULT hr,
-                               unsigned int line = __builtin_LINE()) {
+    const auto fail = [&scope](const char* text, HRESULT hr, unsigned int line = __builtin_LINE()) {
         scope.message(text, line);
         return hr;
     };
@@ -92,8 +91,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::SignData(BSTR, VARIANT data,
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyData(VARIANT data, IKeyCertificate* certificate,
                                                        BSTR, VARIANT signature) {
     const LogScope scope(GetLog(), "VerifyData");
-    const auto fail = [&scope](const char* text, HRESULT hr,
-                               unsigned int line = __builtin_LINE()) {
+    const auto fail = [&scope](const char* text, HRESULT hr, unsigned int line = __builtin_LINE()) {
         scope.message(text, line);
         return hr;
     };
@@ -136,8 +134,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyDataByPubKey(VARIANT, IKeyCert
     return scope.end(E_FAIL);
 }
 
-HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::DigestData(BSTR method, VARIANT data,
-                                                       VARIANT* result) {
+HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::DigestData(BSTR method, VARIANT data, VARIANT* result) {
     const LogScope scope(GetLog(), "DigestData");
     if (!zr::isByteArray(data) || !result) {
         return E_INVALIDARG;

@@ -68,8 +68,7 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::OpenKey(LONG index, void** key) 
     }
     const auto wanted = static_cast<CK_ULONG>(index);
     CK_ULONG count = 0;
-    if (Call(&CK_FUNCTIONS::C_GetSlotList, CK_TRUE, nullptr, &count) != CKR_OK ||
-        wanted >= count) {
+    if (Call(&CK_FUNCTIONS::C_GetSlotList, CK_TRUE, nullptr, &count) != CKR_OK || wanted >= count) {
         return E_FAIL;
     }
     const std::unique_ptr<CK_SLOT_ID[], decltype(&std::free)> slots(

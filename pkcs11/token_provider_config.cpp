@@ -40,8 +40,7 @@ bool TokenProvider_pkcs11::LoadConfig() {
             return false;
         }
         const tinyxml2::XMLElement* driver = document.FirstChildElement("driver");
-        return driver &&
-               appendChildText(*driver, "algo", m_szAlgoList, scope) &&
+        return driver && appendChildText(*driver, "algo", m_szAlgoList, scope) &&
                appendChildText(*driver, "digest", m_szDigestList, scope);
     } catch (const std::bad_alloc&) {
         return false;

@@ -102,7 +102,8 @@ HRESULT STDMETHODCALLTYPE ZComponentImpl::Invoke(DISPID id, const GUID& riid, LC
 
 /// Answers a probe for a member of the own table; nothing when it has no such member.
 std::optional<HRESULT> ZComponentImpl::Probe(DISPID id, WORD flags) {
-    consoleOut("+++++++++++++++++++// NPAPI. HasProperty & HasMethod support++++++++++++++++++++\n");
+    consoleOut(
+        "+++++++++++++++++++// NPAPI. HasProperty & HasMethod support++++++++++++++++++++\n");
     const DispatchInfo* rows = GetSelfDispatchInfo();
     const int count = GetSelfGetDispatchInfoCount();
     for (int i = 0; i < count; ++i) {

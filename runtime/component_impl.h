@@ -22,20 +22,20 @@ using PFNDISPATCH = HRESULT (ZComponentImpl::*)(DISPPARAMS* params, VARIANT* res
 
 /// One row of a class's method table. Packed: the layout is part of the binary contract.
 struct DispatchInfo {
-    std::int32_t nId;            ///< rows are numbered from 1
-    char szName[200];            ///< matched case-sensitively
-    std::int32_t nType;          ///< enDispatchProperty or enDispatchMethod
-    PFNDISPATCH pfnInvoke;       ///< null: listed, but cannot be called
-    VARTYPE vtResult;            ///< informative; only the adapters set the result
-    std::uint8_t vtArgs[200];    ///< types of the arguments; VT_I4, VT_R8, VT_I1 steer coercion
+    std::int32_t nId;          ///< rows are numbered from 1
+    char szName[200];          ///< matched case-sensitively
+    std::int32_t nType;        ///< enDispatchProperty or enDispatchMethod
+    PFNDISPATCH pfnInvoke;     ///< null: listed, but cannot be called
+    VARTYPE vtResult;          ///< informative; only the adapters set the result
+    std::uint8_t vtArgs[200];  ///< types of the arguments; VT_I4, VT_R8, VT_I1 steer coercion
 };
 
 /// One node of a proxy chain.
 struct ProxyDispatchInfo {
-    IDispatch* pDispatch;        ///< with one reference
-    std::int32_t nIdOffset;      ///< added to the proxy's ids, subtracted before it is called
-    std::int32_t nStage;         ///< 1 asked before the object's own table, 0 after it
-    char szName[20];             ///< a label; empty when none was given or it did not fit
+    IDispatch* pDispatch;    ///< with one reference
+    std::int32_t nIdOffset;  ///< added to the proxy's ids, subtracted before it is called
+    std::int32_t nStage;     ///< 1 asked before the object's own table, 0 after it
+    char szName[20];         ///< a label; empty when none was given or it did not fit
     ProxyDispatchInfo* pNext;
 };
 

@@ -85,12 +85,10 @@ void MD5Transform(ULONG state[4], const unsigned char block[64]) {
     ULONG b = state[1];
     ULONG c = state[2];
     ULONG d = state[3];
-    runRound<0, 1, 0>(a, b, c, d, words, [](ULONG x, ULONG y, ULONG z) {
-        return z ^ (x & (y ^ z));
-    });
-    runRound<1, 5, 1>(a, b, c, d, words, [](ULONG x, ULONG y, ULONG z) {
-        return y ^ (z & (x ^ y));
-    });
+    runRound<0, 1, 0>(a, b, c, d, words,
+                      [](ULONG x, ULONG y, ULONG z) { return z ^ (x & (y ^ z)); });
+    runRound<1, 5, 1>(a, b, c, d, words,
+                      [](ULONG x, ULONG y, ULONG z) { return y ^ (z & (x ^ y)); });
     runRound<2, 3, 5>(a, b, c, d, words, [](ULONG x, ULONG y, ULONG z) { return x ^ y ^ z; });
     runRound<3, 7, 0>(a, b, c, d, words, [](ULONG x, ULONG y, ULONG z) { return y ^ (x | ~z); });
     state[0] += a;

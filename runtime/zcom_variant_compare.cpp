@@ -103,8 +103,8 @@ HRESULT ZComVariant::GetSizeMax(ULARGE_INTEGER* size) const {
         return S_OK;
     }
     ZComVariant text;
-    const HRESULT result = VariantChangeType(
-        &text, const_cast<ZComVariant*>(this), VARIANT_NOVALUEPROP, VT_BSTR);
+    const HRESULT result =
+        VariantChangeType(&text, const_cast<ZComVariant*>(this), VARIANT_NOVALUEPROP, VT_BSTR);
     if (FAILED(result)) {
         return result;
     }

@@ -85,12 +85,8 @@ public:
     SilentTerminal(const SilentTerminal&) = delete;
     SilentTerminal& operator=(const SilentTerminal&) = delete;
 
-    bool isSilent() const {
-        return m_isChanged;
-    }
-    int descriptor() const {
-        return m_descriptor;
-    }
+    bool isSilent() const { return m_isChanged; }
+    int descriptor() const { return m_descriptor; }
 
 private:
     int m_descriptor;

@@ -23,12 +23,8 @@ public:
     ConsoleHandle(const ConsoleHandle&) = delete;
     ConsoleHandle& operator=(const ConsoleHandle&) = delete;
 
-    bool isOpen() const {
-        return m_handle != INVALID_HANDLE_VALUE;
-    }
-    HANDLE get() const {
-        return m_handle;
-    }
+    bool isOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
+    HANDLE get() const { return m_handle; }
 
 private:
     HANDLE m_handle;
@@ -49,9 +45,7 @@ public:
     SilentInput(const SilentInput&) = delete;
     SilentInput& operator=(const SilentInput&) = delete;
 
-    bool isSilent() const {
-        return m_isChanged;
-    }
+    bool isSilent() const { return m_isChanged; }
 
 private:
     HANDLE m_input;

@@ -243,8 +243,7 @@ struct IKeyObject : public IDispatch {
     /// @retval RPC_E_CANTCALLOUT_INEXTERNALCALL  (0x80010005) not logged in.
     /// @retval E_FAIL        no such key, or a Cryptoki failure. Otherwise what GetCertID answered.
     virtual HRESULT STDMETHODCALLTYPE SignData(BSTR algorithm, VARIANT data,
-                                               IKeyCertificate* certificate,
-                                               VARIANT* result) = 0;
+                                               IKeyCertificate* certificate, VARIANT* result) = 0;
     /// Verifies a signature with the public key of a certificate's container; data, login and
     /// mechanism as in SignData.
     /// @retval S_OK          the signature verifies.
@@ -259,8 +258,7 @@ struct IKeyObject : public IDispatch {
                                                        VARIANT certificateData, BSTR algorithm,
                                                        VARIANT signature) = 0;
     /// @retval E_FAIL  always; nothing is verified.
-    virtual HRESULT STDMETHODCALLTYPE VerifyDataByPubKey(VARIANT data,
-                                                         IKeyCertificate* certificate,
+    virtual HRESULT STDMETHODCALLTYPE VerifyDataByPubKey(VARIANT data, IKeyCertificate* certificate,
                                                          VARIANT publicKey, BSTR algorithm,
                                                          VARIANT signature) = 0;
     /// @param out  receives the algorithm list of the configuration, unchanged.

@@ -17,21 +17,15 @@ class Output {
 public:
     Output(Unit* target, int size) : target_(target), size_(static_cast<std::size_t>(size)) {}
 
-    bool counting() const {
-        return size_ == 0;
-    }
-    std::size_t room() const {
-        return counting() ? SIZE_MAX : size_ - used_;
-    }
+    bool counting() const { return size_ == 0; }
+    std::size_t room() const { return counting() ? SIZE_MAX : size_ - used_; }
     void put(Unit unit) {
         if (!counting()) {
             target_[used_] = unit;
         }
         ++used_;
     }
-    int result() const {
-        return used_ > INT_MAX ? 0 : static_cast<int>(used_);
-    }
+    int result() const { return used_ > INT_MAX ? 0 : static_cast<int>(used_); }
 
 private:
     Unit* target_;

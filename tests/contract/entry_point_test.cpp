@@ -124,8 +124,8 @@ TEST(ClassFactoryTest, ItAnswersOnlyTheErrorInformationInterface) {
     EXPECT_EQ(kPoison, object);
     EXPECT_HR(E_INVALIDARG, factory->QueryInterface(IID_ISupportErrorInfo, nullptr));
     ISupportErrorInfo* support = nullptr;
-    EXPECT_HR(S_OK, factory->QueryInterface(IID_ISupportErrorInfo,
-                                            reinterpret_cast<void**>(&support)));
+    EXPECT_HR(S_OK,
+              factory->QueryInterface(IID_ISupportErrorInfo, reinterpret_cast<void**>(&support)));
     EXPECT_HR(S_OK, support->InterfaceSupportsErrorInfo(IID_NULL));
     EXPECT_EQ(1u, support->Release());
     EXPECT_EQ(0u, factory->Release());
@@ -143,8 +143,7 @@ TEST(ClassFactoryTest, DispatchSlotsFollowItsOwn) {
     DISPID id = 9;
     EXPECT_HR(E_FAIL, factory->GetIDsOfNames(IID_NULL, &names, 1, 0, &id));
     EXPECT_EQ(9, id);
-    EXPECT_HR(E_INVALIDARG,
-              factory->Invoke(0, IID_NULL, 0, 1, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_HR(E_INVALIDARG, factory->Invoke(0, IID_NULL, 0, 1, nullptr, nullptr, nullptr, nullptr));
     EXPECT_HR(S_OK, factory->InterfaceSupportsErrorInfo(IID_NULL));
     EXPECT_EQ(0u, factory->Release());
 }

@@ -35,8 +35,8 @@ TEST_F(ProviderLogTest, TheFileLiesUnderTheLastTwoComponentsOfTheDirectory) {
     const auto files = findLogFiles(folder.home());
     ASSERT_EQ(1u, files.size());
     EXPECT_EQ(folder.home() / "log" / "level" / "work", files[0].parent_path());
-    EXPECT_TRUE(std::regex_match(files[0].filename().string(),
-                                 std::regex("TokenProvider_[0-9]{6}\\.log")));
+    EXPECT_TRUE(
+        std::regex_match(files[0].filename().string(), std::regex("TokenProvider_[0-9]{6}\\.log")));
 }
 
 TEST_F(ProviderLogTest, ATrailingSeparatorOfTheHomeMakesNoDifference) {
@@ -84,8 +84,8 @@ TEST_F(ProviderLogTest, FailuresHaveNoEndLine) {
     auto lines = readLogLines(folder.home());
     lines.erase(lines.begin(), lines.begin() + 5);
     const std::vector<std::string> expected = {
-        "[Load] Begin",    "[GetKeyCount] Begin", "[OpenKey] Begin", "[GetName] Begin",
-        "[GetName] End",   "[GetKeySN] Begin",    "[GetKeySN] End",
+        "[Load] Begin",  "[GetKeyCount] Begin", "[OpenKey] Begin", "[GetName] Begin",
+        "[GetName] End", "[GetKeySN] Begin",    "[GetKeySN] End",
     };
     EXPECT_EQ(expected, lines);
     provider->Release();
@@ -96,9 +96,9 @@ TEST_F(ProviderLogTest, LinesBeginWithTheTimeAndNameTheirSourceLine) {
     makeProvider()->Release();
     const std::string text = readText(findLogFiles(folder.home()).at(0));
     const std::string first = text.substr(0, text.find('\n'));
-    EXPECT_TRUE(std::regex_match(
-        first, std::regex(R"(\[\d\d:\d\d:\d\d\.\d\d\d\] \[EnableLog:\d+\] )"
-                          "============ this is new log file ============")))
+    EXPECT_TRUE(
+        std::regex_match(first, std::regex(R"(\[\d\d:\d\d:\d\d\.\d\d\d\] \[EnableLog:\d+\] )"
+                                           "============ this is new log file ============")))
         << first;
 }
 
@@ -115,8 +115,9 @@ TEST_F(ProviderLogTest, ADirectoryWithOneLevelHasNoLog) {
 TEST_F(ProviderLogTest, HomesThatCannotBeUsedLeaveLoggingOff) {
     const fs::path file = folder.root() / "file";
     std::ofstream(file.string()) << "no folder";
-    for (const std::string& home : {file.string(), std::string(300, 'h'), folder.home().string() + "/none/none",
-                                    std::string(259, 'h'), std::string(40000, 'h')}) {
+    for (const std::string& home :
+         {file.string(), std::string(300, 'h'), folder.home().string() + "/none/none",
+          std::string(259, 'h'), std::string(40000, 'h')}) {
         setEnvironment("ZRKEY_HOME_X64", home.substr(0, 30000));
         makeProvider()->Release();
     }

@@ -212,8 +212,8 @@ TEST_F(ProviderScriptTest, VirtualOperationsAnswerWithoutAModule) {
 
 TEST_F(ProviderScriptTest, PathsThatNameNoLibraryFailToLoad) {
     folder.write("text.so", "no library\n");
-    const std::string paths[] = {"", ".", "..", "text.so", "missing/x.so", std::string(259, 'a'),
-                                 std::string(100000, 'a')};
+    const std::string paths[] = {
+        "", ".", "..", "text.so", "missing/x.so", std::string(259, 'a'), std::string(100000, 'a')};
     for (const std::string& path : paths) {
         EXPECT_HR(E_FAIL, provider->Load(Text(path))) << path.substr(0, 20);
     }

@@ -119,13 +119,21 @@ TEST_F(TokenInfoTest, WhatTheBackendLacksIsNotImplementedAndChangesNothing) {
 
 TEST_F(TokenInfoTest, ScriptsFindThirtyMembers) {
     const ConsoleCapture console;
-    const char* names[] = {
-        "GetSerialNumber", "SetLabel", "GetLabel", "GetManufacturerID", "GetModelID",
-        "GetTotalSize", "GetFreeSize", "ModifyPIN", "GetMaxRetryCount", "GetRemainRetryCount",
-        "IsDefaultPIN", "VerifyPIN", "UnlockPIN", "Lock", "Unlock", "CreateFile", "FileExists",
-        "OpenFile", "EnumFiles", "DeleteFile", "GetDigestMethod", "DigestData", "CreateContainer",
-        "GetContainerCount", "OpenContainer", "DeleteContainer", "EnumContainer", "SignData",
-        "VerifyData", "GetSignAlgo"};
+    const char* names[] = {"GetSerialNumber",  "SetLabel",
+                           "GetLabel",         "GetManufacturerID",
+                           "GetModelID",       "GetTotalSize",
+                           "GetFreeSize",      "ModifyPIN",
+                           "GetMaxRetryCount", "GetRemainRetryCount",
+                           "IsDefaultPIN",     "VerifyPIN",
+                           "UnlockPIN",        "Lock",
+                           "Unlock",           "CreateFile",
+                           "FileExists",       "OpenFile",
+                           "EnumFiles",        "DeleteFile",
+                           "GetDigestMethod",  "DigestData",
+                           "CreateContainer",  "GetContainerCount",
+                           "OpenContainer",    "DeleteContainer",
+                           "EnumContainer",    "SignData",
+                           "VerifyData",       "GetSignAlgo"};
     DISPID expected = 0;
     for (const char* name : names) {
         EXPECT_EQ(++expected, idOf(token, name)) << name;

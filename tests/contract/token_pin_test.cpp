@@ -11,8 +11,7 @@ protected:
         VARIANT result;
         VariantInit(&result);
         const Bytes data("x");
-        return token->SignData(nullptr, data, nullptr, &result) !=
-               RPC_E_CANTCALLOUT_INEXTERNALCALL;
+        return token->SignData(nullptr, data, nullptr, &result) != RPC_E_CANTCALLOUT_INEXTERNALCALL;
     }
 };
 

@@ -103,8 +103,8 @@ TEST_F(TokenSignTest, WithoutALoginItsOwnCodeIsAnswered) {
 }
 
 TEST_F(TokenSignTest, EveryFailingCallFailsTheSignature) {
-    for (const char* function : {"C_FindObjectsInit", "C_FindObjects", "C_GetAttributeValue",
-                                 "C_SignInit", "C_Sign"}) {
+    for (const char* function :
+         {"C_FindObjectsInit", "C_FindObjects", "C_GetAttributeValue", "C_SignInit", "C_Sign"}) {
         module->fail(function, 1, CKR_DEVICE_REMOVED);
         EXPECT_HR(E_FAIL, sign(Bytes("x"))) << function;
         EXPECT_FALSE(module->isSearchOpen());
@@ -139,8 +139,8 @@ TEST_F(TokenSignTest, ASignatureVerifiesWithThePublicKey) {
                      "C_GetAttributeValue(1, 3, {0x0=0 0x102[]})", "C_FindObjectsFinal(1)",
                      "C_VerifyInit(1, 6/0, 3)", "C_Verify(1, [data], 256)"}),
               module.takeCalls());
-    EXPECT_HR(E_FAIL, token->VerifyData(Bytes(signature(256)), certificate, nullptr,
-                                        Bytes("data")));
+    EXPECT_HR(E_FAIL,
+              token->VerifyData(Bytes(signature(256)), certificate, nullptr, Bytes("data")));
     module->fail("C_VerifyInit", 1, CKR_GENERAL_ERROR);
     EXPECT_HR(E_FAIL,
               token->VerifyData(Bytes("data"), certificate, nullptr, Bytes(signature(256))));

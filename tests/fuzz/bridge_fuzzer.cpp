@@ -41,19 +41,19 @@ private:
 class Template {
 public:
     explicit Template(Input& input) {
-        static constexpr Ulong types[] = {0, 1, 3, 0x11, 0x80, 0x100, 0x102, 0x121, 0x40000600,
-                                          0x40000211};
+        static constexpr Ulong types[] = {0,     1,     3,     0x11,       0x80,
+                                          0x100, 0x102, 0x121, 0x40000600, 0x40000211};
         const std::size_t count = input.below(5);
         m_rooms.reserve(count);
         for (std::size_t i = 0; i < count; ++i) {
-            const Ulong type = input.flag() ? types[input.below(std::size(types))]
-                                            : input.number<Ulong>();
+            const Ulong type =
+                input.flag() ? types[input.below(std::size(types))] : input.number<Ulong>();
             Room& room = m_rooms.emplace_back(input.below(40));
             const std::string bytes = input.text(room.size());
             bytes.copy(static_cast<char*>(room.data()), bytes.size());
             const bool isQuery = input.flag();
-            m_attributes.push_back(
-                {type, isQuery ? nullptr : room.data(), isQuery ? input.number<Ulong>() : room.size()});
+            m_attributes.push_back({type, isQuery ? nullptr : room.data(),
+                                    isQuery ? input.number<Ulong>() : room.size()});
         }
     }
     Attribute* data() { return m_attributes.data(); }
@@ -91,7 +91,8 @@ void findObjects(Input& input) {
     call<Handle, Attribute*, Ulong>(26, Handle{1}, search.data(), search.count());
     Room found(4 * input.below(4));
     Ulong count = 0;
-    call<Handle, Handle*, Ulong, Ulong*>(27, Handle{1}, static_cast<Handle*>(found.data()), found.size() / 4, &count);
+    call<Handle, Handle*, Ulong, Ulong*>(27, Handle{1}, static_cast<Handle*>(found.data()),
+                                         found.size() / 4, &count);
     call<Handle>(28, Handle{1});
 }
 

@@ -192,7 +192,8 @@ CK_FUNCTION_LIST s_list;
 void prepareRelay() {
     void* relay = dlopen(ZR_RELAY_MODULE, RTLD_NOW);
     const auto setList =
-        relay ? reinterpret_cast<void (*)(CK_FUNCTION_LIST*)>(dlsym(relay, "SetRelayList")) : nullptr;
+        relay ? reinterpret_cast<void (*)(CK_FUNCTION_LIST*)>(dlsym(relay, "SetRelayList"))
+              : nullptr;
     if (!setList) {
         std::abort();
     }
@@ -206,8 +207,8 @@ void answerFrom(Input* input) {
     s_list = s_whole;
     // Now and then one entry is missing.
     if (input && input->byte() == 255) {
-        std::memset(reinterpret_cast<char*>(&s_list.functions) + input->below(68) * sizeof(void*), 0,
-                    sizeof(void*));
+        std::memset(reinterpret_cast<char*>(&s_list.functions) + input->below(68) * sizeof(void*),
+                    0, sizeof(void*));
     }
 }
 

@@ -35,9 +35,9 @@ SAFEARRAY* makeArray(Input& input, VARTYPE element) {
 /// Sets an argument of any type; what it points to is always there.
 void setArgument(Input& input, VARIANT* variant, Storage& storage,
                  const std::vector<IDispatch*>& objects, int depth) {
-    static constexpr VARTYPE types[] = {VT_EMPTY, VT_NULL, VT_I2, VT_I4, VT_R4, VT_R8, VT_CY, VT_DATE,
-                                        VT_ERROR, VT_BOOL, VT_I1, VT_UI1, VT_UI2, VT_UI4, VT_I8,
-                                        VT_UI8, VT_INT, VT_UINT};
+    static constexpr VARTYPE types[] = {VT_EMPTY, VT_NULL, VT_I2,    VT_I4,   VT_R4,  VT_R8,
+                                        VT_CY,    VT_DATE, VT_ERROR, VT_BOOL, VT_I1,  VT_UI1,
+                                        VT_UI2,   VT_UI4,  VT_I8,    VT_UI8,  VT_INT, VT_UINT};
     switch (input.below(8)) {
         case 0:
             variant->vt = VT_BSTR;
@@ -86,15 +86,15 @@ void setArgument(Input& input, VARIANT* variant, Storage& storage,
 }
 
 void lookUp(Input& input, IDispatch* object) {
-    static const char* const names[] = {"Load", "OpenKey", "GetLabel", "VerifyPIN", "GetKeyCert",
-                                        "GetCertData"};
+    static const char* const names[] = {"Load",      "OpenKey",    "GetLabel",
+                                        "VerifyPIN", "GetKeyCert", "GetCertData"};
     const std::string bytes = input.text();
     const String any(bytes);
     const String known = String::ascii(names[input.below(std::size(names))]);
     LPOLESTR list[] = {input.flag() ? BSTR(any) : BSTR(known), any};
     DISPID ids[2] = {-7, -7};
-    const HRESULT hr = object->GetIDsOfNames(IID_NULL, list, 1 + static_cast<UINT>(input.below(2)),
-                                             0, ids);
+    const HRESULT hr =
+        object->GetIDsOfNames(IID_NULL, list, 1 + static_cast<UINT>(input.below(2)), 0, ids);
     expect(hr == S_OK ? ids[0] > 0 : hr == E_FAIL && ids[0] == -7);
     expect(ids[1] == -7);
 }
@@ -106,7 +106,8 @@ void call(Input& input, std::vector<IDispatch*>& objects) {
         lookUp(input, object);
         return;
     }
-    const DISPID id = input.byte() < 250 ? static_cast<DISPID>(input.below(33)) : input.number<LONG>();
+    const DISPID id =
+        input.byte() < 250 ? static_cast<DISPID>(input.below(33)) : input.number<LONG>();
     std::vector<VARIANT> arguments(input.below(5));
     for (VARIANT& argument : arguments) {
         VariantInit(&argument);

@@ -28,12 +28,14 @@ void checkMessage(zr::fuzz::Input& input, const ZRLog& log) {
     const auto line = input.number<unsigned int>();
     std::remove("fuzz.log");
     log.Log(level, "[%s:%u] %s", name.c_str(), line, message.c_str());
-    std::string expected = "[" + std::string(name.c_str()) + ":" + std::to_string(line) + "] " + message;
+    std::string expected =
+        "[" + std::string(name.c_str()) + ":" + std::to_string(line) + "] " + message;
     expected.resize(std::min(expected.size(), kLongest));
     std::ifstream file("fuzz.log", std::ios::binary);
     const std::string written{std::istreambuf_iterator<char>(file), {}};
     expect(written.size() == kTimeLength + expected.size(), "a line is as long as its message");
-    expect(written.compare(kTimeLength, written.npos, expected) == 0, "a message is written as it is");
+    expect(written.compare(kTimeLength, written.npos, expected) == 0,
+           "a message is written as it is");
     expect(written.front() == '[' && written[kTimeLength - 2] == ']', "the time stands before it");
 }
 

@@ -16,17 +16,28 @@ using Wide = __int128;
 /// The value of a whole number's variant.
 std::optional<Wide> integerOf(const VARIANT& variant) {
     switch (variant.vt) {
-        case VT_I1: return static_cast<signed char>(variant.cVal);
-        case VT_UI1: return variant.bVal;
-        case VT_I2: return variant.iVal;
-        case VT_UI2: return variant.uiVal;
-        case VT_I4: return variant.lVal;
-        case VT_INT: return variant.intVal;
-        case VT_UI4: return variant.ulVal;
-        case VT_UINT: return variant.uintVal;
-        case VT_I8: return variant.llVal;
-        case VT_UI8: return variant.ullVal;
-        default: return std::nullopt;
+        case VT_I1:
+            return static_cast<signed char>(variant.cVal);
+        case VT_UI1:
+            return variant.bVal;
+        case VT_I2:
+            return variant.iVal;
+        case VT_UI2:
+            return variant.uiVal;
+        case VT_I4:
+            return variant.lVal;
+        case VT_INT:
+            return variant.intVal;
+        case VT_UI4:
+            return variant.ulVal;
+        case VT_UINT:
+            return variant.uintVal;
+        case VT_I8:
+            return variant.llVal;
+        case VT_UI8:
+            return variant.ullVal;
+        default:
+            return std::nullopt;
     }
 }
 
@@ -42,17 +53,26 @@ Range rangeOf() {
 
 std::optional<Range> rangeOf(VARTYPE type) {
     switch (type) {
-        case VT_I1: return rangeOf<signed char>();
-        case VT_UI1: return rangeOf<BYTE>();
-        case VT_I2: return rangeOf<short>();
-        case VT_UI2: return rangeOf<unsigned short>();
+        case VT_I1:
+            return rangeOf<signed char>();
+        case VT_UI1:
+            return rangeOf<BYTE>();
+        case VT_I2:
+            return rangeOf<short>();
+        case VT_UI2:
+            return rangeOf<unsigned short>();
         case VT_I4:
-        case VT_INT: return rangeOf<LONG>();
+        case VT_INT:
+            return rangeOf<LONG>();
         case VT_UI4:
-        case VT_UINT: return rangeOf<ULONG>();
-        case VT_I8: return rangeOf<LONGLONG>();
-        case VT_UI8: return rangeOf<ULONGLONG>();
-        default: return std::nullopt;
+        case VT_UINT:
+            return rangeOf<ULONG>();
+        case VT_I8:
+            return rangeOf<LONGLONG>();
+        case VT_UI8:
+            return rangeOf<ULONGLONG>();
+        default:
+            return std::nullopt;
     }
 }
 
@@ -73,7 +93,8 @@ void checkInteger(const VARIANT& source, Wide value, VARTYPE type) {
                "a number is true unless it is zero");
     } else if (areOfOneWidth(source.vt, type)) {
         const std::optional<Wide> kept = hr == S_OK ? integerOf(result) : std::nullopt;
-        expect(kept && (*kept - value) % (range->most - range->least + 1) == 0, "the bits are kept");
+        expect(kept && (*kept - value) % (range->most - range->least + 1) == 0,
+               "the bits are kept");
     } else if (range && value >= range->least && value <= range->most) {
         expect(hr == S_OK && result.vt == type && integerOf(result) == value, "a value is kept");
     } else if (range) {

@@ -15,9 +15,7 @@ using host::Secret;
 /// In a fresh folder.
 class PinSourceTest : public testing::Test {
 protected:
-    ~PinSourceTest() override {
-        setEnvironment("ZRKEY_TEST_PIN", "");
-    }
+    ~PinSourceTest() override { setEnvironment("ZRKEY_TEST_PIN", ""); }
 
     static std::string read(const std::string& source) {
         return std::string(readPin(parsePinSource(source).value(), "").view());

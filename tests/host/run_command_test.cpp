@@ -137,9 +137,9 @@ TEST_F(RunCommandTest, EndlessRecursionIsAnError) {
 }
 
 TEST_F(RunCommandTest, AScriptEndsWhenItsTimeIsUpThoughItCatchesErrors) {
-    expectFailure(runText("for (;;) { try { for (;;) {} } catch (error) {} }",
-                          {"--time-limit", "0.2"}),
-                  "script.js:1: RangeError: execution timeout\n");
+    expectFailure(
+        runText("for (;;) { try { for (;;) {} } catch (error) {} }", {"--time-limit", "0.2"}),
+        "script.js:1: RangeError: execution timeout\n");
 }
 
 TEST_F(RunCommandTest, AScriptGetsNoMoreThanItsMemory) {

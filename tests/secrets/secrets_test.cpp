@@ -134,8 +134,8 @@ TEST_F(SecretsTest, ARefusedChangeLeavesNothing) {
 TEST_F(SecretsTest, NothingOfAScriptsArgumentsStays) {
     SecretPin pin(7);
     VARIANT result = {};
-    EXPECT_HR(S_OK, invoke(token, idOf(token, "VerifyPIN"), {string(pin.text()), number(0)},
-                           &result));
+    EXPECT_HR(S_OK,
+              invoke(token, idOf(token, "VerifyPIN"), {string(pin.text()), number(0)}, &result));
     pin.wipe();
     release();
     EXPECT_EQ(0u, pin.narrowCopies());
@@ -164,8 +164,8 @@ TEST_F(SecretsTest, TheLogHoldsNoPinNoDataAndNoSignature) {
     ASSERT_EQ(1u, files.size());
     const std::string log = readText(files[0]);
     EXPECT_NE(log.npos, log.find("[SignData:"));
-    for (const std::string& secret : {std::string("InTheLog"), std::string("InLog"),
-                                      signatureBytes, digestBytes}) {
+    for (const std::string& secret :
+         {std::string("InTheLog"), std::string("InLog"), signatureBytes, digestBytes}) {
         EXPECT_EQ(log.npos, log.find(secret));
     }
 }

@@ -29,8 +29,7 @@ std::string readText(const std::filesystem::path& file) {
 }
 
 std::vector<std::string> readLogLines(const std::filesystem::path& home) {
-    static const std::regex prefix(
-        R"(^\[\d\d:\d\d:\d\d\.\d\d\d\] \[([^\]:]+):\d+\] )");
+    static const std::regex prefix(R"(^\[\d\d:\d\d:\d\d\.\d\d\d\] \[([^\]:]+):\d+\] )");
     std::vector<std::string> lines;
     for (const auto& file : findLogFiles(home)) {
         std::istringstream text(readText(file));

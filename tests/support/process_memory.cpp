@@ -34,10 +34,9 @@ std::size_t MaskedBytes::countIn(const unsigned char* bytes, std::size_t size) c
             std::memchr(from, first, static_cast<std::size_t>(end - from)));
     };
     for (const unsigned char* at = next(bytes); at; at = next(at + 1)) {
-        const bool isMatch = std::equal(m_masked.begin(), m_masked.end(), at,
-                                        [](unsigned char masked, unsigned char byte) {
-                                            return (byte ^ kMask) == masked;
-                                        });
+        const bool isMatch = std::equal(
+            m_masked.begin(), m_masked.end(), at,
+            [](unsigned char masked, unsigned char byte) { return (byte ^ kMask) == masked; });
         count += isMatch ? 1 : 0;
     }
     return count;

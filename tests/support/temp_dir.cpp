@@ -12,8 +12,8 @@ TempDir::TempDir() : m_previous(std::filesystem::current_path()) {
     static int s_number = 0;
     // Beside the test, not in the system's folder: a module is loaded by a path relative to it, and
     // under Wine the two lie on different drives.
-    m_root = m_previous /
-             ("temp_" + std::to_string(processId()) + "_" + std::to_string(s_number++));
+    m_root =
+        m_previous / ("temp_" + std::to_string(processId()) + "_" + std::to_string(s_number++));
     std::filesystem::remove_all(m_root);
     m_work = m_root / "level" / "work";
     m_home = m_root / "home";

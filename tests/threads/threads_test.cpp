@@ -102,8 +102,9 @@ TEST_F(ThreadsTest, ProvidersMayLogAtOnce) {
 
 TEST_F(ThreadsTest, AnObjectMayBeHandedToAnotherThread) {
     ITokenProvider* provider = makeProvider();
-    std::thread([&] { EXPECT_HR(S_OK, provider->Load(Text(relativePath(ZR_INSTANT_MODULE)))); })
-        .join();
+    std::thread([&] {
+        EXPECT_HR(S_OK, provider->Load(Text(relativePath(ZR_INSTANT_MODULE))));
+    }).join();
     INT count = 0;
     EXPECT_HR(S_OK, provider->GetKeyCount(&count));
     EXPECT_EQ(1, count);

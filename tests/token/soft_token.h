@@ -79,9 +79,7 @@ protected:
 
 class SoftTokenTest : public SoftProviderTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(token);
-    }
+    void SetUp() override { ASSERT_TRUE(token); }
     ~SoftTokenTest() override {
         if (token) {
             token->Release();

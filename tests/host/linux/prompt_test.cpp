@@ -26,9 +26,7 @@ public:
             _exit(127);
         }
     }
-    ~TerminalCommand() {
-        close(m_terminal);
-    }
+    ~TerminalCommand() { close(m_terminal); }
     TerminalCommand(const TerminalCommand&) = delete;
     TerminalCommand& operator=(const TerminalCommand&) = delete;
 

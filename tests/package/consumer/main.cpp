@@ -10,8 +10,8 @@ int main() {
         return 1;
     }
     ITokenProvider* provider = nullptr;
-    const HRESULT hr = factory->CreateInstance(nullptr, IID_ITokenProvider,
-                                               reinterpret_cast<void**>(&provider));
+    const HRESULT hr =
+        factory->CreateInstance(nullptr, IID_ITokenProvider, reinterpret_cast<void**>(&provider));
     factory->Release();
     BSTR name = nullptr;
     if (FAILED(hr) || FAILED(provider->GetName(&name))) {

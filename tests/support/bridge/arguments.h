@@ -21,9 +21,7 @@ class Argument {
 
 public:
     explicit Argument(T value) : m_value(value) {}
-    T native() {
-        return m_value;
-    }
+    T native() { return m_value; }
     void finish(CK_RV) {}
 
 private:
@@ -34,9 +32,7 @@ template <>
 class Argument<windows::Ulong> {
 public:
     explicit Argument(windows::Ulong value) : m_value(value) {}
-    CK_ULONG native() {
-        return m_value;
-    }
+    CK_ULONG native() { return m_value; }
     void finish(CK_RV) {}
 
 private:
@@ -47,9 +43,7 @@ template <>
 class Argument<windows::Handle> {
 public:
     explicit Argument(windows::Handle value) : m_value(toNative(value)) {}
-    CK_ULONG native() {
-        return m_value;
-    }
+    CK_ULONG native() { return m_value; }
     void finish(CK_RV) {}
 
 private:
@@ -61,9 +55,7 @@ template <>
 class Argument<windows::Ulong*> {
 public:
     explicit Argument(windows::Ulong* value) : m_target(value), m_value(value ? *value : 0) {}
-    CK_ULONG* native() {
-        return m_target ? &m_value : nullptr;
-    }
+    CK_ULONG* native() { return m_target ? &m_value : nullptr; }
     void finish(CK_RV) {
         if (m_target) {
             *m_target = windows::narrow(m_value);
@@ -79,9 +71,7 @@ template <>
 class Argument<windows::Handle*> {
 public:
     explicit Argument(windows::Handle* value) : m_target(value) {}
-    CK_ULONG* native() {
-        return m_target ? &m_value : nullptr;
-    }
+    CK_ULONG* native() { return m_target ? &m_value : nullptr; }
     void finish(CK_RV rv) {
         if (m_target && rv == CKR_OK) {
             *m_target = toWindows(m_value);
@@ -103,9 +93,7 @@ public:
             m_value = {value->mechanism, value->pParameter, value->ulParameterLen};
         }
     }
-    CK_MECHANISM* native() {
-        return m_isNull ? nullptr : &m_value;
-    }
+    CK_MECHANISM* native() { return m_isNull ? nullptr : &m_value; }
     void finish(CK_RV) {}
 
 private:
@@ -124,9 +112,7 @@ template <class Native, class Windows>
 class InfoArgument {
 public:
     explicit InfoArgument(Windows* value) : m_target(value) {}
-    Native* native() {
-        return m_target ? &m_value : nullptr;
-    }
+    Native* native() { return m_target ? &m_value : nullptr; }
     void finish(CK_RV rv) {
         if (m_target && rv == CKR_OK) {
             copy(m_value, m_target);

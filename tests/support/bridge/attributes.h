@@ -21,15 +21,9 @@ public:
     Attributes& operator=(const Attributes&) = delete;
 
     /// False when an attribute's value is itself a template, which is not translated.
-    bool isTranslated() const {
-        return m_isTranslated;
-    }
-    CK_ATTRIBUTE* native() {
-        return m_native.empty() ? nullptr : m_native.data();
-    }
-    CK_ULONG count() const {
-        return m_native.size();
-    }
+    bool isTranslated() const { return m_isTranslated; }
+    CK_ATTRIBUTE* native() { return m_native.empty() ? nullptr : m_native.data(); }
+    CK_ULONG count() const { return m_native.size(); }
     /// Writes lengths and numbers that a C_GetAttributeValue gave into the template.
     void handBack();
 

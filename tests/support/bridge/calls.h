@@ -17,8 +17,7 @@ template <auto entry, class... W>
 [[gnu::ms_abi]] windows::Ulong forward(W... values) {
     std::tuple<Argument<W>...> arguments(values...);
     const CK_RV rv = std::apply(
-        [](auto&... argument) { return callNative<entry>(argument.native()...); },
-        arguments);
+        [](auto&... argument) { return callNative<entry>(argument.native()...); }, arguments);
     std::apply([rv](auto&... argument) { (argument.finish(rv), ...); }, arguments);
     return windows::narrow(rv);
 }

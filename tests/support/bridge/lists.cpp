@@ -58,8 +58,8 @@ Ulong getMechanismList(Handle slot, Ulong* mechanisms, Ulong* count) {
 Ulong openSession(Handle slot, Ulong flags, void* application, void*, Handle* session) {
     Argument<Handle*> opened(session);
     // Notifications would be called with the wrong calling convention; none are given.
-    const CK_RV rv =
-        callNative<&CK_FUNCTIONS::C_OpenSession>(toNative(slot), flags, application, nullptr, opened.native());
+    const CK_RV rv = callNative<&CK_FUNCTIONS::C_OpenSession>(toNative(slot), flags, application,
+                                                              nullptr, opened.native());
     opened.finish(rv);
     return windows::narrow(rv);
 }
@@ -71,7 +71,8 @@ Ulong findObjects(Handle session, Handle* objects, Ulong maximum, Ulong* count) 
     const CK_ULONG room = std::min<CK_ULONG>(maximum, kLongestList);
     std::vector<CK_ULONG> found(room + 1);
     CK_ULONG length = 0;
-    const CK_RV rv = callNative<&CK_FUNCTIONS::C_FindObjects>(toNative(session), found.data(), room, &length);
+    const CK_RV rv =
+        callNative<&CK_FUNCTIONS::C_FindObjects>(toNative(session), found.data(), room, &length);
     if (rv == CKR_OK) {
         for (CK_ULONG i = 0; i < length && i < room; ++i) {
             objects[i] = toWindows(found[i]);

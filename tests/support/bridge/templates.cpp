@@ -27,14 +27,16 @@ Ulong makeObject(const Attributes& attributes, Handle* object, Call call) {
 Ulong findObjectsInit(Handle session, windows::Attribute* attributes, Ulong count) {
     Attributes search(attributes, count);
     return withTemplate(search, [&] {
-        return callNative<&CK_FUNCTIONS::C_FindObjectsInit>(toNative(session), search.native(), search.count());
+        return callNative<&CK_FUNCTIONS::C_FindObjectsInit>(toNative(session), search.native(),
+                                                            search.count());
     });
 }
 
 Ulong createObject(Handle session, windows::Attribute* attributes, Ulong count, Handle* object) {
     Attributes made(attributes, count);
     return makeObject(made, object, [&](CK_ULONG* handle) {
-        return callNative<&CK_FUNCTIONS::C_CreateObject>(toNative(session), made.native(), made.count(), handle);
+        return callNative<&CK_FUNCTIONS::C_CreateObject>(toNative(session), made.native(),
+                                                         made.count(), handle);
     });
 }
 
@@ -42,8 +44,8 @@ Ulong copyObject(Handle session, Handle object, windows::Attribute* attributes, 
                  Handle* newObject) {
     Attributes changed(attributes, count);
     return makeObject(changed, newObject, [&](CK_ULONG* handle) {
-        return callNative<&CK_FUNCTIONS::C_CopyObject>(toNative(session), toNative(object), changed.native(),
-                                     changed.count(), handle);
+        return callNative<&CK_FUNCTIONS::C_CopyObject>(toNative(session), toNative(object),
+                                                       changed.native(), changed.count(), handle);
     });
 }
 
@@ -51,8 +53,8 @@ Ulong getAttributeValue(Handle session, Handle object, windows::Attribute* attri
                         Ulong count) {
     Attributes read(attributes, count);
     return withTemplate(read, [&] {
-        const CK_RV rv = callNative<&CK_FUNCTIONS::C_GetAttributeValue>(toNative(session), toNative(object),
-                                                      read.native(), read.count());
+        const CK_RV rv = callNative<&CK_FUNCTIONS::C_GetAttributeValue>(
+            toNative(session), toNative(object), read.native(), read.count());
         // Some failures too tell lengths.
         read.handBack();
         return rv;
@@ -63,8 +65,8 @@ Ulong setAttributeValue(Handle session, Handle object, windows::Attribute* attri
                         Ulong count) {
     Attributes written(attributes, count);
     return withTemplate(written, [&] {
-        return callNative<&CK_FUNCTIONS::C_SetAttributeValue>(toNative(session), toNative(object), written.native(),
-                                            written.count());
+        return callNative<&CK_FUNCTIONS::C_SetAttributeValue>(toNative(session), toNative(object),
+                                                              written.native(), written.count());
     });
 }
 
@@ -73,8 +75,8 @@ Ulong generateKey(Handle session, windows::Mechanism* mechanism, windows::Attrib
     Attributes made(attributes, count);
     Argument<windows::Mechanism*> method(mechanism);
     return makeObject(made, key, [&](CK_ULONG* handle) {
-        return callNative<&CK_FUNCTIONS::C_GenerateKey>(toNative(session), method.native(), made.native(),
-                                      made.count(), handle);
+        return callNative<&CK_FUNCTIONS::C_GenerateKey>(toNative(session), method.native(),
+                                                        made.native(), made.count(), handle);
     });
 }
 
@@ -106,8 +108,9 @@ Ulong unwrapKey(Handle session, windows::Mechanism* mechanism, Handle unwrapping
     Attributes made(attributes, count);
     Argument<windows::Mechanism*> method(mechanism);
     return makeObject(made, key, [&](CK_ULONG* handle) {
-        return callNative<&CK_FUNCTIONS::C_UnwrapKey>(toNative(session), method.native(), toNative(unwrappingKey),
-                                    wrapped, wrappedLength, made.native(), made.count(), handle);
+        return callNative<&CK_FUNCTIONS::C_UnwrapKey>(
+            toNative(session), method.native(), toNative(unwrappingKey), wrapped, wrappedLength,
+            made.native(), made.count(), handle);
     });
 }
 
@@ -116,8 +119,9 @@ Ulong deriveKey(Handle session, windows::Mechanism* mechanism, Handle baseKey,
     Attributes made(attributes, count);
     Argument<windows::Mechanism*> method(mechanism);
     return makeObject(made, key, [&](CK_ULONG* handle) {
-        return callNative<&CK_FUNCTIONS::C_DeriveKey>(toNative(session), method.native(), toNative(baseKey),
-                                    made.native(), made.count(), handle);
+        return callNative<&CK_FUNCTIONS::C_DeriveKey>(toNative(session), method.native(),
+                                                      toNative(baseKey), made.native(),
+                                                      made.count(), handle);
     });
 }
 

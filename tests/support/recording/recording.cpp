@@ -9,8 +9,8 @@ namespace zr::test {
 
 Recording::Recording() : m_module(LoadLibraryA(ZR_RECORDING_MODULE)) {
     using GetControl = RecordingModule* (*)();
-    const auto getControl = reinterpret_cast<GetControl>(
-        reinterpret_cast<void*>(m_module ? GetProcAddress(m_module, "GetRecordingModule") : nullptr));
+    const auto getControl = reinterpret_cast<GetControl>(reinterpret_cast<void*>(
+        m_module ? GetProcAddress(m_module, "GetRecordingModule") : nullptr));
     if (!getControl) {
         throw std::runtime_error("the recording module does not load");
     }

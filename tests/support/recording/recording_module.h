@@ -14,20 +14,20 @@ class RecordingModule {
 public:
     /// Answers that are set at will.
     struct Settings {
-        CK_RV functionListResult;        ///< of C_GetFunctionList
-        bool functionListIsNull;         ///< C_GetFunctionList hands out null
-        CK_TOKEN_INFO tokenInfo;         ///< of every slot
-        CK_ULONG slotCount;              ///< slots with a token
-        CK_ULONG slotCountWhenListed;    ///< the same when a list is asked for
-        bool isSearchExclusive;          ///< a second C_FindObjectsInit is CKR_OPERATION_ACTIVE
-        CK_ULONG foundCount;             ///< what C_FindObjects reports for an object; 1
-        CK_ATTRIBUTE_TYPE lyingType;     ///< an attribute whose length is reported wrongly
-        CK_ULONG lyingLength;            ///< the length it reports; see lie
+        CK_RV functionListResult;      ///< of C_GetFunctionList
+        bool functionListIsNull;       ///< C_GetFunctionList hands out null
+        CK_TOKEN_INFO tokenInfo;       ///< of every slot
+        CK_ULONG slotCount;            ///< slots with a token
+        CK_ULONG slotCountWhenListed;  ///< the same when a list is asked for
+        bool isSearchExclusive;        ///< a second C_FindObjectsInit is CKR_OPERATION_ACTIVE
+        CK_ULONG foundCount;           ///< what C_FindObjects reports for an object; 1
+        CK_ATTRIBUTE_TYPE lyingType;   ///< an attribute whose length is reported wrongly
+        CK_ULONG lyingLength;          ///< the length it reports; see lie
         enum { never, onQuery, onRead, always } lie;
-        CK_ULONG signatureLength;        ///< bytes of a signature
+        CK_ULONG signatureLength;  ///< bytes of a signature
         const char* userPin;
         const char* securityOfficerPin;
-        bool setsApplication;            ///< C_OpenSession writes through the application pointer
+        bool setsApplication;  ///< C_OpenSession writes through the application pointer
     };
 
     /// Forgets calls, failures and objects; sets ordinary answers: one token, user PIN 1234.

@@ -37,10 +37,10 @@ int descriptorOf(std::FILE* file) {
 std::FILE* temporaryFile() {
     // tmpfile() makes its files in the root of the drive.
     static int s_number = 0;
-    const std::string name = (std::filesystem::temp_directory_path() /
-                              ("zrcapture" + std::to_string(_getpid()) + "_" +
-                               std::to_string(s_number++)))
-                                 .string();
+    const std::string name =
+        (std::filesystem::temp_directory_path() /
+         ("zrcapture" + std::to_string(_getpid()) + "_" + std::to_string(s_number++)))
+            .string();
     const int descriptor =
         _open(name.c_str(), _O_RDWR | _O_CREAT | _O_TRUNC | _O_BINARY | _O_TEMPORARY,
               _S_IREAD | _S_IWRITE);

@@ -9,8 +9,8 @@ void forEachWritableRegion(const std::function<void(std::size_t begin, std::size
     MEMORY_BASIC_INFORMATION region;
     for (const char* at = nullptr; VirtualQuery(at, &region, sizeof region) == sizeof region;
          at = static_cast<const char*>(region.BaseAddress) + region.RegionSize) {
-        const DWORD writable = PAGE_READWRITE | PAGE_WRITECOPY | PAGE_EXECUTE_READWRITE |
-                               PAGE_EXECUTE_WRITECOPY;
+        const DWORD writable =
+            PAGE_READWRITE | PAGE_WRITECOPY | PAGE_EXECUTE_READWRITE | PAGE_EXECUTE_WRITECOPY;
         if (region.State == MEM_COMMIT && (region.Protect & writable) != 0 &&
             (region.Protect & PAGE_GUARD) == 0) {
             visit(reinterpret_cast<std::size_t>(region.BaseAddress), region.RegionSize);

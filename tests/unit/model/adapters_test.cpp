@@ -152,10 +152,14 @@ TEST_F(AdaptersTest, ContainerAndCertificateAdaptersNeedAResultAlone) {
 }
 
 TEST_F(AdaptersTest, EveryIdFromTheLeastToTheGreatestIsAnswered) {
-    const std::map<LONG, HRESULT> ids = {
-        {std::numeric_limits<LONG>::min(), E_INVALIDARG}, {-1, E_INVALIDARG}, {0, E_INVALIDARG},
-        {31, E_FAIL}, {1000, E_FAIL}, {std::numeric_limits<LONG>::max(), E_FAIL}};
-    for (IDispatch* object : std::vector<IDispatch*>{provider, token, container, certificate, file}) {
+    const std::map<LONG, HRESULT> ids = {{std::numeric_limits<LONG>::min(), E_INVALIDARG},
+                                         {-1, E_INVALIDARG},
+                                         {0, E_INVALIDARG},
+                                         {31, E_FAIL},
+                                         {1000, E_FAIL},
+                                         {std::numeric_limits<LONG>::max(), E_FAIL}};
+    for (IDispatch* object :
+         std::vector<IDispatch*>{provider, token, container, certificate, file}) {
         for (const auto& [id, expected] : ids) {
             EXPECT_HR(expected, invoke(object, id, {}, &result)) << id;
         }

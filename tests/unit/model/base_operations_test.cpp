@@ -11,9 +11,9 @@ namespace zr::test {
 /// A token of no backend: what has no body in the base answers here.
 class BareToken : public KeyObject {
 public:
-    using KeyObject::KeyObject;
     using KeyObject::DigestData;
     using KeyObject::EnumContainer;
+    using KeyObject::KeyObject;
     HRESULT STDMETHODCALLTYPE DigestData(BSTR, VARIANT, VARIANT*) override { return S_FALSE; }
     HRESULT STDMETHODCALLTYPE EnumContainer(INT, VARIANT*) override { return S_FALSE; }
     HRESULT STDMETHODCALLTYPE SignData(BSTR, VARIANT, IKeyCertificate*, VARIANT*) override {
@@ -65,22 +65,39 @@ TEST_F(BaseOperationsTest, AProviderImplementsNothing) {
 TEST_F(BaseOperationsTest, ATokenImplementsNothing) {
     BareToken* token = held(new BareToken(nullptr));
     EXPECT_EQ(nullptr, token->GetParent());
-    for (const HRESULT hr :
-         {token->GetSerialNumber(&text), token->SetLabel(&text, &variant), token->GetLabel(&text),
-          token->GetManufacturerID(&text), token->GetModelID(&text), token->GetTotalSize(&variant),
-          token->GetFreeSize(&variant), token->ModifyPIN(nullptr, nullptr, 0),
-          token->GetMaxRetryCount(0, &variant), token->GetRemainRetryCount(0, &variant),
-          token->IsDefaultPIN(0, &variant), token->VerifyPIN(nullptr, 0),
-          token->UnlockPIN(nullptr, nullptr), token->Lock(&variant), token->Unlock(&variant),
-          token->CreateFile(nullptr, 0, 0, 0, 0, &out), token->FileExists(nullptr, &variant),
-          token->OpenFile(nullptr, &out), token->EnumFiles(&variant), token->DeleteFile(nullptr),
-          token->GetDigestMethod(&text), token->CreateContainer(nullptr, &out),
-          token->GetContainerCount(&variant), token->OpenContainer(variant, &out),
-          token->DeleteContainer(variant), token->GetCertData(nullptr, &variant),
-          token->GetPubKeyData(nullptr, &variant),
-          token->VerifyData(variant, nullptr, nullptr, variant), token->GetSignAlgo(&text),
-          token->GetZRHardApiInfo(&out, &text), token->CloseKey(),
-          token->DigestData(variant, nullptr, &variant), token->EnumContainer(&variant)}) {
+    for (const HRESULT hr : {token->GetSerialNumber(&text),
+                             token->SetLabel(&text, &variant),
+                             token->GetLabel(&text),
+                             token->GetManufacturerID(&text),
+                             token->GetModelID(&text),
+                             token->GetTotalSize(&variant),
+                             token->GetFreeSize(&variant),
+                             token->ModifyPIN(nullptr, nullptr, 0),
+                             token->GetMaxRetryCount(0, &variant),
+                             token->GetRemainRetryCount(0, &variant),
+                             token->IsDefaultPIN(0, &variant),
+                             token->VerifyPIN(nullptr, 0),
+                             token->UnlockPIN(nullptr, nullptr),
+                             token->Lock(&variant),
+                             token->Unlock(&variant),
+                             token->CreateFile(nullptr, 0, 0, 0, 0, &out),
+                             token->FileExists(nullptr, &variant),
+                             token->OpenFile(nullptr, &out),
+                             token->EnumFiles(&variant),
+                             token->DeleteFile(nullptr),
+                             token->GetDigestMethod(&text),
+                             token->CreateContainer(nullptr, &out),
+                             token->GetContainerCount(&variant),
+                             token->OpenContainer(variant, &out),
+                             token->DeleteContainer(variant),
+                             token->GetCertData(nullptr, &variant),
+                             token->GetPubKeyData(nullptr, &variant),
+                             token->VerifyData(variant, nullptr, nullptr, variant),
+                             token->GetSignAlgo(&text),
+                             token->GetZRHardApiInfo(&out, &text),
+                             token->CloseKey(),
+                             token->DigestData(variant, nullptr, &variant),
+                             token->EnumContainer(&variant)}) {
         EXPECT_HR(E_NOTIMPL, hr);
     }
     EXPECT_EQ(VT_EMPTY, variant.vt);

@@ -58,7 +58,8 @@ TEST_F(ClosedTokenTest, AClosedTokenStillTellsItsTexts) {
 
 TEST_F(ClosedTokenTest, ObjectsOfAClosedTokenFail) {
     token->CloseKey();
-    module->fail(nullptr, 0, CKR_SESSION_HANDLE_INVALID);  // what a module knows of a closed session
+    module->fail(nullptr, 0,
+                 CKR_SESSION_HANDLE_INVALID);  // what a module knows of a closed session
     expectUnusable();
 }
 

@@ -28,12 +28,8 @@ public:
     FreshDirectory(const FreshDirectory&) = delete;
     FreshDirectory& operator=(const FreshDirectory&) = delete;
 
-    const std::filesystem::path& before() const {
-        return before_;
-    }
-    std::string path() const {
-        return path_.string();
-    }
+    const std::filesystem::path& before() const { return before_; }
+    std::string path() const { return path_.string(); }
 
 private:
     std::filesystem::path before_;

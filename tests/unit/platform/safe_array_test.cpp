@@ -232,12 +232,8 @@ struct Counted : IUnknown {
         *ppv = nullptr;
         return E_NOINTERFACE;
     }
-    ULONG STDMETHODCALLTYPE AddRef() override {
-        return ++references;
-    }
-    ULONG STDMETHODCALLTYPE Release() override {
-        return --references;
-    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+    ULONG STDMETHODCALLTYPE Release() override { return --references; }
     ULONG references = 1;
 };
 

@@ -18,18 +18,10 @@ public:
         references += known ? 1 : 0;
         return known ? S_OK : E_NOINTERFACE;
     }
-    ULONG STDMETHODCALLTYPE AddRef() override {
-        return static_cast<ULONG>(++references);
-    }
-    ULONG STDMETHODCALLTYPE Release() override {
-        return static_cast<ULONG>(--references);
-    }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override {
-        return E_NOTIMPL;
-    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(++references); }
+    ULONG STDMETHODCALLTYPE Release() override { return static_cast<ULONG>(--references); }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
         return E_NOTIMPL;
     }
@@ -69,9 +61,7 @@ protected:
         source_.vt = VT_DISPATCH;
         source_.pdispVal = &object_;
     }
-    ~VariantObjectTest() override {
-        EXPECT_EQ(1, object_.references);
-    }
+    ~VariantObjectTest() override { EXPECT_EQ(1, object_.references); }
 
     CountedObject object_;
     VARIANT source_;

@@ -14,21 +14,13 @@ namespace zr::test {
 /// A variant that is cleared at the end of its life.
 class OwnedVariant {
 public:
-    OwnedVariant() {
-        VariantInit(&variant_);
-    }
-    ~OwnedVariant() {
-        VariantClear(&variant_);
-    }
+    OwnedVariant() { VariantInit(&variant_); }
+    ~OwnedVariant() { VariantClear(&variant_); }
     OwnedVariant(const OwnedVariant&) = delete;
     OwnedVariant& operator=(const OwnedVariant&) = delete;
 
-    VARIANT* get() {
-        return &variant_;
-    }
-    VARIANT* operator->() {
-        return &variant_;
-    }
+    VARIANT* get() { return &variant_; }
+    VARIANT* operator->() { return &variant_; }
 
 private:
     VARIANT variant_;

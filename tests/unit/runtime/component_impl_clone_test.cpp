@@ -32,9 +32,9 @@ TEST_F(ComponentImplCloneTest, NegativeNumbersAreTruncatedTowardZero) {
 }
 
 TEST_F(ComponentImplCloneTest, NumbersThatDoNotFitBecomeTheSmallest) {
-    for (const double value : {2147483648.0, -2147483649.0, 1e300,
-                               std::numeric_limits<double>::quiet_NaN(),
-                               std::numeric_limits<double>::infinity()}) {
+    for (const double value :
+         {2147483648.0, -2147483649.0, 1e300, std::numeric_limits<double>::quiet_NaN(),
+          std::numeric_limits<double>::infinity()}) {
         invoke(1, {number(value)});
         EXPECT_EQ(std::numeric_limits<LONG>::min(), thing->kept[0].lVal) << value;
     }

@@ -13,8 +13,7 @@ class ErrorInfoTest : public testing::Test {
 protected:
     ErrorInfoTest() {
         EXPECT_HR(S_OK, ZCreateErrorInfo(&create));
-        EXPECT_HR(S_OK,
-                  create->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&info)));
+        EXPECT_HR(S_OK, create->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&info)));
     }
     ~ErrorInfoTest() override {
         EXPECT_EQ(1u, create->Release());

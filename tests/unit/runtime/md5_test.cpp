@@ -58,7 +58,8 @@ TEST(Md5Test, TheStandardsValues) {
 
 TEST(Md5Test, PiecesGiveTheDigestOfTheWhole) {
     std::string data;
-    for (unsigned int length = 0; length <= 4096; length = length < 200 ? length + 1 : length + 97) {
+    for (unsigned int length = 0; length <= 4096;
+         length = length < 200 ? length + 1 : length + 97) {
         data.assign(length, 'x');
         for (unsigned int i = 0; i < length; ++i) {
             data[i] = static_cast<char>(i * 7);

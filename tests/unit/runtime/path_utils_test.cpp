@@ -131,8 +131,8 @@ TEST(PathUtilsTest, HexadecimalDigits) {
 }
 
 TEST(PathUtilsTest, IdentifiersAreReadWithoutBraces) {
-    const GUID expected = {0x6B29FC40, 0xCA47, 0x1067,
-                           {0xB3, 0x1D, 0x00, 0xDD, 0x01, 0x06, 0x62, 0xDA}};
+    const GUID expected = {
+        0x6B29FC40, 0xCA47, 0x1067, {0xB3, 0x1D, 0x00, 0xDD, 0x01, 0x06, 0x62, 0xDA}};
     EXPECT_TRUE(expected == ZCreateGUIDFromString("6B29FC40-CA47-1067-B31D-00DD010662DA"));
     EXPECT_TRUE(expected == ZCreateGUIDFromString("6b29fc40-ca47-1067-b31d-00dd010662da"));
     const GUID zero = {};

@@ -14,7 +14,8 @@ constexpr std::size_t kSize = 8;
 
 class SecretTextTest : public testing::Test {
 protected:
-    explicit SecretTextTest(const OLECHAR* text = OLESTR("1234567")) : m_bstr(SysAllocString(text)) {}
+    explicit SecretTextTest(const OLECHAR* text = OLESTR("1234567"))
+        : m_bstr(SysAllocString(text)) {}
     ~SecretTextTest() override { SysFreeString(m_bstr); }
 
     BSTR m_bstr;

@@ -29,14 +29,21 @@ TEST(StringConvertTest, NullAndEmptyUtf8AreOneUnitAndTouchNothing) {
 
 TEST(StringConvertTest, SizesIncludeTheTerminator) {
     OLECHAR wide[8] = {};
-    EXPECT_EQ(4, ZConvUTF8ToUnicode("a\xe2\x82\xac" "b", nullptr, 0));
-    EXPECT_EQ(4, ZConvUTF8ToUnicode("a\xe2\x82\xac" "b", wide, 8));
+    EXPECT_EQ(4, ZConvUTF8ToUnicode("a\xe2\x82\xac"
+                                    "b",
+                                    nullptr, 0));
+    EXPECT_EQ(4, ZConvUTF8ToUnicode("a\xe2\x82\xac"
+                                    "b",
+                                    wide, 8));
     EXPECT_EQ(Wide(OLESTR("a\u20acb")), wide);
     EXPECT_EQ(0, ZConvUTF8ToUnicode("abc", wide, 3));
     char narrow[8] = {};
     EXPECT_EQ(6, ZConvUnicodeToUTF8(OLESTR("a\u20acb"), nullptr, 0));
     EXPECT_EQ(6, _ZConvUnicodeToUTF8(OLESTR("a\u20acb"), narrow, 8));
-    EXPECT_STREQ("a\xe2\x82\xac" "b", narrow);
+    EXPECT_STREQ(
+        "a\xe2\x82\xac"
+        "b",
+        narrow);
     EXPECT_EQ(0, ZConvUnicodeToUTF8(nullptr, narrow, 8));
 }
 
@@ -74,9 +81,11 @@ TEST(StringConvertTest, TheUnderscoreNameReportsItsInput) {
     EXPECT_EQ(OLESTR("ab"), take(_ZSysAllocUTF8StringLen("abc", 2)));
     const std::string longText(10000, 'x');
     SysFreeString(_ZSysAllocUTF8String(longText.c_str()));
-    EXPECT_EQ("_ZSysAllocUTF8String call...[abc]\n_ZSysAllocUTF8String call...[ab]\n"
-              "_ZSysAllocUTF8String call...[" + longText + "]\n",
-              console.stop().out);
+    EXPECT_EQ(
+        "_ZSysAllocUTF8String call...[abc]\n_ZSysAllocUTF8String call...[ab]\n"
+        "_ZSysAllocUTF8String call...[" +
+            longText + "]\n",
+        console.stop().out);
 }
 
 TEST(StringConvertTest, StreamSizesHavePrefixAndTerminator) {
@@ -105,10 +114,12 @@ TEST(StringConvertTest, LengthsCountUnitsAndLeadBytes) {
     EXPECT_EQ(0u, _strlen_unicode(OLESTR("")));
     EXPECT_EQ(0u, strlen_utf8(""));
     EXPECT_EQ(3u, strlen_utf8("abc"));
-    EXPECT_EQ(3u, _strlen_utf8("a\xe2\x82\xac" "b"));
+    EXPECT_EQ(3u, _strlen_utf8("a\xe2\x82\xac"
+                               "b"));
     EXPECT_EQ(1u, strlen_utf8("\xf0\x9f\x98\x80"));
     EXPECT_EQ(1u, strlen_utf8("\xc3\xa4"));
-    EXPECT_EQ(1u, strlen_utf8("\x80\xbf" "a"));
+    EXPECT_EQ(1u, strlen_utf8("\x80\xbf"
+                              "a"));
     // The bytes after a lead are skipped unseen, a terminator too.
     EXPECT_EQ(2u, strlen_utf8("\xc3\0a"));
 }

@@ -13,10 +13,10 @@ TEST(ValueUtilsTest, SizesOfTypes) {
         VARTYPE type;
         ULONG size;
     } cases[] = {
-        {VT_I2, 2},   {VT_BOOL, 2}, {VT_UI2, 2},      {VT_I4, 4},      {VT_R4, 4}, {VT_ERROR, 4},
-        {VT_UI4, 4},  {VT_INT, 4},  {VT_UINT, 4},     {VT_R8, 8},      {VT_CY, 8}, {VT_DATE, 8},
-        {VT_BSTR, 8}, {VT_I8, 8},   {VT_DISPATCH, 8}, {VT_UNKNOWN, 8}, {VT_UI8, 8}, {VT_I1, 1},
-        {VT_UI1, 1},
+        {VT_I2, 2},      {VT_BOOL, 2}, {VT_UI2, 2},  {VT_I4, 4},   {VT_R4, 4},
+        {VT_ERROR, 4},   {VT_UI4, 4},  {VT_INT, 4},  {VT_UINT, 4}, {VT_R8, 8},
+        {VT_CY, 8},      {VT_DATE, 8}, {VT_BSTR, 8}, {VT_I8, 8},   {VT_DISPATCH, 8},
+        {VT_UNKNOWN, 8}, {VT_UI8, 8},  {VT_I1, 1},   {VT_UI1, 1},
     };
     for (const auto& entry : cases) {
         ULONG size = 0;

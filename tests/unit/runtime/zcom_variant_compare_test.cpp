@@ -66,10 +66,14 @@ TEST(ZComVariantCompareTest, StreamSizesAreTypeAndValue) {
         ZComVariant value;
         ULONG size;
     } cases[] = {
-        {ZComVariant(static_cast<short>(1)), 4}, {ZComVariant(true), 4},
-        {ZComVariant(1l, VT_I4), 6},             {ZComVariant(1.0f), 6},
-        {ZComVariant(1.0), 10},                  {ZComVariant(1ll), 10},
-        {ZComVariant('x'), 3},                   {ZComVariant(OLESTR("abc")), 14},
+        {ZComVariant(static_cast<short>(1)), 4},
+        {ZComVariant(true), 4},
+        {ZComVariant(1l, VT_I4), 6},
+        {ZComVariant(1.0f), 6},
+        {ZComVariant(1.0), 10},
+        {ZComVariant(1ll), 10},
+        {ZComVariant('x'), 3},
+        {ZComVariant(OLESTR("abc")), 14},
         {ZComVariant(), 8},
     };
     for (const auto& entry : cases) {

@@ -279,8 +279,8 @@ struct IDispatch : public IUnknown {
     virtual HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count,
                                                     LCID lcid, DISPID* ids) = 0;
     virtual HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID riid, LCID lcid, WORD flags,
-                                             DISPPARAMS* params, VARIANT* result,
-                                             EXCEPINFO* excep, UINT* argErr) = 0;
+                                             DISPPARAMS* params, VARIANT* result, EXCEPINFO* excep,
+                                             UINT* argErr) = 0;
 };
 
 struct IClassFactory : public IUnknown {
