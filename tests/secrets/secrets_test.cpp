@@ -8,17 +8,23 @@
 namespace zr::test {
 namespace {
 
+// As long as PINs may be that are changed.
+constexpr std::size_t kShortPin = 8;
+// What was freed is reused from its beginning: of a long PIN the end stays, and that is looked for.
+constexpr std::size_t kLongPin = 20;
+
 /// A text whose only readable copy is wiped at the end of its life; no literal holds it.
 class SecretPin {
 public:
-    explicit SecretPin(int seed) {
-        for (int i = 0; i < 8; ++i) {
+    explicit SecretPin(int seed, std::size_t length = kLongPin) {
+        for (int i = 0; i < static_cast<int>(length); ++i) {
             const auto letter = static_cast<char>('A' + (seed * 7 + i * i * 5 + i) % 26);
             m_narrow.push_back(letter);
             m_wide.push_back(static_cast<OLECHAR>(letter));
         }
-        m_maskedNarrow = MaskedBytes(m_narrow.data(), m_narrow.size());
-        m_maskedWide = MaskedBytes(m_wide.data(), m_wide.size() * sizeof(OLECHAR));
+        const std::size_t end = length - kShortPin;
+        m_maskedNarrow = MaskedBytes(m_narrow.data() + end, kShortPin);
+        m_maskedWide = MaskedBytes(m_wide.data() + end, kShortPin * sizeof(OLECHAR));
         m_text = SysAllocStringLen(m_wide.data(), static_cast<UINT>(m_wide.size()));
         wipeCopies();
     }
@@ -111,8 +117,8 @@ TEST_F(SecretsTest, TheNextLoginReplacesThePin) {
 }
 
 TEST_F(SecretsTest, NothingOfTheNewPinStaysAfterAChange) {
-    SecretPin oldPin(4);
-    SecretPin newPin(5);
+    SecretPin oldPin(4, kShortPin);
+    SecretPin newPin(5, kShortPin);
     EXPECT_HR(S_OK, token->ModifyPIN(oldPin.text(), newPin.text(), 0));
     oldPin.wipe();
     newPin.wipe();
@@ -124,7 +130,7 @@ TEST_F(SecretsTest, NothingOfTheNewPinStaysAfterAChange) {
 }
 
 TEST_F(SecretsTest, ARefusedChangeLeavesNothing) {
-    SecretPin oldPin(6);
+    SecretPin oldPin(6, kShortPin);
     EXPECT_HR(E_INVALIDARG, token->ModifyPIN(oldPin.text(), Text("1"), 0));
     oldPin.wipe();
     EXPECT_EQ(0u, oldPin.narrowCopies());

@@ -2,6 +2,8 @@
 // null device is slow and a pipe could fill.
 #include "tests/support/console_capture.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <stdexcept>
 
@@ -12,7 +14,12 @@ namespace zr::test {
 ConsoleCapture::ConsoleCapture() : m_out(redirect(stdout, 1)), m_error(redirect(stderr, 2)) {}
 
 ConsoleCapture::~ConsoleCapture() {
-    stop();
+    const Text text = stop();
+    if (testing::Test::HasFailure()) {
+        // What the test reported is among it.
+        std::fputs(text.out.c_str(), stdout);
+        std::fputs(text.error.c_str(), stderr);
+    }
 }
 
 ConsoleCapture::Text ConsoleCapture::stop() {
