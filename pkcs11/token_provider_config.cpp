@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <new>
 
 #include "model/log_scope.h"
@@ -36,13 +37,15 @@ bool appendChildText(const tinyxml2::XMLElement& driver, const char* name, char 
 bool TokenProvider_pkcs11::LoadConfig() {
     const LogScope scope = LogScope::withoutBegin(GetLog(), "LoadConfig");
     try {
+        // Opened here: the parser leaves a file open that it opened when memory gets short.
+        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen("config.xml", "rb"),
+                                                                   std::fclose);
         tinyxml2::XMLDocument document(true, tinyxml2::PRESERVE_WHITESPACE);
-        if (document.LoadFile("config.xml") != tinyxml2::XML_SUCCESS) {
+        if (!file || document.LoadFile(file.get()) != tinyxml2::XML_SUCCESS) {
             return false;
         }
         const tinyxml2::XMLElement* driver = document.FirstChildElement("driver");
-        return driver &&
-               appendChildText(*driver, "algo", m_szAlgoList, scope) &&
+        return driver && appendChildText(*driver, "algo", m_szAlgoList, scope) &&
                appendChildText(*driver, "digest", m_szDigestList, scope);
     } catch (const std::bad_alloc&) {
         return false;
