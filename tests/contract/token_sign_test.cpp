@@ -5,22 +5,8 @@
 namespace zr::test {
 namespace {
 
-class TokenSignTest : public LoggedInTokenTest {
+class TokenSignTest : public SigningTokenTest {
 protected:
-    TokenSignTest() {
-        VariantInit(&result);
-        module.addCertificate("a", "A");
-        privateKey = module.addKey(CKO_PRIVATE_KEY, "a");
-        publicKey = module.addKey(CKO_PUBLIC_KEY, "a");
-        IKeyContainer* container = nullptr;
-        const Text name("a");
-        EXPECT_HR(S_OK, token->OpenContainer(string(name), reinterpret_cast<void**>(&container)));
-        EXPECT_HR(S_OK, container->GetKeyCert(true, reinterpret_cast<void**>(&certificate)));
-        container->Release();
-        module.takeCalls();
-    }
-    ~TokenSignTest() override { certificate->Release(); }
-
     HRESULT sign(const VARIANT& data) {
         return token->SignData(nullptr, data, certificate, &result);
     }
@@ -32,11 +18,6 @@ protected:
         }
         return bytes;
     }
-
-    CK_OBJECT_HANDLE privateKey;
-    CK_OBJECT_HANDLE publicKey;
-    IKeyCertificate* certificate = nullptr;
-    VARIANT result;
 };
 
 TEST_F(TokenSignTest, ASignatureIsMadeInOneCall) {
@@ -103,8 +84,8 @@ TEST_F(TokenSignTest, WithoutALoginItsOwnCodeIsAnswered) {
 }
 
 TEST_F(TokenSignTest, EveryFailingCallFailsTheSignature) {
-    for (const char* function : {"C_FindObjectsInit", "C_FindObjects", "C_GetAttributeValue",
-                                 "C_SignInit", "C_Sign"}) {
+    for (const char* function :
+         {"C_FindObjectsInit", "C_FindObjects", "C_GetAttributeValue", "C_SignInit", "C_Sign"}) {
         module->fail(function, 1, CKR_DEVICE_REMOVED);
         EXPECT_HR(E_FAIL, sign(Bytes("x"))) << function;
         EXPECT_FALSE(module->isSearchOpen());
@@ -139,8 +120,8 @@ TEST_F(TokenSignTest, ASignatureVerifiesWithThePublicKey) {
                      "C_GetAttributeValue(1, 3, {0x0=0 0x102[]})", "C_FindObjectsFinal(1)",
                      "C_VerifyInit(1, 6/0, 3)", "C_Verify(1, [data], 256)"}),
               module.takeCalls());
-    EXPECT_HR(E_FAIL, token->VerifyData(Bytes(signature(256)), certificate, nullptr,
-                                        Bytes("data")));
+    EXPECT_HR(E_FAIL,
+              token->VerifyData(Bytes(signature(256)), certificate, nullptr, Bytes("data")));
     module->fail("C_VerifyInit", 1, CKR_GENERAL_ERROR);
     EXPECT_HR(E_FAIL,
               token->VerifyData(Bytes("data"), certificate, nullptr, Bytes(signature(256))));

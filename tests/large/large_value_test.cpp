@@ -16,24 +16,8 @@ std::string largeContent() {
     return content;
 }
 
-class LargeValueTest : public LoggedInTokenTest {
+class LargeValueTest : public SigningTokenTest {
 protected:
-    LargeValueTest() {
-        VariantInit(&result);
-        module.addCertificate("a", "A");
-        module.addKey(CKO_PRIVATE_KEY, "a");
-        module.addKey(CKO_PUBLIC_KEY, "a");
-        IKeyContainer* container = nullptr;
-        const Text name("a");
-        EXPECT_HR(S_OK, token->OpenContainer(string(name), reinterpret_cast<void**>(&container)));
-        EXPECT_HR(S_OK, container->GetKeyCert(true, reinterpret_cast<void**>(&certificate)));
-        container->Release();
-        module.takeCalls();
-    }
-    ~LargeValueTest() override {
-        certificate->Release();
-    }
-
     /// Signs, verifies and digests data as this very text.
     void expectUsedAs(const std::string& content, const VARIANT& data) {
         module.takeCalls();
@@ -52,9 +36,6 @@ protected:
                 reinterpret_cast<unsigned char*>(digest.data()));
         return digest;
     }
-
-    IKeyCertificate* certificate = nullptr;
-    VARIANT result;
 };
 
 TEST_F(LargeValueTest, AFileOf64MiBIsReadWholeAndFromItsEnd) {
