@@ -2,6 +2,7 @@
 #include <tinyxml2.h>
 
 #include <cstdio>
+#include <memory>
 #include <new>
 
 #include "model/log_scope.h"
@@ -35,8 +36,11 @@ bool appendChildText(const tinyxml2::XMLElement& driver, const char* name, char 
 bool TokenProvider_pkcs11::LoadConfig() {
     const LogScope scope = LogScope::withoutBegin(GetLog(), "LoadConfig");
     try {
+        // Opened here: the parser leaves a file open that it opened when memory gets short.
+        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen("config.xml", "rb"),
+                                                                   std::fclose);
         tinyxml2::XMLDocument document(true, tinyxml2::PRESERVE_WHITESPACE);
-        if (document.LoadFile("config.xml") != tinyxml2::XML_SUCCESS) {
+        if (!file || document.LoadFile(file.get()) != tinyxml2::XML_SUCCESS) {
             return false;
         }
         const tinyxml2::XMLElement* driver = document.FirstChildElement("driver");

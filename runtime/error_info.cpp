@@ -19,10 +19,11 @@ HRESULT handOut(Value* out, Value value) {
 
 }  // namespace
 
-/// A string that was replaced: hosts may still hold the pointer that a getter handed out.
-struct ZErrorInfo::RetiredString {
+/// A string of the object, kept when it is replaced: hosts may still hold the pointer that a getter
+/// handed out.
+struct ZErrorInfo::OwnedString {
     BSTR text;
-    RetiredString* next;
+    OwnedString* next;
 };
 
 HRESULT STDMETHODCALLTYPE ZErrorInfo::QueryInterface(const GUID& riid, void** ppv) {
@@ -76,14 +77,11 @@ HRESULT STDMETHODCALLTYPE ZErrorInfo::GetHelpContext(DWORD* helpContext) {
 }
 
 ZErrorInfo::~ZErrorInfo() {
-    while (RetiredString* retired = m_pRetired) {
-        m_pRetired = retired->next;
-        SysFreeString(retired->text);
-        delete retired;
+    while (OwnedString* owned = m_pStrings) {
+        m_pStrings = owned->next;
+        SysFreeString(owned->text);
+        delete owned;
     }
-    SysFreeString(m_bstrSource);
-    SysFreeString(m_bstrDescription);
-    SysFreeString(m_bstrHelpFile);
 }
 
 HRESULT STDMETHODCALLTYPE ZErrorInfo::SetGUID(const GUID& guid) {
@@ -109,11 +107,16 @@ HRESULT STDMETHODCALLTYPE ZErrorInfo::SetHelpContext(DWORD helpContext) {
 }
 
 HRESULT ZErrorInfo::Replace(BSTR* field, LPOLESTR text) {
-    if (*field) {
-        if (auto* retired = new (std::nothrow) RetiredString{*field, m_pRetired}) {
-            m_pRetired = retired;
-        }
-    }
     *field = SysAllocString(text);
-    return *field ? S_OK : E_FAIL;
+    if (!*field) {
+        return E_FAIL;
+    }
+    auto* owned = new (std::nothrow) OwnedString{*field, m_pStrings};
+    if (!owned) {
+        SysFreeString(*field);
+        *field = nullptr;
+        return E_FAIL;
+    }
+    m_pStrings = owned;
+    return S_OK;
 }

@@ -35,7 +35,7 @@ public:
     HRESULT STDMETHODCALLTYPE SetHelpContext(DWORD helpContext) override;
 
 private:
-    struct RetiredString;
+    struct OwnedString;
 
     HRESULT Replace(BSTR* field, LPOLESTR text);
 
@@ -45,7 +45,7 @@ private:
     BSTR m_bstrDescription = nullptr;
     BSTR m_bstrHelpFile = nullptr;
     DWORD m_dwHelpContext = 0;
-    RetiredString* m_pRetired = nullptr;
+    OwnedString* m_pStrings = nullptr;
 };
 
 /// What ZCLReportError throws.

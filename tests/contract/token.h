@@ -1,5 +1,5 @@
 // Fixtures, each built on the one before: a folder with a configuration and the recording module, a
-// provider, a token, a logged-in token.
+// provider, a token, a logged-in token, one that can sign.
 #pragma once
 
 #include <algorithm>
@@ -60,6 +60,29 @@ protected:
         EXPECT_HR(S_OK, token->VerifyPIN(Text("1234"), 0));
         module.takeCalls();
     }
+};
+
+/// With a container "a": a certificate, a private and a public key.
+class SigningTokenTest : public LoggedInTokenTest {
+protected:
+    SigningTokenTest() {
+        VariantInit(&result);
+        module.addCertificate("a", "A");
+        privateKey = module.addKey(CKO_PRIVATE_KEY, "a");
+        publicKey = module.addKey(CKO_PUBLIC_KEY, "a");
+        IKeyContainer* container = nullptr;
+        const Text name("a");
+        EXPECT_HR(S_OK, token->OpenContainer(string(name), reinterpret_cast<void**>(&container)));
+        EXPECT_HR(S_OK, container->GetKeyCert(true, reinterpret_cast<void**>(&certificate)));
+        container->Release();
+        module.takeCalls();
+    }
+    ~SigningTokenTest() override { certificate->Release(); }
+
+    CK_OBJECT_HANDLE privateKey;
+    CK_OBJECT_HANDLE publicKey;
+    IKeyCertificate* certificate = nullptr;
+    VARIANT result;
 };
 
 /// Byte data for one call.

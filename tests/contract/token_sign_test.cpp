@@ -5,22 +5,8 @@
 namespace zr::test {
 namespace {
 
-class TokenSignTest : public LoggedInTokenTest {
+class TokenSignTest : public SigningTokenTest {
 protected:
-    TokenSignTest() {
-        VariantInit(&result);
-        module.addCertificate("a", "A");
-        privateKey = module.addKey(CKO_PRIVATE_KEY, "a");
-        publicKey = module.addKey(CKO_PUBLIC_KEY, "a");
-        IKeyContainer* container = nullptr;
-        const Text name("a");
-        EXPECT_HR(S_OK, token->OpenContainer(string(name), reinterpret_cast<void**>(&container)));
-        EXPECT_HR(S_OK, container->GetKeyCert(true, reinterpret_cast<void**>(&certificate)));
-        container->Release();
-        module.takeCalls();
-    }
-    ~TokenSignTest() override { certificate->Release(); }
-
     HRESULT sign(const VARIANT& data) {
         return token->SignData(nullptr, data, certificate, &result);
     }
@@ -32,11 +18,6 @@ protected:
         }
         return bytes;
     }
-
-    CK_OBJECT_HANDLE privateKey;
-    CK_OBJECT_HANDLE publicKey;
-    IKeyCertificate* certificate = nullptr;
-    VARIANT result;
 };
 
 TEST_F(TokenSignTest, ASignatureIsMadeInOneCall) {

@@ -1,0 +1,14 @@
+// What stands behind the test's malloc and operator new.
+#pragma once
+
+#include <cstddef>
+
+namespace zr::test {
+
+/// @param caller  where the allocation was asked for.
+/// @return zeroed memory when isZeroed; null when the system has none or it is this one's turn to
+/// fail.
+void* allocateCounted(std::size_t size, bool isZeroed, void* caller);
+void releaseCounted(void* block);
+
+}  // namespace zr::test

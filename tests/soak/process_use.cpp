@@ -1,0 +1,25 @@
+// What this process uses, by /proc and the C library.
+#include "tests/soak/process_use.h"
+
+#include <malloc.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace zr::test {
+
+ProcessUse processUse() {
+    ProcessUse use = {};
+    use.heapBytes = mallinfo2().uordblks;
+    long pages = 0;
+    std::ifstream("/proc/self/statm") >> pages >> pages;
+    use.residentKiB = pages * (sysconf(_SC_PAGESIZE) / 1024);
+    // The one that lists the folder is counted at every time.
+    const std::filesystem::directory_iterator folder("/proc/self/fd");
+    use.descriptors = static_cast<int>(std::distance(begin(folder), end(folder)));
+    return use;
+}
+
+}  // namespace zr::test

@@ -1,0 +1,45 @@
+// One round of the whole work with a token.
+#pragma once
+
+#include <zrkey/zrkey.h>
+
+#include <string>
+
+#include "pkcs11/cryptoki.h"
+
+namespace zr::test {
+
+/// Works with the token "ZRKey Test" of a module. Every step has to succeed: a failure is an
+/// exception that names it.
+class SoakWork {
+public:
+    explicit SoakWork(const std::string& module);
+    SoakWork(const SoakWork&) = delete;
+    SoakWork& operator=(const SoakWork&) = delete;
+    ~SoakWork();
+
+    /// From Load to Unload; the file is deleted past the library.
+    /// @return the sessions that are open when all objects are released.
+    CK_ULONG round();
+    /// Opens a token, creates a file and deletes it by DeleteFile, in a provider that stays loaded
+    /// until finishDeleting.
+    /// @return the sessions that are open when all objects are released.
+    CK_ULONG deleteByLibrary();
+    void finishDeleting();
+
+private:
+    ITokenProvider* load();
+    void unload(ITokenProvider* provider) const;
+    IKeyObject* open(ITokenProvider* provider) const;
+    CK_SLOT_ID slot() const;
+    CK_ULONG sessions() const;
+    void deleteObject(const std::string& label) const;
+
+    std::string m_module;
+    std::string m_path;
+    void* m_handle = nullptr;
+    CK_FUNCTIONS* m_functions = nullptr;  // the module's own, for what goes past the library
+    ITokenProvider* m_deleting = nullptr;
+};
+
+}  // namespace zr::test
