@@ -3,6 +3,7 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 
@@ -10,6 +11,9 @@
 
 namespace zr::fuzz {
 namespace {
+
+// Of the values that a module announces the longest take too long to write whole.
+constexpr CK_ULONG kMostWritten = 4096;
 
 Input* s_input = nullptr;
 CK_ULONG s_next = 0;
@@ -117,9 +121,9 @@ CK_RV getAttributeValue(CK_SESSION_HANDLE, CK_OBJECT_HANDLE, CK_ATTRIBUTE* attri
                                    : CK_ULONG{s_input ? s_input->byte() % 8u : 1u};
         const CK_ULONG told = about(attribute.pValue ? attribute.ulValueLen : truth);
         if (attribute.pValue) {
-            std::memset(attribute.pValue, '6', attribute.ulValueLen);
+            std::memset(attribute.pValue, '6', std::min(attribute.ulValueLen, kMostWritten));
             if (s_input && s_input->flag()) {
-                fill(attribute.pValue, attribute.ulValueLen);
+                fill(attribute.pValue, std::min(attribute.ulValueLen, kMostWritten));
             }
         }
         attribute.ulValueLen = told;
@@ -192,7 +196,8 @@ CK_FUNCTION_LIST s_list;
 void prepareRelay() {
     void* relay = dlopen(ZR_RELAY_MODULE, RTLD_NOW);
     const auto setList =
-        relay ? reinterpret_cast<void (*)(CK_FUNCTION_LIST*)>(dlsym(relay, "SetRelayList")) : nullptr;
+        relay ? reinterpret_cast<void (*)(CK_FUNCTION_LIST*)>(dlsym(relay, "SetRelayList"))
+              : nullptr;
     if (!setList) {
         std::abort();
     }
@@ -206,8 +211,8 @@ void answerFrom(Input* input) {
     s_list = s_whole;
     // Now and then one entry is missing.
     if (input && input->byte() == 255) {
-        std::memset(reinterpret_cast<char*>(&s_list.functions) + input->below(68) * sizeof(void*), 0,
-                    sizeof(void*));
+        std::memset(reinterpret_cast<char*>(&s_list.functions) + input->below(68) * sizeof(void*),
+                    0, sizeof(void*));
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <fstream>
 #include <string>
+#include <utility>
 
 #include "tests/fuzz/expect.h"
 
@@ -22,10 +23,18 @@ public:
             m_object->Release();
         }
     }
-    void** out() { return reinterpret_cast<void**>(&m_object); }
-    Interface* get() const { return m_object; }
-    Interface* operator->() const { return m_object; }
-    explicit operator bool() const { return m_object != nullptr; }
+    void** out() {
+        return reinterpret_cast<void**>(&m_object);
+    }
+    Interface* get() const {
+        return m_object;
+    }
+    Interface* operator->() const {
+        return m_object;
+    }
+    explicit operator bool() const {
+        return m_object != nullptr;
+    }
 
 private:
     Interface* m_object = nullptr;
@@ -48,8 +57,16 @@ public:
     }
     String(const String&) = delete;
     String& operator=(const String&) = delete;
-    ~String() { SysFreeString(m_text); }
-    operator BSTR() const { return m_text; }
+    ~String() {
+        SysFreeString(m_text);
+    }
+    operator BSTR() const {
+        return m_text;
+    }
+    /// Gives the string up to the caller.
+    BSTR release() {
+        return std::exchange(m_text, nullptr);
+    }
 
 private:
     BSTR m_text;
@@ -58,13 +75,23 @@ private:
 /// A variant that is cleared at the end.
 class Variant {
 public:
-    Variant() { VariantInit(&m_variant); }
+    Variant() {
+        VariantInit(&m_variant);
+    }
     Variant(const Variant&) = delete;
     Variant& operator=(const Variant&) = delete;
-    ~Variant() { VariantClear(&m_variant); }
-    VARIANT* get() { return &m_variant; }
-    VARIANT* operator->() { return &m_variant; }
-    operator const VARIANT&() const { return m_variant; }
+    ~Variant() {
+        VariantClear(&m_variant);
+    }
+    VARIANT* get() {
+        return &m_variant;
+    }
+    VARIANT* operator->() {
+        return &m_variant;
+    }
+    operator const VARIANT&() const {
+        return m_variant;
+    }
 
     void setBytes(const std::string& bytes) {
         SAFEARRAYBOUND bound = {static_cast<ULONG>(bytes.size()), 0};
