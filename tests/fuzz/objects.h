@@ -3,6 +3,7 @@
 
 #include <zrkey/zrkey.h>
 
+#include <cstdio>
 #include <fstream>
 #include <string>
 #include <utility>
@@ -114,6 +115,8 @@ inline void makeProvider(Ref<ITokenProvider>* provider) {
 }
 
 inline void writeConfig(const std::string& text) {
+    // Made anew: a file that is cut first is written to the disk at once when it is closed.
+    std::remove("config.xml");
     std::ofstream("config.xml", std::ios::binary) << text;
 }
 
