@@ -17,6 +17,32 @@ using bridge::Handle;
 using bridge::Ulong;
 using bridge::windows::Attribute;
 
+/// Entry points by their place in the list.
+enum Place {
+    infoAt = 2,
+    slotListAt = 4,
+    slotInfoAt = 5,
+    tokenInfoAt = 6,
+    mechanismListAt = 7,
+    mechanismInfoAt = 8,
+    openAt = 12,
+    sessionInfoAt = 15,
+    createAt = 20,
+    copyAt = 21,
+    destroyAt = 22,
+    readAt = 24,
+    writeAt = 25,
+    findInitAt = 26,
+    findAt = 27,
+    findFinalAt = 28,
+    signInitAt = 42,
+    signAt = 43,
+    generateKeyAt = 58,
+    generateKeyPairAt = 59,
+    unwrapKeyAt = 61,
+    deriveKeyAt = 62
+};
+
 /// Room for a call's bytes, with a guard behind it.
 class Room {
 public:
@@ -65,7 +91,7 @@ private:
 };
 
 template <class... Arguments>
-Ulong call(std::size_t place, Arguments... arguments) {
+Ulong call(Place place, Arguments... arguments) {
     using Function = Ulong(__attribute__((ms_abi))*)(Arguments...);
     static bridge::windows::FunctionList* list = nullptr;
     expect(list || C_GetFunctionList(&list) == CKR_OK);
@@ -79,26 +105,27 @@ void getLists(Input& input) {
     const bool isSafe = count <= 6;
     Ulong* const items = isSafe ? room.data() : nullptr;
     if (input.flag()) {
-        call<CK_BBOOL, Handle*, Ulong*>(4, CK_TRUE, reinterpret_cast<Handle*>(items), &count);
+        call<CK_BBOOL, Handle*, Ulong*>(slotListAt, CK_TRUE, reinterpret_cast<Handle*>(items),
+                                        &count);
     } else {
-        call<Handle, Ulong*, Ulong*>(7, Handle{1}, items, &count);
+        call<Handle, Ulong*, Ulong*>(mechanismListAt, Handle{1}, items, &count);
     }
     expect(room[6] == 0x23232323 && room[7] == 0x23232323);
 }
 
 void findObjects(Input& input) {
     Template search(input);
-    call<Handle, Attribute*, Ulong>(26, Handle{1}, search.data(), search.count());
+    call<Handle, Attribute*, Ulong>(findInitAt, Handle{1}, search.data(), search.count());
     Room found(4 * input.below(4));
     Ulong count = 0;
-    call<Handle, Handle*, Ulong, Ulong*>(27, Handle{1}, static_cast<Handle*>(found.data()),
+    call<Handle, Handle*, Ulong, Ulong*>(findAt, Handle{1}, static_cast<Handle*>(found.data()),
                                          found.size() / 4, &count);
-    call<Handle>(28, Handle{1});
+    call<Handle>(findFinalAt, Handle{1});
 }
 
 void readAttributes(Input& input) {
     Template values(input);
-    call<Handle, Handle, Attribute*, Ulong>(input.flag() ? 24 : 25, Handle{1},
+    call<Handle, Handle, Attribute*, Ulong>(input.flag() ? readAt : writeAt, Handle{1},
                                             Handle{input.number<Ulong>()}, values.data(),
                                             values.count());
 }
@@ -106,23 +133,72 @@ void readAttributes(Input& input) {
 void makeObject(Input& input) {
     Template values(input);
     Handle object{};
-    call<Handle, Attribute*, Ulong, Handle*>(20, Handle{1}, values.data(), values.count(), &object);
-    call<Handle, Handle>(22, Handle{1}, object);
+    const Handle session{1};
+    bridge::windows::Mechanism mechanism = {input.number<Ulong>(), nullptr, 0};
+    switch (input.below(6)) {
+        case 0:
+            call<Handle, Handle, Attribute*, Ulong, Handle*>(
+                copyAt, session, Handle{2}, values.data(), values.count(), &object);
+            break;
+        case 1:
+            call<Handle, bridge::windows::Mechanism*, Attribute*, Ulong, Handle*>(
+                generateKeyAt, session, &mechanism, values.data(), values.count(), &object);
+            break;
+        case 2: {
+            Template others(input);
+            Handle other{};
+            call<Handle, bridge::windows::Mechanism*, Attribute*, Ulong, Attribute*, Ulong, Handle*,
+                 Handle*>(generateKeyPairAt, session, &mechanism, values.data(), values.count(),
+                          others.data(), others.count(), &object, &other);
+            break;
+        }
+        case 3:
+            call<Handle, bridge::windows::Mechanism*, Handle, CK_BYTE*, Ulong, Attribute*, Ulong,
+                 Handle*>(unwrapKeyAt, session, &mechanism, Handle{2}, nullptr, 0u, values.data(),
+                          values.count(), &object);
+            break;
+        case 4:
+            call<Handle, bridge::windows::Mechanism*, Handle, Attribute*, Ulong, Handle*>(
+                deriveKeyAt, session, &mechanism, Handle{2}, values.data(), values.count(),
+                &object);
+            break;
+        default:
+            call<Handle, Attribute*, Ulong, Handle*>(createAt, session, values.data(),
+                                                     values.count(), &object);
+    }
+    call<Handle, Handle>(destroyAt, session, object);
 }
 
 void sign(Input& input) {
     bridge::windows::Mechanism mechanism = {6, nullptr, 0};
-    call<Handle, bridge::windows::Mechanism*, Handle>(42, Handle{1}, &mechanism, Handle{2});
+    call<Handle, bridge::windows::Mechanism*, Handle>(signInitAt, Handle{1}, &mechanism, Handle{2});
     Room signature(input.below(200));
     Ulong length = signature.size();
     call<Handle, CK_BYTE*, Ulong, CK_BYTE*, Ulong*>(
-        43, Handle{1}, nullptr, 0u, static_cast<CK_BYTE*>(signature.data()), &length);
+        signAt, Handle{1}, nullptr, 0u, static_cast<CK_BYTE*>(signature.data()), &length);
+}
+
+template <class Info, class... Arguments>
+void tell(Place place, Arguments... arguments) {
+    Room info(sizeof(Info));
+    call<Arguments..., Info*>(place, arguments..., static_cast<Info*>(info.data()));
 }
 
 void tellInfo(Input& input) {
-    Room info(sizeof(bridge::windows::TokenInfo));
-    call<Handle, bridge::windows::TokenInfo*>(
-        6, Handle{input.number<Ulong>()}, static_cast<bridge::windows::TokenInfo*>(info.data()));
+    const Handle handle{input.number<Ulong>()};
+    tell<bridge::windows::Info>(infoAt);
+    tell<bridge::windows::SlotInfo>(slotInfoAt, handle);
+    tell<bridge::windows::TokenInfo>(tokenInfoAt, handle);
+    tell<bridge::windows::SessionInfo>(sessionInfoAt, handle);
+    tell<bridge::windows::MechanismInfo>(mechanismInfoAt, handle, Ulong{6});
+}
+
+void openSession(Input& input) {
+    Handle session{};
+    void* application = nullptr;
+    const Ulong opened = call<Handle, Ulong, void*, void*, Handle*>(
+        openAt, Handle{input.number<Ulong>()}, 6u, &application, nullptr, &session);
+    expect(opened == CKR_OK || session == Handle{}, "what fails opens no session");
 }
 
 }  // namespace
@@ -133,8 +209,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     expect(!modulePath().empty());
     Input input(data, size);
     answerFrom(&input);
-    static constexpr void (*calls[])(Input&) = {getLists,   findObjects, readAttributes,
-                                                makeObject, sign,        tellInfo};
+    static constexpr void (*calls[])(Input&) = {getLists, findObjects, readAttributes, makeObject,
+                                                sign,     tellInfo,    openSession};
     while (!input.isAtEnd()) {
         calls[input.below(std::size(calls))](input);
     }

@@ -1,23 +1,87 @@
 // "config.xml" of any content: Load answers one of two results, and the lists stay in their fields.
+// An input that begins with a zero is a text instead, which is written as a list and read back.
+#include <algorithm>
+
+#include "runtime/string_convert.h"
 #include "tests/fuzz/fuzz_module.h"
 #include "tests/fuzz/objects.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace zr::fuzz;
-    writeConfig({reinterpret_cast<const char*>(data), size});
-    const String path = String::ascii(modulePath());
-    answerFrom(nullptr);
-    Ref<ITokenProvider> provider;
-    makeProvider(&provider);
-    const HRESULT hr = provider->Load(path);
-    expect(hr == S_OK || hr == E_FAIL);
+namespace zr::fuzz {
+namespace {
+
+constexpr std::size_t kListSize = 500;
+
+std::string escape(const std::string& text) {
+    std::string escaped;
+    for (const char c : text) {
+        escaped += c == '&' ? "&amp;" : c == '<' ? "&lt;" : std::string(1, c);
+    }
+    return escaped;
+}
+
+/// Takes the string over.
+std::basic_string<OLECHAR> takeText(BSTR text) {
+    std::basic_string<OLECHAR> taken(text, SysStringLen(text));
+    SysFreeString(text);
+    return taken;
+}
+
+/// The algorithm list of a token opened now.
+std::basic_string<OLECHAR> readList(ITokenProvider* provider) {
     // Also without a configuration the module stays loaded.
     Ref<IKeyObject> token;
     expect(provider->OpenKey(0, token.out()) == S_OK && token);
     BSTR list = nullptr;
-    if (token->GetSignAlgo(&list) == S_OK) {
-        expect(SysStringLen(list) < 500);
-        SysFreeString(list);
+    expect(token->GetSignAlgo(&list) == S_OK && list);
+    const std::basic_string<OLECHAR> text = takeText(list);
+    expect(text.size() < kListSize, "a list stays in its field");
+    return text;
+}
+
+void loadAny(const std::string& content) {
+    writeConfig(content);
+    Ref<ITokenProvider> provider;
+    makeProvider(&provider);
+    const HRESULT hr = provider->Load(String::ascii(modulePath()));
+    expect(hr == S_OK || hr == E_FAIL);
+    readList(provider.get());
+}
+
+/// Every further Load appends the list once more, as long as it fits.
+void loadText(Input& input) {
+    const std::size_t loads = 1 + input.below(4);
+    std::string text = input.rest();
+    // What the reader of XML takes for a line end is not kept as it is.
+    text.erase(std::remove_if(text.begin(), text.end(), [](char c) { return c == '\r' || !c; }),
+               text.end());
+    if (text.find_first_not_of(" \t\n\v\f") == text.npos) {
+        text.clear();
+    }
+    writeConfig("<driver><algo>" + escape(text) + "</algo></driver>");
+    Ref<ITokenProvider> provider;
+    makeProvider(&provider);
+    std::string list;
+    for (std::size_t i = 0; i < loads; ++i) {
+        const bool fits = list.size() + text.size() < kListSize;
+        expect(provider->Load(String::ascii(modulePath())) == (fits ? S_OK : E_FAIL),
+               "a list is refused exactly when it does not fit");
+        list += fits ? text : "";
+        expect(readList(provider.get()) == takeText(ZSysAllocUTF8String(list.c_str())),
+               "a list is read as it was written");
+    }
+}
+
+}  // namespace
+}  // namespace zr::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace zr::fuzz;
+    answerFrom(nullptr);
+    Input input(data, size);
+    if (size > 0 && input.byte() == 0) {
+        loadText(input);
+    } else {
+        loadAny({reinterpret_cast<const char*>(data), size});
     }
     return 0;
 }

@@ -3,6 +3,7 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 
@@ -10,6 +11,9 @@
 
 namespace zr::fuzz {
 namespace {
+
+// Of the values that a module announces the longest take too long to write whole.
+constexpr CK_ULONG kMostWritten = 4096;
 
 Input* s_input = nullptr;
 CK_ULONG s_next = 0;
@@ -79,6 +83,17 @@ CK_RV getTokenInfo(CK_SLOT_ID, CK_TOKEN_INFO* info) {
     return result();
 }
 
+/// What a module, slot, session or mechanism tells of itself.
+template <class Info>
+CK_RV tell(Info* info) {
+    fill(info, sizeof *info);
+    return result();
+}
+
+CK_RV getMechanismList(CK_SLOT_ID, CK_MECHANISM_TYPE* mechanisms, CK_ULONG* count) {
+    return getSlotList(CK_TRUE, mechanisms, count);
+}
+
 CK_RV openSession(CK_SLOT_ID, CK_FLAGS, void* application, CK_NOTIFY, CK_SESSION_HANDLE* session) {
     if (application && s_input && s_input->byte() == 255) {
         fill(application, sizeof(void*));
@@ -117,9 +132,9 @@ CK_RV getAttributeValue(CK_SESSION_HANDLE, CK_OBJECT_HANDLE, CK_ATTRIBUTE* attri
                                    : CK_ULONG{s_input ? s_input->byte() % 8u : 1u};
         const CK_ULONG told = about(attribute.pValue ? attribute.ulValueLen : truth);
         if (attribute.pValue) {
-            std::memset(attribute.pValue, '6', attribute.ulValueLen);
+            std::memset(attribute.pValue, '6', std::min(attribute.ulValueLen, kMostWritten));
             if (s_input && s_input->flag()) {
-                fill(attribute.pValue, attribute.ulValueLen);
+                fill(attribute.pValue, std::min(attribute.ulValueLen, kMostWritten));
             }
         }
         attribute.ulValueLen = told;
@@ -158,6 +173,55 @@ CK_RV verify(CK_SESSION_HANDLE, CK_BYTE*, CK_ULONG, CK_BYTE*, CK_ULONG) {
     return result();
 }
 
+CK_RV copyObject(CK_SESSION_HANDLE, CK_OBJECT_HANDLE, CK_ATTRIBUTE*, CK_ULONG,
+                 CK_OBJECT_HANDLE* object) {
+    *object = about(8);
+    return result();
+}
+
+CK_RV generateKey(CK_SESSION_HANDLE, CK_MECHANISM*, CK_ATTRIBUTE*, CK_ULONG,
+                  CK_OBJECT_HANDLE* key) {
+    *key = about(9);
+    return result();
+}
+
+CK_RV generateKeyPair(CK_SESSION_HANDLE, CK_MECHANISM*, CK_ATTRIBUTE*, CK_ULONG, CK_ATTRIBUTE*,
+                      CK_ULONG, CK_OBJECT_HANDLE* publicKey, CK_OBJECT_HANDLE* privateKey) {
+    *publicKey = about(10);
+    *privateKey = about(11);
+    return result();
+}
+
+CK_RV unwrapKey(CK_SESSION_HANDLE, CK_MECHANISM*, CK_OBJECT_HANDLE, CK_BYTE*, CK_ULONG,
+                CK_ATTRIBUTE*, CK_ULONG, CK_OBJECT_HANDLE* key) {
+    *key = about(12);
+    return result();
+}
+
+CK_RV deriveKey(CK_SESSION_HANDLE, CK_MECHANISM*, CK_OBJECT_HANDLE, CK_ATTRIBUTE*, CK_ULONG,
+                CK_OBJECT_HANDLE* key) {
+    *key = about(13);
+    return result();
+}
+
+/// What only a caller through the bridge asks for.
+void addBridgeFunctions(CK_FUNCTIONS* functions) {
+    functions->C_GetInfo = tell<CK_INFO>;
+    functions->C_GetSlotInfo = [](CK_SLOT_ID, CK_SLOT_INFO* info) { return tell(info); };
+    functions->C_GetSessionInfo = [](CK_SESSION_HANDLE, CK_SESSION_INFO* info) {
+        return tell(info);
+    };
+    functions->C_GetMechanismInfo = [](CK_SLOT_ID, CK_MECHANISM_TYPE, CK_MECHANISM_INFO* info) {
+        return tell(info);
+    };
+    functions->C_GetMechanismList = getMechanismList;
+    functions->C_CopyObject = copyObject;
+    functions->C_GenerateKey = generateKey;
+    functions->C_GenerateKeyPair = generateKeyPair;
+    functions->C_UnwrapKey = unwrapKey;
+    functions->C_DeriveKey = deriveKey;
+}
+
 CK_FUNCTION_LIST makeList() {
     CK_FUNCTION_LIST list = {};
     list.version = {2, 40};
@@ -182,6 +246,7 @@ CK_FUNCTION_LIST makeList() {
     functions.C_Sign = sign;
     functions.C_VerifyInit = signInit;
     functions.C_Verify = verify;
+    addBridgeFunctions(&functions);
     return list;
 }
 

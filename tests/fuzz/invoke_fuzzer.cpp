@@ -1,89 +1,13 @@
 // Late-bound calls on every object, with any names, ids, flags and arguments.
-#include <memory>
+#include <cstring>
 #include <vector>
 
+#include "tests/fuzz/any_variant.h"
 #include "tests/fuzz/fuzz_module.h"
 #include "tests/fuzz/objects.h"
 
 namespace zr::fuzz {
 namespace {
-
-/// What arguments point to; lives as long as the call.
-struct Storage {
-    std::vector<std::unique_ptr<VARIANT>> variants;
-    ~Storage() {
-        for (const auto& variant : variants) {
-            VariantClear(variant.get());
-        }
-    }
-    VARIANT* add() {
-        variants.push_back(std::make_unique<VARIANT>());
-        VariantInit(variants.back().get());
-        return variants.back().get();
-    }
-};
-
-SAFEARRAY* makeArray(Input& input, VARTYPE element) {
-    SAFEARRAYBOUND bounds[3];
-    const std::size_t dimensions = 1 + input.below(3);
-    for (std::size_t i = 0; i < dimensions; ++i) {
-        bounds[i] = {static_cast<ULONG>(input.below(5)), static_cast<LONG>(input.below(9)) - 4};
-    }
-    return SafeArrayCreate(element, static_cast<UINT>(dimensions), bounds);
-}
-
-/// Sets an argument of any type; what it points to is always there.
-void setArgument(Input& input, VARIANT* variant, Storage& storage,
-                 const std::vector<IDispatch*>& objects, int depth) {
-    static constexpr VARTYPE types[] = {VT_EMPTY, VT_NULL, VT_I2,    VT_I4,   VT_R4,  VT_R8,
-                                        VT_CY,    VT_DATE, VT_ERROR, VT_BOOL, VT_I1,  VT_UI1,
-                                        VT_UI2,   VT_UI4,  VT_I8,    VT_UI8,  VT_INT, VT_UINT};
-    switch (input.below(8)) {
-        case 0:
-            variant->vt = VT_BSTR;
-            variant->bstrVal = nullptr;
-            if (input.flag()) {
-                const std::string bytes = input.text();
-                variant->bstrVal = SysAllocStringLen(nullptr, static_cast<UINT>(bytes.size() / 2));
-                bytes.copy(reinterpret_cast<char*>(variant->bstrVal), bytes.size() / 2 * 2);
-            }
-            break;
-        case 1:
-            variant->vt = input.flag() ? VT_DISPATCH : VT_UNKNOWN;
-            variant->pdispVal = input.flag() ? objects[input.below(objects.size())] : nullptr;
-            if (variant->pdispVal) {
-                variant->pdispVal->AddRef();
-            }
-            break;
-        case 2: {
-            static constexpr VARTYPE elements[] = {VT_UI1, VT_I1, VT_I4, VT_BSTR, VT_VARIANT};
-            const VARTYPE element = elements[input.below(std::size(elements))];
-            variant->vt = static_cast<VARTYPE>(VT_ARRAY | element);
-            variant->parray = input.flag() ? makeArray(input, element) : nullptr;
-            break;
-        }
-        case 3:
-            if (depth < 3) {
-                VARIANT* target = storage.add();
-                setArgument(input, target, storage, objects, depth + 1);
-                variant->vt = VT_BYREF | VT_VARIANT;
-                variant->pvarVal = target;
-                break;
-            }
-            [[fallthrough]];
-        case 4: {
-            VARIANT* target = storage.add();
-            target->vt = types[2 + input.below(std::size(types) - 2)];
-            target->llVal = input.number<LONGLONG>();
-            variant->vt = static_cast<VARTYPE>(VT_BYREF | target->vt);
-            variant->byref = &target->llVal;
-            break;
-        }
-        default:
-            variant->vt = types[input.below(std::size(types))];
-            variant->llVal = input.number<LONGLONG>();
-    }
-}
 
 void lookUp(Input& input, IDispatch* object) {
     static const char* const names[] = {"Load",      "OpenKey",    "GetLabel",
@@ -100,7 +24,6 @@ void lookUp(Input& input, IDispatch* object) {
 }
 
 void call(Input& input, std::vector<IDispatch*>& objects) {
-    Storage storage;
     IDispatch* object = objects[input.below(objects.size())];
     if (input.byte() < 30) {
         lookUp(input, object);
@@ -108,31 +31,34 @@ void call(Input& input, std::vector<IDispatch*>& objects) {
     }
     const DISPID id =
         input.byte() < 250 ? static_cast<DISPID>(input.below(33)) : input.number<LONG>();
+    AnyVariants variants(input, objects);
     std::vector<VARIANT> arguments(input.below(5));
     for (VARIANT& argument : arguments) {
-        VariantInit(&argument);
-        setArgument(input, &argument, storage, objects, 0);
+        argument = variants.make();
     }
+    std::vector<VARIANT> passed = arguments;
+    DISPID named[] = {input.number<LONG>(), 0, -3};
     DISPPARAMS params = {};
-    params.rgvarg = arguments.data();
-    params.cArgs = static_cast<UINT>(arguments.size());
-    DISPID named = input.number<LONG>();
-    params.rgdispidNamedArgs = &named;
-    params.cNamedArgs = static_cast<UINT>(input.below(2));
+    params.rgvarg = input.byte() < 250 ? passed.data() : nullptr;
+    params.cArgs = static_cast<UINT>(passed.size());
+    params.rgdispidNamedArgs = named;
+    params.cNamedArgs = static_cast<UINT>(input.below(std::size(named) + 1));
     Variant result;
     EXCEPINFO excep = {};
     UINT argErr = 7;
     const std::uint8_t given = input.byte();
-    object->Invoke(id, IID_NULL, 0, static_cast<WORD>(input.below(16)),
-                   (given & 1) != 0 ? nullptr : &params, (given & 2) != 0 ? nullptr : result.get(),
-                   (given & 4) != 0 ? nullptr : &excep, (given & 8) != 0 ? nullptr : &argErr);
+    const WORD flags =
+        input.byte() < 250 ? static_cast<WORD>(input.below(16)) : input.number<WORD>();
+    object->Invoke(id, IID_NULL, 0, flags, (given & 1) != 0 ? nullptr : &params,
+                   (given & 2) != 0 ? nullptr : result.get(), (given & 4) != 0 ? nullptr : &excep,
+                   (given & 8) != 0 ? nullptr : &argErr);
     expect(argErr == 7);
+    expect(passed.empty() ||
+               std::memcmp(passed.data(), arguments.data(), passed.size() * sizeof(VARIANT)) == 0,
+           "arguments stay as they are");
     if (result->vt == VT_DISPATCH && result->pdispVal && objects.size() < 16) {
         objects.push_back(result->pdispVal);
         result->vt = VT_EMPTY;
-    }
-    for (VARIANT& argument : arguments) {
-        VariantClear(&argument);
     }
 }
 
@@ -171,7 +97,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         call(input, objects);
     }
     for (auto object = objects.rbegin(); object != objects.rend(); ++object) {
-        (*object)->Release();
+        // An object is younger than those it keeps.
+        expect((*object)->Release() == 0, "no call keeps a reference");
     }
     return 0;
 }

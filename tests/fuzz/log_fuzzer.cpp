@@ -1,6 +1,8 @@
-// The logger: every text is written whole behind the time, up to the size of the buffer.
+// The logger: every text is written whole behind the time, up to the size of the buffer, and a
+// provider's file lies where the environment says.
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -8,6 +10,7 @@
 #include "model/zr_log.h"
 #include "tests/fuzz/expect.h"
 #include "tests/fuzz/input.h"
+#include "tests/fuzz/objects.h"
 
 namespace {
 
@@ -55,6 +58,38 @@ void checkPath(const std::string& path) {
     std::filesystem::create_directory("d");
 }
 
+/// A provider logs below its home or not at all, whatever the environment names.
+void checkHome(const std::string& name) {
+    const std::string home = "d/" + std::string(name.c_str());
+    if (home.find("..") != home.npos) {
+        return;
+    }
+    setenv("ZRKEY_HOME_X64", home.c_str(), 1);
+    std::filesystem::create_directories("d");
+    std::error_code ignored;
+    std::filesystem::create_directories(home, ignored);
+    {
+        zr::fuzz::Ref<ITokenProvider> provider;
+        zr::fuzz::makeProvider(&provider);
+        expect(provider->Unload() == S_OK);
+    }
+    unsetenv("ZRKEY_HOME_X64");
+    std::size_t files = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator("d")) {
+        if (entry.is_regular_file()) {
+            const std::string path = entry.path().string();
+            expect(path.size() < 260, "a path that is too long turns logging off");
+            expect(path.find("/log/") != path.npos && path.ends_with(".log"),
+                   "the file has its name and its place");
+            expect(entry.file_size() > 0, "the lines are on the disk");
+            ++files;
+        }
+    }
+    expect(files <= 1, "a provider has one file at most");
+    std::filesystem::remove_all("d");
+    std::filesystem::create_directory("d");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -63,8 +98,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     zr::fuzz::Input input(data, size);
     ZRLog log;
     log.SetFilePath("fuzz.log");
-    if (input.flag()) {
+    const std::size_t place = input.below(4);
+    if (place == 1) {
         checkPath(input.text(2 * input.byte()));
+    } else if (place == 2) {
+        checkHome(input.text(2 * input.byte()));
     }
     checkMessage(input, log);
     log.SetFilePath(nullptr);

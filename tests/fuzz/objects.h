@@ -3,8 +3,10 @@
 
 #include <zrkey/zrkey.h>
 
+#include <cstdio>
 #include <fstream>
 #include <string>
+#include <utility>
 
 #include "tests/fuzz/expect.h"
 
@@ -50,6 +52,8 @@ public:
     String& operator=(const String&) = delete;
     ~String() { SysFreeString(m_text); }
     operator BSTR() const { return m_text; }
+    /// Gives the string up to the caller.
+    BSTR release() { return std::exchange(m_text, nullptr); }
 
 private:
     BSTR m_text;
@@ -87,6 +91,8 @@ inline void makeProvider(Ref<ITokenProvider>* provider) {
 }
 
 inline void writeConfig(const std::string& text) {
+    // Made anew: a file that is cut first is written to the disk at once when it is closed.
+    std::remove("config.xml");
     std::ofstream("config.xml", std::ios::binary) << text;
 }
 

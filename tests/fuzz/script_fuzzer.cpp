@@ -1,20 +1,127 @@
-// Any script in the script host, with limits of time and memory.
+// Any script in the script host, with limits of time and memory: as text, or made of statements
+// that use the objects in any order.
+#include <fcntl.h>
 #include <unistd.h>
+
+#include <iterator>
+#include <string>
 
 #include "console.h"
 #include "script_engine.h"
 #include "tests/fuzz/fuzz_module.h"
+#include "tests/fuzz/input.h"
 #include "tests/fuzz/objects.h"
 
 namespace {
 
-/// Drops what the library and the scripts write, but not what the fuzzer has to report.
+/// A console whose every stream leads nowhere; the fuzzer's own reports still go where they went.
 zr::host::Console& quietConsole() {
     const int report = dup(STDERR_FILENO);
+    const int nowhere = open("/dev/null", O_WRONLY);
+    dup2(nowhere, STDERR_FILENO);
     static zr::host::Console console(zr::host::Diagnostics::kDropped);
     dup2(report, STDERR_FILENO);
     close(report);
+    close(nowhere);
     return console;
+}
+
+/// Statements that share the names p, k, f and v: a provider, a token, a function and any value.
+constexpr const char* kStatements[] = {
+    "p = new TokenProvider()",
+    "v = p.Load(arguments[0])",
+    "k = p.OpenKey(0)",
+    "k = p.OpenKey(v)",
+    "v = p.GetKeyCount()",
+    "p.Unload()",
+    "v = k.GetLabel()",
+    "v = k.VerifyPIN('1234', 0)",
+    "v = k.VerifyPIN(v, 1)",
+    "v = k.FileExists('1')",
+    "v = k.FileExists(v)",
+    "v = k.GetTotalSize()",
+    "f = k.GetLabel",
+    "f = p.OpenKey",
+    "v = f.call(p, 0)",
+    "v = f.call(k, v, k, p)",
+    "v = f.apply(v, [1, 'x'])",
+    "v = f.call(v)",
+    "f = f.bind(k)",
+    "v = f(v)",
+    "k = null",
+    "p = null",
+    "Duktape.gc()",
+    "k.x = p; p.x = k",
+    "delete k.x",
+    "v = k.x",
+    "k.GetLabel = function () { return v; }",
+    "v = k[v]",
+    "v = v in k",
+    "for (var n in k) v = n",
+    "v = Object.keys(p)",
+    "v = Object.getOwnPropertyNames(k)",
+    "Object.setPrototypeOf(k, p)",
+    "v = Object.create(k)",
+    "v = Object.getPrototypeOf(p)",
+    "Object.freeze(k)",
+    "Object.defineProperty(k, 'x', {get: function () { k = null; Duktape.gc(); return p; }})",
+    "v = new Proxy(k, {})",
+    "v = new Proxy({}, {get: function () { return k; }})",
+    "Duktape.fin(k)(k)",
+    "v = Duktape.fin(p)",
+    "Duktape.fin(k, function (x) { v = x; })",
+    "v = {toString: function () { k = null; Duktape.gc(); return '1'; }}",
+    "v = {valueOf: function () { throw p; }}",
+    "v = [k, p, v]",
+    "v = v[0]",
+    "throw v",
+    "throw k",
+    "v = TokenProvider()",
+    "v = new TokenProvider(k)",
+    "TokenProvider.call(k)",
+    "v = p instanceof TokenProvider",
+    "TokenProvider.prototype = k",
+    "v = String(v)",
+    "v = v + v",
+    "v = v.x = v",
+    "v = JSON.stringify(k)",
+    "v = JSON.stringify([v, k])",
+    "v = Duktape.enc('jx', k)",
+    "v = Duktape.info(k)",
+    "print(v)",
+    "print(k, p, f)",
+    "v = '\\ud800'",
+    "v = 'a\\0b'",
+    "v = 'GetLabel'",
+    "v = 1e300",
+    "v = NaN",
+    "v = -1",
+    "v = null",
+    "v = undefined",
+    "v = Symbol('x')",
+    "v = true",
+    "v = new Uint8Array([1, 2, 3])",
+    "v = new Uint8Array(v.buffer, 1, 1)",
+    "v = new ArrayBuffer(9)",
+    "v = new Uint8Array(1000000)",
+    "f = function () { return f(); }; f()",
+    "v = new Duktape.Thread(function (x) { Duktape.Thread['yield'](k.GetLabel()); throw k; })",
+    "v = Duktape.Thread.resume(v, k)",
+    "v = v.hresult",
+    "v = v.stack",
+    "v = v.message",
+};
+
+/// Any order of the statements, one for each byte; an error of one does not end the others.
+std::string compose(zr::fuzz::Input& input) {
+    std::string script = "var p, k, f, v;\n";
+    while (!input.isAtEnd()) {
+        const std::uint8_t choice = input.byte();
+        const std::string statement = kStatements[choice % std::size(kStatements)];
+        script +=
+            choice >= 250 ? statement + ";\n" : "try { " + statement + "; } catch (e) { v = e; }\n";
+    }
+    return script;
 }
 
 }  // namespace
@@ -26,9 +133,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string path = zr::fuzz::modulePath();
     zr::fuzz::answerFrom(nullptr);
     zr::host::ScriptLimits limits;
-    limits.time = std::chrono::milliseconds(300);
+    limits.time = std::chrono::milliseconds(200);
     limits.bytes = 16 << 20;
+    zr::fuzz::Input input(data, size);
+    // An input that begins with a zero is a list of statements, any other is a script.
+    const std::string script = size > 0 && input.byte() == 0
+                                   ? compose(input)
+                                   : std::string(reinterpret_cast<const char*>(data), size);
     zr::host::ScriptEngine engine(console, limits);
-    engine.run("fuzz.js", {reinterpret_cast<const char*>(data), size}, {path});
+    engine.run("fuzz.js", script, {path});
     return 0;
 }

@@ -1,10 +1,14 @@
-// Conversions of variants: between numbers as a small independent model says, between all other types
-// without harm, and nothing is lost.
+// Conversions of variants: between numbers as a small independent model says, between all other
+// types without harm, and nothing is lost.
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "runtime/zcom_variant.h"
+#include "tests/fuzz/any_variant.h"
 #include "tests/fuzz/expect.h"
 #include "tests/fuzz/input.h"
 
@@ -146,6 +150,78 @@ void checkConversion(VARIANT source, VARTYPE type, USHORT flags) {
     }
 }
 
+/// Whole numbers as texts, by the C++ library's own digits, and back.
+void checkDigits(const VARIANT& source, Wide value) {
+    const bool isNegative = value < 0;
+    const auto magnitude = static_cast<unsigned long long>(isNegative ? -value : value);
+    const std::string digits = (isNegative ? "-" : "") + std::to_string(magnitude);
+    zrapi::ZComVariant text;
+    expect(text.ChangeType(VT_BSTR, &source) == S_OK, "a number has a text");
+    expect(std::string(text.bstrVal, text.bstrVal + SysStringLen(text.bstrVal)) == digits,
+           "the text of a number is its digits");
+    zrapi::ZComVariant again;
+    expect(again.ChangeType(source.vt, &text) == S_OK && integerOf(again) == value,
+           "a number comes back from its text");
+}
+
+/// Reals as texts of 15 digits, and back.
+void checkRealText(double value) {
+    if (!std::isfinite(value) || (value != 0 && std::fabs(value) < 1e-290)) {
+        return;
+    }
+    VARIANT source = {};
+    source.vt = VT_R8;
+    source.dblVal = value;
+    zrapi::ZComVariant text;
+    expect(text.ChangeType(VT_BSTR, &source) == S_OK, "a real has a text");
+    zrapi::ZComVariant again;
+    const HRESULT hr = again.ChangeType(VT_R8, &text);
+    // The largest reals may be rounded up past the range.
+    expect(hr == S_OK || (hr == DISP_E_OVERFLOW && std::fabs(value) > 1.7e308),
+           "the text of a real is one");
+    expect(FAILED(hr) || std::fabs(again.dblVal - value) <= std::fabs(value) * 1e-14,
+           "a real comes back from its text in 15 digits");
+}
+
+/// Reals from whole numbers: the nearest one.
+void checkToReal(const VARIANT& source, Wide value) {
+    zrapi::ZComVariant real;
+    expect(real.ChangeType(VT_R8, &source) == S_OK && real.dblVal == static_cast<double>(value),
+           "a whole number becomes the nearest real");
+}
+
+/// What any variant owns is copied, moved and freed once; whatever it is converted to, it stays.
+void checkOwnership(const VARIANT& source, VARTYPE type, USHORT flags) {
+    const VARIANT before = source;
+    zrapi::ZComVariant copy(source);
+    zrapi::ZComVariant assigned;
+    assigned = copy;
+    expect(assigned.vt == copy.vt, "an assigned variant has the type of its source");
+    BSTR text = nullptr;
+    const HRESULT hr = copy.CopyTo(&text);
+    expect((hr == S_OK) == (copy.vt == VT_BSTR) && (hr == S_OK) == (text != nullptr),
+           "a string and nothing else is copied as one");
+    expect(hr != S_OK || (SysStringByteLen(text) == SysStringByteLen(copy.bstrVal)),
+           "a string is copied with all of its bytes");
+    SysFreeString(text);
+    VARIANT detached = {};
+    const VARTYPE held = copy.vt;
+    expect(copy.Detach(&detached) == S_OK && copy.vt == VT_EMPTY && detached.vt == held,
+           "what is detached is the other's");
+    expect(assigned.Attach(&detached) == S_OK && detached.vt == VT_EMPTY && assigned.vt == held,
+           "what is attached is the object's own");
+    ULARGE_INTEGER size = {};
+    expect(FAILED(assigned.GetSizeMax(&size)) || size.QuadPart >= sizeof(VARTYPE),
+           "a size holds the type");
+    zrapi::ZComVariant converted;
+    expect(SUCCEEDED(VariantChangeType(&converted, &source, flags, type))
+               ? converted.vt == type
+               : converted.vt == VT_EMPTY,
+           "the result has the type asked for, or nothing");
+    assigned.ChangeType(type);
+    expect(std::memcmp(&before, &source, sizeof before) == 0, "a source stays as it is");
+}
+
 void checkComparison(const VARIANT& a, const VARIANT& b) {
     const zrapi::ZComVariant left(a);
     expect((left == b) != (left != b), "unequal is what is not equal");
@@ -157,16 +233,26 @@ void checkComparison(const VARIANT& a, const VARIANT& b) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     zr::fuzz::Input input(data, size);
+    const bool isAny = input.byte() >= 128;
     const auto type = static_cast<VARTYPE>(input.below(24));
     const auto flags = static_cast<USHORT>(input.below(16));
+    if (isAny) {
+        const std::vector<IDispatch*> noObjects;
+        zr::fuzz::AnyVariants variants(input, noObjects);
+        checkOwnership(variants.make(), input.flag() ? input.number<VARTYPE>() : type, flags);
+        return 0;
+    }
     VARIANT source = readVariant(input);
     VARIANT other = readVariant(input);
     checkConversion(source, type, flags);
     if (const std::optional<Wide> value = integerOf(source)) {
         checkInteger(source, *value, type);
+        checkDigits(source, *value);
+        checkToReal(source, *value);
     }
     if (source.vt == VT_R8) {
         checkReal(source, type);
+        checkRealText(source.dblVal);
     }
     checkComparison(source, other);
     VariantClear(&source);

@@ -1,8 +1,8 @@
 // Native handles of 64 bits as handles of 32 bits and back.
 #include "tests/support/bridge/handles.h"
 
-#include <algorithm>
 #include <mutex>
+#include <unordered_map>
 #include <vector>
 
 namespace zr::bridge {
@@ -15,8 +15,14 @@ std::mutex& mutex() {
     return s_mutex;
 }
 
-std::vector<CK_ULONG>& largeHandles() {
-    static std::vector<CK_ULONG> s_handles;
+/// The large handles in the order they were given out, and the place of each.
+struct LargeHandles {
+    std::vector<CK_ULONG> list;
+    std::unordered_map<CK_ULONG, CK_ULONG> places;
+};
+
+LargeHandles& largeHandles() {
+    static LargeHandles s_handles;
     return s_handles;
 }
 
@@ -27,13 +33,12 @@ windows::Handle toWindows(CK_ULONG native) {
         return static_cast<windows::Handle>(native);
     }
     const std::lock_guard lock(mutex());
-    std::vector<CK_ULONG>& handles = largeHandles();
-    const auto known = std::find(handles.begin(), handles.end(), native);
-    const auto index = static_cast<CK_ULONG>(known - handles.begin());
-    if (known == handles.end()) {
-        handles.push_back(native);
+    LargeHandles& handles = largeHandles();
+    const auto [known, isNew] = handles.places.try_emplace(native, handles.list.size());
+    if (isNew) {
+        handles.list.push_back(native);
     }
-    return static_cast<windows::Handle>(kUpperHalf + index);
+    return static_cast<windows::Handle>(kUpperHalf + known->second);
 }
 
 CK_ULONG toNative(windows::Handle handle) {
@@ -42,7 +47,7 @@ CK_ULONG toNative(windows::Handle handle) {
         return number;
     }
     const std::lock_guard lock(mutex());
-    const std::vector<CK_ULONG>& handles = largeHandles();
+    const std::vector<CK_ULONG>& handles = largeHandles().list;
     const CK_ULONG index = number - kUpperHalf;
     // What was never given out is no handle of the module's either.
     return index < handles.size() ? handles[index] : ~CK_ULONG{0};

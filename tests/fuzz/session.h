@@ -1,0 +1,61 @@
+// A host that calls the operations of all objects in any order, as a fuzzer's input says.
+#pragma once
+
+#include <deque>
+
+#include "tests/fuzz/any_variant.h"
+#include "tests/fuzz/input.h"
+#include "tests/fuzz/objects.h"
+
+namespace zr::fuzz {
+
+class Session {
+public:
+    explicit Session(Input& input);
+
+    /// One call of one operation.
+    void step();
+
+private:
+    template <class Interface>
+    using Refs = std::deque<Ref<Interface>>;
+    template <class Interface>
+    Interface* any(const Refs<Interface>& objects) {
+        return objects.empty() ? nullptr : objects[m_input.below(objects.size())].get();
+    }
+    /// Calls what opens an object, and keeps the object.
+    /// @return the result.
+    template <class Interface, class Call>
+    HRESULT open(Refs<Interface>& objects, Call call);
+    template <class Call>
+    void readText(Call call);
+    template <class Call>
+    void readValue(Call call);
+
+    void useProvider();
+    void useToken(IKeyObject& token);
+    void openOfToken(IKeyObject& token);
+    void useCertificateOf(IKeyObject& token);
+    void askToken(IKeyObject& token);
+    void useFile(IKeyFile& file);
+    void useContainer(IKeyContainer& container);
+    void useCertificate(IKeyCertificate& certificate);
+    void releaseOne();
+
+    BSTR text();
+    /// Mostly byte data.
+    const VARIANT& data();
+
+    Input& m_input;
+    Ref<ITokenProvider> m_provider;
+    Refs<IKeyObject> m_tokens;
+    Refs<IKeyContainer> m_containers;
+    Refs<IKeyCertificate> m_certificates;
+    Refs<IKeyFile> m_files;
+    std::vector<IDispatch*> m_none;
+    /// What the arguments of the current call are made of.
+    std::deque<Variant> m_arguments;
+    AnyVariants* m_variants = nullptr;
+};
+
+}  // namespace zr::fuzz
