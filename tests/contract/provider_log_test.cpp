@@ -137,7 +137,7 @@ TEST_F(ProviderLogTest, TheFileMayBeRemovedBetweenLines) {
 }
 
 TEST_F(ProviderLogTest, APathOf259BytesIsTheLongest) {
-    // Behind the home: "/log/level/work/TokenProvider_hhmmss.log".
+    // Behind the home: "log", the two folders of the directory, and "TokenProvider_hhmmss.log".
     const std::size_t longestHome = 259 - 40;
     ASSERT_LT(folder.home().string().size(), longestHome - 1);
     for (std::size_t length = longestHome - 1; length < 262; ++length) {
