@@ -243,12 +243,6 @@ std::size_t onlyAllocation() {
 
 #define EXPORT extern "C" __attribute__((visibility("default")))
 
-// LeakSanitizer knows the dynamic loader's blocks by who asked for them, which is this file now.
-EXPORT const char* __lsan_default_suppressions();
-EXPORT const char* __lsan_default_suppressions() {
-    return "leak:_dl_map_object_deps\n";
-}
-
 EXPORT void* malloc(std::size_t size) {
     return zr::test::allocateCounted(size, false, __builtin_return_address(0));
 }

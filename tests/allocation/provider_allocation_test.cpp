@@ -314,5 +314,26 @@ TEST_F(ProviderAllocationTest, EachAllocationFailsOnceWhileALogIsWritten) {
     failEach(true);
 }
 
+// Apart from the work: a deletion that succeeds keeps its token.
+TEST_F(LoggedInTokenTest, ADeletionThatFailsForWantOfMemoryDeletesAndKeepsNothing) {
+    module.addData("100", "contents");
+    const Text name("101");
+    for (std::size_t number = 1;; ++number) {
+        SCOPED_TRACE("allocation " + std::to_string(number));
+        Allocations allocations(Allocations::ofLibrary, number);
+        const HRESULT hr = token->DeleteFile(name);
+        allocations.stop();
+        if (!allocations.hasFailed()) {
+            EXPECT_HR(S_OK, hr);
+            EXPECT_EQ(0u, module->objectCount());
+            EXPECT_LT(3u, number);
+            return;
+        }
+        EXPECT_HR(E_FAIL, hr);
+        EXPECT_EQ(0u, allocations.live());
+        EXPECT_EQ(1u, module->objectCount());
+    }
+}
+
 }  // namespace
 }  // namespace zr::test
