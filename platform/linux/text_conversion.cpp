@@ -60,8 +60,7 @@ const char* skipInvalid(const char* start, const char* end) {
         ++next;
         const auto lead = static_cast<unsigned char>(start[0]);
         const auto second = static_cast<unsigned char>(start[1]);
-        const bool valid = !(lead == 0xE0 && second < 0xA0) && !(lead == 0xED && second >= 0xA0) &&
-                           !(lead == 0xF0 && second < 0x90) && !(lead == 0xF4 && second >= 0x90);
+        const bool valid = !(lead == 0xF0 && second < 0x90) && !(lead == 0xF4 && second >= 0x90);
         if (valid && length == 4 && isContinuation(*next)) {
             ++next;
         }
