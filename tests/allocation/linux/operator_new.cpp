@@ -1,7 +1,7 @@
 // operator new and delete of the whole process, over the counting allocator.
 #include <new>
 
-#include "tests/allocation/allocation_hook.h"
+#include "tests/allocation/linux/allocation_hook.h"
 
 using zr::test::allocateCounted;
 using zr::test::releaseCounted;
