@@ -3,9 +3,17 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <memory>
+#include <new>
 
 #include "kernel.h"
 #include "runtime/bounded_text.h"
+
+namespace {
+
+constexpr std::size_t kMessageSize = 81920;
+
+}  // namespace
 
 ZRLog::ZRLog() : m_szFilePath() {}
 
@@ -22,25 +30,24 @@ int ZRLog::SetFilePath(const char* path) {
 }
 
 void ZRLog::Log(int, const char* format, ...) const {
-    // One buffer for all the loggers of a thread: providers may log in threads of their own.
-    static thread_local char szBuffer[81920];
     if (!m_szFilePath[0]) {
         return;
     }
-    std::FILE* file = std::fopen(m_szFilePath, "a+");
+    const std::unique_ptr<char[]> message(new (std::nothrow) char[kMessageSize]);
+    std::FILE* file = message ? std::fopen(m_szFilePath, "a+") : nullptr;
     if (!file) {
         return;
     }
     std::va_list arguments;
     va_start(arguments, format);
-    if (std::vsnprintf(szBuffer, sizeof szBuffer, format, arguments) < 0) {
-        szBuffer[0] = 0;  // what cannot be formatted leaves the time stamp alone
+    if (std::vsnprintf(message.get(), kMessageSize, format, arguments) < 0) {
+        message[0] = 0;  // what cannot be formatted leaves the time stamp alone
     }
     va_end(arguments);
     SYSTEMTIME now;
     GetLocalTime(&now);
     std::fprintf(file, "[%02u:%02u:%02u.%03u] ", now.wHour, now.wMinute, now.wSecond,
                  now.wMilliseconds);
-    std::fputs(szBuffer, file);
+    std::fputs(message.get(), file);
     std::fclose(file);
 }

@@ -2,8 +2,8 @@
 #include "runtime/shared_pointers.h"
 
 #include <atomic>
+#include <exception>
 #include <mutex>
-#include <new>
 
 namespace zr {
 namespace {
@@ -33,18 +33,18 @@ bool addOwner(const void* block) {
     if (!block) {
         return true;
     }
-    const std::lock_guard<std::mutex> lock(s_mutex);
-    if (SharedBlock* shared = *find(block)) {
-        ++shared->furtherOwners;
+    try {
+        const std::lock_guard<std::mutex> lock(s_mutex);
+        if (SharedBlock* shared = *find(block)) {
+            ++shared->furtherOwners;
+        } else {
+            s_first = new SharedBlock{block, 1, s_first};
+            ++s_count;
+        }
         return true;
+    } catch (const std::exception&) {
+        return false;  // no memory; on Windows the first lock takes some, too
     }
-    auto* made = new (std::nothrow) SharedBlock{block, 1, s_first};
-    if (!made) {
-        return false;
-    }
-    s_first = made;
-    ++s_count;
-    return true;
 }
 
 bool dropOwner(const void* block) {

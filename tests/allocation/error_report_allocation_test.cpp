@@ -1,30 +1,10 @@
 // The error service, once for each allocation that it makes, with that one failing.
-#include <functional>
-
 #include "runtime/error_info.h"
-#include "tests/allocation/allocations.h"
+#include "tests/allocation/fail_each.h"
 #include "tests/support/hresult.h"
 
 namespace zr::test {
 namespace {
-
-/// Runs the calls once for each of their allocations.
-/// @param run  is told whether an allocation has failed by a function.
-void failEach(const std::function<void(const Allocations&)>& run) {
-    for (std::size_t number = 1;; ++number) {
-        SCOPED_TRACE("allocation " + std::to_string(number));
-        // The first time makes what the language's libraries keep, such as an exception's place.
-        run(Allocations(Allocations::ofEverything, number));
-        Allocations allocations(Allocations::ofEverything, number);
-        run(allocations);
-        allocations.stop();
-        EXPECT_EQ(0u, allocations.live());
-        if (!allocations.hasFailed()) {
-            EXPECT_LT(1u, number);
-            return;
-        }
-    }
-}
 
 /// The result of a report, thrown or answered.
 template <class Report>

@@ -1,0 +1,30 @@
+// Calls into code that is linked into the test, once for each of their allocations.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include "tests/allocation/allocations.h"
+
+namespace zr::test {
+
+/// @param run  makes the calls; may ask whether an allocation has failed.
+inline void failEach(const std::function<void(const Allocations&)>& run) {
+    for (std::size_t number = 1;; ++number) {
+        SCOPED_TRACE("allocation " + std::to_string(number));
+        // The first time makes what the language's libraries keep, such as an exception's place.
+        run(Allocations(Allocations::ofEverything, number));
+        Allocations allocations(Allocations::ofEverything, number);
+        run(allocations);
+        allocations.stop();
+        EXPECT_EQ(0u, allocations.live());
+        if (!allocations.hasFailed()) {
+            EXPECT_LT(1u, number);
+            return;
+        }
+    }
+}
+
+}  // namespace zr::test

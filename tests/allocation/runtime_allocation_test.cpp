@@ -1,0 +1,167 @@
+// Strings, variants and proxies, once for each allocation that they make, with that one failing.
+#include "runtime/zcom_bstr.h"
+#include "runtime/zcom_variant.h"
+#include "runtime/zcom_variant_array.h"
+#include "tests/allocation/fail_each.h"
+#include "tests/support/console_capture.h"
+#include "tests/support/hresult.h"
+#include "tests/unit/runtime/proxy.h"
+#include "tests/unit/runtime/thing.h"
+
+namespace zr::test {
+namespace {
+
+using zrapi::ZComBSTR;
+using zrapi::ZComVariant;
+using zrapi::ZComVariantArray;
+
+void expectTextOrError(const Allocations& allocations, const ZComVariant& variant) {
+    EXPECT_EQ(allocations.hasFailed() ? VT_ERROR : VT_BSTR, variant.vt);
+    if (variant.vt == VT_ERROR) {
+        EXPECT_HR(E_OUTOFMEMORY, variant.scode);
+    }
+}
+
+class RuntimeAllocationTest : public testing::Test {
+protected:
+    ConsoleCapture quiet;
+    OLECHAR wide[5] = OLESTR("text");
+    ZComBSTR text{"text"};
+};
+
+TEST_F(RuntimeAllocationTest, AStringIsMadeWholeOrNotAtAll) {
+    failEach([](const Allocations& allocations) {
+        const ZComBSTR made("text");
+        EXPECT_EQ(allocations.hasFailed(), static_cast<BSTR>(made) == nullptr);
+    });
+}
+
+TEST_F(RuntimeAllocationTest, AViewThatCannotBeMadeIsNull) {
+    failEach([this](const Allocations& allocations) {
+        BSTR source = text;
+        ZComBSTR copy(source);
+        EXPECT_EQ(allocations.hasFailed(), static_cast<const char*>(copy) == nullptr);
+    });
+}
+
+TEST_F(RuntimeAllocationTest, ACopyThatCannotBeCountedIsNullAndLeavesTheOriginal) {
+    failEach([this](const Allocations& allocations) {
+        {
+            const ZComBSTR copy(text);
+            EXPECT_EQ(allocations.hasFailed(), static_cast<BSTR>(copy) == nullptr);
+        }
+        EXPECT_EQ(4u, text.GetLength());
+    });
+}
+
+TEST_F(RuntimeAllocationTest, AVariantThatCannotCopyATextHoldsTheError) {
+    failEach([this](const Allocations& allocations) {
+        expectTextOrError(allocations, ZComVariant(wide));
+    });
+    failEach([](const Allocations& allocations) {
+        expectTextOrError(allocations, ZComVariant("text"));
+    });
+    failEach([this](const Allocations& allocations) {
+        expectTextOrError(allocations, ZComVariant(text));
+    });
+}
+
+TEST_F(RuntimeAllocationTest, AVariantThatCannotBeCopiedHoldsTheError) {
+    const ZComVariant source(wide);
+    failEach([&](const Allocations& allocations) {
+        expectTextOrError(allocations, ZComVariant(source));
+    });
+    failEach([&](const Allocations& allocations) {
+        BSTR out = nullptr;
+        const HRESULT hr = source.CopyTo(&out);
+        EXPECT_HR(allocations.hasFailed() ? E_OUTOFMEMORY : S_OK, hr);
+        SysFreeString(out);
+    });
+}
+
+TEST_F(RuntimeAllocationTest, AVariantThatCannotCopyAnArrayHoldsTheError) {
+    SAFEARRAYBOUND bound = {4, 0};
+    SAFEARRAY* array = SafeArrayCreate(VT_UI1, 1, &bound);
+    failEach([&](const Allocations& allocations) {
+        const ZComVariant made(array);
+        EXPECT_EQ(allocations.hasFailed() ? VT_ERROR : VT_ARRAY | VT_UI1, made.vt);
+        if (allocations.hasFailed()) {
+            EXPECT_HR(E_OUTOFMEMORY, made.scode);
+        }
+    });
+    SafeArrayDestroy(array);
+}
+
+TEST_F(RuntimeAllocationTest, AnElementThatCannotBeAddedLeavesTheListAsItIs) {
+    failEach([](const Allocations& allocations) {
+        ZComVariantArray list;
+        ZComVariant element(1);
+        EXPECT_EQ(allocations.hasFailed() ? 0 : 1, list.Add(element));
+        EXPECT_EQ(allocations.hasFailed() ? 0 : 1, list.Count());
+    });
+}
+
+TEST_F(RuntimeAllocationTest, AListThatCannotBeParsedKeepsItsElements) {
+    ZComVariantArray list;
+    ZComVariant element(1);
+    list.Add(element);
+    failEach([&](const Allocations& allocations) {
+        VARIANT* out = nullptr;
+        const int count = list.Parse(&out);
+        EXPECT_EQ(allocations.hasFailed() ? -1 : 1, count);
+        EXPECT_EQ(allocations.hasFailed(), out == nullptr);
+        EXPECT_EQ(allocations.hasFailed() ? VT_I4 : VT_EMPTY, list.GetAt(0).vt);
+        list.GetAt(0) = 1;
+        delete[] out;
+    });
+}
+
+class ProxyAllocationTest : public ThingTest {
+protected:
+    ConsoleCapture quiet;
+    Proxy proxy;
+};
+
+TEST_F(ProxyAllocationTest, AProxyThatCannotBeAddedIsNotKept) {
+    failEach([this](const Allocations& allocations) {
+        EXPECT_EQ(allocations.hasFailed() ? 0 : 1, thing->AddProxyDispatch(&proxy, 0, 1, "name"));
+        EXPECT_EQ(allocations.hasFailed() ? 0u : 1u, proxy.references);
+        thing->RemoveProxyDispatch(&proxy);
+    });
+}
+
+TEST_F(ProxyAllocationTest, AProxyThatCannotBeAskedIsPassedOver) {
+    proxy.name = OLESTR("Proxied");
+    thing->AddProxyDispatch(&proxy, 100, 1, nullptr);
+    failEach([this](const Allocations& allocations) {
+        DISPID id = 0;
+        LPOLESTR name = proxy.name.data();
+        const HRESULT hr = thing->GetIDsOfNames(IID_NULL, &name, 1, 0, &id);
+        if (allocations.hasFailed()) {
+            EXPECT_HR(E_FAIL, hr);
+            EXPECT_EQ(0, id);
+        } else {
+            EXPECT_EQ(101, id);
+        }
+    });
+}
+
+TEST_F(ProxyAllocationTest, ACallWhoseArgumentsCannotBeCopiedIsNotMade) {
+    BSTR text = SysAllocString(OLESTR("text"));
+    VARIANT argument = {};
+    argument.vt = VT_BSTR;
+    argument.bstrVal = text;
+    DISPPARAMS params = {};
+    params.rgvarg = &argument;
+    params.cArgs = 1;
+    failEach([&](const Allocations& allocations) {
+        DISPPARAMS clone = {};
+        EXPECT_EQ(allocations.hasFailed() ? 0 : 1, thing->CloneDispParams(1, &params, &clone));
+        EXPECT_EQ(allocations.hasFailed(), clone.rgvarg == nullptr);
+        thing->FreeDispParams(&clone);
+    });
+    SysFreeString(text);
+}
+
+}  // namespace
+}  // namespace zr::test
