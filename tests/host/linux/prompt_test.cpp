@@ -1,6 +1,8 @@
 // The prompt of zrkey on a terminal of its own: nothing typed is shown. On Linux alone: there a
 // test can make a terminal.
+#include <poll.h>
 #include <pty.h>
+#include <signal.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -34,8 +36,7 @@ public:
     void waitFor(const std::string& text) {
         char byte = 0;
         const std::size_t begin = m_shown.size();
-        while (m_shown.find(text, begin) == std::string::npos &&
-               ::read(m_terminal, &byte, 1) == 1) {
+        while (m_shown.find(text, begin) == std::string::npos && read(&byte)) {
             m_shown += byte;
         }
         EXPECT_NE(std::string::npos, m_shown.find(text, begin)) << m_shown;
@@ -51,7 +52,7 @@ public:
     /// Everything shown, once the command has ended.
     std::string finish(int* status) {
         char byte = 0;
-        while (::read(m_terminal, &byte, 1) == 1) {
+        while (read(&byte)) {
             m_shown += byte;
         }
         waitpid(m_child, status, 0);
@@ -59,6 +60,17 @@ public:
     }
 
 private:
+    /// A command that shows nothing for long waits for input that never comes: it is ended.
+    bool read(char* byte) const {
+        pollfd shown = {m_terminal, POLLIN, 0};
+        if (poll(&shown, 1, kPatienceMilliseconds) == 0) {
+            ADD_FAILURE() << "nothing is shown any more";
+            kill(m_child, SIGKILL);
+        }
+        return ::read(m_terminal, byte, 1) == 1;
+    }
+
+    static constexpr int kPatienceMilliseconds = 20000;
     int m_terminal = -1;
     pid_t m_child = -1;
     std::string m_shown;
