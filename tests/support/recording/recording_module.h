@@ -35,7 +35,7 @@ public:
     virtual Settings& settings() = 0;
     /// Lets a call fail.
     /// @param function  "C_Login"; null counts the calls of all functions.
-    /// @param nth       from 1; 0 every one.
+    /// @param nth       from 1, counted from now; 0 every one.
     virtual void fail(const char* function, unsigned int nth, CK_RV result) = 0;
     /// Lets one call go wrong; it takes the place of the fault set before.
     virtual void setFault(const RecordingFault& fault) = 0;

@@ -47,7 +47,7 @@ void RecordingState::reset() {
 }
 
 void RecordingState::fail(const char* function, unsigned int nth, CK_RV result) {
-    m_failures.push_back({function ? function : "", nth, result});
+    m_failures.push_back({function ? function : "", nth, result, false});
     m_counts.clear();
 }
 
@@ -80,10 +80,11 @@ CK_RV RecordingState::record(const std::string& function, const std::string& arg
     m_calls.emplace_back(function + "(" + arguments + ")");
     const unsigned int nth = ++m_counts[function];
     const unsigned int overall = ++m_counts[""];
-    for (const Failure& failure : m_failures) {
+    for (Failure& failure : m_failures) {
         const unsigned int number = failure.function.empty() ? overall : nth;
-        if ((failure.function.empty() || failure.function == function) &&
+        if (!failure.isOver && (failure.function.empty() || failure.function == function) &&
             (failure.nth == 0 || failure.nth == number)) {
+            failure.isOver = failure.nth != 0;
             return failure.result;
         }
     }

@@ -65,6 +65,7 @@ private:
         std::string function;
         unsigned int nth;
         CK_RV result;
+        bool isOver;  ///< it has happened; that of every call never is
     };
 
     struct Session {
