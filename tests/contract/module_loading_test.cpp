@@ -250,7 +250,11 @@ TEST_F(LoadedProvider, OpenKeyFailsWithTheModule) {
     module->fail("C_GetSlotList", 1, CKR_GENERAL_ERROR);
     EXPECT_HR(E_FAIL, provider->OpenKey(0, &key));
     module->fail("C_OpenSession", 1, CKR_TOKEN_NOT_PRESENT);
+    module.takeCalls();
     EXPECT_HR(E_FAIL, provider->OpenKey(0, &key));
+    EXPECT_EQ((Lines{"C_GetSlotList(1, null)", "C_GetSlotList(1, list)",
+                     "C_OpenSession(10, 6, set, null)"}),
+              module.takeCalls());
     EXPECT_EQ(this, key);
 }
 

@@ -100,6 +100,15 @@ TEST_F(TokenFilesLogTest, ARefusedOpeningTellsItsStep) {
     EXPECT_EQ(broken("OpenFile"), told([&] { token->OpenFile(Text("7"), nullptr); }));
 }
 
+TEST_F(TokenFilesLogTest, AFileOfUnknownLengthIsOpenedAndTellsItsEnd) {
+    module.addData("6", "contents");
+    module->fail("C_GetAttributeValue", 3, CKR_ATTRIBUTE_SENSITIVE);
+    EXPECT_EQ(whole("OpenFile", addRef("KeyObject", 2) + whole("KeyFile_pkcs11") +
+                                    whole("OpenFile") + addRef("KeyFile", 1)),
+              open("7"));
+    file->Release();
+}
+
 TEST_F(TokenFilesLogTest, AFileWithoutItsContentsTellsItsStep) {
     module.addData("6", "contents");
     // The reads before are the label's: its length and its bytes.

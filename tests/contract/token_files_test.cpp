@@ -91,6 +91,8 @@ TEST_F(TokenFilesTest, CreationKeepsTheNameAsItIs) {
     EXPECT_HR(S_OK, file->GetSize(&size));
     EXPECT_EQ(0, size.lVal);
     EXPECT_EQ("", read(file, 0));
+    EXPECT_HR(S_OK, file->Flush());
+    EXPECT_EQ(Lines{"C_SetAttributeValue(1, 1, {0x11[0]})"}, module.takeCalls());
     EXPECT_EQ(0u, file->Release());
     EXPECT_HR(E_INVALIDARG, token->CreateFile(Text("1"), 0, 0, 0, 0, nullptr));
 }

@@ -2,6 +2,7 @@
 // directory.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 
@@ -10,6 +11,29 @@
 
 namespace zr::test {
 namespace {
+
+/// Enters a directory whose whole path has so many bytes.
+void enterDirectoryOf(std::size_t bytes) {
+    std::size_t left = bytes - std::filesystem::current_path().string().size();
+    while (left > 1) {
+        const std::string name(std::min<std::size_t>(left - 1, 100), 'd');
+        std::filesystem::create_directory(name);
+        std::filesystem::current_path(name);
+        left -= name.size() + 1;
+    }
+    ASSERT_EQ(bytes, std::filesystem::current_path().string().size());
+}
+
+TEST(LongDirectoryTest, ADirectoryOf259BytesIsTheLongest) {
+    for (const std::size_t bytes : {std::size_t{259}, std::size_t{260}}) {
+        const TempDir folder;
+        enterDirectoryOf(bytes);
+        const std::string inside = std::filesystem::current_path().string() + "/x";
+        char path[1000] = "untouched";
+        EXPECT_EQ(0, ZGetAbsolutionPath("./x", path, sizeof path));
+        EXPECT_EQ(bytes == 259 ? inside : "untouched", path);
+    }
+}
 
 TEST(LongDirectoryTest, PathsRelativeToItAreRefused) {
     const TempDir folder;
