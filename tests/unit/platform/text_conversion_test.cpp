@@ -167,6 +167,15 @@ TEST(MultiByteToWideCharTest, SmallBufferIsFilledAndFails) {
     EXPECT_EQ(4, result);
 }
 
+TEST(MultiByteToWideCharTest, ABufferThatIsFullBeforeAnyCharacterFails) {
+    for (const std::string_view last : {"b"sv, "\xe2\x82\xac"sv, "\xf0\x9f\x98\x80"sv, "\x80"sv}) {
+        const std::string text = "\xc3\xa9" + std::string(last);
+        WCHAR unit = 0;
+        EXPECT_EQ(0, MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()),
+                                         &unit, 1));
+    }
+}
+
 TEST(MultiByteToWideCharTest, LastPairIsCutWhenOneUnitIsLeft) {
     int result = -1;
     EXPECT_EQ(Wide(1, 0xd83d), decoded("\xf0\x9f\x98\x80", 4, 1, &result));

@@ -92,6 +92,20 @@ TEST_F(ComponentImplProxyTest, AFailingProxyIsPassedOver) {
     thing->ClearPDI();
 }
 
+TEST_F(ComponentImplProxyTest, AnIdThatAFailingProxyWroteIsNotTakenForTheNextOnes) {
+    Proxy silent;
+    proxy.name = silent.name = OLESTR("Other");
+    proxy.lookUpResult = E_FAIL;
+    silent.writesIds = false;
+    thing->AddProxyDispatch(&proxy, 0, 1, nullptr);
+    thing->AddProxyDispatch(&silent, 0, 1, nullptr);
+    DISPID id = 9;
+    EXPECT_HR(E_FAIL, find(OLESTR("Other"), &id));
+    EXPECT_EQ(1, silent.lookUps);
+    EXPECT_EQ(9, id);
+    thing->ClearPDI();
+}
+
 TEST_F(ComponentImplProxyTest, AProxyIsInTheChainOnce) {
     EXPECT_EQ(0, thing->AddProxyDispatch(nullptr, 0, 1, nullptr));
     EXPECT_EQ(1, thing->AddProxyDispatch(&proxy, 0, 1, nullptr));

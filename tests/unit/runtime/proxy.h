@@ -22,7 +22,7 @@ public:
         if (onAsked) {
             onAsked();
         }
-        for (UINT i = 0; i < count; ++i) {
+        for (UINT i = 0; writesIds && i < count; ++i) {
             ids[i] = 1;
         }
         return name == names[0] ? lookUpResult : E_FAIL;
@@ -38,6 +38,7 @@ public:
 
     std::basic_string<OLECHAR> name = OLESTR("Keep");
     HRESULT lookUpResult = S_OK;
+    bool writesIds = true;
     HRESULT callResult = S_FALSE;
     ULONG references = 0;
     int lookUps = 0;
