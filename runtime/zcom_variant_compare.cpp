@@ -33,14 +33,6 @@ HRESULT compareByType(const VARIANT& a, const VARIANT& b) {
     }
 }
 
-/// Compares for less and greater: nothing orders VT_NULL against VT_NULL.
-bool isOrdered(const VARIANT& a, const VARIANT& b, HRESULT wanted) {
-    if (a.vt == VT_NULL && b.vt == VT_NULL) {
-        return false;
-    }
-    return compareByType(a, b) == wanted;
-}
-
 }  // namespace
 
 bool ZComVariant::operator==(const VARIANT& other) const {
@@ -63,11 +55,11 @@ bool ZComVariant::operator!=(const ZComVariant& other) const {
 }
 
 bool ZComVariant::operator<(const VARIANT& other) const {
-    return isOrdered(*this, other, kLess);
+    return compareByType(*this, other) == kLess;
 }
 
 bool ZComVariant::operator>(const VARIANT& other) const {
-    return isOrdered(*this, other, kGreater);
+    return compareByType(*this, other) == kGreater;
 }
 
 HRESULT ZComVariant::VarCmp(VARIANT* a, VARIANT* b, LCID, ULONG) {

@@ -1,7 +1,7 @@
 // A provider without a module, as scripts and plug-in hosts see it.
 #include <limits>
 
-#include "tests/contract/library.h"
+#include "tests/contract/token.h"
 #include "tests/support/console_capture.h"
 #include "tests/support/hresult.h"
 #include "tests/support/temp_dir.h"
@@ -62,6 +62,17 @@ TEST_F(ProviderScriptTest, UnloadSucceedsWithoutAModule) {
 TEST_F(ProviderScriptTest, OpenKeyFailsWithoutAModule) {
     EXPECT_HR(E_FAIL, invoke(provider, 3, {number(0)}, &result));
     expectResult(VT_DISPATCH, 0);
+}
+
+TEST_F(LoadedProviderTest, AScriptOpensATokenAndGetsItsReference) {
+    const ConsoleCapture quiet;
+    VARIANT opened;
+    VariantInit(&opened);
+    EXPECT_HR(S_OK, invoke(provider, 3, {number(0)}, &opened));
+    ASSERT_EQ(VT_DISPATCH, opened.vt);
+    ASSERT_TRUE(opened.pdispVal);
+    EXPECT_EQ(3, idOf(opened.pdispVal, "GetLabel"));
+    EXPECT_EQ(0u, opened.pdispVal->Release());
 }
 
 TEST_F(ProviderScriptTest, OpenKeyWithANegativeIndexIsRefused) {

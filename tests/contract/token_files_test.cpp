@@ -91,6 +91,7 @@ TEST_F(TokenFilesTest, CreationKeepsTheNameAsItIs) {
     EXPECT_HR(S_OK, file->GetSize(&size));
     EXPECT_EQ(0, size.lVal);
     EXPECT_EQ("", read(file, 0));
+    EXPECT_HR(E_FAIL, file->Read(1, &size));
     EXPECT_HR(S_OK, file->Flush());
     EXPECT_EQ(Lines{"C_SetAttributeValue(1, 1, {0x11[0]})"}, module.takeCalls());
     EXPECT_EQ(0u, file->Release());

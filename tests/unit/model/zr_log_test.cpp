@@ -1,0 +1,60 @@
+// The logger's bounds.
+#include "model/zr_log.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+
+#include "tests/support/log_file.h"
+#include "tests/support/temp_dir.h"
+
+namespace zr::test {
+namespace {
+
+const std::string kStamp = "[00:00:00.000] ";
+
+class ZRLogTest : public testing::Test {
+protected:
+    TempDir folder;
+    ZRLog log;
+};
+
+TEST_F(ZRLogTest, AMessageIsCutAt81919Bytes) {
+    const std::string path = (folder.work() / "cut.log").string();
+    EXPECT_EQ(0, log.SetFilePath(path.c_str()));
+    log.Log(0, "%s", std::string(81919, 'x').c_str());
+    EXPECT_EQ(kStamp.size() + 81919, readText(path).size());
+    log.Log(0, "%s", std::string(81920, 'x').c_str());
+    EXPECT_EQ(2 * (kStamp.size() + 81919), readText(path).size());
+}
+
+TEST_F(ZRLogTest, APathOf499BytesIsTheLongest) {
+    // "./" again and again is the same file.
+    const auto pathOf = [](std::size_t bytes) {
+        std::string path = bytes % 2 == 0 ? "yy" : "y";
+        while (path.size() < bytes) {
+            path.insert(0, "./");
+        }
+        return path;
+    };
+    log.SetFilePath(pathOf(500).c_str());
+    log.Log(0, "text\n");
+    EXPECT_FALSE(std::ifstream(folder.work() / "yy").is_open());
+    log.SetFilePath(pathOf(499).c_str());
+    EXPECT_EQ("", readText(folder.work() / "y"));
+    log.Log(0, "text\n");
+    EXPECT_EQ(kStamp.size() + 5, readText(folder.work() / "y").size());
+}
+
+TEST_F(ZRLogTest, NoPathTurnsItOff) {
+    const std::string path = (folder.work() / "off.log").string();
+    log.SetFilePath(path.c_str());
+    EXPECT_TRUE(std::ifstream(path).is_open());
+    log.SetFilePath(nullptr);
+    log.Log(0, "text\n");
+    EXPECT_EQ("", readText(path));
+}
+
+}  // namespace
+}  // namespace zr::test
