@@ -54,12 +54,12 @@ TEST(AutomationLayoutTest, TypesHaveTheirNumbers) {
 
 TEST(AutomationLayoutTest, FlagsHaveTheirNumbers) {
     const std::pair<int, int> flags[] = {
-        {1, VARIANT_NOVALUEPROP}, {2, VARIANT_ALPHABOOL},      {16, VARIANT_LOCALBOOL},
-        {1, DISPATCH_METHOD},     {2, DISPATCH_PROPERTYGET},   {4, DISPATCH_PROPERTYPUT},
-        {0x1, FADF_AUTO},         {0x2, FADF_STATIC},          {0x4, FADF_EMBEDDED},
-        {0x10, FADF_FIXEDSIZE},   {0x40, FADF_HAVEIID},        {0x80, FADF_HAVEVARTYPE},
-        {0x100, FADF_BSTR},       {0x200, FADF_UNKNOWN},       {0x400, FADF_DISPATCH},
-        {0x800, FADF_VARIANT},    {0x2000, FADF_CREATEVECTOR},
+        {1, VARIANT_NOVALUEPROP}, {2, VARIANT_ALPHABOOL},    {16, VARIANT_LOCALBOOL},
+        {1, DISPATCH_METHOD},     {2, DISPATCH_PROPERTYGET}, {4, DISPATCH_PROPERTYPUT},
+        {0x1, FADF_AUTO},         {0x2, FADF_STATIC},        {0x4, FADF_EMBEDDED},
+        {0x10, FADF_FIXEDSIZE},   {0x40, FADF_HAVEIID},      {0x80, FADF_HAVEVARTYPE},
+        {0x100, FADF_BSTR},       {0x200, FADF_UNKNOWN},     {0x400, FADF_DISPATCH},
+        {0x800, FADF_VARIANT},
     };
     for (const auto& [expected, flag] : flags) {
         EXPECT_EQ(expected, flag);

@@ -36,6 +36,7 @@ const std::vector<Utf8Row>& utf8Rows() {
         {"\xed\x9f\xbf"sv, OLESTR("\ud7ff"), kEnd},
         {"\xef\xbf\xbf"sv, OLESTR("\uffff"), kEnd},
         {"\xef\xbb\xbf\x61"sv, OLESTR("\ufeff\u0061"), kEnd},
+        {"\xf0\x90\x80\x80"sv, OLESTR("\U00010000"), kEnd},
         {"\xf0\x9f\x98\x80"sv, OLESTR("\U0001f600"), kEnd},
         {"\xf4\x8f\xbf\xbf"sv, OLESTR("\U0010ffff"), kEnd},
         {"a\0b"sv, Wide(OLESTR("a\0b"), 3), kEnd},
