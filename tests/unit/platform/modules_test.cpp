@@ -41,6 +41,7 @@ TEST(ModuleTest, UnknownFunctionIsNull) {
     ASSERT_NE(nullptr, module);
     EXPECT_EQ(nullptr, GetProcAddress(module, "NoSuchFunction"));
     EXPECT_EQ(nullptr, GetProcAddress(module, ""));
+    EXPECT_EQ(nullptr, GetProcAddress(module, nullptr));
     EXPECT_EQ(nullptr, GetProcAddress(module, "sysallocstring"));
     EXPECT_NE(0, FreeLibrary(module));
 }

@@ -194,6 +194,21 @@ TEST(SafeArrayTest, VartypeIsReadFromWhatTheFeaturesSay) {
     EXPECT_EQ(S_OK, SafeArrayDestroy(array));
 }
 
+TEST(SafeArrayTest, CopyHasEveryByteOfLargerElements) {
+    SAFEARRAYBOUND bounds[] = {{3, 0}, {2, 0}};
+    SAFEARRAY* array = SafeArrayCreate(VT_R8, 2, bounds);
+    ASSERT_NE(nullptr, array);
+    auto* values = static_cast<double*>(array->pvData);
+    for (int i = 0; i < 6; ++i) {
+        values[i] = 1.0 / (i + 3);
+    }
+    SAFEARRAY* copy = nullptr;
+    ASSERT_EQ(S_OK, SafeArrayCopy(array, &copy));
+    EXPECT_EQ(0, std::memcmp(array->pvData, copy->pvData, 6 * sizeof(double)));
+    SafeArrayDestroy(copy);
+    SafeArrayDestroy(array);
+}
+
 TEST(SafeArrayTest, CopyOfStringsIsDeep) {
     SAFEARRAY* array = makeVector(VT_BSTR, 2);
     auto* elements = static_cast<BSTR*>(array->pvData);

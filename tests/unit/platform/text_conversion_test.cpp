@@ -228,6 +228,8 @@ TEST(WideCharToMultiByteTest, LoneSurrogatesAreReplaced) {
         {{0xd83d, 'x'}, "\xef\xbf\xbdx"sv},
         {{0xde00, 'x'}, "\xef\xbf\xbdx"sv},
         {{0xd83d, 0xd83d, 0xde00}, "\xef\xbf\xbd\xf0\x9f\x98\x80"sv},
+        {{0xd83d, 0xdbff}, "\xef\xbf\xbd\xef\xbf\xbd"sv},
+        {{0xd83d, 0xe000}, "\xef\xbf\xbd\xee\x80\x80"sv},
         {{0xde00, 0xd83d}, "\xef\xbf\xbd\xef\xbf\xbd"sv}};
     for (const auto& [text, expected] : rows) {
         int result = -1;
