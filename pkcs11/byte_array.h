@@ -35,6 +35,11 @@ public:
         }
     }
 
+    /// Whether the bytes are there to be read: a locked-up array, or one that lies about its memory,
+    /// is not an empty one.
+    bool isAccessed() const {
+        return m_isAccessed && (m_data || m_array->rgsabound[0].cElements == 0);
+    }
     unsigned char* data() const { return m_data; }
     ULONG length() const { return m_length; }
 

@@ -140,7 +140,7 @@ HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Read(ULONG length, VARIANT* data) {
     if (length > m_dwFileSize - m_dwPos || (length > 0 && isClosed())) {
         return E_FAIL;
     }
-    const unsigned char* bytes = m_pData + m_dwPos;
+    const unsigned char* bytes = m_pData ? m_pData + m_dwPos : nullptr;
     m_dwPos += length;
     // Elements of VT_I1 under a variant of VT_UI1. Without memory for the array the result is
     // left unset, and it is S_OK all the same.

@@ -29,7 +29,7 @@ KeyObject_pkcs11::KeyObject_pkcs11(TokenProvider* provider)
     const LogScope scope(GetLog(), "KeyObject_pkcs11");
     m_szPIN[0] = 0;
     if (const TokenProvider_pkcs11* owner = GetTokenProvider()) {
-        m_nUnloadCount = owner->GetUnloadCount();
+        m_nModuleChanges = owner->GetModuleChanges();
     }
     scope.end();
 }

@@ -101,7 +101,7 @@ public:
     template <class... Parameters, class... Arguments>
     CK_RV Call(CK_RV (*CK_FUNCTIONS::*entry)(Parameters...), Arguments... arguments) const {
         const TokenProvider_pkcs11* provider = GetTokenProvider();
-        if (!provider || provider->GetUnloadCount() != m_nUnloadCount) {
+        if (!provider || provider->GetModuleChanges() != m_nModuleChanges) {
             return CKR_CRYPTOKI_NOT_INITIALIZED;
         }
         return provider->Call(entry, arguments...);
@@ -124,5 +124,5 @@ private:
     void* m_pApplication = nullptr;
     CK_SESSION_HANDLE m_hSession = 0;
     TokenProvider_pkcs11* m_pProvider;
-    unsigned int m_nUnloadCount = 0;
+    unsigned int m_nModuleChanges = 0;
 };

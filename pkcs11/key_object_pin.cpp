@@ -37,8 +37,10 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyPIN(BSTR pin, INT type) {
         return E_FAIL;
     }
     const auto login = [&] {
-        return Call(&CK_FUNCTIONS::C_Login, m_hSession, user, pinBytes(text),
-                    static_cast<CK_ULONG>(text.length()));
+        // A copy each time: a module may write into what it is handed.
+        const zr::SecretText<sizeof m_szPIN> handed(pin);
+        return Call(&CK_FUNCTIONS::C_Login, m_hSession, user, pinBytes(handed),
+                    static_cast<CK_ULONG>(handed.length()));
     };
     CK_RV rv = login();
     if (rv == CKR_USER_ALREADY_LOGGED_IN) {

@@ -66,19 +66,19 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::SignData(BSTR, VARIANT data,
     if (FAILED(GetPubPriKeyHandle(&key, 0, CKK_RSA, id.text()))) {
         return fail("Error: GetPubPriKeyHandle fail\n", E_FAIL);
     }
+    const zr::AccessedBytes input(data);
+    if (!input.isAccessed()) {
+        return fail("Error: Sign Fail\n", E_FAIL);
+    }
     CK_MECHANISM mechanism = {CKM_SHA1_RSA_PKCS, nullptr, 0};
     if (Call(&CK_FUNCTIONS::C_SignInit, m_hSession, &mechanism, key) != CKR_OK) {
         return fail("Error: SignInit Fail\n", E_FAIL);
     }
     CK_BYTE signature[kSignatureSize] = {};
     CK_ULONG length = sizeof signature;
-    CK_RV rv = CKR_OK;
-    {
-        const zr::AccessedBytes input(data);
-        rv = Call(&CK_FUNCTIONS::C_Sign, m_hSession, input.data(), CK_ULONG{input.length()},
-                  signature, &length);
-    }
-    if (rv != CKR_OK || length > sizeof signature) {
+    if (Call(&CK_FUNCTIONS::C_Sign, m_hSession, input.data(), CK_ULONG{input.length()}, signature,
+             &length) != CKR_OK ||
+        length > sizeof signature) {
         return fail("Error: Sign Fail\n", E_FAIL);
     }
     // Elements of VT_I1 under a variant of VT_UI1.
@@ -113,6 +113,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyData(VARIANT data, IKeyCertifi
         CK_OBJECT_HANDLE key = 0;
         CK_MECHANISM mechanism = {CKM_SHA1_RSA_PKCS, nullptr, 0};
         isVerified =
+            input.isAccessed() && signatureInput.isAccessed() &&
             SUCCEEDED(GetPubPriKeyHandle(&key, 1, CKK_RSA, id.text())) &&
             Call(&CK_FUNCTIONS::C_VerifyInit, m_hSession, &mechanism, key) == CKR_OK &&
             Call(&CK_FUNCTIONS::C_Verify, m_hSession, input.data(), CK_ULONG{input.length()},
@@ -147,6 +148,9 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::DigestData(BSTR method, VARIANT data
     unsigned char digest[16] = {};
     {
         const zr::AccessedBytes input(data);
+        if (!input.isAccessed()) {
+            return E_FAIL;
+        }
         MD5Data(input.data(), input.length(), digest);
     }
     if (!zr::storeBytes(digest, sizeof digest, VT_UI1, result)) {

@@ -41,6 +41,9 @@ CK_RV TokenAttributes::readLengths(const KeyObject_pkcs11& token, CK_OBJECT_HAND
 
 bool TokenAttributes::allocateValues(std::size_t first) {
     freeValues();
+    for (std::size_t i = 0; i < first; ++i) {
+        m_template[i].pValue = nullptr;  // whatever the module wrote there
+    }
     for (std::size_t i = first; i < m_count; ++i) {
         if (m_lengths[i] > kLongestValue) {
             return false;

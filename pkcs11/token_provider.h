@@ -29,12 +29,13 @@ public:
         return function ? function(arguments...) : CKR_FUNCTION_NOT_SUPPORTED;
     }
 
-    /// How often a module was unloaded. A token opened before the last Unload must not be used: its
-    /// session means nothing, or another token's, to a module loaded since.
-    unsigned int GetUnloadCount() const { return m_nUnloadCount; }
+    /// How often the module was unloaded or another took its place. A token opened before must not be
+    /// used: its session means nothing, or another token's, to a module loaded since.
+    unsigned int GetModuleChanges() const { return m_nModuleChanges; }
 
 private:
     HRESULT LoadModule(const char* path);
+    HRESULT StartModule();
     HRESULT ReadFunctionList();
     bool InitializeModule() const;
     void DropModule();
@@ -45,5 +46,5 @@ private:
     char m_szAlgoList[500] = {};
     char m_szDigestList[500] = {};
     CK_FUNCTIONS* m_pFunctionTable = nullptr;
-    unsigned int m_nUnloadCount = 0;
+    unsigned int m_nModuleChanges = 0;
 };

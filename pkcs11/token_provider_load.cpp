@@ -1,4 +1,5 @@
 // TokenProvider_pkcs11: loading and unloading a Cryptoki module.
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -15,17 +16,21 @@ constexpr std::size_t kPathSize = 260;
 /// The path of a module, always taken relative to the current directory; an absolute path is
 /// prefixed with it too, and hosts give their paths accordingly.
 /// @param path  kPathSize zeroed bytes.
-/// @return false when the path does not fit.
+/// @return false when the path does not fit, or climbs above the root: what is left of it then would
+///         be searched for.
 bool makeModulePath(const char* modulePath, char* path) {
     const int length = ZGetCurrentPath(path, kPathSize);
     if (length <= 0 || static_cast<std::size_t>(length) >= kPathSize) {
         return false;
     }
     ZConvertLinuxPath(path);
+    char root[4] = {};  // "/" or "C:/"
+    std::memcpy(root, path, std::min(std::strcspn(path, "/") + 1, sizeof root - 1));
     const bool isSeparated = path[std::strlen(path) - 1] == '/';
     return (isSeparated || zr::appendText(path, kPathSize, "/")) &&
            zr::appendText(path, kPathSize, modulePath) &&
-           ZGetAbsolutionPath(path, path, kPathSize) == 0;
+           ZGetAbsolutionPath(path, path, kPathSize) == 0 &&
+           std::strncmp(path, root, std::strlen(root)) == 0;
 }
 
 }  // namespace
@@ -57,18 +62,23 @@ HRESULT TokenProvider_pkcs11::LoadModule(const char* path) {
         return E_FAIL;
     }
     m_hModule = module;
+    const CK_FUNCTIONS before = m_pFunctionTable ? *m_pFunctionTable : CK_FUNCTIONS();
     DropFunctionTable();
-    m_pFunctionTable = static_cast<CK_FUNCTIONS*>(std::calloc(1, sizeof(CK_FUNCTIONS)));
-    const HRESULT hr = m_pFunctionTable ? ReadFunctionList() : E_OUTOFMEMORY;
+    const HRESULT hr = StartModule();
     if (FAILED(hr)) {
         DropModule();
-        return hr;
     }
-    if (!InitializeModule()) {
-        DropModule();
-        return E_FAIL;
+    if (!m_pFunctionTable || std::memcmp(m_pFunctionTable, &before, sizeof before) != 0) {
+        // Tokens of another module must not use their sessions with this one.
+        ++m_nModuleChanges;
     }
-    return S_OK;
+    return hr;
+}
+
+HRESULT TokenProvider_pkcs11::StartModule() {
+    m_pFunctionTable = static_cast<CK_FUNCTIONS*>(std::calloc(1, sizeof(CK_FUNCTIONS)));
+    const HRESULT hr = m_pFunctionTable ? ReadFunctionList() : E_OUTOFMEMORY;
+    return FAILED(hr) ? hr : InitializeModule() ? S_OK : E_FAIL;
 }
 
 /// Copies the module's entry points. A module without a usable list yields E_OUTOFMEMORY; hosts
@@ -108,7 +118,7 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::Unload() {
     const LogScope scope(GetLog(), "Unload");
     if (m_pFunctionTable) {
         Call(&CK_FUNCTIONS::C_Finalize, nullptr);
-        ++m_nUnloadCount;
+        ++m_nModuleChanges;
         DropFunctionTable();
     }
     DropModule();

@@ -9,6 +9,12 @@
 using zr::consoleError;
 using zr::consoleOut;
 
+namespace {
+
+constexpr LONG kDying = 1 << 30;
+
+}  // namespace
+
 ZComponentImpl::ZComponentImpl() : m_szClassName("ZComponentImpl") {}
 
 ZComponentImpl::~ZComponentImpl() {
@@ -181,6 +187,8 @@ ULONG ZComponentImpl::AddRef() {
 ULONG ZComponentImpl::Release() {
     const LONG count = InterlockedDecrement(&m_lRef);
     if (count == 0) {
+        // Whoever is called on the way out may add a reference and give it back.
+        m_lRef = kDying;
         FinalRelease();
         delete this;
         return 0;

@@ -43,7 +43,11 @@ bool cloneArgument(const VARIANT& source, std::uint8_t declared, VARIANT* target
         default:
             break;
     }
-    return VariantCopy(target, const_cast<VARIANT*>(&source)) != E_OUTOFMEMORY;
+    const HRESULT hr = VariantCopy(target, const_cast<VARIANT*>(&source));
+    if (FAILED(hr)) {
+        target->vt = VT_EMPTY;
+    }
+    return hr != E_OUTOFMEMORY;
 }
 
 }  // namespace

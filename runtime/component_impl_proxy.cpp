@@ -30,11 +30,12 @@ bool ZComponentImpl::AnyProxy(int stage, Ask ask) const {
             continue;
         }
         IDispatch* const proxy = node->pDispatch;
-        if (ask(*proxy, std::int32_t{node->nIdOffset})) {
-            return true;
-        }
-        if (FindPDI(proxy) != node) {
-            return false;  // it took itself out of the chain; where the walk was is gone
+        proxy->AddRef();  // it may take itself out of the chain, which may hold the last reference
+        const bool hasAnswered = ask(*proxy, std::int32_t{node->nIdOffset});
+        const bool isStillThere = FindPDI(proxy) == node;
+        proxy->Release();
+        if (hasAnswered || !isStillThere) {
+            return hasAnswered;  // where the walk was is gone with the node
         }
     }
     return false;
@@ -134,10 +135,12 @@ ProxyDispatchInfo* ZComponentImpl::FindPDI(IDispatch* proxy) const {
 void ZComponentImpl::ClearPDI() {
     while (ProxyDispatchInfo* node = m_pHead) {
         m_pHead = node->pNext;
+        if (!m_pHead) {
+            m_pTail = nullptr;  // before the release, which may add a proxy
+        }
         node->pDispatch->Release();
         delete node;
     }
-    m_pTail = nullptr;
 }
 
 void ZComponentImpl::PrintPDI() const {

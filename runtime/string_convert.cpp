@@ -44,7 +44,7 @@ BSTR allocateStringLen(const char* utf8, unsigned int len, BSTR (*allocate)(cons
     if (!utf8) {
         return nullptr;
     }
-    if (len > std::strlen(utf8)) {
+    if (std::memchr(utf8, 0, len)) {
         return allocate(utf8);
     }
     const std::unique_ptr<char[]> copy(new (std::nothrow) char[static_cast<std::size_t>(len) + 1]);

@@ -112,6 +112,17 @@ TEST_F(ModuleLoadingTest, ADriverWithoutListsLoads) {
     EXPECT_EQ("", listText());
 }
 
+TEST_F(ModuleLoadingTest, APathAboveTheRootIsNotSearchedFor) {
+    // Each is a library of one target that is found by its bare name.
+    for (const std::string name : {"libm.so.6", "kernel32.dll"}) {
+        std::string path = name;
+        for (int i = 0; i < 30; ++i) {
+            path.insert(0, "../");
+        }
+        EXPECT_HR(E_FAIL, provider->Load(Text(path))) << name;
+    }
+}
+
 TEST_F(ModuleLoadingTest, ASecondLoadAppendsTheLists) {
     EXPECT_HR(S_OK, load());
     EXPECT_HR(S_OK, load());
@@ -263,6 +274,25 @@ TEST_F(LoadedProvider, WhatAModuleWritesAsApplicationIsNotFreed) {
     void* key = nullptr;
     EXPECT_HR(S_OK, provider->OpenKey(0, &key));
     EXPECT_EQ(0u, static_cast<IKeyObject*>(key)->Release());
+}
+
+TEST_F(TokenTest, ATokenIsUsableAfterASecondLoadOfItsModule) {
+    EXPECT_HR(S_OK, provider->Load(Text(module.path())));
+    EXPECT_HR(S_OK, token->VerifyPIN(Text("1234"), 0));
+    module.takeCalls();
+    token->Release();
+    EXPECT_EQ((Lines{"C_Logout(1)", "C_CloseSession(1)"}), module.takeCalls());
+    token = nullptr;
+}
+
+TEST_F(TokenTest, ATokenDoesNotUseAModuleThatWasLoadedAfterItsOwn) {
+    EXPECT_HR(E_OUTOFMEMORY, provider->Load(Text(module.noListPath())));
+    EXPECT_HR(S_OK, provider->Load(Text(module.path())));
+    module.takeCalls();
+    EXPECT_HR(E_FAIL, token->VerifyPIN(Text("1234"), 0));
+    EXPECT_EQ(0u, token->Release());
+    EXPECT_EQ(Lines{}, module.takeCalls());
+    token = nullptr;
 }
 
 TEST_F(TokenTest, ATokenOutlivesTheHostsProviderReference) {

@@ -208,5 +208,13 @@ TEST_F(TokenPinTest, MoreArgumentsThanNeededAreIgnored) {
     EXPECT_HR(S_OK, invoke(token, 12, arguments, &result));
 }
 
+TEST_F(TokenTest, AModuleThatWritesIntoThePinDoesNotChangeTheSecondTry) {
+    module->settings().overwritesPin = true;
+    module->fail("C_Login", 1, CKR_USER_ALREADY_LOGGED_IN);
+    EXPECT_HR(S_OK, token->VerifyPIN(Text("1234"), 0));
+    EXPECT_EQ((Lines{"C_Login(1, 1, 1234)", "C_Logout(1)", "C_Login(1, 1, 1234)"}),
+              module.takeCalls());
+}
+
 }  // namespace
 }  // namespace zr::test

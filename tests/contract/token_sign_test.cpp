@@ -260,5 +260,18 @@ TEST_F(TokenSignTest, SixtyFourMebibytesAreDigested) {
               takeBytes(&result));
 }
 
+TEST_F(SigningTokenTest, AnArrayThatCannotBeReadIsNotTakenForAnEmptyOne) {
+    const Bytes locked("data to sign");
+    const VARIANT& variant = locked;
+    variant.parray->cLocks = 0xFFFF;
+    EXPECT_HR(E_FAIL, token->SignData(nullptr, variant, certificate, &result));
+    EXPECT_HR(E_FAIL, token->VerifyData(variant, certificate, nullptr, Bytes("x")));
+    EXPECT_HR(E_FAIL, token->VerifyData(Bytes("x"), certificate, nullptr, variant));
+    EXPECT_HR(E_FAIL, token->DigestData(Text("MD5"), variant, &result));
+    EXPECT_EQ(0u, module.count("C_SignInit"));
+    EXPECT_EQ(0u, module.count("C_VerifyInit"));
+    variant.parray->cLocks = 0;
+}
+
 }  // namespace
 }  // namespace zr::test

@@ -114,7 +114,11 @@ CK_RV closeSession(CK_SESSION_HANDLE session) {
 CK_RV login(CK_SESSION_HANDLE session, CK_USER_TYPE user, CK_UTF8CHAR* pin, CK_ULONG length) {
     const CK_RV rv =
         state().record("C_Login", text(session) + ", " + text(user) + ", " + text(pin, length));
-    return rv == CKR_OK ? state().login(user, text(pin, length)) : rv;
+    const std::string given = text(pin, length);
+    if (state().settings().overwritesPin) {
+        std::memset(pin, 'x', length + 1);
+    }
+    return rv == CKR_OK ? state().login(user, given) : rv;
 }
 
 CK_RV logout(CK_SESSION_HANDLE session) {

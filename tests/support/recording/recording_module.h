@@ -28,6 +28,7 @@ public:
         const char* userPin;
         const char* securityOfficerPin;
         bool setsApplication;  ///< C_OpenSession writes through the application pointer
+        bool overwritesPin;    ///< C_Login writes into the PIN, over its terminator too
     };
 
     /// Forgets calls, failures and objects; sets ordinary answers: one token, user PIN 1234.

@@ -36,7 +36,8 @@ std::string textOf(const GUID& id) {
 }
 
 TEST(SlotsTest, TheAutomationInterfacesComeFirst) {
-    expectSlots(0, &IDispatch::QueryInterface, &IDispatch::AddRef, &IDispatch::Release,
+    using Query = HRESULT (STDMETHODCALLTYPE IDispatch::*)(REFIID, void**);
+    expectSlots(0, Query(&IDispatch::QueryInterface), &IDispatch::AddRef, &IDispatch::Release,
                 &IDispatch::GetTypeInfoCount, &IDispatch::GetTypeInfo, &IDispatch::GetIDsOfNames,
                 &IDispatch::Invoke);
     expectSlots(3, &IClassFactory::CreateInstance, &IClassFactory::LockServer);

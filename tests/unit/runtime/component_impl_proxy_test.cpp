@@ -185,6 +185,43 @@ TEST_F(ComponentImplProxyTest, AProxyCanTakeItselfOutWhileItIsAskedForAName) {
     EXPECT_EQ(nullptr, thing->FindPDI(&proxy));
 }
 
+TEST_F(ComponentImplProxyTest, AProxyLivesAsLongAsItIsAsked) {
+    thing->AddProxyDispatch(&proxy, 0, 1, nullptr);
+    ASSERT_EQ(1u, proxy.references);
+    ULONG whenAsked = 0;
+    proxy.onAsked = [&] {
+        thing->RemoveProxyDispatch(&proxy);
+        whenAsked = proxy.references;
+    };
+    DISPID id = 0;
+    EXPECT_HR(S_OK, find(OLESTR("Keep"), &id));
+    EXPECT_EQ(1u, whenAsked);
+    EXPECT_EQ(0u, proxy.references);
+}
+
+TEST_F(ComponentImplProxyTest, AProxyThatIsAddedWhileTheLastOneGoesIsNotLost) {
+    Proxy next;
+    next.name = OLESTR("Next");
+    thing->AddProxyDispatch(&proxy, 0, 1, nullptr);
+    proxy.onReleased = [&] { EXPECT_EQ(1, thing->AddProxyDispatch(&next, 0, 1, nullptr)); };
+    thing->ClearPDI();
+    EXPECT_EQ(nullptr, thing->FindPDI(&next));
+    EXPECT_EQ(0u, next.references);
+}
+
+TEST_F(ComponentImplProxyTest, AReferenceTakenAndGivenBackAtTheEndDestroysNothingTwice) {
+    auto* object = new Thing();
+    object->AddRef();
+    object->AddProxyDispatch(&proxy, 0, 1, nullptr);
+    proxy.onReleased = [&] {
+        object->ZComponentImpl::AddRef();
+        object->ZComponentImpl::Release();
+    };
+    const int destroyed = Thing::s_destroyed;
+    EXPECT_EQ(0u, object->Release());
+    EXPECT_EQ(destroyed + 1, Thing::s_destroyed);
+}
+
 TEST_F(ComponentImplProxyTest, AProxyThatTakesItselfOutAndFailsEndsTheWalk) {
     Proxy later;
     thing->AddProxyDispatch(&proxy, 1000, 1, nullptr);

@@ -13,7 +13,12 @@ class Proxy : public IDispatch {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(const IID&, void**) override { return E_NOINTERFACE; }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --references; }
+    ULONG STDMETHODCALLTYPE Release() override {
+        if (onReleased) {
+            onReleased();
+        }
+        return --references;
+    }
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(const IID&, LPOLESTR* names, UINT count, LCID,
@@ -44,6 +49,7 @@ public:
     int lookUps = 0;
     DISPID lastId = 0;
     std::function<void()> onAsked;
+    std::function<void()> onReleased;
 };
 
 }  // namespace zr::test

@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "tests/support/console_capture.h"
 
@@ -69,6 +70,8 @@ TEST(StringConvertTest, LengthsCutOrKeepTheText) {
     EXPECT_EQ(OLESTR("ab"), take(ZSysAllocUTF8StringLen("abc", 2)));
     EXPECT_EQ(OLESTR("abc"), take(ZSysAllocUTF8StringLen("abc", 3)));
     EXPECT_EQ(OLESTR("abc"), take(ZSysAllocUTF8StringLen("abc", 10)));
+    const std::vector<char> unterminated = {'a', 'b', 'c'};
+    EXPECT_EQ(OLESTR("abc"), take(ZSysAllocUTF8StringLen(unterminated.data(), 3)));
     EXPECT_EQ(OLESTR(""), take(ZSysAllocUTF8StringLen("abc", 0)));
     EXPECT_EQ(nullptr, ZSysAllocUTF8StringLen(nullptr, 3));
     EXPECT_EQ(nullptr, _ZSysAllocUTF8StringLen(nullptr, 3));
