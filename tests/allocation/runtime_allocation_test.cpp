@@ -1,4 +1,5 @@
 // Strings, variants and proxies, once for each allocation that they make, with that one failing.
+#include "runtime/path_utils.h"
 #include "runtime/zcom_bstr.h"
 #include "runtime/zcom_variant.h"
 #include "runtime/zcom_variant_array.h"
@@ -113,6 +114,15 @@ TEST_F(RuntimeAllocationTest, AListThatCannotBeParsedKeepsItsElements) {
         EXPECT_EQ(allocations.hasFailed() ? VT_I4 : VT_EMPTY, list.GetAt(0).vt);
         list.GetAt(0) = 1;
         delete[] out;
+    });
+}
+
+TEST_F(RuntimeAllocationTest, APathThatCannotBeResolvedIsNotWritten) {
+    const std::string path = "/" + std::string(50, 'd') + "/../" + std::string(50, 'd') + "/x";
+    failEach([&](const Allocations& allocations) {
+        char out[200] = "untouched";
+        EXPECT_EQ(allocations.hasFailed() ? -1 : 0, ZGetAbsolutionPath(path.c_str(), out, 200));
+        EXPECT_EQ(allocations.hasFailed(), std::string_view(out) == "untouched");
     });
 }
 

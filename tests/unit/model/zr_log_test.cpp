@@ -6,6 +6,8 @@
 #include <fstream>
 #include <string>
 
+#include "pkcs11/token_provider.h"
+#include "tests/support/console_capture.h"
 #include "tests/support/log_file.h"
 #include "tests/support/temp_dir.h"
 
@@ -45,6 +47,16 @@ TEST_F(ZRLogTest, APathOf499BytesIsTheLongest) {
     EXPECT_EQ("", readText(folder.work() / "y"));
     log.Log(0, "text\n");
     EXPECT_EQ(kStamp.size() + 5, readText(folder.work() / "y").size());
+}
+
+TEST_F(ZRLogTest, AProviderTellsWhetherItLogs) {
+    const ConsoleCapture quiet;
+    auto* provider = new TokenProvider_pkcs11();
+    provider->AddRef();
+    EXPECT_EQ(0, provider->EnableLog());
+    folder.enableLog();
+    EXPECT_EQ(1, provider->EnableLog());
+    provider->Release();
 }
 
 TEST_F(ZRLogTest, NoPathTurnsItOff) {

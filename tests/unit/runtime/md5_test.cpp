@@ -76,6 +76,21 @@ TEST(Md5Test, PiecesGiveTheDigestOfTheWhole) {
     }
 }
 
+TEST(Md5Test, TheLengthIsCountedInBitsOver64) {
+    const unsigned char bytes[8] = {};
+    MD5_CTX context;
+    MD5Init(&context);
+    context.count[0] = 0xFFFFFFC0;
+    MD5Update(&context, bytes, 7);
+    EXPECT_EQ(0xFFFFFFF8u, context.count[0]);
+    EXPECT_EQ(0u, context.count[1]);
+    MD5Update(&context, bytes, 1);
+    EXPECT_EQ(0u, context.count[0]);
+    EXPECT_EQ(1u, context.count[1]);
+    MD5Update(&context, bytes, 0);
+    EXPECT_EQ(1u, context.count[1]);
+}
+
 TEST(Md5Test, TheContextIsWiped) {
     MD5_CTX context;
     MD5Init(&context);

@@ -102,6 +102,7 @@ TEST(PathUtilsTest, TheExecutableIsTold) {
 TEST(PathUtilsTest, LibrariesAreLoadedByName) {
     EXPECT_EQ(nullptr, ZLoadLibrary(nullptr));
     EXPECT_EQ(nullptr, ZLoadLibrary(""));
+    EXPECT_EQ(nullptr, ZLoadLibraryEx(nullptr));
     EXPECT_EQ(nullptr, ZLoadLibraryEx(""));
     EXPECT_EQ(nullptr, ZLoadLibrary("missing library"));
     EXPECT_EQ(0, ZFreeLibrary(nullptr));
@@ -134,11 +135,16 @@ TEST(PathUtilsTest, IdentifiersAreReadWithoutBraces) {
     const GUID expected = {
         0x6B29FC40, 0xCA47, 0x1067, {0xB3, 0x1D, 0x00, 0xDD, 0x01, 0x06, 0x62, 0xDA}};
     EXPECT_TRUE(expected == ZCreateGUIDFromString("6B29FC40-CA47-1067-B31D-00DD010662DA"));
+    const GUID counted = {
+        0x01234567, 0x89AB, 0xCDEF, {0x10, 0x32, 0x54, 0x76, 0x98, 0xBA, 0xDC, 0xFE}};
+    EXPECT_TRUE(counted == ZCreateGUIDFromString("01234567-89AB-CDEF-1032-547698BADCFE"));
     EXPECT_TRUE(expected == ZCreateGUIDFromString("6b29fc40-ca47-1067-b31d-00dd010662da"));
     const GUID zero = {};
     for (const char* text :
          {"{6B29FC40-CA47-1067-B31D-00DD010662DA}", "6B29FC40-CA47-1067-B31D-00DD010662D",
-          "6B29FC40CA47--1067-B31D-00DD010662DA", ""}) {
+          "6B29FC40CA47--1067-B31D-00DD010662DA", "6B29FC40xCA47-1067-B31D-00DD010662DA",
+          "6B29FC40-CA47x1067-B31D-00DD010662DA", "6B29FC40-CA47-1067xB31D-00DD010662DA",
+          "6B29FC40-CA47-1067-B31Dx00DD010662DA", ""}) {
         EXPECT_TRUE(zero == ZCreateGUIDFromString(text)) << text;
     }
     EXPECT_TRUE(zero == ZCreateGUIDFromString(nullptr));

@@ -125,6 +125,7 @@ TEST(StringConvertTest, LengthsCountUnitsAndLeadBytes) {
                               "a"));
     // The bytes after a lead are skipped unseen, a terminator too.
     EXPECT_EQ(2u, strlen_utf8("\xc3\0a"));
+    EXPECT_EQ(2u, strlen_utf8("\xc0\0a"));
     EXPECT_EQ(2u, strlen_utf8("\xe2\0\0a"));
     EXPECT_EQ(2u, strlen_utf8("\xf0\0\0\0a"));
 }

@@ -66,6 +66,14 @@ TEST(ZComVariantTest, TypesMayBeNamedWithinTheirFamily) {
     expectError(ZComVariant(5.0, VT_R4), E_INVALIDARG);
 }
 
+TEST(ZComVariantTest, WithoutANameTheTypeIsThatOfTheNumber) {
+    const ConsoleCapture quiet;
+    EXPECT_EQ(VT_I4, ZComVariant(5).vt);
+    EXPECT_EQ(VT_I4, ZComVariant(5l).vt);
+    EXPECT_EQ(VT_UI4, ZComVariant(5u).vt);
+    EXPECT_EQ(VT_R8, ZComVariant(5.0).vt);
+}
+
 TEST(ZComVariantTest, StringsAreCopied) {
     EXPECT_EQ(3u, SysStringLen(ZComVariant(OLESTR("abc")).bstrVal));
     EXPECT_EQ(2u, SysStringLen(ZComVariant("a\xe2\x82\xac").bstrVal));

@@ -35,6 +35,15 @@ TEST(LongDirectoryTest, ADirectoryOf259BytesIsTheLongest) {
     }
 }
 
+TEST(LongDirectoryTest, ABackslashInItsNameReadsAsASeparator) {
+    const TempDir folder;
+    std::filesystem::create_directory("a\\b");
+    std::filesystem::current_path("a\\b");
+    char path[1000] = "";
+    EXPECT_LT(0, ZGetCurrentPath(path, sizeof path));
+    EXPECT_TRUE(std::string(path).ends_with("/a/b")) << path;
+}
+
 TEST(LongDirectoryTest, PathsRelativeToItAreRefused) {
     const TempDir folder;
     const std::string level(100, 'd');
