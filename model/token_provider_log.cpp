@@ -29,7 +29,6 @@ public:
         }
         std::memcpy(m_text + m_length, text.data(), text.size());
         m_length += text.size();
-        m_text[m_length] = 0;
         return true;
     }
     bool appendComponent(std::string_view name) {

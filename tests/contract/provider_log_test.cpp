@@ -1,4 +1,5 @@
 // The log file of a provider: where it lies, what it begins with, what it tells.
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -123,6 +124,19 @@ TEST_F(ProviderLogTest, HomesThatCannotBeUsedLeaveLoggingOff) {
     }
     EXPECT_TRUE(fs::is_empty(folder.home()));
     EXPECT_TRUE(fs::is_empty(folder.work()));
+}
+
+TEST_F(ProviderLogTest, ADirectoryThatDoesNotFitIsNotLeftOut) {
+    fs::create_directory(std::string(100, 'd'));
+    fs::current_path(std::string(100, 'd'));
+    std::string home = folder.home().string();
+    while (home.size() < 200) {
+        home += '/' + std::string(std::min<std::size_t>(50, 200 - home.size()), 'h');
+    }
+    fs::create_directories(home);
+    setEnvironment("ZRKEY_HOME_X64", home);
+    makeProvider()->Release();
+    EXPECT_TRUE(findLogFiles(folder.home()).empty());
 }
 
 TEST_F(ProviderLogTest, TheFileMayBeRemovedBetweenLines) {
