@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 
 #include <chrono>
+#include <cmath>
 #include <memory>
 #include <optional>
 
@@ -76,6 +77,10 @@ void addRunCommand(CLI::App& app, Action& action) {
         }
         if (words.front().starts_with('-')) {
             throw CLI::ExtrasError({words.front()});
+        }
+        if (std::isnan(options->seconds)) {
+            // Neither below nor above the range.
+            throw CLI::ValidationError("--time-limit", "a number is needed");
         }
         options->file = words.front();
         options->arguments.assign(words.begin() + 1, words.end());

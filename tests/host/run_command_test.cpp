@@ -152,7 +152,7 @@ TEST_F(RunCommandTest, AScriptGetsNoMoreThanItsMemory) {
 
 TEST_F(RunCommandTest, LimitsThatAreNoneAreWrongUsage) {
     for (const char* option : {"--time-limit", "--memory-limit"}) {
-        for (const char* value : {"0", "-1", "many"}) {
+        for (const char* value : {"0", "-1", "many", "nan", "-nan", "inf", "1e999"}) {
             EXPECT_EQ(zrkey({"run", option, value, "any.js"}).exitCode, 2) << option << value;
         }
     }
