@@ -46,7 +46,7 @@ int runScriptFile(const RunOptions& options) {
     Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
     const std::optional<std::string> source = readBytes(options.file);
     if (!source) {
-        console.writeError("zrkey: cannot read " + options.file + "\n");
+        console.writeError(printable("zrkey: cannot read " + options.file) + "\n");
         return kExitFailure;
     }
     ScriptEngine engine(console, limitsOf(options));

@@ -11,6 +11,7 @@
 #include <new>
 
 #include "console.h"
+#include "failure.h"
 #include "script_object.h"
 #include "text.h"
 
@@ -47,7 +48,9 @@ duk_ret_t print(duk_context* script) {
         line += utf8At(script, i);
     }
     line.push_back('\n');
-    contextOf(script).console.writeOutput(line);
+    if (!contextOf(script).console.writeOutput(line)) {
+        return throwError(script, DUK_ERR_ERROR, "print failed: standard output cannot be written");
+    }
     return 0;
 }
 
@@ -104,7 +107,7 @@ duk_ret_t describeError(duk_context* script, void* data) {
 
 [[noreturn]] void failEngine(void* context, const char* message) {
     static_cast<ScriptContext*>(context)->console.writeError(
-        std::string("zrkey: the script engine failed: ") + message + "\n");
+        printable(std::string("zrkey: the script engine failed: ") + message) + "\n");
     std::_Exit(1);
 }
 
@@ -140,7 +143,7 @@ bool ScriptEngine::run(const std::string& file, std::string_view source,
     if (duk_safe_call(m_heap, describeError, &report, 1, 1) != DUK_EXEC_SUCCESS) {
         report.text = file + ": an error that cannot be described";
     }
-    m_console.writeError(report.text + "\n");
+    m_console.writeError(printable(report.text) + "\n");
     return false;
 }
 

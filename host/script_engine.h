@@ -29,7 +29,7 @@ public:
     /// @param source     UTF-8; a byte order mark and a first line "#!..." are skipped.
     /// @param arguments  UTF-8; the script's global array "arguments".
     /// @return false after an error that the script did not catch; it is on standard error then, as
-    ///         "FILE:LINE: message".
+    ///         "FILE:LINE: message", one line whatever it holds.
     bool run(const std::string& file, std::string_view source,
              const std::vector<std::string>& arguments);
 

@@ -9,7 +9,7 @@
 namespace zr::host {
 namespace {
 
-/// What stands before each block: its size, with room for the strictest alignment.
+/// What stands before each block: the size of both, with room for the strictest alignment.
 constexpr std::size_t kHeader = alignof(std::max_align_t);
 
 std::size_t sizeOf(const void* block) {
@@ -47,13 +47,16 @@ void* ScriptUse::reallocate(void* block, std::size_t size) {
         free(block);
         return nullptr;
     }
+    if (size > std::numeric_limits<std::size_t>::max() - kHeader) {
+        return nullptr;
+    }
+    size += kHeader;
     const std::size_t before = block ? sizeOf(block) : 0;
-    if (size > std::numeric_limits<std::size_t>::max() - kHeader ||
-        (m_mostBytes && size > before && size - before > *m_mostBytes - m_usedBytes)) {
+    if ((m_mostBytes && size > before && size - before > *m_mostBytes - m_usedBytes)) {
         return nullptr;
     }
     void* const start = block ? static_cast<char*>(block) - kHeader : nullptr;
-    char* const made = static_cast<char*>(std::realloc(start, size + kHeader));
+    char* const made = static_cast<char*>(std::realloc(start, size));
     if (made == nullptr) {
         return nullptr;
     }

@@ -86,6 +86,15 @@ TEST_F(RunCommandTest, ErrorThatCannotBeDescribedStillFails) {
                   "script.js: an error that cannot be described\n");
 }
 
+TEST_F(RunCommandTest, UncaughtErrorIsOneLineWithoutControlCharacters) {
+    expectFailure(runText("throw new Error('a\\nb\\r\\u001b[2Jc\\u009bd');"),
+                  "script.js:1: a?b??[2Jc??d\n");
+    expectFailure(runText("var error = new Error('x');\nObject.defineProperty(error, 'fileName', "
+                          "{value: 'a\\u001bb\\nc'});\nthrow error;"),
+                  "a?b?c:1: x\n");
+    expectFailure(zrkey({"run", "no\x1bwhere.js"}), "zrkey: cannot read no?where.js\n");
+}
+
 TEST_F(RunCommandTest, FailureOfAMemberNamesTheCallingLine) {
     expectFailure(runText("var provider = new TokenProvider();\n"
                           "function count() {\n    return provider.GetKeyCount();\n}\ncount();\n"),
