@@ -34,6 +34,7 @@ public:
 ScriptLimits limitsOf(const RunOptions& options) {
     ScriptLimits limits;
     if (options.seconds > 0) {
+        limits.mayEndProcess = true;
         limits.time = std::chrono::milliseconds(static_cast<long long>(options.seconds * 1000));
     }
     if (options.mebibytes > 0) {

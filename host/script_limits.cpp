@@ -38,8 +38,17 @@ ScriptUse::ScriptUse(const ScriptLimits& limits) : m_mostBytes(limits.bytes) {
     }
 }
 
-bool ScriptUse::isTimeUp() const {
-    return m_end && std::chrono::steady_clock::now() >= *m_end;
+bool ScriptUse::isTimeUp() {
+    m_wasStopped = m_wasStopped || (m_end && std::chrono::steady_clock::now() >= *m_end);
+    return m_wasStopped;
+}
+
+bool ScriptUse::charge(std::size_t bytes) {
+    if (m_mostBytes && bytes > *m_mostBytes - m_usedBytes) {
+        return false;
+    }
+    m_usedBytes += bytes;
+    return true;
 }
 
 void* ScriptUse::reallocate(void* block, std::size_t size) {
@@ -52,7 +61,7 @@ void* ScriptUse::reallocate(void* block, std::size_t size) {
     }
     size += kHeader;
     const std::size_t before = block ? sizeOf(block) : 0;
-    if ((m_mostBytes && size > before && size - before > *m_mostBytes - m_usedBytes)) {
+    if (m_mostBytes && size > before && size - before > *m_mostBytes - m_usedBytes) {
         return nullptr;
     }
     void* const start = block ? static_cast<char*>(block) - kHeader : nullptr;
@@ -70,6 +79,14 @@ void ScriptUse::free(void* block) {
         m_usedBytes -= sizeOf(block);
         std::free(static_cast<char*>(block) - kHeader);
     }
+}
+
+bool ScriptCharge::add(std::size_t bytes) {
+    if (!m_use.charge(bytes)) {
+        return false;
+    }
+    m_bytes += bytes;
+    return true;
 }
 
 duk_context* createLimitedHeap(void* context, duk_fatal_function fatal) {
