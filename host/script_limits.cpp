@@ -6,11 +6,23 @@
 #include <limits>
 #include <new>
 
+#include "system.h"
+
 namespace zr::host {
 namespace {
 
 /// What stands before each block: the size of both, with room for the strictest alignment.
 constexpr std::size_t kHeader = alignof(std::max_align_t);
+
+/// The engine's share of the stack, in quarters. The rest is for the library, which is called at any
+/// depth, and for what goes on between two checks.
+constexpr std::size_t kEngineQuarters = 3;
+
+/// Where in the stack the caller is. A local variable would do, were it not for sanitizers, which
+/// may keep it elsewhere.
+[[gnu::always_inline]] inline std::uintptr_t stackPosition() {
+    return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+}
 
 std::size_t sizeOf(const void* block) {
     std::size_t size = 0;
@@ -32,7 +44,8 @@ void release(void* context, void* block) {
 
 }  // namespace
 
-ScriptUse::ScriptUse(const ScriptLimits& limits) : m_mostBytes(limits.bytes) {
+ScriptUse::ScriptUse(const ScriptLimits& limits)
+    : m_deepest(stackPosition() - stackSize() / 4 * kEngineQuarters), m_mostBytes(limits.bytes) {
     if (limits.time) {
         m_end = std::chrono::steady_clock::now() + *limits.time;
     }
@@ -41,6 +54,10 @@ ScriptUse::ScriptUse(const ScriptLimits& limits) : m_mostBytes(limits.bytes) {
 bool ScriptUse::isTimeUp() {
     m_wasStopped = m_wasStopped || (m_end && std::chrono::steady_clock::now() >= *m_end);
     return m_wasStopped;
+}
+
+bool ScriptUse::isStackShort() const {
+    return stackPosition() < m_deepest;
 }
 
 bool ScriptUse::charge(std::size_t bytes) {
@@ -99,4 +116,10 @@ duk_context* createLimitedHeap(void* context, duk_fatal_function fatal) {
 /// script cannot catch for good.
 extern "C" int zrIsScriptTimeUp(void* context) {
     return zr::host::useOf(context).isTimeUp() ? 1 : 0;
+}
+
+/// Asked by the engine before each call and each step of its recursions; what it answers is an error
+/// that the script can catch.
+extern "C" int zrIsScriptStackShort(void* context) {
+    return zr::host::useOf(context).isStackShort() ? 1 : 0;
 }

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 
 namespace zr::host {
@@ -21,7 +22,7 @@ struct ScriptLimits {
 };
 
 /// Counts what one script takes. The engine asks it for memory and, while the script runs, whether
-/// its time is up.
+/// its time is up or the stack short. It is made on the thread that runs the script.
 class ScriptUse {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
@@ -32,6 +33,8 @@ public:
     bool isTimeUp();
     /// Whether isTimeUp has ever said so.
     bool wasStopped() const { return m_wasStopped; }
+    /// Whether the calling function is so deep in the stack that the engine must not go deeper.
+    bool isStackShort() const;
     const std::optional<TimePoint>& end() const { return m_end; }
     /// As the C library's function; null also when the limit is reached.
     void* reallocate(void* block, std::size_t size);
@@ -44,6 +47,7 @@ public:
 private:
     std::optional<TimePoint> m_end;
     bool m_wasStopped = false;
+    std::uintptr_t m_deepest;
     std::optional<std::size_t> m_mostBytes;
     std::size_t m_usedBytes = 0;
 };

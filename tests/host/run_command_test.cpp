@@ -145,6 +145,11 @@ TEST_F(RunCommandTest, EndlessRecursionIsAnError) {
                   "finalizer: survived\n");
 }
 
+TEST_F(RunCommandTest, DeepNestingOfTheEnginesFunctionsIsAnError) {
+    expectSuccess(runScript("deep_nesting.js"),
+                  "one: no error\nwritten: RangeError\nread: RangeError\nlibrary: RangeError\n");
+}
+
 TEST_F(RunCommandTest, AScriptEndsWhenItsTimeIsUpThoughItCatchesErrors) {
     expectFailure(
         runText("for (;;) { try { for (;;) {} } catch (error) {} }", {"--time-limit", "0.2"}),

@@ -74,7 +74,7 @@ TEST_F(ScriptLimitsTest, AScriptInTimeIsLeftAlone) {
 
 TEST_F(ScriptLimitsTest, ArgumentsOfACallCountAsMemory) {
     const CommandResult result = runText(
-        "var text = 'x', list = []; while (text.length < 1 << 20) { text += text; }\n"
+        "var text = 'x', list = []; while (text.length < 1 << 18) { text += text; }\n"
         "while (list.length < 20) { list.push(text); }\n"
         "var provider = new TokenProvider();\n"
         "function load(values) {\n"
@@ -85,7 +85,7 @@ TEST_F(ScriptLimitsTest, ArgumentsOfACallCountAsMemory) {
         // What a call has taken is given back.
         "for (var i = 0; i < 20; ++i) { var last = load([text, text]); }\n"
         "print(last);\n",
-        {"--memory-limit", "16"});
+        {"--memory-limit", "4"});
     EXPECT_EQ(result.output, "alloc failed\nLoad failed: E_INVALIDARG (0x80070057)\n");
     EXPECT_EQ(result.errors, "");
 }
