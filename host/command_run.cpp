@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 
 #include <chrono>
+#include <cmath>
 #include <memory>
 #include <optional>
 
@@ -33,6 +34,7 @@ public:
 ScriptLimits limitsOf(const RunOptions& options) {
     ScriptLimits limits;
     if (options.seconds > 0) {
+        limits.mayEndProcess = true;
         limits.time = std::chrono::milliseconds(static_cast<long long>(options.seconds * 1000));
     }
     if (options.mebibytes > 0) {
@@ -45,7 +47,7 @@ int runScriptFile(const RunOptions& options) {
     Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
     const std::optional<std::string> source = readBytes(options.file);
     if (!source) {
-        console.writeError("zrkey: cannot read " + options.file + "\n");
+        console.writeError(printable("zrkey: cannot read " + options.file) + "\n");
         return kExitFailure;
     }
     ScriptEngine engine(console, limitsOf(options));
@@ -76,6 +78,10 @@ void addRunCommand(CLI::App& app, Action& action) {
         }
         if (words.front().starts_with('-')) {
             throw CLI::ExtrasError({words.front()});
+        }
+        if (std::isnan(options->seconds)) {
+            // Neither below nor above the range.
+            throw CLI::ValidationError("--time-limit", "a number is needed");
         }
         options->file = words.front();
         options->arguments.assign(words.begin() + 1, words.end());

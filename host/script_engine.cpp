@@ -9,14 +9,19 @@
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <optional>
 
 #include "console.h"
+#include "failure.h"
 #include "script_object.h"
+#include "script_watchdog.h"
 #include "text.h"
 
 namespace zr::host {
 namespace {
 
+/// How much print gathers before it writes: a script can print more than it holds.
+constexpr std::size_t kPrintedAtOnce = 1 << 16;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 struct Script {
@@ -36,18 +41,28 @@ std::string utf8At(duk_context* script, duk_idx_t index) {
     return toUtf8(toUtf16({text, size}));
 }
 
+void writePrinted(duk_context* script, const std::string& text) {
+    stopInTime(script);
+    if (!contextOf(script).console.writeOutput(text)) {
+        throwError(script, DUK_ERR_ERROR, "print failed: standard output cannot be written");
+    }
+}
+
 /// print(...): the arguments as texts, with blanks between, on a line of standard output.
 duk_ret_t print(duk_context* script) {
     const duk_idx_t count = duk_get_top(script);
-    std::string line;
+    std::string text;
     for (duk_idx_t i = 0; i < count; ++i) {
         if (i > 0) {
-            line.push_back(' ');
+            text.push_back(' ');
         }
-        line += utf8At(script, i);
+        text += utf8At(script, i);
+        if (text.size() >= kPrintedAtOnce) {
+            writePrinted(script, text);
+            text = {};
+        }
     }
-    line.push_back('\n');
-    contextOf(script).console.writeOutput(line);
+    writePrinted(script, text.append("\n"));
     return 0;
 }
 
@@ -69,6 +84,9 @@ duk_ret_t runProtected(duk_context* heap, void* data) {
     duk_call(heap, 0);
     return 0;
 }
+
+/// What follows the place of a script that is out of time.
+const std::string kTimeoutReport = std::string(": RangeError: ") + kTimeoutMessage;
 
 struct ErrorReport {
     const std::string& file;
@@ -93,6 +111,11 @@ duk_ret_t describeError(duk_context* script, void* data) {
     } else {
         message = "uncaught ";
     }
+    if (contextOf(script).use.wasStopped()) {
+        // Whatever was thrown: asking it would call the script.
+        report.text = place + kTimeoutReport;
+        return 0;
+    }
     message += utf8At(script, -1);
     // "Error: " says nothing that standard error does not say; other kinds are kept.
     if (message.starts_with("Error: ")) {
@@ -102,9 +125,21 @@ duk_ret_t describeError(duk_context* script, void* data) {
     return 0;
 }
 
+/// The line about the thrown value on top of the stack, which goes.
+/// @param timeout  the line when the time was up and no place is known.
+std::string describeFailure(duk_context* script, const std::string& file,
+                            const std::string& timeout) {
+    ErrorReport report{file, {}};
+    if (duk_safe_call(script, describeError, &report, 1, 1) == DUK_EXEC_SUCCESS) {
+        return report.text;
+    }
+    return contextOf(script).use.wasStopped() ? timeout
+                                              : file + ": an error that cannot be described";
+}
+
 [[noreturn]] void failEngine(void* context, const char* message) {
     static_cast<ScriptContext*>(context)->console.writeError(
-        std::string("zrkey: the script engine failed: ") + message + "\n");
+        printable(std::string("zrkey: the script engine failed: ") + message) + "\n");
     std::_Exit(1);
 }
 
@@ -116,7 +151,8 @@ ScriptUse& useOf(void* context) {
 
 ScriptEngine::ScriptEngine(Console& console, const ScriptLimits& limits)
     : m_console(console),
-      m_context(std::make_unique<ScriptContext>(ScriptContext{console, ScriptUse(limits)})),
+      m_mayEndProcess(limits.mayEndProcess),
+      m_context(new ScriptContext{console, ScriptUse(limits)}),
       m_heap(createLimitedHeap(m_context.get(), failEngine)) {
     if (m_heap == nullptr) {
         throw std::bad_alloc();
@@ -132,16 +168,35 @@ bool ScriptEngine::run(const std::string& file, std::string_view source,
     if (source.starts_with(kByteOrderMark)) {
         source.remove_prefix(kByteOrderMark.size());
     }
+    ScriptUse& use = m_context->use;
+    const std::string timeout = file + kTimeoutReport;
+    std::optional<ScriptWatchdog> watchdog;
+    if (m_mayEndProcess && use.end()) {
+        watchdog.emplace(*use.end(), m_context->libraryCalls, [this, &timeout] {
+            report(timeout);
+            std::_Exit(kExitFailure);
+        });
+    }
     Script script{file, source, arguments};
-    if (duk_safe_call(m_heap, runProtected, &script, 0, 1) == DUK_EXEC_SUCCESS) {
-        return true;
+    const bool isDone = duk_safe_call(m_heap, runProtected, &script, 0, 1) == DUK_EXEC_SUCCESS;
+    if (!isDone) {
+        report(describeFailure(m_heap, file, timeout));
     }
-    ErrorReport report{file, {}};
-    if (duk_safe_call(m_heap, describeError, &report, 1, 1) != DUK_EXEC_SUCCESS) {
-        report.text = file + ": an error that cannot be described";
+    // Finalizers run here, and may be what takes too long.
+    duk_destroy_heap(m_heap);
+    m_heap = nullptr;
+    if (use.wasStopped()) {
+        report(timeout);
     }
-    m_console.writeError(report.text + "\n");
-    return false;
+    return isDone && !use.wasStopped();
+}
+
+void ScriptEngine::report(const std::string& line) {
+    const std::lock_guard lock(m_reporting);
+    if (!m_isReported) {
+        m_isReported = true;
+        m_console.writeError(printable(line) + "\n");
+    }
 }
 
 }  // namespace zr::host

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,7 +16,7 @@ namespace zr::host {
 class Console;
 struct ScriptContext;
 
-/// One script world. Whatever the script still holds is released with it.
+/// The world of one script.
 class ScriptEngine {
 public:
     /// @param limits  for the whole life of the engine.
@@ -24,19 +25,25 @@ public:
     ScriptEngine(const ScriptEngine&) = delete;
     ScriptEngine& operator=(const ScriptEngine&) = delete;
 
-    /// Runs a script to its end.
+    /// Runs a script to its end and releases whatever it still holds. To be called once.
     /// @param file       its name in error messages.
     /// @param source     UTF-8; a byte order mark and a first line "#!..." are skipped.
     /// @param arguments  UTF-8; the script's global array "arguments".
-    /// @return false after an error that the script did not catch; it is on standard error then, as
-    ///         "FILE:LINE: message".
+    /// @return false after an error that the script did not catch, and when its time was up. It is
+    ///         on standard error then, as "FILE:LINE: message", one line whatever it holds.
     bool run(const std::string& file, std::string_view source,
              const std::vector<std::string>& arguments);
 
 private:
+    /// Writes the line of the first failure; on any thread.
+    void report(const std::string& line);
+
     Console& m_console;
+    bool m_mayEndProcess;
     std::unique_ptr<ScriptContext> m_context;
     duk_hthread* m_heap;
+    std::mutex m_reporting;
+    bool m_isReported = false;
 };
 
 }  // namespace zr::host

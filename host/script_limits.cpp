@@ -6,11 +6,23 @@
 #include <limits>
 #include <new>
 
+#include "system.h"
+
 namespace zr::host {
 namespace {
 
-/// What stands before each block: its size, with room for the strictest alignment.
+/// What stands before each block: the size of both, with room for the strictest alignment.
 constexpr std::size_t kHeader = alignof(std::max_align_t);
+
+/// The engine's share of the stack, in quarters. The rest is for the library, which is called at any
+/// depth, and for what goes on between two checks.
+constexpr std::size_t kEngineQuarters = 3;
+
+/// Where in the stack the caller is. A local variable would do, were it not for sanitizers, which
+/// may keep it elsewhere.
+[[gnu::always_inline]] inline std::uintptr_t stackPosition() {
+    return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+}
 
 std::size_t sizeOf(const void* block) {
     std::size_t size = 0;
@@ -32,14 +44,28 @@ void release(void* context, void* block) {
 
 }  // namespace
 
-ScriptUse::ScriptUse(const ScriptLimits& limits) : m_mostBytes(limits.bytes) {
+ScriptUse::ScriptUse(const ScriptLimits& limits)
+    : m_deepest(stackPosition() - stackSize() / 4 * kEngineQuarters), m_mostBytes(limits.bytes) {
     if (limits.time) {
         m_end = std::chrono::steady_clock::now() + *limits.time;
     }
 }
 
-bool ScriptUse::isTimeUp() const {
-    return m_end && std::chrono::steady_clock::now() >= *m_end;
+bool ScriptUse::isTimeUp() {
+    m_wasStopped = m_wasStopped || (m_end && std::chrono::steady_clock::now() >= *m_end);
+    return m_wasStopped;
+}
+
+bool ScriptUse::isStackShort() const {
+    return stackPosition() < m_deepest;
+}
+
+bool ScriptUse::charge(std::size_t bytes) {
+    if (m_mostBytes && bytes > *m_mostBytes - m_usedBytes) {
+        return false;
+    }
+    m_usedBytes += bytes;
+    return true;
 }
 
 void* ScriptUse::reallocate(void* block, std::size_t size) {
@@ -47,13 +73,16 @@ void* ScriptUse::reallocate(void* block, std::size_t size) {
         free(block);
         return nullptr;
     }
+    if (size > std::numeric_limits<std::size_t>::max() - kHeader) {
+        return nullptr;
+    }
+    size += kHeader;
     const std::size_t before = block ? sizeOf(block) : 0;
-    if (size > std::numeric_limits<std::size_t>::max() - kHeader ||
-        (m_mostBytes && size > before && size - before > *m_mostBytes - m_usedBytes)) {
+    if (m_mostBytes && size > before && size - before > *m_mostBytes - m_usedBytes) {
         return nullptr;
     }
     void* const start = block ? static_cast<char*>(block) - kHeader : nullptr;
-    char* const made = static_cast<char*>(std::realloc(start, size + kHeader));
+    char* const made = static_cast<char*>(std::realloc(start, size));
     if (made == nullptr) {
         return nullptr;
     }
@@ -69,6 +98,14 @@ void ScriptUse::free(void* block) {
     }
 }
 
+bool ScriptCharge::add(std::size_t bytes) {
+    if (!m_use.charge(bytes)) {
+        return false;
+    }
+    m_bytes += bytes;
+    return true;
+}
+
 duk_context* createLimitedHeap(void* context, duk_fatal_function fatal) {
     return duk_create_heap(allocate, reallocate, release, context, fatal);
 }
@@ -79,4 +116,10 @@ duk_context* createLimitedHeap(void* context, duk_fatal_function fatal) {
 /// script cannot catch for good.
 extern "C" int zrIsScriptTimeUp(void* context) {
     return zr::host::useOf(context).isTimeUp() ? 1 : 0;
+}
+
+/// Asked by the engine before each call and each step of its recursions; what it answers is an error
+/// that the script can catch.
+extern "C" int zrIsScriptStackShort(void* context) {
+    return zr::host::useOf(context).isStackShort() ? 1 : 0;
 }

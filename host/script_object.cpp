@@ -26,6 +26,7 @@ HRESULT findMember(ScriptContext& context, IDispatch& object, const std::string&
         return E_FAIL;
     }
     LPOLESTR names[] = {wide.data()};
+    const LibraryCall call(context.libraryCalls);
     const HRESULT result = object.GetIDsOfNames(IID_NULL, names, 1, 0, &id);
     context.console.drainDiagnostics();
     return result;
@@ -48,11 +49,18 @@ duk_ret_t callMember(duk_context* script) {
     const std::string member = textAt(script, -1);
     duk_push_this(script);
     const ComRef<IDispatch> object = objectAt(script, -1);
+    stopInTime(script);
     if (!object) {
         return throwError(script, DUK_ERR_TYPE_ERROR,
                           member + " called on what is no token object");
     }
 
+    ScriptCharge charge(context.use);
+    for (duk_idx_t i = 0; i < count; ++i) {
+        if (!charge.add(argumentSize(script, i))) {
+            return throwError(script, DUK_ERR_ERROR, "alloc failed");
+        }
+    }
     VariantList arguments(static_cast<std::size_t>(count));
     for (duk_idx_t i = 0; i < count; ++i) {
         if (!readArgument(script, i, arguments[static_cast<std::size_t>(i)])) {
@@ -69,9 +77,12 @@ duk_ret_t callMember(duk_context* script) {
     // The first argument comes first, not last as is usual for rgvarg.
     DISPPARAMS params = {arguments.data(), nullptr, static_cast<UINT>(count), 0};
     VariantList value(1);
-    result =
-        object->Invoke(id, IID_NULL, 0, DISPATCH_METHOD, &params, value.data(), nullptr, nullptr);
-    context.console.drainDiagnostics();
+    {
+        const LibraryCall call(context.libraryCalls);
+        result = object->Invoke(id, IID_NULL, 0, DISPATCH_METHOD, &params, value.data(), nullptr,
+                                nullptr);
+        context.console.drainDiagnostics();
+    }
     if (FAILED(result)) {
         return throwResult(script, member, result);
     }
@@ -104,6 +115,7 @@ bool isMember(duk_context* script, duk_idx_t target, duk_idx_t key) {
     if (!duk_is_string(script, key) || duk_is_symbol(script, key)) {
         return false;
     }
+    stopInTime(script);
     const ComRef<IDispatch> object = objectAt(script, target);
     DISPID id = 0;
     return object &&
@@ -138,6 +150,7 @@ duk_ret_t releaseObject(duk_context* script) {
     if (duk_is_object(script, 0) && duk_get_prop_string(script, 0, kNumberKey)) {
         const auto found = context.objects.find(duk_get_uint(script, -1));
         if (found != context.objects.end()) {
+            const LibraryCall call(context.libraryCalls);
             context.objects.erase(found);
             context.console.drainDiagnostics();
         }
@@ -145,13 +158,20 @@ duk_ret_t releaseObject(duk_context* script) {
     return 0;
 }
 
+HRESULT createProviderFor(ScriptContext& context, ComRef<ITokenProvider>& provider) {
+    const LibraryCall call(context.libraryCalls);
+    const HRESULT result = createProvider(provider);
+    context.console.drainDiagnostics();
+    return result;
+}
+
 duk_ret_t makeProvider(duk_context* script) {
     if (!duk_is_constructor_call(script)) {
         return throwError(script, DUK_ERR_TYPE_ERROR, "TokenProvider is made with new");
     }
+    stopInTime(script);
     ComRef<ITokenProvider> provider;
-    const HRESULT result = createProvider(provider);
-    contextOf(script).console.drainDiagnostics();
+    const HRESULT result = createProviderFor(contextOf(script), provider);
     if (FAILED(result)) {
         return throwResult(script, "TokenProvider", result);
     }
@@ -215,6 +235,12 @@ ComRef<IDispatch> objectAt(duk_context* script, duk_idx_t index) {
         duk_pop(script);
     }
     return object;
+}
+
+void stopInTime(duk_context* script) {
+    if (contextOf(script).use.isTimeUp()) {
+        throwError(script, DUK_ERR_RANGE_ERROR, kTimeoutMessage);
+    }
 }
 
 duk_ret_t throwError(duk_context* script, duk_errcode_t kind, const std::string& message) {

@@ -13,6 +13,7 @@
 #include "console.h"
 #include "library.h"
 #include "script_limits.h"
+#include "script_watchdog.h"
 
 namespace zr::host {
 
@@ -20,6 +21,7 @@ namespace zr::host {
 struct ScriptContext {
     Console& console;
     ScriptUse use = ScriptUse(ScriptLimits());
+    LibraryCalls libraryCalls = 0;
     /// The script's objects by the number under which its side of them is marked. A script that
     /// tampers with its side can at most name another live object.
     std::unordered_map<std::uint32_t, ComRef<IDispatch>> objects = {};
@@ -38,6 +40,10 @@ void pushObject(duk_context* script, ComRef<IDispatch> object);
 /// The object behind a wrapped value.
 /// @return null when the value is no wrapped object or its reference is gone.
 ComRef<IDispatch> objectAt(duk_context* script, duk_idx_t index);
+
+/// Throws the engine's own error into the script when its time is up. For functions that a script
+/// may call without the engine asking in between.
+void stopInTime(duk_context* script);
 
 /// Throws an error into the script, never returning; kind is one of DUK_ERR_*.
 duk_ret_t throwError(duk_context* script, duk_errcode_t kind, const std::string& message);

@@ -119,6 +119,18 @@ VariantList::~VariantList() {
     }
 }
 
+std::size_t argumentSize(duk_context* script, duk_idx_t index) {
+    duk_size_t size = 0;
+    if (duk_is_string(script, index)) {
+        // No byte makes more than one unit.
+        duk_get_lstring(script, index, &size);
+        size *= sizeof(OLECHAR);
+    } else if (duk_is_buffer_data(script, index)) {
+        duk_get_buffer_data(script, index, &size);
+    }
+    return sizeof(VARIANT) + size;
+}
+
 bool readArgument(duk_context* script, duk_idx_t index, VARIANT& out) {
     switch (duk_get_type(script, index)) {
         case DUK_TYPE_UNDEFINED:

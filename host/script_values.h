@@ -25,6 +25,9 @@ private:
     std::vector<VARIANT> m_variants;
 };
 
+/// The most bytes that a script value takes when it is converted for a call.
+std::size_t argumentSize(duk_context* script, duk_idx_t index);
+
 /// Converts a script value for a call: number VT_R8, string VT_BSTR, boolean VT_BOOL, null VT_NULL,
 /// undefined VT_EMPTY, wrapped object VT_DISPATCH, byte buffer VT_ARRAY|VT_UI1.
 /// @param out  empty before; left so when the value cannot be passed.

@@ -20,6 +20,9 @@ std::vector<std::string> commandLineArguments(int argc, char** argv);
 /// A variable of the environment in UTF-8.
 std::optional<std::string> environmentVariable(const std::string& name);
 
+/// How large the stack of the calling thread may become, at least.
+std::size_t stackSize();
+
 /// Opens a file to read its bytes, or to replace them; -1 on failure.
 int openForReading(const std::string& path);
 int openForWriting(const std::string& path);

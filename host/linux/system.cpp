@@ -1,13 +1,21 @@
 // The command's system services on Linux.
 #include "system.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace zr::host {
+namespace {
+
+/// The usual size, and no more where there is more: "unlimited" is no number to divide.
+constexpr rlim_t kMostStack = 8 << 20;
+
+}  // namespace
 
 std::vector<std::string> commandLineArguments(int argc, char** argv) {
     return argc > 1 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
@@ -16,6 +24,12 @@ std::vector<std::string> commandLineArguments(int argc, char** argv) {
 std::optional<std::string> environmentVariable(const std::string& name) {
     const char* value = std::getenv(name.c_str());
     return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
+}
+
+std::size_t stackSize() {
+    rlimit limit = {kMostStack, kMostStack};
+    getrlimit(RLIMIT_STACK, &limit);
+    return static_cast<std::size_t>(std::min(limit.rlim_cur, kMostStack));
 }
 
 int openForReading(const std::string& path) {

@@ -62,6 +62,13 @@ std::optional<std::string> environmentVariable(const std::string& name) {
     return utf8;
 }
 
+std::size_t stackSize() {
+    ULONG_PTR low = 0;
+    ULONG_PTR high = 0;
+    GetCurrentThreadStackLimits(&low, &high);
+    return high - low;
+}
+
 int openForReading(const std::string& path) {
     return _wopen(toWide(path).c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT);
 }

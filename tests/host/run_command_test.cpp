@@ -86,6 +86,15 @@ TEST_F(RunCommandTest, ErrorThatCannotBeDescribedStillFails) {
                   "script.js: an error that cannot be described\n");
 }
 
+TEST_F(RunCommandTest, UncaughtErrorIsOneLineWithoutControlCharacters) {
+    expectFailure(runText("throw new Error('a\\nb\\r\\u001b[2Jc\\u009bd');"),
+                  "script.js:1: a?b??[2Jc??d\n");
+    expectFailure(runText("var error = new Error('x');\nObject.defineProperty(error, 'fileName', "
+                          "{value: 'a\\u001bb\\nc'});\nthrow error;"),
+                  "a?b?c:1: x\n");
+    expectFailure(zrkey({"run", "no\x1bwhere.js"}), "zrkey: cannot read no?where.js\n");
+}
+
 TEST_F(RunCommandTest, FailureOfAMemberNamesTheCallingLine) {
     expectFailure(runText("var provider = new TokenProvider();\n"
                           "function count() {\n    return provider.GetKeyCount();\n}\ncount();\n"),
@@ -136,6 +145,11 @@ TEST_F(RunCommandTest, EndlessRecursionIsAnError) {
                   "finalizer: survived\n");
 }
 
+TEST_F(RunCommandTest, DeepNestingOfTheEnginesFunctionsIsAnError) {
+    expectSuccess(runScript("deep_nesting.js"),
+                  "one: no error\nwritten: RangeError\nread: RangeError\nlibrary: RangeError\n");
+}
+
 TEST_F(RunCommandTest, AScriptEndsWhenItsTimeIsUpThoughItCatchesErrors) {
     expectFailure(
         runText("for (;;) { try { for (;;) {} } catch (error) {} }", {"--time-limit", "0.2"}),
@@ -152,7 +166,7 @@ TEST_F(RunCommandTest, AScriptGetsNoMoreThanItsMemory) {
 
 TEST_F(RunCommandTest, LimitsThatAreNoneAreWrongUsage) {
     for (const char* option : {"--time-limit", "--memory-limit"}) {
-        for (const char* value : {"0", "-1", "many"}) {
+        for (const char* value : {"0", "-1", "many", "nan", "-nan", "inf", "1e999"}) {
             EXPECT_EQ(zrkey({"run", option, value, "any.js"}).exitCode, 2) << option << value;
         }
     }

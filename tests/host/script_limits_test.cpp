@@ -1,0 +1,103 @@
+// Scripts that try to get past their limits of time, memory and stack.
+#include "child_command.h"
+
+#include <chrono>
+
+namespace zr::test {
+namespace {
+
+/// What a script tells that was ended where no line is known.
+constexpr const char* kTimeUp = "script.js: RangeError: execution timeout\n";
+
+class ScriptLimitsTest : public ChildCommandTest {
+protected:
+    /// A script that would run for minutes, with a fraction of a second of time.
+    static CommandResult runBriefly(const std::string& text) {
+        const auto start = std::chrono::steady_clock::now();
+        CommandResult result = runText(text, {"--time-limit", "0.2"});
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15)) << text;
+        EXPECT_EQ(result.exitCode, 1) << text;
+        return result;
+    }
+};
+
+TEST_F(ScriptLimitsTest, ALongLoopOfTheEngineEndsWithTheProcess) {
+    const std::string text = "var text = 'a'; while (text.length < 1 << 21) { text += text; } ";
+    for (const std::string loop :
+         {"/(a+)+b/.exec(new Array(60).join('a'));", "[].indexOf.call({length: 2147483647}, 1);"}) {
+        const CommandResult result = runBriefly("print('before'); " + loop);
+        EXPECT_EQ(result.output, "before\n") << loop;
+        EXPECT_EQ(result.errors, kTimeUp) << loop;
+    }
+    EXPECT_EQ(runBriefly(text + "(text + text).indexOf(text + 'b');").errors, kTimeUp);
+}
+
+TEST_F(ScriptLimitsTest, ALongLoopOfTheEngineThatAsksTheLibraryEnds) {
+    // Each leaf asks the provider for its member toJSON.
+    EXPECT_EQ(runBriefly("var tree = new TokenProvider();\n"
+                         "for (var depth = 0; depth < 30; ++depth) { tree = [tree, tree]; }\n"
+                         "JSON.stringify(tree);\n")
+                  .errors,
+              "script.js:3: RangeError: execution timeout\n");
+}
+
+TEST_F(ScriptLimitsTest, TimeThatIsUpIsToldThoughTheErrorHidesIt) {
+    EXPECT_EQ(runBriefly("RangeError.prototype.toString = Error.prototype.toString = "
+                         "function () { throw 1; }; for (;;) {}")
+                  .errors,
+              "script.js:1: RangeError: execution timeout\n");
+    EXPECT_EQ(runBriefly("throw { toString: function () { for (;;) {} } };").errors, kTimeUp);
+}
+
+TEST_F(ScriptLimitsTest, AFinalizerAtTheEndHasNoMoreTime) {
+    // Part of a cycle, so that only the end collects it.
+    const CommandResult result = runBriefly(
+        "var object = {}; object.self = object;\n"
+        "Duktape.fin(object, function () { for (;;) {} });\nprint('done');\n");
+    EXPECT_EQ(result.output, "done\n");
+    EXPECT_EQ(result.errors, kTimeUp);
+}
+
+TEST_F(ScriptLimitsTest, AnErrorIsToldAloneThoughAFinalizerTakesTooLong) {
+    EXPECT_EQ(runBriefly("var object = {}; object.self = object;\n"
+                         "Duktape.fin(object, function () { for (;;) {} });\nthrow 'first';\n")
+                  .errors,
+              "script.js: uncaught first\n");
+}
+
+TEST_F(ScriptLimitsTest, AScriptInTimeIsLeftAlone) {
+    const CommandResult result = runText("print('done');", {"--time-limit", "60"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.output, "done\n");
+    EXPECT_EQ(result.errors, "");
+}
+
+TEST_F(ScriptLimitsTest, ArgumentsOfACallCountAsMemory) {
+    const CommandResult result = runText(
+        "var text = 'x', list = []; while (text.length < 1 << 18) { text += text; }\n"
+        "while (list.length < 20) { list.push(text); }\n"
+        "var provider = new TokenProvider();\n"
+        "function load(values) {\n"
+        "    try { provider.Load.apply(provider, values); } catch (error) { return error.message; "
+        "}\n"
+        "}\n"
+        "print(load(list));\n"
+        // What a call has taken is given back.
+        "for (var i = 0; i < 20; ++i) { var last = load([text, text]); }\n"
+        "print(last);\n",
+        {"--memory-limit", "4"});
+    EXPECT_EQ(result.output, "alloc failed\nLoad failed: E_INVALIDARG (0x80070057)\n");
+    EXPECT_EQ(result.errors, "");
+}
+
+TEST_F(ScriptLimitsTest, PrintWritesLargeArgumentsOneByOne) {
+    const std::string large(1 << 17, 'x');
+    const CommandResult result = runText(
+        "var text = 'x'; while (text.length < 1 << 17) { text += text; }\n"
+        "print(text, text, { toString: function () { throw new Error('not this'); } });\n");
+    EXPECT_EQ(result.output, large + ' ' + large);
+    EXPECT_EQ(result.errors, "script.js:2: not this\n");
+}
+
+}  // namespace
+}  // namespace zr::test
