@@ -1,7 +1,9 @@
 // What the compiled commands share: their options, and the frame that runs one and reports it.
 #include "command_frame.h"
 
+#include <exception>
 #include <limits>
+#include <new>
 
 #include "byte_io.h"
 #include "console.h"
@@ -183,6 +185,14 @@ int runCommand(const std::string& name, const ReportOptions& options,
         writeResult(console, name, options, body());
     } catch (const Failure& failure) {
         return writeFailure(console, name, options, failure);
+    } catch (const std::bad_alloc&) {
+        return writeFailure(console, name, options,
+                            failed(kExitFailure, "finish " + name, "there is not enough memory",
+                                   "free some, or ask for less"));
+    } catch (const std::exception& error) {
+        return writeFailure(console, name, options,
+                            failed(kExitFailure, "finish " + name, error.what(),
+                                   "nothing is known of how to mend it"));
     }
     return kExitOk;
 }

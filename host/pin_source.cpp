@@ -82,7 +82,7 @@ Line readSource(const PinSource& source, const std::string& prompt, Secret& pin)
         case PinSource::Kind::kFile:
             return readFileLine(source.name, pin);
         case PinSource::Kind::kDescriptor:
-            return readLine(source.descriptor, Mark::kKept, pin);
+            return !source.isOpen ? Line::kFailed : readLine(source.descriptor, Mark::kKept, pin);
         case PinSource::Kind::kPrompt:
             break;
     }
@@ -152,7 +152,7 @@ std::optional<PinSource> parsePinSource(std::string_view text) {
         const char* end = digits.data() + digits.size();
         const auto [parsed, error] = std::from_chars(digits.data(), end, number);
         if (error == std::errc() && parsed == end && number >= 0) {
-            return PinSource{PinSource::Kind::kDescriptor, {}, number};
+            return PinSource{PinSource::Kind::kDescriptor, {}, number, isDescriptorOpen(number)};
         }
     }
     return std::nullopt;

@@ -18,6 +18,19 @@ std::optional<std::string> environmentVariable(const std::string& name) {
     return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
 }
 
+void holdStandardStreams() {
+    for (const int stream : {kStandardInput, kStandardOutput, kStandardError}) {
+        if (!isDescriptorOpen(stream)) {
+            // Gets the lowest number that is free: this one.
+            open("/dev/null", stream == kStandardInput ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
+bool isDescriptorOpen(int descriptor) {
+    return fcntl(descriptor, F_GETFD) >= 0;
+}
+
 int openForReading(const std::string& path) {
     return open(path.c_str(), O_RDONLY | O_CLOEXEC);
 }
@@ -43,8 +56,8 @@ void redirectDescriptor(int target, int source) {
     }
 }
 
-void closeDescriptor(int descriptor) {
-    close(descriptor);
+bool closeDescriptor(int descriptor) {
+    return close(descriptor) == 0;
 }
 
 bool writeAll(int descriptor, std::string_view bytes) {
