@@ -44,6 +44,10 @@ public:
     void type(const std::string& text) const {
         EXPECT_EQ(static_cast<ssize_t>(text.size()), ::write(m_terminal, text.data(), text.size()));
     }
+    bool showsNothingFor(int milliseconds) const {
+        pollfd shown = {m_terminal, POLLIN, 0};
+        return poll(&shown, 1, milliseconds) == 0;
+    }
     void send(int signal) const { EXPECT_EQ(0, kill(m_child, signal)); }
     bool isEchoOn() const {
         termios mode = {};
@@ -138,6 +142,8 @@ TEST_F(PromptTest, ASignalThatTheCallerIgnoresDoesNotEndThePrompt) {
     signal(SIGHUP, before);
     command.waitFor("user PIN of \"ZRKey Test\": ");
     command.send(SIGHUP);
+    // An answer that is there at once would win over the signal.
+    EXPECT_TRUE(command.showsNothingFor(500));
     command.type("1234\n");
     int status = 0;
     const std::string shown = command.finish(&status);
