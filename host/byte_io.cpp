@@ -31,8 +31,8 @@ bool writeFile(const std::string& path, std::string_view bytes) {
         return false;
     }
     const bool isWritten = writeAll(descriptor, bytes);
-    closeDescriptor(descriptor);
-    return isWritten;
+    const bool isClosed = closeDescriptor(descriptor);
+    return isWritten && isClosed;
 }
 
 }  // namespace zr::host

@@ -32,7 +32,8 @@ void addFileCreateCommand(CLI::App& parent, Action& action) {
     const auto [command, options] =
         addCommand(parent, action, "file create", "Makes an empty file; as N, it is found as N + 1",
                    createFile);
-    addFileOptions(*command, *options);
+    // A file made under the last name would be found under none.
+    addFileOptions(*command, *options, kLastFileName - 1);
 }
 
 }  // namespace zr::host

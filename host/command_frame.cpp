@@ -1,7 +1,9 @@
 // What the compiled commands share: their options, and the frame that runs one and reports it.
 #include "command_frame.h"
 
+#include <exception>
 #include <limits>
+#include <new>
 
 #include "byte_io.h"
 #include "console.h"
@@ -10,19 +12,25 @@
 namespace zr::host {
 namespace {
 
-constexpr unsigned kLastFileName = 65536;
-
-std::string checkFileName(const std::string& text) {
-    const bool isNumber = !text.empty() && text.size() <= 5 && text.front() != '0' &&
-                          text.find_first_not_of("0123456789") == std::string::npos;
-    const unsigned long number = isNumber ? std::stoul(text) : 0;
-    return number >= 1 && number <= kLastFileName
-               ? ""
-               : "the name of a file is a number from 1 to 65536";
+/// Decimal digits alone: the parser by itself takes octal and hexadecimal numbers too.
+CLI::Validator isDecimal(unsigned long long first, unsigned long long last,
+                         const std::string& what) {
+    const auto check = [=](const std::string& text) -> std::string {
+        constexpr std::size_t kMostDigits = 10;
+        const bool isNumber = !text.empty() && text.size() <= kMostDigits &&
+                              (text == "0" || text.front() != '0') &&
+                              text.find_first_not_of("0123456789") == std::string::npos;
+        const unsigned long long number = isNumber ? std::stoull(text) : 0;
+        return isNumber && number >= first && number <= last
+                   ? ""
+                   : what + " is a number from " + std::to_string(first) + " to " +
+                         std::to_string(last);
+    };
+    return {check, ""};
 }
 
 CLI::Validator isIndex() {
-    return CLI::Range(LONG{0}, std::numeric_limits<LONG>::max()).description("");
+    return isDecimal(0, std::numeric_limits<LONG>::max(), "an index");
 }
 
 ByteFormat parseFormat(const std::string& name) {
@@ -162,11 +170,12 @@ void addByteOutput(CLI::App& command, ByteOutput& output) {
         ->excludes(json);
 }
 
-void addFileName(CLI::App& command, std::string& name) {
-    command.add_option("NUMBER", name, "The file's name, a number from 1 to 65536")
+void addFileName(CLI::App& command, std::string& name, unsigned last) {
+    command
+        .add_option("NUMBER", name, "The file's name, a number from 1 to " + std::to_string(last))
         ->required()
         ->type_name("")
-        ->check(CLI::Validator(checkFileName, ""));
+        ->check(isDecimal(1, last, "the name of a file"));
 }
 
 int runCommand(const std::string& name, const ReportOptions& options,
@@ -176,6 +185,14 @@ int runCommand(const std::string& name, const ReportOptions& options,
         writeResult(console, name, options, body());
     } catch (const Failure& failure) {
         return writeFailure(console, name, options, failure);
+    } catch (const std::bad_alloc&) {
+        return writeFailure(console, name, options,
+                            failed(kExitFailure, "finish " + name, "there is not enough memory",
+                                   "free some, or ask for less"));
+    } catch (const std::exception& error) {
+        return writeFailure(console, name, options,
+                            failed(kExitFailure, "finish " + name, error.what(),
+                                   "nothing is known of how to mend it"));
     }
     return kExitOk;
 }

@@ -33,7 +33,8 @@ void addInputOption(CLI::App& command, std::string& path);
 /// -o and --format; --json excludes both.
 void addByteOutput(CLI::App& command, ByteOutput& output);
 /// The number that names a file of the token.
-void addFileName(CLI::App& command, std::string& name);
+/// @param last  the greatest one that the command takes.
+void addFileName(CLI::App& command, std::string& name, unsigned last);
 
 /// Runs a command's body, writes its result or its failure and gives the exit code.
 int runCommand(const std::string& name, const ReportOptions& options,

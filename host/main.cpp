@@ -84,6 +84,7 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    zr::host::holdStandardStreams();
     try {
         return run(argc, argv);
     } catch (const std::exception& error) {

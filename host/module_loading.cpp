@@ -24,11 +24,45 @@ std::string toUtf8(const fs::path& path) {
     return {text.begin(), text.end()};
 }
 
+Failure noCurrentFolder() {
+    return failed(kExitModule, "find the current folder", "the system refused it",
+                  "change to one that is there, or give --module and --workdir in full");
+}
+
+fs::path currentFolder() {
+    std::error_code error;
+    fs::path folder = fs::current_path(error);
+    if (error) {
+        throw noCurrentFolder();
+    }
+    return folder;
+}
+
+fs::path absolutePath(const fs::path& path) {
+    std::error_code error;
+    fs::path absolute = fs::absolute(path, error);
+    if (error) {
+        throw noCurrentFolder();
+    }
+    return absolute;
+}
+
+/// The same file without ".." behind a link, which leads to where the link leads. The file itself
+/// may be a link: a module may look for its own under the name it is loaded by.
+fs::path withoutLinks(const fs::path& module) {
+    std::error_code error;
+    const fs::path folder = fs::weakly_canonical(module.parent_path(), error);
+    return error ? module : folder / module.filename();
+}
+
 /// Makes a folder the current one while it lives.
 class FolderChange {
 public:
-    explicit FolderChange(const std::string& folder) : m_before(fs::current_path()) {
+    explicit FolderChange(const std::string& folder) {
         std::error_code error;
+        // Without one that is there, none is gone back to.
+        m_before = fs::current_path(error);
+        error.clear();
         if (!folder.empty()) {
             fs::current_path(toPath(folder), error);
         }
@@ -100,9 +134,9 @@ fs::path loadablePath(const fs::path& module, const fs::path& folder) {
 
 LoadedModule::LoadedModule(const ModuleOptions& options) {
     const std::string name = modulePath(options);
-    const fs::path module = fs::absolute(toPath(name));
+    const fs::path module = withoutLinks(absolutePath(toPath(name)));
     const FolderChange change(options.workFolder);
-    const fs::path folder = fs::current_path();
+    const fs::path folder = currentFolder();
     const fs::path loadable = loadablePath(module, folder);
 
     HRESULT result = createProvider(m_provider);

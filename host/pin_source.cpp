@@ -18,13 +18,22 @@ Failure noPin(const std::string& reason, const std::string& advice) {
     return failed(kExitUsage, "get a PIN", reason, advice);
 }
 
-Line readLine(int descriptor, Secret& line) {
+/// The three bytes that editors of Windows begin a file of UTF-8 with.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+enum class Mark { kKept, kDropped };
+
+/// Of a line that is too long no more is read than shows it: a device's may have no end.
+Line readLine(int descriptor, Mark mark, Secret& line) {
     Line result = Line::kRead;
     char byte = 0;
     std::ptrdiff_t count = 0;
-    while ((count = readSome(descriptor, &byte, 1)) == 1 && byte != '\n') {
+    while (result == Line::kRead && (count = readSome(descriptor, &byte, 1)) == 1 && byte != '\n') {
         if (!line.append(byte)) {
             result = Line::kTooLong;
+        } else if (mark == Mark::kDropped && line.view() == kByteOrderMark) {
+            line = Secret();
+            mark = Mark::kKept;
         }
     }
     wipe(&byte, 1);
@@ -47,7 +56,7 @@ Line readFileLine(const std::string& path, Secret& pin) {
     if (descriptor < 0) {
         return Line::kFailed;
     }
-    const Line result = readLine(descriptor, pin);
+    const Line result = readLine(descriptor, Mark::kDropped, pin);
     closeDescriptor(descriptor);
     return result;
 }
@@ -73,7 +82,7 @@ Line readSource(const PinSource& source, const std::string& prompt, Secret& pin)
         case PinSource::Kind::kFile:
             return readFileLine(source.name, pin);
         case PinSource::Kind::kDescriptor:
-            return readLine(source.descriptor, pin);
+            return !source.isOpen ? Line::kFailed : readLine(source.descriptor, Mark::kKept, pin);
         case PinSource::Kind::kPrompt:
             break;
     }
@@ -110,19 +119,9 @@ Secret withoutReturn(Secret line) {
     return shorter;
 }
 
-/// Whether the library's conversions leave it as it is: no zero, nothing malformed, no half of a
-/// surrogate pair.
+/// Whether the library's conversions leave it as it is.
 bool isPlainUtf8(const Secret& pin) {
-    const std::string_view bytes = pin.view();
-    for (std::size_t i = 0; i + 1 < bytes.size(); ++i) {
-        if (bytes[i] == '\xED' && static_cast<unsigned char>(bytes[i + 1]) >= 0xA0) {
-            return false;
-        }
-    }
-    OleString wide = toUtf16(bytes);
-    const bool isWellFormed = wide.find(OLECHAR{0xFFFD}) == OleString::npos;
-    wipe(wide.data(), wide.size() * sizeof(OLECHAR));
-    return isWellFormed && bytes.find('\0') == std::string_view::npos;
+    return isUtf8(pin.view()) && pin.view().find('\0') == std::string_view::npos;
 }
 
 }  // namespace
@@ -153,7 +152,7 @@ std::optional<PinSource> parsePinSource(std::string_view text) {
         const char* end = digits.data() + digits.size();
         const auto [parsed, error] = std::from_chars(digits.data(), end, number);
         if (error == std::errc() && parsed == end && number >= 0) {
-            return PinSource{PinSource::Kind::kDescriptor, {}, number};
+            return PinSource{PinSource::Kind::kDescriptor, {}, number, isDescriptorOpen(number)};
         }
     }
     return std::nullopt;

@@ -15,9 +15,11 @@ struct PinSource {
     Kind kind = Kind::kPrompt;
     std::string name;    ///< of the variable or the file
     int descriptor = 0;  ///< 0 is standard input
+    bool isOpen = true;  ///< whether the caller handed the descriptor over
 };
 
 /// Reads "prompt", "env:NAME", "file:PATH", "fd:N" or "-"; nothing else, a bare PIN least of all.
+/// To be called before the command opens descriptors of its own, which are no source.
 std::optional<PinSource> parsePinSource(std::string_view text);
 
 /// Takes the PIN: the answer on the terminal, the variable's value, or the next line of the file or

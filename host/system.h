@@ -23,6 +23,12 @@ std::optional<std::string> environmentVariable(const std::string& name);
 /// How large the stack of the calling thread may become, at least.
 std::size_t stackSize();
 
+/// Puts the null device in the place of each standard stream that the caller closed, so that no
+/// file opened later gets its number. Using it fails as the closed one would.
+void holdStandardStreams();
+
+bool isDescriptorOpen(int descriptor);
+
 /// Opens a file to read its bytes, or to replace them; -1 on failure.
 int openForReading(const std::string& path);
 int openForWriting(const std::string& path);
@@ -36,7 +42,8 @@ int duplicateDescriptor(int descriptor);
 /// Makes descriptor target write where source does.
 void redirectDescriptor(int target, int source);
 
-void closeDescriptor(int descriptor);
+/// @return false when the system reports that what was written may be lost.
+bool closeDescriptor(int descriptor);
 
 /// Writes everything.
 /// @return false when a part could not be written: a closed pipe, a full disk.

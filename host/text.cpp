@@ -1,6 +1,8 @@
 // Conversion between the three encodings a script's text passes through.
 #include "text.h"
 
+#include <optional>
+
 namespace zr::host {
 namespace {
 
@@ -14,8 +16,8 @@ bool isLowHalf(char32_t unit) {
     return unit >= 0xDC00 && unit < 0xE000;
 }
 
-/// Takes one encoded character off the front of text, or one malformed byte as U+FFFD.
-char32_t takeCharacter(std::string_view& text) {
+/// Takes one encoded character off the front of text, or nothing of one malformed byte.
+std::optional<char32_t> takeCharacter(std::string_view& text) {
     const auto lead = static_cast<unsigned char>(text.front());
     std::size_t length = 1;
     char32_t character = lead;
@@ -34,7 +36,7 @@ char32_t takeCharacter(std::string_view& text) {
         least = 0x80;
     } else if (lead >= 0x80) {
         text.remove_prefix(1);
-        return kReplacement;
+        return std::nullopt;
     }
     bool wellFormed = length <= text.size();
     for (std::size_t i = 1; wellFormed && i < length; ++i) {
@@ -44,7 +46,7 @@ char32_t takeCharacter(std::string_view& text) {
     }
     if (!wellFormed || character < least || character > 0x10FFFF) {
         text.remove_prefix(1);
-        return kReplacement;
+        return std::nullopt;
     }
     text.remove_prefix(length);
     return character;
@@ -73,11 +75,21 @@ void appendUtf8(std::string& bytes, char32_t character) {
 
 }  // namespace
 
+bool isUtf8(std::string_view text) {
+    while (!text.empty()) {
+        const std::optional<char32_t> character = takeCharacter(text);
+        if (!character || isHighHalf(*character) || isLowHalf(*character)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 OleString toUtf16(std::string_view text) {
     OleString units;
     units.reserve(text.size());
     while (!text.empty()) {
-        const char32_t character = takeCharacter(text);
+        const char32_t character = takeCharacter(text).value_or(kReplacement);
         if (character < 0x10000) {
             units.push_back(static_cast<OLECHAR>(character));
         } else {

@@ -14,6 +14,9 @@ namespace zr::host {
 using OleString = std::basic_string<OLECHAR>;
 using OleStringView = std::basic_string_view<OLECHAR>;
 
+/// Whether text is UTF-8 throughout: nothing malformed, no half of a pair encoded on its own.
+bool isUtf8(std::string_view text);
+
 /// UTF-16 of UTF-8 or CESU-8 text; a lone half of a pair stays, a malformed byte becomes U+FFFD.
 OleString toUtf16(std::string_view text);
 

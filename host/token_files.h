@@ -6,6 +6,9 @@
 
 namespace zr::host {
 
+/// The greatest name the library looks a file up by.
+inline constexpr unsigned kLastFileName = 65536;
+
 struct FileOptions : TokenOptions {
     PinOptions pin;
     std::string name;
@@ -19,8 +22,9 @@ inline std::string fileAdvice(bool isLoggedIn) {
 }
 
 /// The options of a command on one file.
-inline void addFileOptions(CLI::App& command, FileOptions& options) {
-    addFileName(command, options.name);
+/// @param last  the greatest name that it takes.
+inline void addFileOptions(CLI::App& command, FileOptions& options, unsigned last = kLastFileName) {
+    addFileName(command, options.name, last);
     addTokenOptions(command, options);
     addPinOptions(command, options.pin);
 }

@@ -101,6 +101,9 @@ PinEntry::PinEntry(const PinOptions& options, Need need)
         m_source = PinSource();
     }
     if (!m_source) {
+        if (m_securityOfficer) {
+            throw failed(kExitUsage, "log in as " + role(), "no PIN is given", "give it by --pin");
+        }
         return;
     }
     if (m_source->kind != PinSource::Kind::kPrompt) {

@@ -32,6 +32,19 @@ std::size_t stackSize() {
     return static_cast<std::size_t>(std::min(limit.rlim_cur, kMostStack));
 }
 
+void holdStandardStreams() {
+    for (const int stream : {kStandardInput, kStandardOutput, kStandardError}) {
+        if (!isDescriptorOpen(stream)) {
+            // Gets the lowest number that is free: this one.
+            open("/dev/null", stream == kStandardInput ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
+bool isDescriptorOpen(int descriptor) {
+    return fcntl(descriptor, F_GETFD) >= 0;
+}
+
 int openForReading(const std::string& path) {
     return open(path.c_str(), O_RDONLY | O_CLOEXEC);
 }
@@ -57,8 +70,8 @@ void redirectDescriptor(int target, int source) {
     }
 }
 
-void closeDescriptor(int descriptor) {
-    close(descriptor);
+bool closeDescriptor(int descriptor) {
+    return close(descriptor) == 0;
 }
 
 bool writeAll(int descriptor, std::string_view bytes) {

@@ -32,8 +32,12 @@ public:
         sigset_t held;
         sigemptyset(&held);
         for (std::size_t i = 0; i < kSignals.size(); ++i) {
-            sigaddset(&held, kSignals[i]);
-            sigaction(kSignals[i], &action, &m_before[i]);
+            sigaction(kSignals[i], nullptr, &m_before[i]);
+            // What the caller wants ignored, as nohup does, ends no prompt either.
+            if (m_before[i].sa_handler != SIG_IGN) {
+                sigaddset(&held, kSignals[i]);
+                sigaction(kSignals[i], &action, nullptr);
+            }
         }
         sigprocmask(SIG_BLOCK, &held, &m_maskBefore);
     }

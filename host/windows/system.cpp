@@ -2,6 +2,7 @@
 #include "system.h"
 
 #include <algorithm>
+#include <cstdint>
 
 #include <windows.h>
 
@@ -69,6 +70,27 @@ std::size_t stackSize() {
     return high - low;
 }
 
+void holdStandardStreams() {
+    for (const int stream : {kStandardInput, kStandardOutput, kStandardError}) {
+        if (isDescriptorOpen(stream)) {
+            continue;
+        }
+        const int null =
+            _wopen(L"NUL", (stream == kStandardInput ? _O_WRONLY : _O_RDONLY) | _O_BINARY);
+        if (null >= 0 && null != stream) {
+            _dup2(null, stream);
+            _close(null);
+        }
+    }
+}
+
+bool isDescriptorOpen(int descriptor) {
+    // What the runtime keeps for a standard stream that leads nowhere.
+    constexpr std::intptr_t nowhere = -2;
+    const std::intptr_t handle = _get_osfhandle(descriptor);
+    return handle != -1 && handle != nowhere;
+}
+
 int openForReading(const std::string& path) {
     return _wopen(toWide(path).c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT);
 }
@@ -95,8 +117,8 @@ void redirectDescriptor(int target, int source) {
     _dup2(source, target);
 }
 
-void closeDescriptor(int descriptor) {
-    _close(descriptor);
+bool closeDescriptor(int descriptor) {
+    return _close(descriptor) == 0;
 }
 
 bool writeAll(int descriptor, std::string_view bytes) {

@@ -47,7 +47,11 @@ CommandResult ChildCommandTest::zrkey(const std::vector<std::string>& words,
     for (const std::string& word : words) {
         line += ' ' + inQuotes(word);
     }
-    line += " < input.txt > output.txt 2> errors.txt";
+    return shell(line + " < input.txt");
+}
+
+CommandResult ChildCommandTest::shell(std::string line) {
+    line += " > output.txt 2> errors.txt";
     if (kDosShell) {
         line = inQuotes(line);
     }

@@ -25,6 +25,8 @@ protected:
     /// @param input  what it reads on standard input.
     static CommandResult zrkey(const std::vector<std::string>& words,
                                const std::string& input = {});
+    /// Runs a line of the shell's.
+    static CommandResult shell(std::string line);
     /// Runs tests/host/scripts/NAME, with options before it and arguments after it.
     static CommandResult runScript(const std::string& name,
                                    const std::vector<std::string>& arguments = {},

@@ -44,8 +44,14 @@ TEST_F(ObjectCommandTest, AFileIsNotCreatedWithoutALogin) {
 
 TEST_F(ObjectCommandTest, ANameThatIsNoNumberIsWrongUsage) {
     for (const char* name : {"0", "65537", "abc", "7x", "07", "+7", "99999999999"}) {
-        expectFailure(zrkeyLoggedIn({"file", "create", name}), 2, "a number from 1 to 65536");
+        expectFailure(zrkeyLoggedIn({"file", "read", name}), 2, "a number from 1 to 65536");
     }
+}
+
+TEST_F(ObjectCommandTest, AFileThatNoNameWouldFindIsNotCreated) {
+    expectFailure(zrkeyLoggedIn({"file", "create", "65536"}), 2, "a number from 1 to 65535");
+    expectOutput(zrkeyLoggedIn({"file", "create", "65535"}), "created 65535, found as 65536\n");
+    expectOutput(zrkeyLoggedIn({"file", "delete", "65536"}), "deleted 65536\n");
 }
 
 TEST_F(ObjectCommandTest, OutputThatCannotBeWrittenIsAFailure) {
@@ -121,8 +127,11 @@ TEST_F(ObjectCommandTest, ASignatureInJsonIsBase64) {
 
 TEST_F(ObjectCommandTest, AnUnknownFormatOrIndexIsWrongUsage) {
     expectFailure(zrkeyLoggedIn({"sign", "--format", "der"}), 2, "raw, hex, base64 and pem");
-    for (const char* index : {"a", "-1", "4294967296"}) {
+    for (const char* index : {"a", "-1", "+1", "", " 0", "0 ", "010", "0x0", "0b1", "1e0",
+                              "2147483648", "4294967296", "99999999999999999999"}) {
         expectFailure(zrkey({"info", std::string("--index=") + index}), 2, "--index");
+        expectFailure(zrkey({"cert", "read", std::string("--cert-index=") + index}), 2,
+                      "--cert-index");
     }
 }
 

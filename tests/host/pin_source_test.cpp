@@ -3,6 +3,7 @@
 
 #include "child_command.h"
 #include "failure.h"
+#include "system.h"
 #include "tests/support/temp_dir.h"
 
 namespace zr::test {
@@ -85,6 +86,31 @@ TEST_F(PinSourceTest, AnOverLongPinIsRefused) {
     writeFile("pin.txt", std::string(127, '1'));
     EXPECT_EQ(std::string(127, '1'), read("file:pin.txt"));
     EXPECT_NE(std::string::npos, refusalOfFile(std::string(128, '1')).find("more than 127"));
+}
+
+TEST_F(PinSourceTest, NoMoreIsReadOfALineThanShowsThatItIsTooLong) {
+    writeFile("pin.txt", std::string(200, '1'));
+    const int descriptor = host::openForReading("pin.txt");
+    EXPECT_NE(std::string::npos, refusal("fd:" + std::to_string(descriptor)).find("more than 127"));
+    char rest[200];
+    EXPECT_EQ(200 - 128, host::readSome(descriptor, rest, sizeof rest));
+    host::closeDescriptor(descriptor);
+}
+
+TEST_F(PinSourceTest, AByteOrderMarkIsNoPartOfAFile) {
+    const std::string mark = "\xEF\xBB\xBF";
+    for (const std::string& pin : {std::string("1234"), std::string(127, '1'), mark + "1234"}) {
+        writeFile("pin.txt", mark + pin + "\n");
+        EXPECT_EQ(pin, read("file:pin.txt"));
+    }
+    EXPECT_NE(std::string::npos, refusalOfFile(mark).find("an empty one"));
+    setEnvironment("ZRKEY_TEST_PIN", mark + "1234");
+    EXPECT_EQ(mark + "1234", read("env:ZRKEY_TEST_PIN"));
+}
+
+TEST_F(PinSourceTest, AReplacementCharacterIsACharacter) {
+    writeFile("pin.txt", "12\xEF\xBF\xBD");
+    EXPECT_EQ("12\xEF\xBF\xBD", read("file:pin.txt"));
 }
 
 TEST_F(PinSourceTest, APinThatWouldReachTheTokenChangedIsRefused) {

@@ -46,6 +46,16 @@ TEST(TextTest, LoneHalfStaysInTheEngineAndIsReplacedInUtf8) {
     EXPECT_EQ(toUtf8(OleString(1, OLECHAR{0xDD11})), "\xEF\xBF\xBD");
 }
 
+TEST(TextTest, Utf8IsToldFromTheEngineFormAndFromMalformedBytes) {
+    for (const char* text : {"", "a", "\xC3\xA9", "\xE9\x8D\xB5", "\xEF\xBF\xBD", kKeyUtf8}) {
+        EXPECT_TRUE(isUtf8(text)) << text;
+    }
+    for (const char* text : {"\x80", "a\xC3", "\xC0\x80", "\xF5\x80\x80\x80", "\xED\xA0\xBD",
+                             "\xED\xB4\x91", kKeyCesu8}) {
+        EXPECT_FALSE(isUtf8(text)) << text;
+    }
+}
+
 TEST(TextTest, MalformedBytesAreReplacedOneByOne) {
     const OLECHAR replacement = 0xFFFD;
     EXPECT_EQ(toUtf16("\x80"), OleString(1, replacement));

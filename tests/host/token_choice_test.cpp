@@ -146,6 +146,13 @@ TEST_F(TokenChoiceTest, WithoutASourceThereIsNoLogin) {
     EXPECT_EQ(0u, module.count("C_Login"));
 }
 
+TEST_F(TokenChoiceTest, TheSecurityOfficerWithoutASourceIsWrongUsage) {
+    pinOptions.securityOfficer = true;
+    EXPECT_EQ(host::kExitUsage, exitCodeOf([&] {
+                  host::PinEntry pin(pinOptions, host::PinEntry::Need::kOnRequest);
+              }));
+}
+
 TEST(LoadablePathTest, ItLeadsFromTheFolderToTheModule) {
     const std::filesystem::path root = std::filesystem::current_path().root_path();
     EXPECT_EQ("../../usr/lib/module.so",

@@ -44,6 +44,11 @@ public:
     void type(const std::string& text) const {
         EXPECT_EQ(static_cast<ssize_t>(text.size()), ::write(m_terminal, text.data(), text.size()));
     }
+    bool showsNothingFor(int milliseconds) const {
+        pollfd shown = {m_terminal, POLLIN, 0};
+        return poll(&shown, 1, milliseconds) == 0;
+    }
+    void send(int signal) const { EXPECT_EQ(0, kill(m_child, signal)); }
     bool isEchoOn() const {
         termios mode = {};
         tcgetattr(m_terminal, &mode);
@@ -129,6 +134,21 @@ TEST_F(PromptTest, AnInterruptEndsTheCommandAndBringsTheEchoBack) {
     EXPECT_TRUE(WIFSIGNALED(status));
     EXPECT_EQ(SIGINT, WTERMSIG(status));
     EXPECT_TRUE(command.isEchoOn());
+}
+
+TEST_F(PromptTest, ASignalThatTheCallerIgnoresDoesNotEndThePrompt) {
+    const auto before = signal(SIGHUP, SIG_IGN);
+    TerminalCommand command({"login"});
+    signal(SIGHUP, before);
+    command.waitFor("user PIN of \"ZRKey Test\": ");
+    command.send(SIGHUP);
+    // An answer that is there at once would win over the signal.
+    EXPECT_TRUE(command.showsNothingFor(500));
+    command.type("1234\n");
+    int status = 0;
+    const std::string shown = command.finish(&status);
+    EXPECT_NE(std::string::npos, shown.find("logged in to \"ZRKey Test\" as user")) << shown;
+    EXPECT_EQ(0, WEXITSTATUS(status));
 }
 
 TEST_F(PromptTest, AnEmptyAnswerUsesUpNoTry) {

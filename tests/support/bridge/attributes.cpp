@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <new>
 
 namespace zr::bridge {
 namespace {
@@ -40,6 +41,9 @@ bool holdsTemplate(Ulong type) {
 
 constexpr Ulong kWidth = sizeof(Ulong);
 
+/// No module has longer ones, and twice that is to be had.
+constexpr Ulong kLongestValue = 256U << 20;
+
 /// The length of numbers when each takes the native width. What is left over stays, so that a
 /// length that no number has remains one, for the module to refuse.
 CK_ULONG widenLength(Ulong length) {
@@ -56,32 +60,54 @@ Ulong narrowLength(CK_ULONG length) {
 }  // namespace
 
 Attributes::Attributes(windows::Attribute* attributes, Ulong count) : m_windows(attributes) {
-    if (!attributes) {
+    // Nothing may be thrown into the caller: it is a Windows program.
+    try {
+        translate(attributes ? count : 0);
+    } catch (const std::bad_alloc&) {
+        m_refusal = CKR_HOST_MEMORY;
+    }
+    if (m_refusal == CKR_HOST_MEMORY) {
+        m_native.clear();
+    }
+}
+
+void Attributes::translate(Ulong count) {
+    if (count > kLongestValue / sizeof(CK_ATTRIBUTE)) {
+        m_refusal = CKR_HOST_MEMORY;
         return;
     }
     m_native.resize(count);
     m_numbers.resize(count);
-    for (Ulong i = 0; i < count; ++i) {
-        const windows::Attribute& from = attributes[i];
-        CK_ATTRIBUTE& to = m_native[i];
-        to = {from.type, from.pValue, windows::widen(from.ulValueLen)};
-        m_isTranslated = m_isTranslated && !holdsTemplate(from.type);
-        if (!holdsNumbers(from.type)) {
-            continue;
+    for (Ulong i = 0; i < count && m_refusal != CKR_HOST_MEMORY; ++i) {
+        const windows::Attribute& from = m_windows[i];
+        m_native[i] = {from.type, from.pValue, windows::widen(from.ulValueLen)};
+        if (holdsTemplate(from.type)) {
+            m_refusal = CKR_ATTRIBUTE_TYPE_INVALID;
+        } else if (holdsNumbers(from.type)) {
+            widenNumbers(i);
         }
-        to.ulValueLen = widenLength(from.ulValueLen);
-        if (!from.pValue || from.ulValueLen == windows::kUnavailable) {
-            continue;
-        }
-        std::vector<CK_ULONG>& numbers = m_numbers[i];
-        numbers.resize(from.ulValueLen / kWidth + 1);
-        for (Ulong offset = 0; offset + kWidth <= from.ulValueLen; offset += kWidth) {
-            Ulong number = 0;
-            std::memcpy(&number, static_cast<const char*>(from.pValue) + offset, kWidth);
-            numbers[offset / kWidth] = windows::widen(number);
-        }
-        to.pValue = numbers.data();
     }
+}
+
+void Attributes::widenNumbers(Ulong index) {
+    const windows::Attribute& from = m_windows[index];
+    CK_ATTRIBUTE& to = m_native[index];
+    to.ulValueLen = widenLength(from.ulValueLen);
+    if (!from.pValue || from.ulValueLen == windows::kUnavailable) {
+        return;
+    }
+    if (from.ulValueLen > kLongestValue) {
+        m_refusal = CKR_HOST_MEMORY;
+        return;
+    }
+    std::vector<CK_ULONG>& numbers = m_numbers[index];
+    numbers.resize(from.ulValueLen / kWidth + 1);
+    for (Ulong offset = 0; offset + kWidth <= from.ulValueLen; offset += kWidth) {
+        Ulong number = 0;
+        std::memcpy(&number, static_cast<const char*>(from.pValue) + offset, kWidth);
+        numbers[offset / kWidth] = windows::widen(number);
+    }
+    to.pValue = numbers.data();
 }
 
 void Attributes::handBack() {

@@ -140,6 +140,18 @@ TEST_F(BridgeTest, ATemplateInATemplateIsRefused) {
     EXPECT_TRUE(module.takeCalls().empty());
 }
 
+TEST_F(BridgeTest, NumbersThatNoMemoryIsThereForAreRefused) {
+    const auto key = toWindows(module.addKey(CKO_PRIVATE_KEY, "id"));
+    Ulong objectClass = 77;
+    for (const Ulong length : {0xFFFFFFFEu, (256u << 20) + 1}) {
+        std::vector<Attribute> asked = {{CKA_CLASS, &objectClass, length}};
+        EXPECT_EQ(CKR_HOST_MEMORY, read(key, &asked));
+        EXPECT_EQ(length, asked[0].ulValueLen);
+        EXPECT_EQ(77u, objectClass);
+    }
+    EXPECT_TRUE(module.takeCalls().empty());
+}
+
 TEST_F(BridgeTest, AnObjectIsMadeAndFoundByItsNumbers) {
     Ulong objectClass = CKO_DATA;
     CK_BBOOL isOnToken = CK_TRUE;

@@ -5,10 +5,10 @@
 namespace zr::bridge {
 namespace {
 
-/// A template with a template in it is refused.
+/// Without a call for a template that is refused.
 template <class Call>
 Ulong withTemplate(const Attributes& attributes, Call call) {
-    return windows::narrow(attributes.isTranslated() ? call() : CKR_ATTRIBUTE_TYPE_INVALID);
+    return windows::narrow(attributes.refusal() == CKR_OK ? call() : attributes.refusal());
 }
 
 /// The same for calls that make an object.
@@ -88,8 +88,8 @@ Ulong generateKeyPair(Handle session, windows::Mechanism* mechanism,
     Attributes privatePart(privateAttributes, privateCount);
     Argument<windows::Mechanism*> method(mechanism);
     return withTemplate(publicPart, [&] {
-        if (!privatePart.isTranslated()) {
-            return CKR_ATTRIBUTE_TYPE_INVALID;
+        if (privatePart.refusal() != CKR_OK) {
+            return privatePart.refusal();
         }
         Argument<Handle*> publicMade(publicKey);
         Argument<Handle*> privateMade(privateKey);
