@@ -104,8 +104,10 @@ TEST_F(PinSourceTest, AByteOrderMarkIsNoPartOfAFile) {
         EXPECT_EQ(pin, read("file:pin.txt"));
     }
     EXPECT_NE(std::string::npos, refusalOfFile(mark).find("an empty one"));
-    setEnvironment("ZRKEY_TEST_PIN", mark + "1234");
-    EXPECT_EQ(mark + "1234", read("env:ZRKEY_TEST_PIN"));
+    writeFile("pin.txt", mark + "1234");
+    const int descriptor = host::openForReading("pin.txt");
+    EXPECT_EQ(mark + "1234", read("fd:" + std::to_string(descriptor)));
+    host::closeDescriptor(descriptor);
 }
 
 TEST_F(PinSourceTest, AReplacementCharacterIsACharacter) {
