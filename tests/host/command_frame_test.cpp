@@ -6,6 +6,8 @@
 #include <new>
 #include <stdexcept>
 
+#include "tests/support/console_capture.h"
+
 namespace zr::test {
 namespace {
 
@@ -15,9 +17,11 @@ template <typename Body>
 std::string outputOf(Body body) {
     host::ReportOptions options;
     options.json = true;
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(host::kExitFailure, host::runCommand("list", options, body));
-    return testing::internal::GetCapturedStdout();
+    ConsoleCapture console;
+    const int exitCode = host::runCommand("list", options, body);
+    const std::string output = console.stop().out;
+    EXPECT_EQ(host::kExitFailure, exitCode);
+    return output;
 }
 
 TEST(CommandFrameTest, AnExceptionIsAFailureWithItsObject) {
