@@ -187,6 +187,31 @@ TEST(ZComVariantTest, ContentIsAttachedAndDetached) {
     EXPECT_HR(DISP_E_BADVARTYPE, source.Detach(&out));
 }
 
+TEST(ZComVariantTest, AnArrayWithoutAnElementTypeIsAnError) {
+    SAFEARRAYBOUND bound = {2, 0};
+    SAFEARRAY* array = SafeArrayCreate(VT_I4, 1, &bound);
+    const USHORT features = array->fFeatures;
+    array->fFeatures = static_cast<USHORT>(features & ~FADF_HAVEVARTYPE);
+    expectError(ZComVariant(array), E_INVALIDARG);
+    array->fFeatures = features;
+    SafeArrayDestroy(array);
+}
+
+TEST(ZComVariantTest, ALockedArrayIsNotAttachedOver) {
+    SAFEARRAYBOUND bound = {2, 0};
+    SAFEARRAY* array = SafeArrayCreate(VT_I4, 1, &bound);
+    SafeArrayLock(array);
+    ZComVariant holder;
+    holder.vt = VT_ARRAY | VT_I4;
+    holder.parray = array;
+    ZComVariant source(5);
+    EXPECT_HR(DISP_E_ARRAYISLOCKED, holder.Attach(&source));
+    EXPECT_EQ(VT_I4, source.vt);
+    holder.vt = VT_EMPTY;
+    SafeArrayUnlock(array);
+    SafeArrayDestroy(array);
+}
+
 TEST(ZComVariantTest, CopyToKeepsTheFullLength) {
     ZComVariant text;
     text.vt = VT_BSTR;
