@@ -28,6 +28,14 @@ struct CodeRanges {
     const CodeRange* of(std::uintptr_t address) const;
 };
 
+/// What stands behind the hooks.
+struct AllocatorFunctions {
+    void* (*malloc)(std::size_t) = nullptr;
+    void* (*calloc)(std::size_t, std::size_t) = nullptr;
+    void* (*realloc)(void*, std::size_t) = nullptr;
+    void (*free)(void*) = nullptr;
+};
+
 /// Of the target: sets the hooks, if they do not stand yet, and finds the parts of the process.
 CodeRanges prepareHooks();
 

@@ -55,13 +55,7 @@ Function* next(const char* name) {
 }
 
 // The dynamic loader may allocate while the functions behind these are looked up.
-struct Behind {
-    void* (*malloc)(std::size_t) = nullptr;
-    void* (*calloc)(std::size_t, std::size_t) = nullptr;
-    void* (*realloc)(void*, std::size_t) = nullptr;
-    void (*free)(void*) = nullptr;
-};
-Behind g_behind;
+AllocatorFunctions g_behind;
 bool g_isLookingUp = false;
 alignas(16) char g_early[8192];
 std::size_t g_earlyUsed = 0;

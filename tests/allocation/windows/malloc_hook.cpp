@@ -11,14 +11,8 @@
 namespace zr::test {
 namespace {
 
-// The functions behind the hooks: this file's own imports are replaced like all others.
-struct Behind {
-    void* (*malloc)(std::size_t) = nullptr;
-    void* (*calloc)(std::size_t, std::size_t) = nullptr;
-    void* (*realloc)(void*, std::size_t) = nullptr;
-    void (*free)(void*) = nullptr;
-};
-Behind g_behind;
+// This file's own imports are replaced like all others.
+AllocatorFunctions g_behind;
 
 void* note(bool isNoted, void* block) {
     if (isNoted && block) {
