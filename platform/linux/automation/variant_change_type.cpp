@@ -23,6 +23,9 @@ HRESULT dereference(const VARIANT& source, VARIANT* value) {
     }
     if (source.vt == (VT_BYREF | VT_VARIANT)) {
         const VARIANT& inner = *source.pvarVal;
+        if (FAILED(zr::validateType(inner.vt))) {
+            return DISP_E_BADVARTYPE;
+        }
         return inner.vt == source.vt ? E_INVALIDARG : dereference(inner, value);
     }
     value->vt = static_cast<VARTYPE>(source.vt & ~VT_BYREF);

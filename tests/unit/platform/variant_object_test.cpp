@@ -171,6 +171,26 @@ TEST(VariantReferenceTest, ReferenceToAVariantIsFollowedThroughASecondOne) {
     EXPECT_EQ("O", convertedText(&outer, VT_I2));
 }
 
+TEST(VariantReferenceTest, ReferredVariantIsNoSecondReferenceToOneAndHasAType) {
+    VARIANT innermost;
+    VariantInit(&innermost);
+    VARIANT inner;
+    VariantInit(&inner);
+    inner.vt = VT_BYREF | VT_VARIANT;
+    inner.pvarVal = &innermost;
+    VARIANT outer;
+    VariantInit(&outer);
+    outer.vt = VT_BYREF | VT_VARIANT;
+    outer.pvarVal = &inner;
+    OwnedVariant target;
+    EXPECT_EQ(E_INVALIDARG, VariantChangeType(target.get(), &outer, 0, VT_BSTR));
+    for (const int type : std::initializer_list<int>{VT_BYREF | VT_EMPTY, VT_RECORD + 1, 0xFFFF}) {
+        inner.vt = static_cast<VARTYPE>(type);
+        // The failures of oleaut32 differ from type to type.
+        EXPECT_TRUE(FAILED(VariantChangeType(target.get(), &outer, 0, VT_BSTR))) << type;
+    }
+}
+
 TEST(VariantReferenceTest, NullReferenceIsATypeMismatch) {
     VARIANT reference;
     VariantInit(&reference);
