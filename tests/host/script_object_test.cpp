@@ -92,6 +92,7 @@ TEST_F(ScriptObjectTest, BytesComeBackAsUint8Array) {
     EXPECT_EQ(evaluate("var bytes = object.Echo(new Uint8Array([0, 1, 255]));"
                        "(bytes instanceof Uint8Array) + ' ' + bytes.length + ' ' + bytes[2]"),
               "true 3 255");
+    EXPECT_EQ(evaluate("object.Echo(new Uint8Array([7]))[0]"), "7");
     EXPECT_EQ(evaluate("object.Echo(new Uint8Array(0)).length"), "0");
 }
 
@@ -99,9 +100,22 @@ TEST_F(ScriptObjectTest, ListOfTextsComesBackAsArray) {
     EXPECT_EQ(evaluate("JSON.stringify(object.Texts())"), "[\"one\",\"\",\"three\"]");
 }
 
-TEST_F(ScriptObjectTest, WholeNumbersOfEveryWidthComeBackAsNumbers) {
-    EXPECT_EQ(evaluate("object.Unsigned()"), "4294967295");
-    EXPECT_EQ(evaluate("object.Signed()"), "-2");
+TEST_F(ScriptObjectTest, NumbersOfEveryTypeComeBackAsNumbers) {
+    const std::pair<int, const char*> numbers[] = {{VT_I1, "-5"},
+                                                   {VT_UI1, "200"},
+                                                   {VT_I2, "-300"},
+                                                   {VT_UI2, "65535"},
+                                                   {VT_I4, "-70000"},
+                                                   {VT_INT, "-70001"},
+                                                   {VT_UI4, "4294967295"},
+                                                   {VT_UINT, "4294967294"},
+                                                   {VT_I8, "-1099511627776"},
+                                                   {VT_UI8, "9007199254740991"},
+                                                   {VT_R4, "0.5"},
+                                                   {VT_R8, "0.1"}};
+    for (const auto& [type, number] : numbers) {
+        EXPECT_EQ(evaluate("object.Number(" + std::to_string(type) + ", " + number + ")"), number);
+    }
 }
 
 TEST_F(ScriptObjectTest, ObjectComesBackAsObject) {

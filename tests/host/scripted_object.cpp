@@ -58,16 +58,10 @@ HRESULT texts(const DISPPARAMS&, VARIANT& result) {
     return SafeArrayUnaccessData(result.parray);
 }
 
-HRESULT unsignedNumber(const DISPPARAMS&, VARIANT& result) {
-    result.vt = VT_UI4;
-    result.ulVal = 0xFFFFFFFFU;
-    return S_OK;
-}
-
-HRESULT signedNumber(const DISPPARAMS&, VARIANT& result) {
-    result.vt = VT_I4;
-    result.lVal = -2;
-    return S_OK;
+/// Its second argument as a variant of the type that the first one says.
+HRESULT number(const DISPPARAMS& params, VARIANT& result) {
+    return VariantChangeType(&result, &params.rgvarg[1], 0,
+                             static_cast<VARTYPE>(params.rgvarg[0].dblVal));
 }
 
 HRESULT child(const DISPPARAMS&, VARIANT& result) {
@@ -102,8 +96,7 @@ constexpr MemberRow kMembers[] = {
     {OLESTR("Types"), types},
     {OLESTR("Units"), units},
     {OLESTR("Texts"), texts},
-    {OLESTR("Signed"), signedNumber},
-    {OLESTR("Unsigned"), unsignedNumber},
+    {OLESTR("Number"), number},
     {OLESTR("Child"), child},
     {OLESTR("NullChild"), nullChild},
     {OLESTR("Odd"), odd},
