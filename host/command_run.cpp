@@ -63,11 +63,13 @@ void addRunCommand(CLI::App& app, Action& action) {
     command->add_flag("-v,--verbose", options->verbose,
                       "Shows the library's diagnostics on standard error");
     command->add_option("--time-limit", options->seconds, "Ends the script after so many seconds")
-        ->check(CLI::Range(0.001, 1e6));
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.001, 1e6).description(""));
     command
         ->add_option("--memory-limit", options->mebibytes,
                      "Gives the script at most so many MiB of memory")
-        ->check(CLI::Range(1, 1 << 20));
+        ->type_name("MIB")
+        ->check(CLI::Range(1, 1 << 20).description(""));
     // FILE and what follows it are kept as written, also what looks like an option or a list.
     command->prefix_command();
     command->formatter(std::make_shared<RunFormatter>());

@@ -1,6 +1,7 @@
 // From options to a token: what tokens are there, the one that is meant, the login to it.
 #include "token_session.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "failure.h"
@@ -9,6 +10,9 @@
 
 namespace zr::host {
 namespace {
+
+/// More than any reader has: a module that tells of countless slots is not asked about each.
+constexpr INT kMostSlots = 1 << 16;
 
 std::string readText(IKeyObject& token, HRESULT (STDMETHODCALLTYPE IKeyObject::*getter)(BSTR*)) {
     Text text;
@@ -52,7 +56,7 @@ TokenTable readTokens(ITokenProvider& provider) {
         throw refused(kExitFailure, "count the tokens", result,
                       "look whether the reader is connected");
     }
-    for (LONG i = 0; i < table.slots; ++i) {
+    for (LONG i = 0; i < std::min(table.slots, kMostSlots); ++i) {
         TokenRow row;
         row.index = i;
         if (FAILED(provider.OpenKey(i, row.token.receive())) || !row.token) {

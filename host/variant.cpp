@@ -65,7 +65,8 @@ VARIANT* Variant::receive() {
 
 std::string Variant::bytes() const {
     if (m_variant.vt != (VT_ARRAY | VT_UI1)) {
-        return {};
+        // The library leaves a result unset without memory for it, and answers S_OK all the same.
+        throw std::bad_alloc();
     }
     const ArrayAccess access(m_variant.parray);
     return access.size() > 0 ? std::string(static_cast<const char*>(access.data()), access.size())

@@ -43,7 +43,7 @@ public:
     /// For an out argument.
     VARIANT* receive();
 
-    /// The bytes of a VT_ARRAY|VT_UI1; none of another type.
+    /// The bytes of a VT_ARRAY|VT_UI1. Throws std::bad_alloc when there is none.
     std::string bytes() const;
     /// The texts of a VT_ARRAY|VT_BSTR in UTF-8; none of another type.
     std::vector<std::string> texts() const;

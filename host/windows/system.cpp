@@ -122,6 +122,7 @@ bool closeDescriptor(int descriptor) {
 }
 
 bool writeAll(int descriptor, std::string_view bytes) {
+    _setmode(descriptor, _O_BINARY);
     while (!bytes.empty()) {
         const auto chunk = static_cast<unsigned>(std::min<std::size_t>(bytes.size(), 1U << 20));
         const int written = _write(descriptor, bytes.data(), chunk);

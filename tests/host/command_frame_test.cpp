@@ -32,9 +32,10 @@ TEST(CommandFrameTest, AnExceptionIsAFailureWithItsObject) {
 }
 
 TEST(CommandFrameTest, LackOfMemoryIsAFailureWithItsObject) {
-    EXPECT_NE(std::string::npos, outputOf([]() -> host::Result {
-                                     throw std::bad_alloc();
-                                 }).find("\"cause\":\"there is not enough memory\""));
+    EXPECT_EQ(
+        "{\"schema\":1,\"command\":\"list\",\"failure\":{\"exit\":1,\"asked\":\"finish list\","
+        "\"cause\":\"there is not enough memory\",\"advice\":\"free some, or ask for less\"}}\n",
+        outputOf([]() -> host::Result { throw std::bad_alloc(); }));
 }
 
 }  // namespace

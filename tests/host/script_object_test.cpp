@@ -1,6 +1,7 @@
 // Wrapped objects in scripts: members, conversion of arguments and results, errors, lifetime.
 #include "script_object.h"
 
+#include "script_values.h"
 #include "scripted_object.h"
 
 #include <gtest/gtest.h>
@@ -67,6 +68,16 @@ TEST_F(ScriptObjectTest, CallOfAnUnknownMemberNamesIt) {
 TEST_F(ScriptObjectTest, ArgumentsArriveInNaturalOrderWithTheirTypes) {
     EXPECT_EQ(evaluate("object.Types('text', 1, true, null, undefined, object, new Uint8Array(2))"),
               "8 5 11 1 0 9 8209");
+}
+
+TEST_F(ScriptObjectTest, AnArgumentCostsItsVariantAndItsBytes) {
+    const std::pair<const char*, std::size_t> costs[] = {
+        {"1", 0}, {"({})", 0}, {"''", 0}, {"'abc'", 6}, {"new Uint8Array(5)", 5}};
+    for (const auto& [expression, bytes] : costs) {
+        duk_eval_string(m_heap, expression);
+        EXPECT_EQ(sizeof(VARIANT) + bytes, argumentSize(m_heap, -1)) << expression;
+        duk_pop(m_heap);
+    }
 }
 
 TEST_F(ScriptObjectTest, NoArgumentsAreNone) {

@@ -92,15 +92,9 @@ struct MemberRow {
 };
 
 constexpr MemberRow kMembers[] = {
-    {OLESTR("Echo"), echo},
-    {OLESTR("Types"), types},
-    {OLESTR("Units"), units},
-    {OLESTR("Texts"), texts},
-    {OLESTR("Number"), number},
-    {OLESTR("Child"), child},
-    {OLESTR("NullChild"), nullChild},
-    {OLESTR("Odd"), odd},
-    {OLESTR("Fail"), fail},
+    {OLESTR("Echo"), echo},           {OLESTR("Types"), types},   {OLESTR("Units"), units},
+    {OLESTR("Texts"), texts},         {OLESTR("Number"), number}, {OLESTR("Child"), child},
+    {OLESTR("NullChild"), nullChild}, {OLESTR("Odd"), odd},       {OLESTR("Fail"), fail},
 };
 
 }  // namespace

@@ -1,0 +1,74 @@
+// A fixture for the commands of zrkey in the test's own process, over the recording module: every
+// answer of a module can be had, and every text is compared whole.
+#pragma once
+
+#include "command_line.h"
+#include "tests/contract/token.h"
+#include "tests/host/child_command.h"
+
+namespace zr::test {
+
+class CommandTest : public ModuleTest {
+protected:
+    CommandTest() {
+        folder.writeConfig("SHA1WithRSA", "MD5");
+        CK_TOKEN_INFO& info = module->settings().tokenInfo;
+        setText(info.label, "Label");
+        setText(info.serialNumber, "Serial");
+        setText(info.manufacturerID, "Maker");
+        setText(info.model, "Model");
+        setEnvironment("ZRKEY_MODULE", module.path());
+        setEnvironment("TEST_PIN", "1234");
+        setEnvironment("TEST_WRONG_PIN", "97531");
+    }
+    ~CommandTest() override { setEnvironment("ZRKEY_MODULE", ""); }
+
+    template <std::size_t size>
+    static void setText(unsigned char (&field)[size], const std::string& text) {
+        std::fill_n(field, size, static_cast<unsigned char>(' '));
+        std::copy(text.begin(), text.end(), field);
+    }
+
+    static CommandResult zrkey(const std::vector<std::string>& words) {
+        ConsoleCapture console;
+        const int exitCode = host::runCommandLine(words);
+        const ConsoleCapture::Text text = console.stop();
+        return {exitCode, text.out, text.error};
+    }
+    static std::vector<std::string> withPin(std::vector<std::string> words) {
+        words.insert(words.end(), {"--pin", "env:TEST_PIN"});
+        return words;
+    }
+
+    static void expectOutput(const std::vector<std::string>& words, const std::string& output) {
+        const CommandResult result = zrkey(words);
+        EXPECT_EQ(0, result.exitCode);
+        EXPECT_EQ(output, result.output);
+        EXPECT_EQ("", result.errors);
+    }
+    /// @param members  of the result's JSON object, behind those that all have.
+    static void expectJson(std::vector<std::string> words, const std::string& command,
+                           const std::string& members) {
+        words.emplace_back("--json");
+        expectOutput(words, R"({"schema":1,"command":")" + command +
+                                R"(","result":{"name":"S_OK","hex":"0x00000000"},)" + members +
+                                "}\n");
+    }
+    /// @param line  what stands behind "zrkey: cannot ".
+    static void expectFailure(const std::vector<std::string>& words, int exitCode,
+                              const std::string& line) {
+        const CommandResult result = zrkey(words);
+        EXPECT_EQ(exitCode, result.exitCode);
+        EXPECT_EQ("", result.output);
+        EXPECT_EQ("zrkey: cannot " + line + "\n", result.errors);
+    }
+    /// @param line  what stands between "zrkey: " and where help is.
+    static void expectUsageError(const std::vector<std::string>& words, const std::string& line) {
+        const CommandResult result = zrkey(words);
+        EXPECT_EQ(2, result.exitCode);
+        EXPECT_EQ("", result.output);
+        EXPECT_EQ("zrkey: " + line + "; zrkey --help shows the usage\n", result.errors);
+    }
+};
+
+}  // namespace zr::test

@@ -1,0 +1,67 @@
+// The command's own streams, apart from what the library writes.
+#include "console.h"
+
+#include <gtest/gtest.h>
+
+#include "system.h"
+#include "tests/support/console_capture.h"
+
+namespace zr::test {
+namespace {
+
+using host::Console;
+using host::Diagnostics;
+using host::kStandardError;
+using host::kStandardOutput;
+
+/// What the library does.
+void writeDiagnostics() {
+    std::fputs("line\n", stdout);
+    host::writeAll(kStandardError, "error\n");
+}
+
+ConsoleCapture::Text textsOf(Diagnostics diagnostics) {
+    ConsoleCapture capture;
+    {
+        Console console(diagnostics);
+        writeDiagnostics();
+        console.drainDiagnostics();
+        EXPECT_TRUE(console.writeOutput("output\n"));
+        console.writeError("failure\n");
+        std::fputs("rest\n", stdout);
+    }
+    host::writeAll(kStandardOutput, "after\n");
+    host::writeAll(kStandardError, "after\n");
+    return capture.stop();
+}
+
+TEST(ConsoleTest, DroppedDiagnosticsReachNeitherStream) {
+    const ConsoleCapture::Text texts = textsOf(Diagnostics::kDropped);
+    EXPECT_EQ("output\nafter\n", texts.out);
+    EXPECT_EQ("failure\nafter\n", texts.error);
+}
+
+TEST(ConsoleTest, DiagnosticsOnRequestReachStandardErrorAlone) {
+    const ConsoleCapture::Text texts = textsOf(Diagnostics::kOnStandardError);
+    EXPECT_EQ("output\nafter\n", texts.out);
+    EXPECT_EQ("error\nline\nfailure\nrest\nafter\n", texts.error);
+}
+
+TEST(ConsoleTest, WhatStoodInTheBufferBeforeIsOutput) {
+    ConsoleCapture capture;
+    std::fputs("before\n", stdout);
+    { const Console console(Diagnostics::kDropped); }
+    EXPECT_EQ("before\n", capture.stop().out);
+}
+
+TEST(ConsoleTest, ItTakesThePlaceOfNoDescriptorForGood) {
+    const int before = host::duplicateDescriptor(kStandardError);
+    host::closeDescriptor(before);
+    { const Console console(Diagnostics::kDropped); }
+    const int after = host::duplicateDescriptor(kStandardError);
+    host::closeDescriptor(after);
+    EXPECT_EQ(before, after);
+}
+
+}  // namespace
+}  // namespace zr::test

@@ -1,0 +1,150 @@
+// What list, info, login and pin change say, to the last character.
+#include "tests/host/command_test.h"
+
+namespace zr::test {
+namespace {
+
+using TokenReportTest = CommandTest;
+
+constexpr const char* kRefusedPin =
+    "the library answered E_FAIL (0x80004005); wrong and locked are not told apart, and tries are "
+    "limited: make sure of the PIN before another";
+
+TEST_F(TokenReportTest, ListGivesALineForEachToken) {
+    module->settings().slotCount = 2;
+    module->settings().slotCountWhenListed = 2;
+    expectOutput({"list"}, "0\tLabel\tSerial\tMaker\tModel\n1\tLabel\tSerial\tMaker\tModel\n");
+    const std::string token = R"("label":"Label","serial":"Serial","manufacturer":"Maker",)"
+                              R"("model":"Model"})";
+    expectJson({"list"}, "list",
+               R"("slots":2,"tokens":[{"index":0,)" + token + R"(,{"index":1,)" + token + "]");
+}
+
+TEST_F(TokenReportTest, ListKeepsControlCharactersFromTheTerminal) {
+    CK_TOKEN_INFO& info = module->settings().tokenInfo;
+    setText(info.label, "a\x1b");
+    setText(info.serialNumber, "b\t");
+    setText(info.manufacturerID, "c\n");
+    setText(info.model, "d\x7f");
+    expectOutput({"list"}, "0\ta?\tb?\tc?\td?\n");
+}
+
+TEST_F(TokenReportTest, ListWithoutATokenIsEmpty) {
+    module->settings().slotCount = 0;
+    expectOutput({"list"}, "");
+    expectJson({"list"}, "list", R"("slots":0,"tokens":[])");
+}
+
+TEST_F(TokenReportTest, ListEndsAlthoughTheModuleTellsOfCountlessSlots) {
+    module->settings().slotCount = 0x7FFFFFFF;
+    expectOutput({"list"}, "");
+}
+
+TEST_F(TokenReportTest, ListSaysThatTokensAreNotCounted) {
+    module->fail("C_GetSlotList", 0, CKR_GENERAL_ERROR);
+    expectFailure({"list"}, 1,
+                  "count the tokens: the library answered E_FAIL (0x80004005); look whether the "
+                  "reader is connected");
+}
+
+TEST_F(TokenReportTest, InfoShowsEveryField) {
+    CK_TOKEN_INFO& info = module->settings().tokenInfo;
+    info.ulTotalPublicMemory = 65536;
+    info.ulFreePublicMemory = 4096;
+    expectOutput({"info"},
+                 "index:\t0\nlabel:\tLabel\nserial:\tSerial\nmanufacturer:\tMaker\nmodel:\tModel\n"
+                 "totalSize:\t65536\nfreeSize:\t4096\nsignAlgorithms:\tSHA1WithRSA\n"
+                 "digestMethod:\tMD5\n");
+    expectJson({"info"}, "info",
+               R"("index":0,"label":"Label","serial":"Serial","manufacturer":"Maker",)"
+               R"("model":"Model","totalSize":65536,"freeSize":4096,)"
+               R"("signAlgorithms":"SHA1WithRSA","digestMethod":"MD5")");
+}
+
+TEST_F(TokenReportTest, InfoLeavesOutWhatTheTokenDoesNotTell) {
+    CK_TOKEN_INFO& info = module->settings().tokenInfo;
+    info.ulTotalPublicMemory = CK_UNAVAILABLE_INFORMATION;
+    info.ulFreePublicMemory = CK_UNAVAILABLE_INFORMATION;
+    EXPECT_NE(std::string::npos,
+              zrkey({"info"}).output.find("\ntotalSize:\tnot told\nfreeSize:\tnot told\n"));
+    expectJson({"info"}, "info",
+               R"("index":0,"label":"Label","serial":"Serial","manufacturer":"Maker",)"
+               R"("model":"Model","signAlgorithms":"SHA1WithRSA","digestMethod":"MD5")");
+}
+
+TEST_F(TokenReportTest, InfoOfATokenThatIsPulledIsAFailure) {
+    // After the four texts.
+    module->fail("C_GetTokenInfo", 5, CKR_DEVICE_REMOVED);
+    expectFailure({"info"}, 1,
+                  "read the sizes of the token: the library answered E_FAIL (0x80004005); look "
+                  "whether it is still connected");
+}
+
+TEST_F(TokenReportTest, LoginSaysToWhatAndAsWhom) {
+    expectOutput(withPin({"login"}), "logged in to \"Label\" as user\n");
+    expectJson(withPin({"login"}), "login", R"("label":"Label","role":"user")");
+    setEnvironment("TEST_SO_PIN", module->settings().securityOfficerPin);
+    const std::vector<std::string> officer = {"login", "--so", "--pin", "env:TEST_SO_PIN"};
+    expectOutput(officer, "logged in to \"Label\" as security officer\n");
+    expectJson(officer, "login", R"("label":"Label","role":"security officer")");
+}
+
+TEST_F(TokenReportTest, LoginRefusedSaysWhyToStop) {
+    const std::string line = std::string("log in to \"Label\" as user: ") + kRefusedPin;
+    expectFailure({"login", "--pin", "env:TEST_WRONG_PIN"}, 5, line);
+    const CommandResult result = zrkey({"login", "--json", "--pin", "env:TEST_WRONG_PIN"});
+    EXPECT_EQ(
+        R"({"schema":1,"command":"login","result":{"name":"E_FAIL","hex":"0x80004005"},)"
+        R"("failure":{"exit":5,"asked":"log in to \"Label\" as user",)"
+        R"-("cause":"the library answered E_FAIL (0x80004005)",)-"
+        R"("advice":"wrong and locked are not told apart, and tries are limited: make sure of )"
+        R"(the PIN before another"}})"
+        "\n",
+        result.output);
+    EXPECT_EQ("zrkey: cannot " + line + "\n", result.errors);
+}
+
+TEST_F(TokenReportTest, TheSecurityOfficerNeedsAPin) {
+    expectFailure({"cert", "list", "--so"}, 2,
+                  "log in as security officer: no PIN is given; give it by --pin");
+}
+
+TEST_F(TokenReportTest, PinChangeSaysWhose) {
+    setEnvironment("TEST_NEW_PIN", "5678");
+    const std::vector<std::string> change = {"pin", "change", "--new-pin", "env:TEST_NEW_PIN"};
+    expectOutput(withPin(change), "changed the user PIN of \"Label\"\n");
+    setEnvironment("TEST_PIN", "5678");
+    expectJson(withPin(change), "pin change", R"("label":"Label","role":"user")");
+}
+
+TEST_F(TokenReportTest, PinsOfAWrongLengthAreNotTried) {
+    setEnvironment("TEST_NEW_PIN", "123");
+    const std::vector<std::string> change = {"pin", "change", "--new-pin", "env:TEST_NEW_PIN"};
+    expectFailure(withPin(change), 2,
+                  "change the PIN: the new PIN has not 4 to 8 bytes; use one of this length");
+    setEnvironment("TEST_NEW_PIN", "5678");
+    setEnvironment("TEST_PIN", "123456789");
+    expectFailure(withPin(change), 2,
+                  "change the PIN: the old PIN has not 4 to 8 bytes; use one of this length");
+    EXPECT_EQ(0u, module.count("C_Login"));
+}
+
+TEST_F(TokenReportTest, PinsOfTheLengthsAtTheEndsAreTaken) {
+    for (const char* pin : {"4444", "88888888", "1234"}) {
+        setEnvironment("TEST_NEW_PIN", pin);
+        expectOutput(withPin({"pin", "change", "--new-pin", "env:TEST_NEW_PIN"}),
+                     "changed the user PIN of \"Label\"\n");
+        setEnvironment("TEST_PIN", pin);
+    }
+}
+
+TEST_F(TokenReportTest, PinChangeRefusedAfterTheLoginSaysSo) {
+    setEnvironment("TEST_NEW_PIN", "5678");
+    module->fail("C_SetPIN", 0, CKR_PIN_INVALID);
+    expectFailure(withPin({"pin", "change", "--new-pin", "env:TEST_NEW_PIN"}), 1,
+                  "change the PIN of \"Label\": the library answered E_FAIL (0x80004005); the old "
+                  "PIN is right; the token may not take the new one");
+}
+
+}  // namespace
+}  // namespace zr::test
