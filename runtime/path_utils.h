@@ -28,7 +28,8 @@ int ZGetModuleFilePath(char* buf, unsigned int size);
 void ZConvertLinuxPath(char* path);
 
 /// Resolves "." and ".." components. Only a path that begins with "." is joined to the current
-/// directory; the text after the last separator is kept whatever it is.
+/// directory, which has to be there and have at most 259 bytes, or nothing is written; the text after
+/// the last separator is kept whatever it is.
 /// @param path     null or empty gives 0.
 /// @param out      receives the result when outSize exceeds its length; may be path itself.
 /// @param outSize  bytes at out.
@@ -38,7 +39,8 @@ int ZGetAbsolutionPath(const char* path, char* out, int outSize);
 
 /// @return the module, or null; null or empty names give null.
 HMODULE ZLoadLibrary(const char* file);
-/// As ZLoadLibrary; dependencies are looked for beside the library first.
+/// As ZLoadLibrary; on Windows dependencies are looked for beside the library, when its path is
+/// absolute, before they are anywhere else. On Linux there is no difference.
 HMODULE ZLoadLibraryEx(const char* file);
 /// @return 0 for null, else what FreeLibrary returned.
 int ZFreeLibrary(HMODULE module);

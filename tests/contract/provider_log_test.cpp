@@ -103,16 +103,6 @@ TEST_F(ProviderLogTest, LinesBeginWithTheTimeAndNameTheirSourceLine) {
         << first;
 }
 
-TEST_F(ProviderLogTest, ADirectoryWithOneLevelHasNoLog) {
-    folder.enableLog();
-    const fs::path previous = fs::current_path();
-    fs::current_path(folder.root().root_path());
-    makeProvider()->Release();
-    fs::current_path(previous);
-    EXPECT_TRUE(fs::is_directory(folder.home() / "log"));
-    EXPECT_TRUE(fs::is_empty(folder.home() / "log"));
-}
-
 TEST_F(ProviderLogTest, HomesThatCannotBeUsedLeaveLoggingOff) {
     const fs::path file = folder.root() / "file";
     std::ofstream(file.string()) << "no folder";

@@ -75,6 +75,30 @@ TEST_F(LoadedProviderTest, AScriptOpensATokenAndGetsItsReference) {
     EXPECT_EQ(0u, opened.pdispVal->Release());
 }
 
+TEST_F(LoadedProviderTest, OpenKeyTakesANumberAsTheIndexAndAnythingElseAsTheFirst) {
+    const ConsoleCapture quiet;
+    module->settings().slotCount = module->settings().slotCountWhenListed = 2;
+    const Text text("1");
+    VARIANT unsignedNumber = {};
+    unsignedNumber.vt = VT_UI4;
+    unsignedNumber.ulVal = 1;
+    // The recording module's slots are numbered from 10.
+    const std::pair<VARIANT, const char*> calls[] = {
+        {string(text), "C_OpenSession(10,"},
+        {unsignedNumber, "C_OpenSession(10,"},
+        {number(0), "C_OpenSession(10,"},
+        {number(1), "C_OpenSession(11,"},
+    };
+    for (const auto& [argument, call] : calls) {
+        module.takeCalls();
+        VARIANT opened = poisoned();
+        EXPECT_HR(S_OK, invoke(provider, 3, {argument}, &opened));
+        ASSERT_EQ(VT_DISPATCH, opened.vt);
+        EXPECT_TRUE(module.takeCalls().back().starts_with(call)) << call;
+        EXPECT_EQ(0u, opened.pdispVal->Release());
+    }
+}
+
 TEST_F(ProviderScriptTest, OpenKeyWithANegativeIndexIsRefused) {
     EXPECT_HR(E_INVALIDARG, invoke(provider, 3, {number(-1)}, &result));
     expectResult(VT_DISPATCH, 0);
@@ -196,6 +220,28 @@ TEST_F(ProviderScriptTest, ItsOwnInterfaceIsHandedOutButRefused) {
     EXPECT_EQ(2u, provider->AddRef());
     EXPECT_EQ(1u, provider->Release());
     EXPECT_HR(E_INVALIDARG, provider->QueryInterface(IID_ITokenProvider, nullptr));
+}
+
+TEST_F(ProviderScriptTest, OtherInterfacesAreRefusedAndLeaveThePointer) {
+    for (const GUID& riid : {IID_IUnknown, IID_IDispatch, IID_IKeyObject, IID_NULL}) {
+        void* object = this;
+        EXPECT_HR(E_NOTIMPL, provider->QueryInterface(riid, &object));
+        EXPECT_EQ(this, object);
+        EXPECT_HR(E_INVALIDARG, provider->QueryInterface(riid, nullptr));
+    }
+    EXPECT_EQ(2u, provider->AddRef());
+    EXPECT_EQ(1u, provider->Release());
+}
+
+TEST_F(ProviderScriptTest, TheFaceForErrorInformationComesWithItsReference) {
+    ISupportErrorInfo* face = nullptr;
+    EXPECT_HR(S_OK,
+              provider->QueryInterface(IID_ISupportErrorInfo, reinterpret_cast<void**>(&face)));
+    ASSERT_TRUE(face);
+    EXPECT_EQ(3u, provider->AddRef());
+    EXPECT_EQ(2u, provider->Release());
+    EXPECT_HR(S_OK, face->InterfaceSupportsErrorInfo(IID_ITokenProvider));
+    EXPECT_EQ(1u, face->Release());
 }
 
 TEST_F(ProviderScriptTest, VirtualOperationsAnswerWithoutAModule) {

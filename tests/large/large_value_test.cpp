@@ -1,4 +1,9 @@
-// Values of 64 MiB, and arrays as hosts may make them.
+// Values of 64 MiB and more, and arrays as hosts may make them.
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <memory>
+
 #include "runtime/md5.h"
 #include "tests/contract/token.h"
 
@@ -60,6 +65,23 @@ TEST_F(LargeValueTest, AFileOf64MiBIsReadWholeAndFromItsEnd) {
 TEST_F(LargeValueTest, AnArrayOf64MiBIsSignedVerifiedAndDigested) {
     const std::string content = largeContent();
     expectUsedAs(content, Bytes(content));
+}
+
+TEST(LargeDigestTest, APieceOf512MiBCountsMoreBitsThanOneWordHolds) {
+    constexpr unsigned int length = 1u << 29;
+    const std::unique_ptr<void, decltype(&std::free)> zeros(std::calloc(length, 1), std::free);
+    ASSERT_TRUE(zeros);
+    MD5_CTX context;
+    MD5Init(&context);
+    MD5Update(&context, static_cast<const unsigned char*>(zeros.get()), length);
+    EXPECT_EQ(0u, context.count[0]);
+    EXPECT_EQ(1u, context.count[1]);
+    unsigned char digest[16];
+    MD5Final(digest, &context);
+    // As md5sum tells it.
+    const unsigned char expected[16] = {0xaa, 0x55, 0x9b, 0x4e, 0x35, 0x23, 0xa6, 0xc9,
+                                        0x31, 0xf0, 0x8f, 0x4d, 0xf5, 0x2d, 0x58, 0xf2};
+    EXPECT_TRUE(std::equal(std::begin(expected), std::end(expected), digest));
 }
 
 TEST_F(LargeValueTest, AnArrayThatTheHostHasLockedIsUsedAndStaysLocked) {

@@ -1,37 +1,14 @@
 // The operations of the abstract classes before a backend overrides them.
+#include <cstring>
+
 #include "model/key_certificate.h"
 #include "model/key_container.h"
 #include "model/key_file.h"
-#include "model/key_object.h"
 #include "model/token_provider.h"
 #include "tests/contract/token.h"
+#include "tests/unit/model/bare_token.h"
 
 namespace zr::test {
-
-/// A token of no backend: what has no body in the base answers here.
-class BareToken : public KeyObject {
-public:
-    using KeyObject::DigestData;
-    using KeyObject::EnumContainer;
-    using KeyObject::KeyObject;
-    HRESULT STDMETHODCALLTYPE DigestData(BSTR, VARIANT, VARIANT*) override { return S_FALSE; }
-    HRESULT STDMETHODCALLTYPE EnumContainer(INT, VARIANT*) override { return S_FALSE; }
-    HRESULT STDMETHODCALLTYPE SignData(BSTR, VARIANT, IKeyCertificate*, VARIANT*) override {
-        return S_FALSE;
-    }
-    HRESULT STDMETHODCALLTYPE VerifyDataByCert(VARIANT, IKeyCertificate*, VARIANT, BSTR,
-                                               VARIANT) override {
-        return S_FALSE;
-    }
-    HRESULT STDMETHODCALLTYPE VerifyDataByPubKey(VARIANT, IKeyCertificate*, VARIANT, BSTR,
-                                                 VARIANT) override {
-        return S_FALSE;
-    }
-    HRESULT STDMETHODCALLTYPE GetKeyObjectClassName(BSTR*) override { return S_FALSE; }
-    HRESULT STDMETHODCALLTYPE GetCaLibPath(BSTR*) override { return S_FALSE; }
-    HRESULT STDMETHODCALLTYPE GetCSPName(BSTR*) override { return S_FALSE; }
-    HRESULT STDMETHODCALLTYPE GetAlgoList(BSTR*) override { return S_FALSE; }
-};
 
 namespace {
 
@@ -115,6 +92,30 @@ TEST_F(BaseOperationsTest, AFileImplementsNothing) {
     EXPECT_HR(E_NOTIMPL, file->Seek(0, 0));
     EXPECT_EQ(0, file->GetSelfGetDispatchInfoCount());
     EXPECT_EQ(0u, file->Release());
+}
+
+TEST_F(BaseOperationsTest, AFileHasNoMembersForScripts) {
+    const ConsoleCapture quiet;
+    KeyFile* file = held(new KeyFile(nullptr));
+    for (const char* name : {"Read", "Close", "GetKeyCert", ""}) {
+        std::basic_string<OLECHAR> wide(name, name + std::strlen(name));
+        LPOLESTR names = wide.data();
+        DISPID id = 7;
+        EXPECT_HR(E_FAIL, file->GetIDsOfNames(IID_NULL, &names, 1, 0, &id)) << name;
+        EXPECT_EQ(7, id) << name;
+    }
+    EXPECT_EQ(0u, file->Release());
+}
+
+TEST_F(BaseOperationsTest, AFileOfATokenWithoutAProviderIsCountedWithoutALog) {
+    BareToken* token = held(new BareToken(nullptr));
+    EXPECT_EQ(nullptr, token->GetLog());
+    KeyFile* file = held(new KeyFile(token));
+    EXPECT_EQ(nullptr, file->GetLog());
+    EXPECT_EQ(2u, file->AddRef());
+    EXPECT_EQ(1u, file->Release());
+    EXPECT_EQ(0u, file->Release());
+    EXPECT_EQ(0u, token->Release());
 }
 
 TEST_F(BaseOperationsTest, AContainerImplementsNothing) {

@@ -1,8 +1,10 @@
-// The logger's bounds.
+// The logger's bounds, and where a provider has one.
 #include "model/zr_log.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -18,6 +20,19 @@ const std::string kStamp = "[00:00:00.000] ";
 
 class ZRLogTest : public testing::Test {
 protected:
+    /// In such a directory a provider makes the folder "log" alone.
+    void expectNoLogIn(const std::filesystem::path& directory) {
+        const ConsoleCapture quiet;
+        auto* provider = new TokenProvider_pkcs11();
+        provider->AddRef();
+        std::filesystem::current_path(directory);
+        folder.enableLog();
+        EXPECT_EQ(0, provider->EnableLog());
+        EXPECT_TRUE(std::filesystem::is_directory(folder.home() / "log"));
+        EXPECT_TRUE(std::filesystem::is_empty(folder.home() / "log"));
+        provider->Release();
+    }
+
     TempDir folder;
     ZRLog log;
 };
@@ -57,6 +72,34 @@ TEST_F(ZRLogTest, AProviderTellsWhetherItLogs) {
     folder.enableLog();
     EXPECT_EQ(1, provider->EnableLog());
     provider->Release();
+}
+
+TEST_F(ZRLogTest, TheRootHasNoLog) {
+    expectNoLogIn(folder.root().root_path());
+}
+
+TEST_F(ZRLogTest, ADirectoryDirectlyBelowTheRootHasNoLog) {
+    expectNoLogIn(folder.root().root_path() / *folder.root().relative_path().begin());
+}
+
+TEST_F(ZRLogTest, TheLevelMakesNoDifference) {
+    const std::string path = (folder.work() / "level.log").string();
+    log.SetFilePath(path.c_str());
+    for (const int level : {0, 5, -1}) {
+        log.Log(level, "%s %d\n", "text", 7);
+        const std::string text = readText(path);
+        EXPECT_EQ(kStamp.size() + 7, text.size()) << level;
+        EXPECT_EQ("text 7\n", text.substr(std::min(kStamp.size(), text.size()))) << level;
+        std::filesystem::remove(path);
+    }
+}
+
+TEST_F(ZRLogTest, APathThatIsTooLongTurnsItOffAgain) {
+    const std::string path = (folder.work() / "off.log").string();
+    log.SetFilePath(path.c_str());
+    EXPECT_EQ(0, log.SetFilePath(std::string(500, 'x').c_str()));
+    log.Log(0, "text\n");
+    EXPECT_EQ("", readText(path));
 }
 
 TEST_F(ZRLogTest, NoPathTurnsItOff) {

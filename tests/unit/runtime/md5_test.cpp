@@ -115,6 +115,18 @@ TEST(Md5Test, FilesAreReadInBlocks) {
     EXPECT_EQ(digestOf(data), hex(digest));
 }
 
+TEST(Md5Test, FilesAreNoTexts) {
+    const TempDir folder;
+    std::string data = "a line\r\nand\x1A the end of a text\r\n";
+    data.append(1023 - data.size(), 'x').append("\r\n\x1A\r\n");
+    for (const std::string& content : {std::string("\r\n"), std::string("\x1A"), data}) {
+        folder.write("file", content);
+        unsigned char digest[16] = {};
+        EXPECT_EQ(1, MD5File("file", digest));
+        EXPECT_EQ(digestOf(content), hex(digest));
+    }
+}
+
 TEST(Md5Test, AnotherImplementationAgreesFromNoByteTo4096) {
     // The table is made when the test is built; each row has one letter more than the one before.
     static const char* const expected[] = {

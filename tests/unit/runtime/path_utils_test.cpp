@@ -5,6 +5,8 @@
 
 #include <cstring>
 #include <filesystem>
+#include <limits>
+#include <string>
 
 #include "tests/support/temp_dir.h"
 
@@ -46,6 +48,12 @@ TEST(PathUtilsTest, PathsThatBeginWithADotAreJoinedToTheDirectory) {
     EXPECT_EQ(work + "/lib/p11.so", resolve("./lib/p11.so"));
     EXPECT_EQ(work + "/.x", resolve(".x"));
     EXPECT_EQ(work.substr(0, work.rfind('/')) + "/y", resolve("../y"));
+}
+
+TEST(PathUtilsTest, TheRootIsNotFollowedByASecondSeparator) {
+    const TempDir folder;
+    std::filesystem::current_path(folder.root().root_path());
+    EXPECT_EQ(normalised(folder.root().root_path().string()) + "x", resolve("./x"));
 }
 
 TEST(PathUtilsTest, NothingIsWrittenWhenItDoesNotFit) {
@@ -96,7 +104,24 @@ TEST(PathUtilsTest, TheExecutableIsTold) {
     char small[4];
     EXPECT_EQ(static_cast<int>(expected.size()), ZGetModulePath(small, 4));
     EXPECT_EQ(expected.substr(0, 3), small);
+    EXPECT_EQ(static_cast<int>(expected.size()), ZGetModulePath(small, 1));
+    EXPECT_STREQ("", small);
     EXPECT_EQ(static_cast<int>(expected.size()), ZGetModulePath(nullptr, 0));
+}
+
+TEST(PathUtilsTest, TheLengthOfTheExecutablesPathIsWhatTheSystemTells) {
+    char told[300] = {};
+    const DWORD length = GetModuleFileNameA(nullptr, told, sizeof told);
+    char file[300] = {};
+    EXPECT_EQ(static_cast<int>(length), ZGetModuleFilePath(file, sizeof file));
+    EXPECT_EQ(length, std::strlen(file));
+    EXPECT_EQ(normalised(told), file);
+
+    char small[6] = {'x', 'x', 'x', 'x', 'x', 'x'};
+    const DWORD cut = GetModuleFileNameA(nullptr, told, 5);
+    EXPECT_EQ(static_cast<int>(cut), ZGetModuleFilePath(small, 5));
+    EXPECT_EQ(std::string(file, 4), small);
+    EXPECT_EQ('x', small[5]);
 }
 
 TEST(PathUtilsTest, LibrariesAreLoadedByName) {
@@ -105,15 +130,18 @@ TEST(PathUtilsTest, LibrariesAreLoadedByName) {
     EXPECT_EQ(nullptr, ZLoadLibraryEx(nullptr));
     EXPECT_EQ(nullptr, ZLoadLibraryEx(""));
     EXPECT_EQ(nullptr, ZLoadLibrary("missing library"));
+    EXPECT_EQ(nullptr, ZLoadLibraryEx("missing library"));
     EXPECT_EQ(0, ZFreeLibrary(nullptr));
-    const HMODULE module = ZLoadLibrary("OleAut32.dll");
-    ASSERT_TRUE(module);
-    EXPECT_NE(nullptr, ZGetProcAddress(module, "SysAllocString"));
-    EXPECT_EQ(nullptr, ZGetProcAddress(module, "NoSuchFunction"));
-    EXPECT_EQ(nullptr, ZGetProcAddress(module, ""));
-    EXPECT_EQ(nullptr, ZGetProcAddress(module, nullptr));
+    for (const auto load : {ZLoadLibrary, ZLoadLibraryEx}) {
+        const HMODULE module = load("OleAut32.dll");
+        ASSERT_TRUE(module);
+        EXPECT_NE(nullptr, ZGetProcAddress(module, "SysAllocString"));
+        EXPECT_EQ(nullptr, ZGetProcAddress(module, "NoSuchFunction"));
+        EXPECT_EQ(nullptr, ZGetProcAddress(module, ""));
+        EXPECT_EQ(nullptr, ZGetProcAddress(module, nullptr));
+        EXPECT_NE(0, ZFreeLibrary(module));
+    }
     EXPECT_EQ(nullptr, ZGetProcAddress(nullptr, "SysAllocString"));
-    EXPECT_NE(0, ZFreeLibrary(module));
 }
 
 TEST(PathUtilsTest, HexadecimalDigits) {
@@ -129,6 +157,8 @@ TEST(PathUtilsTest, HexadecimalDigits) {
     EXPECT_EQ(0x23456789u, ZHexStringToInt("123456789", 9));
     EXPECT_EQ(0u, ZHexStringToInt(nullptr, 2));
     EXPECT_EQ(0u, ZHexStringToInt("ff", 0));
+    EXPECT_EQ(0u, ZHexStringToInt("ff", -1));
+    EXPECT_EQ(0u, ZHexStringToInt("ff", std::numeric_limits<int>::min()));
 }
 
 TEST(PathUtilsTest, IdentifiersAreReadWithoutBraces) {

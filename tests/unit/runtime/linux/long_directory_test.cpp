@@ -1,5 +1,5 @@
-// Paths in a current directory longer than the working buffer. Linux only: Windows has no such
-// directory.
+// Paths in a current directory longer than the working buffer, or removed. Linux only: Windows has
+// no such directory.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -56,6 +56,18 @@ TEST(LongDirectoryTest, PathsRelativeToItAreRefused) {
     EXPECT_STREQ("untouched", path);
     EXPECT_EQ(0, ZGetAbsolutionPath("a/../x", path, sizeof path));
     EXPECT_STREQ("x", path);
+}
+
+TEST(LongDirectoryTest, ARemovedDirectoryHasNoPath) {
+    const TempDir folder;
+    std::filesystem::create_directory("gone");
+    std::filesystem::current_path("gone");
+    std::filesystem::remove(folder.work() / "gone");
+    char path[1000] = "untouched";
+    EXPECT_EQ(0, ZGetCurrentPath(path, sizeof path));
+    EXPECT_STREQ("untouched", path);
+    EXPECT_EQ(0, ZGetAbsolutionPath("./x", path, sizeof path));
+    EXPECT_STREQ("untouched", path);
 }
 
 }  // namespace

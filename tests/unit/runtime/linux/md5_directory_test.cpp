@@ -1,0 +1,21 @@
+// MD5 of a file that opens and cannot be read. Linux only: there a directory is one.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iterator>
+
+#include "runtime/md5.h"
+
+namespace zr::test {
+namespace {
+
+TEST(Md5DirectoryTest, AReadErrorEndsTheFile) {
+    unsigned char digest[16] = {};
+    EXPECT_EQ(1, MD5File(".", digest));
+    unsigned char nothing[16];
+    MD5("", nothing);
+    EXPECT_TRUE(std::equal(std::begin(nothing), std::end(nothing), digest));
+}
+
+}  // namespace
+}  // namespace zr::test
