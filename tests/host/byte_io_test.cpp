@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "byte_io.h"
+#include "tests/host/next_descriptor.h"
 #include "tests/support/temp_dir.h"
 
 namespace zr::test {
@@ -22,6 +23,15 @@ TEST(ByteIoTest, NothingIsLeftOfALongerFile) {
     EXPECT_TRUE(host::writeFile("bytes.bin", "longer than the next"));
     EXPECT_TRUE(host::writeFile("bytes.bin", "short"));
     EXPECT_EQ("short", host::readBytes("bytes.bin"));
+}
+
+TEST(ByteIoTest, NoFileIsLeftOpen) {
+    const TempDir folder;
+    const int before = nextDescriptor();
+    EXPECT_TRUE(host::writeFile("bytes.bin", "bytes"));
+    EXPECT_EQ("bytes", host::readBytes("bytes.bin"));
+    host::readBytes(".");
+    EXPECT_EQ(before, nextDescriptor());
 }
 
 TEST(ByteIoTest, WhatIsNoFileIsNeitherReadNorWritten) {

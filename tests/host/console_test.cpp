@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "system.h"
+#include "tests/host/next_descriptor.h"
 #include "tests/support/console_capture.h"
 
 namespace zr::test {
@@ -55,12 +56,10 @@ TEST(ConsoleTest, WhatStoodInTheBufferBeforeIsOutput) {
 }
 
 TEST(ConsoleTest, ItTakesThePlaceOfNoDescriptorForGood) {
-    const int before = host::duplicateDescriptor(kStandardError);
-    host::closeDescriptor(before);
+    const int before = nextDescriptor();
     { const Console console(Diagnostics::kDropped); }
-    const int after = host::duplicateDescriptor(kStandardError);
-    host::closeDescriptor(after);
-    EXPECT_EQ(before, after);
+    { const Console console(Diagnostics::kOnStandardError); }
+    EXPECT_EQ(before, nextDescriptor());
 }
 
 }  // namespace

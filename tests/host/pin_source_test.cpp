@@ -4,6 +4,7 @@
 #include "child_command.h"
 #include "failure.h"
 #include "system.h"
+#include "tests/host/next_descriptor.h"
 #include "tests/support/temp_dir.h"
 
 namespace zr::test {
@@ -70,6 +71,14 @@ TEST_F(PinSourceTest, AFileGivesItsFirstLine) {
         writeFile("pin.txt", content);
         EXPECT_EQ("1234", read("file:pin.txt")) << content;
     }
+}
+
+TEST_F(PinSourceTest, NoFileIsLeftOpen) {
+    const int before = nextDescriptor();
+    writeFile("pin.txt", "1234");
+    EXPECT_EQ("1234", read("file:pin.txt"));
+    refusalOfFile(std::string(200, '1'));
+    EXPECT_EQ(before, nextDescriptor());
 }
 
 TEST_F(PinSourceTest, AFileThatIsNotThereIsRefused) {
