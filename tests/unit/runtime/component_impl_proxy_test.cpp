@@ -209,8 +209,8 @@ TEST_F(ComponentImplProxyTest, AReferenceTakenAndGivenBackAtTheEndDestroysNothin
     object->AddRef();
     object->AddProxyDispatch(&proxy, 0, 1, nullptr);
     proxy.onReleased = [&] {
-        object->ZComponentImpl::AddRef();
-        object->ZComponentImpl::Release();
+        EXPECT_EQ((1u << 30) + 1, object->ZComponentImpl::AddRef());
+        EXPECT_EQ(1u << 30, object->ZComponentImpl::Release());
     };
     const int destroyed = Thing::s_destroyed;
     EXPECT_EQ(0u, object->Release());
