@@ -48,7 +48,7 @@ HRESULT STDMETHODCALLTYPE ZComponentImpl::GetTypeInfo(UINT, LCID, ITypeInfo**) {
 HRESULT STDMETHODCALLTYPE ZComponentImpl::GetIDsOfNames(const GUID& riid, OLECHAR** names,
                                                         UINT count, LCID lcid, DISPID* ids) {
     consoleOut("[ZComponentImpl::GetIDsOfNames] call in...\n");
-    if (!names || !ids) {
+    if (!names) {
         return E_INVALIDARG;
     }
     char name[1024] = {};
@@ -56,7 +56,10 @@ HRESULT STDMETHODCALLTYPE ZComponentImpl::GetIDsOfNames(const GUID& riid, OLECHA
     consoleOut("[ZComponentImpl::GetIDsOfNames] lpszName = [%s] ...\n", name);
 
     consoleOut("[ZComponentImpl::GetIDsOfNames] pre proxy...\n");
-    std::optional<DISPID> id = AskProxies(1, riid, names, count, lcid);
+    std::optional<DISPID> id;
+    if (!AskProxies(1, riid, names, count, lcid, &id)) {
+        return E_FAIL;  // the name may be a proxy's, so the own member is not meant for certain
+    }
     if (!id) {
         consoleOut("[ZComponentImpl::GetIDsOfNames] self...\n");
         if (const DispatchInfo* row = GetDispatchInfo(this, name)) {
@@ -65,10 +68,13 @@ HRESULT STDMETHODCALLTYPE ZComponentImpl::GetIDsOfNames(const GUID& riid, OLECHA
     }
     if (!id) {
         consoleOut("[ZComponentImpl::GetIDsOfNames] Last Proxy...\n");
-        id = AskProxies(0, riid, names, count, lcid);
+        AskProxies(0, riid, names, count, lcid, &id);
     }
     if (!id) {
         return E_FAIL;
+    }
+    if (!ids) {
+        return E_INVALIDARG;
     }
     ids[0] = *id;
     consoleOut("[ZComponentImpl::GetIDsOfNames] *rgdispid = [%d] ...\n", static_cast<int>(*id));

@@ -66,8 +66,8 @@ public:
     /// Resolves names[0] into ids[0]: first by the proxies of stage 1, then by the own table, then
     /// by the proxies of stage 0.
     /// @retval S_OK          found.
-    /// @retval E_INVALIDARG  names or ids is null.
-    /// @retval E_FAIL        no such member.
+    /// @retval E_INVALIDARG  names is null, or ids is and there is such a member.
+    /// @retval E_FAIL        no such member, or memory is short while a proxy is asked.
     virtual HRESULT STDMETHODCALLTYPE GetIDsOfNames(const GUID& riid, OLECHAR** names, UINT count,
                                                     LCID lcid, DISPID* ids);
     /// Calls a member. With params, result and excep all null it is a plug-in host's probe, which
@@ -100,8 +100,9 @@ public:
                                       DISPPARAMS* params, VARIANT* result, EXCEPINFO* excep,
                                       UINT* argErr);
     /// Copies a call's arguments, script numbers coerced as the member's row declares.
+    /// @param id   without a row in the own table, all copies are VT_EMPTY.
     /// @param dst  receives the copy; freed by FreeDispParams.
-    /// @return 1 done, 0 failed.
+    /// @return 1 done; 0 when there is no list, no array for a member's arguments or no memory.
     virtual BOOL CloneDispParams(DISPID id, DISPPARAMS* src, DISPPARAMS* dst);
 
     ULONG AddRef();
@@ -119,8 +120,8 @@ public:
 private:
     template <class Ask>
     bool AnyProxy(int stage, Ask ask) const;
-    std::optional<DISPID> AskProxies(int stage, const GUID& riid, OLECHAR** names, UINT count,
-                                     LCID lcid) const;
+    bool AskProxies(int stage, const GUID& riid, OLECHAR** names, UINT count, LCID lcid,
+                    std::optional<DISPID>* found) const;
     std::optional<HRESULT> Probe(DISPID id, WORD flags);
     std::optional<HRESULT> CallMember(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result,
                                       EXCEPINFO* excep, UINT* argErr);

@@ -25,7 +25,7 @@ bool cloneArgument(const VARIANT& source, std::uint8_t declared, VARIANT* target
             }
             if (declared == VT_I1) {
                 target->vt = VT_I1;
-                target->cVal = static_cast<CHAR>(zr::truncateToLong(source.dblVal) & 0xFF);
+                target->cVal = static_cast<CHAR>(zr::truncateToByte(source.dblVal));
                 return true;
             }
             break;
@@ -58,7 +58,8 @@ BOOL ZComponentImpl::CloneDispParams(DISPID id, DISPPARAMS* src, DISPPARAMS* dst
         consoleOut("[ZComponentImpl::CloneDispParams] 1 argument error.\n");
         return 0;
     }
-    if (!src || (src->cArgs > 0 && !src->rgvarg)) {
+    const DispatchInfo* row = GetDispatchInfoById(this, id);
+    if (!src || (row && src->cArgs > 0 && !src->rgvarg)) {
         consoleOut("[ZComponentImpl::CloneDispParams] 2 argument error.\n");
         return 0;
     }
@@ -74,7 +75,6 @@ BOOL ZComponentImpl::CloneDispParams(DISPID id, DISPPARAMS* src, DISPPARAMS* dst
         consoleOut("[ZComponentImpl::CloneDispParams] params->rgvarg == NULL.\n");
         return 0;
     }
-    const DispatchInfo* row = GetDispatchInfoById(this, id);
     for (UINT i = 0; row && i < src->cArgs; ++i) {
         const std::uint8_t declared = i < kDeclaredArguments ? row->vtArgs[i] : std::uint8_t{0};
         if (!cloneArgument(src->rgvarg[i], declared, &dst->rgvarg[i])) {

@@ -1,6 +1,5 @@
 // ZComponentImpl: the chain of proxies that add members to an object.
-#include <cstring>
-#include <memory>
+#include <cstdlib>
 #include <new>
 
 #include "runtime/bounded_text.h"
@@ -19,6 +18,30 @@ DISPID addOffset(DISPID id, std::int32_t offset) {
 DISPID subtractOffset(DISPID id, std::int32_t offset) {
     return static_cast<DISPID>(static_cast<ULONG>(id) - static_cast<ULONG>(offset));
 }
+
+/// Room for what a proxy writes: one id, 0 at first, for each of the names it is asked for. Memory
+/// for many is zeroed by the system, so a count without as many names costs only what is written.
+class ProxyIds {
+public:
+    explicit ProxyIds(UINT count)
+        : m_ids(count <= kFew ? m_few : static_cast<DISPID*>(std::calloc(count, sizeof(DISPID)))) {}
+    ProxyIds(const ProxyIds&) = delete;
+    ProxyIds& operator=(const ProxyIds&) = delete;
+    ~ProxyIds() {
+        if (m_ids != m_few) {
+            std::free(m_ids);
+        }
+    }
+
+    /// @return null when memory is short.
+    DISPID* get() const { return m_ids; }
+
+private:
+    static constexpr UINT kFew = 16;
+
+    DISPID m_few[kFew] = {};
+    DISPID* m_ids;
+};
 
 }  // namespace
 
@@ -41,27 +64,26 @@ bool ZComponentImpl::AnyProxy(int stage, Ask ask) const {
     return false;
 }
 
-std::optional<DISPID> ZComponentImpl::AskProxies(int stage, const GUID& riid, OLECHAR** names,
-                                                 UINT count, LCID lcid) const {
-    if (!m_pHead) {
-        return std::nullopt;
-    }
-    // A proxy writes one id for each of the names that it was asked for.
-    const UINT size = count > 0 ? count : 1;
-    const std::unique_ptr<DISPID[]> ids(new (std::nothrow) DISPID[size]);
-    if (!ids) {
-        return std::nullopt;
-    }
-    std::optional<DISPID> found;
+/// Looks a name up with the proxies of a stage.
+/// @param found  receives the id; untouched when no proxy knows the name.
+/// @return false when memory is short: a proxy could not be asked.
+bool ZComponentImpl::AskProxies(int stage, const GUID& riid, OLECHAR** names, UINT count, LCID lcid,
+                                std::optional<DISPID>* found) const {
+    bool isAskable = true;
     AnyProxy(stage, [&](IDispatch& proxy, std::int32_t offset) {
-        std::memset(ids.get(), 0, size * sizeof(DISPID));
-        const HRESULT result = proxy.GetIDsOfNames(riid, names, count, lcid, ids.get());
-        if (SUCCEEDED(result) && ids[0] > 0) {
-            found = addOffset(ids[0], offset);
+        const ProxyIds room(count);
+        DISPID* const ids = room.get();
+        if (!ids) {
+            isAskable = false;
+            return true;
         }
-        return found.has_value();
+        const HRESULT result = proxy.GetIDsOfNames(riid, names, count, lcid, ids);
+        if (SUCCEEDED(result) && ids[0] > 0) {
+            *found = addOffset(ids[0], offset);
+        }
+        return found->has_value();
     });
-    return found;
+    return isAskable;
 }
 
 HRESULT ZComponentImpl::CallProxyDispatch(int stage, DISPID id, const GUID& riid, LCID lcid,

@@ -53,4 +53,10 @@ LONG truncateToLong(double value) {
     return std::numeric_limits<LONG>::min();
 }
 
+std::uint8_t truncateToByte(double value) {
+    // Numbers past 62 bits have no bits that low.
+    const bool hasLowBits = value > -0x1p62 && value < 0x1p62;
+    return hasLowBits ? static_cast<std::uint8_t>(static_cast<std::int64_t>(value)) : 0;
+}
+
 }  // namespace zr

@@ -3,6 +3,8 @@
 
 #include <zrkey/automation.h>
 
+#include <cstdint>
+
 /// Stands where the platform's variant comparison would be.
 /// @retval E_FAIL  always; kept, so that values not compared natively are never equal.
 HRESULT ZVariantCompare(...);
@@ -19,5 +21,8 @@ namespace zr {
 /// A number as scripts pass it, truncated toward zero to 32 bits.
 /// @return the smallest LONG for what does not fit and for NaN, as the processor converts them.
 LONG truncateToLong(double value);
+
+/// The low 8 bits of a number that is truncated toward zero; 0 for what is no number.
+std::uint8_t truncateToByte(double value);
 
 }  // namespace zr

@@ -1,6 +1,7 @@
 // The error service, once for each allocation that it makes, with that one failing.
 #include "runtime/error_info.h"
 #include "tests/allocation/fail_each.h"
+#include "tests/support/console_capture.h"
 #include "tests/support/hresult.h"
 
 namespace zr::test {
@@ -51,18 +52,61 @@ TEST(ErrorReportAllocationTest, AStringThatCannotBeReplacedLeavesNone) {
     });
 }
 
-TEST(ErrorReportAllocationTest, AReportIsThrownOrAnswered) {
-    failEach([](const Allocations& allocations) {
+/// What reports came to that met a failing allocation.
+struct Outcomes {
+    int withoutText = 0;
+    int withoutObject = 0;
+    int thrown = 0;
+};
+
+/// Reports once for each allocation; the text is made first, then the object, then all is thrown.
+template <class Report>
+Outcomes reportEach(Report report) {
+    Outcomes outcomes;
+    failEach([&](const Allocations& allocations) {
         bool isThrown = false;
-        const HRESULT hr = outcomeOf(
-            [] { return ZCLReportErrorUTF8(IID_NULL, "what happened", IID_NULL, E_POINTER); },
-            &isThrown);
-        // An error whose description cannot be copied is thrown without it.
-        EXPECT_EQ(isThrown ? E_POINTER : hr, hr);
-        EXPECT_TRUE(isThrown || hr == E_FAIL || hr == DISP_E_EXCEPTION) << hr;
-        EXPECT_TRUE(isThrown || allocations.hasFailed());
+        const HRESULT hr = outcomeOf(report, &isThrown);
+        if (isThrown) {
+            EXPECT_HR(E_POINTER, hr);
+            outcomes.thrown += allocations.hasFailed();
+        } else if (hr == E_FAIL) {
+            EXPECT_EQ(0, outcomes.withoutObject);
+            EXPECT_TRUE(allocations.hasFailed());
+            ++outcomes.withoutText;
+        } else {
+            EXPECT_HR(DISP_E_EXCEPTION, hr);
+            EXPECT_EQ(0, outcomes.thrown);
+            EXPECT_TRUE(allocations.hasFailed());
+            ++outcomes.withoutObject;
+        }
+        IErrorInfo* current = nullptr;
+        ZGetErrorInfo(0, &current);
+        EXPECT_EQ(isThrown, current != nullptr);
+        if (current) {
+            current->Release();
+        }
         ZCLUninitialize();
     });
+    return outcomes;
+}
+
+constexpr int kRunsOfEach = 2;
+
+TEST(ErrorReportAllocationTest, AReportWithoutAnObjectIsAnsweredAndAnyOtherThrown) {
+    const Outcomes outcomes =
+        reportEach([] { return ZCLReportError(IID_NULL, OLESTR("text"), IID_NULL, E_POINTER); });
+    EXPECT_EQ(0, outcomes.withoutText);
+    EXPECT_EQ(kRunsOfEach, outcomes.withoutObject);
+    EXPECT_LE(kRunsOfEach * 2, outcomes.thrown);  // what is lost is the description
+}
+
+TEST(ErrorReportAllocationTest, AReportWhoseTextCannotBeConvertedIsAnswered) {
+    const ConsoleCapture quiet;
+    const Outcomes outcomes =
+        reportEach([] { return ZCLReportErrorUTF8(IID_NULL, "text", IID_NULL, E_POINTER); });
+    EXPECT_LE(kRunsOfEach * 2, outcomes.withoutText);
+    EXPECT_EQ(kRunsOfEach, outcomes.withoutObject);
+    EXPECT_LE(kRunsOfEach * 2, outcomes.thrown);
 }
 
 }  // namespace

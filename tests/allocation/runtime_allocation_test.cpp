@@ -140,20 +140,43 @@ TEST_F(ProxyAllocationTest, AProxyThatCannotBeAddedIsNotKept) {
     });
 }
 
-TEST_F(ProxyAllocationTest, AProxyThatCannotBeAskedIsPassedOver) {
-    proxy.name = OLESTR("Proxied");
+TEST_F(ProxyAllocationTest, AProxyThatCannotBeAskedEndsTheLookUp) {
+    // The name is an own member's, too, which is not taken for the proxy's.
+    for (const int stage : {1, 0}) {
+        proxy.name = stage == 1 ? OLESTR("Keep") : OLESTR("Proxied");
+        thing->AddProxyDispatch(&proxy, 100, stage, nullptr);
+        std::vector<LPOLESTR> names(100, proxy.name.data());
+        failEach([&](const Allocations& allocations) {
+            DISPID id = 99;
+            const HRESULT hr = thing->GetIDsOfNames(IID_NULL, names.data(), 100, 0, &id);
+            EXPECT_HR(allocations.hasFailed() ? E_FAIL : S_OK, hr);
+            EXPECT_EQ(allocations.hasFailed() ? 99 : 101, id);
+        });
+        thing->RemoveProxyDispatch(&proxy);
+    }
+}
+
+TEST_F(ProxyAllocationTest, NoProxyIsAskedForMoreNamesThanThereIsRoomFor) {
     thing->AddProxyDispatch(&proxy, 100, 1, nullptr);
-    failEach([this](const Allocations& allocations) {
-        DISPID id = 0;
-        LPOLESTR name = proxy.name.data();
-        const HRESULT hr = thing->GetIDsOfNames(IID_NULL, &name, 1, 0, &id);
-        if (allocations.hasFailed()) {
-            EXPECT_HR(E_FAIL, hr);
-            EXPECT_EQ(0, id);
-        } else {
-            EXPECT_EQ(101, id);
-        }
-    });
+    LPOLESTR name = proxy.name.data();
+    DISPID id = 99;
+    const Allocations allocations(Allocations::ofEverything, 1);
+    EXPECT_HR(E_FAIL, thing->GetIDsOfNames(IID_NULL, &name, 0xFFFFFFFF, 0, &id));
+    EXPECT_TRUE(allocations.hasFailed());
+    EXPECT_EQ(0, proxy.lookUps);
+    EXPECT_EQ(99, id);
+    thing->RemoveProxyDispatch(&proxy);
+}
+
+TEST_F(ProxyAllocationTest, AFewNamesAreAskedForWithoutAnAllocation) {
+    thing->AddProxyDispatch(&proxy, 100, 1, nullptr);
+    DISPID id = 0;
+    std::vector<LPOLESTR> names(16, proxy.name.data());
+    const Allocations allocations(Allocations::ofEverything, 1);
+    EXPECT_HR(S_OK, thing->GetIDsOfNames(IID_NULL, names.data(), 16, 0, &id));
+    EXPECT_EQ(0u, allocations.made());
+    EXPECT_EQ(101, id);
+    thing->RemoveProxyDispatch(&proxy);
 }
 
 TEST_F(ProxyAllocationTest, ACallWhoseArgumentsCannotBeCopiedIsNotMade) {
@@ -170,6 +193,40 @@ TEST_F(ProxyAllocationTest, ACallWhoseArgumentsCannotBeCopiedIsNotMade) {
         EXPECT_EQ(allocations.hasFailed(), clone.rgvarg == nullptr);
         thing->FreeDispParams(&clone);
     });
+    SysFreeString(text);
+}
+
+TEST_F(ProxyAllocationTest, AnArrayOfArgumentsThatCannotBeMadeIsTold) {
+    VARIANT argument = {};
+    DISPPARAMS params = {&argument, nullptr, 1, 0};
+    DISPPARAMS clone = {};
+    Allocations allocations(Allocations::ofEverything, 1);
+    EXPECT_EQ(0, thing->CloneDispParams(1, &params, &clone));
+    EXPECT_TRUE(allocations.hasFailed());
+    allocations.stop();
+    EXPECT_EQ(nullptr, clone.rgvarg);
+    EXPECT_EQ(
+        "[ZComponentImpl::CloneDispParams] call in...\n"
+        "[ZComponentImpl::CloneDispParams] params->rgvarg == NULL.\n",
+        quiet.stop().out);
+}
+
+TEST_F(ProxyAllocationTest, ACopyOfATextThatCannotBeMadeFailsTheCallWithoutALineOfItsOwn) {
+    BSTR text = SysAllocString(OLESTR("text"));
+    VARIANT argument = {};
+    argument.vt = VT_BSTR;
+    argument.bstrVal = text;
+    DISPPARAMS params = {&argument, nullptr, 1, 0};
+    Allocations allocations(Allocations::ofEverything, 2);
+    EXPECT_HR(E_FAIL, thing->Invoke(1, IID_NULL, 0, 1, &params, nullptr, nullptr, nullptr));
+    EXPECT_TRUE(allocations.hasFailed());
+    allocations.stop();
+    EXPECT_EQ(0, thing->calls);
+    EXPECT_EQ(
+        "[ZComponentImpl::Invoke] call in...\n"
+        "[ZComponentImpl::CloneDispParams] call in...\n"
+        "[ZComponentImpl::Invoke] call CloneDispParams error...\n",
+        quiet.stop().out);
     SysFreeString(text);
 }
 

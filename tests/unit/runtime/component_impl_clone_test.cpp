@@ -3,6 +3,7 @@
 
 #include "tests/support/console_capture.h"
 #include "tests/support/hresult.h"
+#include "tests/unit/runtime/proxy.h"
 #include "tests/unit/runtime/thing.h"
 
 namespace zr::test {
@@ -29,6 +30,31 @@ TEST_F(ComponentImplCloneTest, NumbersBecomeWhatTheRowDeclares) {
 TEST_F(ComponentImplCloneTest, NegativeNumbersAreTruncatedTowardZero) {
     invoke(1, {number(-2.9)});
     EXPECT_EQ(-2, thing->kept[0].lVal);
+}
+
+TEST_F(ComponentImplCloneTest, BytesAreTheLowBitsOfWhatIsTruncated) {
+    const struct {
+        double value;
+        int byte;
+    } cases[] = {
+        {-1, 0xFF},
+        {-1.9, 0xFF},
+        {-256, 0},
+        {255.9, 0xFF},
+        {4294967301.0, 5},
+        {-4294967297.0, 0xFF},
+        {0x1p61 + 512, 0},
+        {-0x1p63, 0},
+        {1e300, 0},
+        {-1e300, 0},
+        {std::numeric_limits<double>::quiet_NaN(), 0},
+        {std::numeric_limits<double>::infinity(), 0},
+    };
+    for (const auto& entry : cases) {
+        invoke(1, {number(1), number(entry.value)});
+        EXPECT_EQ(VT_I1, thing->kept[1].vt);
+        EXPECT_EQ(entry.byte, static_cast<unsigned char>(thing->kept[1].cVal)) << entry.value;
+    }
 }
 
 TEST_F(ComponentImplCloneTest, NumbersThatDoNotFitBecomeTheSmallest) {
@@ -70,18 +96,31 @@ TEST_F(ComponentImplCloneTest, StringsAreCopiedUpToTheirFirstZero) {
     EXPECT_EQ(VT_BSTR, thing->kept[0].vt);
 }
 
-TEST_F(ComponentImplCloneTest, ObjectsAreReferencedDuringTheCall) {
-    auto* other = new Thing();
-    other->AddRef();
-    VARIANT object = {};
-    object.vt = VT_DISPATCH;
-    object.pdispVal = other;
-    invoke(1, {object});
-    EXPECT_EQ(static_cast<IDispatch*>(other), thing->kept[0].pdispVal);
-    object.pdispVal = nullptr;
-    invoke(1, {object});
-    EXPECT_EQ(nullptr, thing->kept[0].pdispVal);
-    EXPECT_EQ(0u, other->Release());
+TEST_F(ComponentImplCloneTest, ObjectsAreReferencedByTheCopy) {
+    for (const VARTYPE type : {VARTYPE{VT_DISPATCH}, VARTYPE{VT_UNKNOWN}}) {
+        Proxy other;
+        VARIANT object = {};
+        object.vt = type;
+        object.pdispVal = &other;
+        DISPPARAMS params = {&object, nullptr, 1, 0};
+        DISPPARAMS clone = {};
+        EXPECT_EQ(1, thing->CloneDispParams(1, &params, &clone));
+        EXPECT_EQ(type, clone.rgvarg[0].vt);
+        EXPECT_EQ(&other, clone.rgvarg[0].pdispVal);
+        EXPECT_EQ(1u, other.references);
+        thing->FreeDispParams(&clone);
+        EXPECT_EQ(0u, other.references);
+    }
+}
+
+TEST_F(ComponentImplCloneTest, NullObjectsStayNull) {
+    for (const VARTYPE type : {VARTYPE{VT_DISPATCH}, VARTYPE{VT_UNKNOWN}}) {
+        VARIANT object = {};
+        object.vt = type;
+        EXPECT_HR(7, invoke(1, {object}));
+        EXPECT_EQ(type, thing->kept[0].vt);
+        EXPECT_EQ(nullptr, thing->kept[0].punkVal);
+    }
 }
 
 TEST_F(ComponentImplCloneTest, WhatIsNoVariantArrivesEmpty) {
@@ -132,9 +171,21 @@ TEST_F(ComponentImplCloneTest, NamedArgumentsAreSharedAndAnUnknownIdLeavesEmptyO
     thing->FreeDispParams(nullptr);
 }
 
-TEST_F(ComponentImplCloneTest, AFailedCopyFailsTheCall) {
-    VARIANT result;
-    EXPECT_HR(E_FAIL, thing->Invoke(1, IID_NULL, 0, 1, nullptr, &result, nullptr, nullptr));
+TEST_F(ComponentImplCloneTest, WithoutAnArrayTheArgumentsOfAnUnknownIdAreEmpty) {
+    DISPPARAMS params = {nullptr, nullptr, 2, 0};
+    DISPPARAMS clone = {};
+    EXPECT_EQ(1, thing->CloneDispParams(9, &params, &clone));
+    ASSERT_TRUE(clone.rgvarg);
+    EXPECT_EQ(2u, clone.cArgs);
+    EXPECT_EQ(VT_EMPTY, clone.rgvarg[0].vt);
+    EXPECT_EQ(VT_EMPTY, clone.rgvarg[1].vt);
+    thing->FreeDispParams(&clone);
+    EXPECT_EQ("[ZComponentImpl::CloneDispParams] call in...\n", console.stop().out);
+}
+
+TEST_F(ComponentImplCloneTest, WithoutAnArrayNoMemberIsCalled) {
+    DISPPARAMS params = {nullptr, nullptr, 1, 0};
+    EXPECT_HR(E_FAIL, thing->Invoke(1, IID_NULL, 0, 1, &params, nullptr, nullptr, nullptr));
     EXPECT_EQ(0, thing->calls);
     const std::string text = console.stop().out;
     EXPECT_NE(text.npos, text.find("[ZComponentImpl::Invoke] call CloneDispParams error...\n"));

@@ -11,11 +11,6 @@ namespace {
 
 class ComponentImplProxyTest : public ThingTest {
 protected:
-    HRESULT find(const OLECHAR* name, DISPID* id, UINT count = 1) {
-        std::vector<LPOLESTR> names(count, const_cast<LPOLESTR>(name));
-        return thing->GetIDsOfNames(IID_NULL, names.data(), count, 0, id);
-    }
-
     ConsoleCapture console;
     Proxy proxy;
 };
@@ -96,7 +91,7 @@ TEST_F(ComponentImplProxyTest, AnIdThatAFailingProxyWroteIsNotTakenForTheNextOne
     Proxy silent;
     proxy.name = silent.name = OLESTR("Other");
     proxy.lookUpResult = E_FAIL;
-    silent.writesIds = false;
+    silent.mostIds = 0;
     thing->AddProxyDispatch(&proxy, 0, 1, nullptr);
     thing->AddProxyDispatch(&silent, 0, 1, nullptr);
     DISPID id = 9;
@@ -214,8 +209,8 @@ TEST_F(ComponentImplProxyTest, AReferenceTakenAndGivenBackAtTheEndDestroysNothin
     object->AddRef();
     object->AddProxyDispatch(&proxy, 0, 1, nullptr);
     proxy.onReleased = [&] {
-        object->ZComponentImpl::AddRef();
-        object->ZComponentImpl::Release();
+        EXPECT_EQ((1u << 30) + 1, object->ZComponentImpl::AddRef());
+        EXPECT_EQ(1u << 30, object->ZComponentImpl::Release());
     };
     const int destroyed = Thing::s_destroyed;
     EXPECT_EQ(0u, object->Release());

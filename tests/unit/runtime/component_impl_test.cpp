@@ -8,11 +8,6 @@
 namespace zr::test {
 namespace {
 
-HRESULT find(ZComponentImpl* object, const OLECHAR* name, DISPID* id) {
-    auto* text = const_cast<OLECHAR*>(name);
-    return object->GetIDsOfNames(IID_NULL, &text, 1, 0, id);
-}
-
 class ComponentImplTest : public ThingTest {
 protected:
     ConsoleCapture console;
@@ -63,35 +58,69 @@ TEST_F(ComponentImplTest, TypeInformationIsNotImplemented) {
 
 TEST_F(ComponentImplTest, NamesMatchExactly) {
     DISPID id = 0;
-    EXPECT_HR(S_OK, find(thing, OLESTR("Value"), &id));
+    EXPECT_HR(S_OK, find(OLESTR("Value"), &id));
     EXPECT_EQ(3, id);
     id = 99;
     for (const OLECHAR* name : {OLESTR("value"), OLESTR("Valu"), OLESTR("Values"), OLESTR("")}) {
-        EXPECT_HR(E_FAIL, find(thing, name, &id));
+        EXPECT_HR(E_FAIL, find(name, &id));
     }
     EXPECT_EQ(99, id);
 }
 
 TEST_F(ComponentImplTest, NamesThatCannotBeAreNotFound) {
     DISPID id = 99;
-    EXPECT_HR(E_INVALIDARG, thing->GetIDsOfNames(IID_NULL, nullptr, 1, 0, &id));
     OLECHAR* none = nullptr;
     EXPECT_HR(E_FAIL, thing->GetIDsOfNames(IID_NULL, &none, 1, 0, &id));
     for (const std::size_t length : {1023, 1024, 100000}) {
-        EXPECT_HR(E_FAIL, find(thing, std::basic_string<OLECHAR>(length, 'x').c_str(), &id));
+        EXPECT_HR(E_FAIL, find(std::basic_string<OLECHAR>(length, 'x').c_str(), &id));
     }
     const OLECHAR lone[] = {0xD800, 0};
-    EXPECT_HR(E_FAIL, find(thing, lone, &id));
+    EXPECT_HR(E_FAIL, find(lone, &id));
     EXPECT_EQ(99, id);
 }
 
 TEST_F(ComponentImplTest, ANameOf1023BytesIsShownWholeAndALongerOneNotAtAll) {
     DISPID id = 0;
-    find(thing, std::basic_string<OLECHAR>(1023, 'x').c_str(), &id);
-    find(thing, std::basic_string<OLECHAR>(1024, 'x').c_str(), &id);
+    find(std::basic_string<OLECHAR>(1023, 'x').c_str(), &id);
+    find(std::basic_string<OLECHAR>(1024, 'x').c_str(), &id);
     const std::string text = console.stop().out;
     EXPECT_NE(text.npos, text.find("lpszName = [" + std::string(1023, 'x') + "] ...\n"));
     EXPECT_NE(text.npos, text.find("lpszName = [] ...\n"));
+}
+
+TEST_F(ComponentImplTest, AMissingListOfNamesIsRefusedAfterTheFirstLine) {
+    DISPID id = 99;
+    EXPECT_HR(E_INVALIDARG, thing->GetIDsOfNames(IID_NULL, nullptr, 1, 0, &id));
+    EXPECT_EQ(99, id);
+    EXPECT_EQ("[ZComponentImpl::GetIDsOfNames] call in...\n", console.stop().out);
+}
+
+TEST_F(ComponentImplTest, WithoutAPlaceForItsIdAMemberIsLookedUpAndRefused) {
+    EXPECT_HR(E_INVALIDARG, find(OLESTR("Keep"), nullptr));
+    EXPECT_EQ(
+        "[ZComponentImpl::GetIDsOfNames] call in...\n"
+        "[ZComponentImpl::GetIDsOfNames] lpszName = [Keep] ...\n"
+        "[ZComponentImpl::GetIDsOfNames] pre proxy...\n"
+        "[ZComponentImpl::GetIDsOfNames] self...\n",
+        console.stop().out);
+}
+
+TEST_F(ComponentImplTest, WithoutAPlaceForItsIdAnUnknownNameIsUnknown) {
+    EXPECT_HR(E_FAIL, find(OLESTR("Other"), nullptr));
+    EXPECT_EQ(
+        "[ZComponentImpl::GetIDsOfNames] call in...\n"
+        "[ZComponentImpl::GetIDsOfNames] lpszName = [Other] ...\n"
+        "[ZComponentImpl::GetIDsOfNames] pre proxy...\n"
+        "[ZComponentImpl::GetIDsOfNames] self...\n"
+        "[ZComponentImpl::GetIDsOfNames] Last Proxy...\n",
+        console.stop().out);
+}
+
+TEST_F(ComponentImplTest, ANameIsShownAsUtf8) {
+    DISPID id = 0;
+    find(OLESTR("na\u20acme"), &id);
+    const std::string text = console.stop().out;
+    EXPECT_NE(text.npos, text.find("lpszName = [na\xe2\x82\xacme] ...\n")) << text;
 }
 
 TEST_F(ComponentImplTest, ACallReachesTheAdapterAndItsResultTheCaller) {
@@ -189,29 +218,6 @@ TEST_F(ComponentImplTest, TheRowToCallNeedsSomethingOfTheCall) {
     EXPECT_EQ(nullptr, thing->GetDipatchInfo(1, 1, nullptr, nullptr, nullptr, nullptr));
     EXPECT_EQ(&Thing::s_rows[0], thing->GetDipatchInfo(1, 1, nullptr, nullptr, nullptr, &argErr));
     EXPECT_EQ(nullptr, thing->GetDipatchInfo(5, 1, nullptr, nullptr, nullptr, &argErr));
-}
-
-/// The virtual table of the component part, slot by slot.
-using Slot = void (*)();
-Slot* slotsOf(void* object) {
-    return *static_cast<Slot**>(object);
-}
-
-TEST_F(ComponentImplTest, SlotsKeepTheirOrder) {
-    // Two destructors come first in the component part, then the operations.
-    auto* part = static_cast<ZComponentImpl*>(thing);
-    using TypeInfoCount = HRESULT(STDMETHODCALLTYPE*)(void*, UINT*);
-    using Supports = HRESULT(STDMETHODCALLTYPE*)(void*, const GUID&);
-    using Count = int (*)(void*);
-    using Rows = DispatchInfo* (*)(void*);
-    EXPECT_HR(E_NOTIMPL, reinterpret_cast<TypeInfoCount>(slotsOf(part)[3])(part, nullptr));
-    EXPECT_HR(S_OK, reinterpret_cast<Supports>(slotsOf(part)[7])(part, IID_NULL));
-    EXPECT_EQ(Thing::s_rows, reinterpret_cast<Rows>(slotsOf(part)[9])(part));
-    EXPECT_EQ(4, reinterpret_cast<Count>(slotsOf(part)[10])(part));
-    // In the primary face: seven common operations, the own one, two destructors, then the rest.
-    using Own = HRESULT(STDMETHODCALLTYPE*)(void*, INT);
-    EXPECT_HR(5, reinterpret_cast<Own>(slotsOf(thing)[7])(thing, 5));
-    EXPECT_HR(S_OK, reinterpret_cast<Supports>(slotsOf(thing)[10])(thing, IID_NULL));
 }
 
 }  // namespace

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+#include <utility>
+
 #include "tests/support/console_capture.h"
 #include "tests/support/hresult.h"
 
@@ -45,9 +48,19 @@ TEST_F(ErrorInfoTest, NewObjectsAreEmpty) {
     EXPECT_TRUE(guid == IID_NULL);
     EXPECT_HR(S_OK, info->GetSource(&text));
     EXPECT_EQ(nullptr, text);
+    text = reinterpret_cast<BSTR>(this);
+    EXPECT_HR(S_OK, info->GetHelpFile(&text));
+    EXPECT_EQ(nullptr, text);
+    const ConsoleCapture quiet;
+    text = reinterpret_cast<BSTR>(this);
+    EXPECT_HR(S_OK, info->GetDescription(&text));
+    EXPECT_EQ(nullptr, text);
     EXPECT_HR(S_OK, info->GetHelpContext(&context));
     EXPECT_EQ(0u, context);
-    const ConsoleCapture console;
+}
+
+TEST_F(ErrorInfoTest, NullPointersAreRefused) {
+    const ConsoleCapture quiet;
     EXPECT_HR(E_INVALIDARG, info->GetGUID(nullptr));
     EXPECT_HR(E_INVALIDARG, info->GetSource(nullptr));
     EXPECT_HR(E_INVALIDARG, info->GetDescription(nullptr));
@@ -92,6 +105,35 @@ TEST_F(ErrorInfoTest, ANullStringFailsAndLeavesNone) {
     EXPECT_EQ(6u, SysStringLen(before));
 }
 
+TEST_F(ErrorInfoTest, EachNullStringFailsAndClearsItsOwnFieldAlone) {
+    using Set = HRESULT (STDMETHODCALLTYPE ICreateErrorInfo::*)(LPOLESTR);
+    using Get = HRESULT (STDMETHODCALLTYPE IErrorInfo::*)(BSTR*);
+    const std::pair<Set, Get> fields[] = {
+        {&ICreateErrorInfo::SetSource, &IErrorInfo::GetSource},
+        {&ICreateErrorInfo::SetDescription, &IErrorInfo::GetDescription},
+        {&ICreateErrorInfo::SetHelpFile, &IErrorInfo::GetHelpFile},
+    };
+    OLECHAR text[] = OLESTR("text");
+    const ConsoleCapture quiet;
+    for (const auto& emptied : fields) {
+        for (const auto& [set, get] : fields) {
+            EXPECT_HR(S_OK, (create->*set)(text));
+        }
+        EXPECT_HR(E_FAIL, (create->*emptied.first)(nullptr));
+        for (const auto& [set, get] : fields) {
+            BSTR now = nullptr;
+            EXPECT_HR(S_OK, (info->*get)(&now));
+            EXPECT_EQ(get == emptied.second, now == nullptr);
+        }
+    }
+}
+
+TEST_F(ErrorInfoTest, AskingForTheDescriptionWithoutAPlaceForItIsToldToo) {
+    ConsoleCapture console;
+    EXPECT_HR(E_INVALIDARG, info->GetDescription(nullptr));
+    EXPECT_EQ("[ZErrorInfo::GetDescription] call...\n", console.stop().out);
+}
+
 TEST_F(ErrorInfoTest, AskingForTheDescriptionIsTold) {
     OLECHAR description[] = OLESTR("text");
     create->SetDescription(description);
@@ -115,6 +157,25 @@ TEST_F(ErrorInfoTest, SlotsKeepTheirOrder) {
     EXPECT_HR(S_OK, reinterpret_cast<SetContext>(createSlots[7])(create, 12));
     info->GetHelpContext(&context);
     EXPECT_EQ(12u, context);
+}
+
+/// Counts its ends.
+class CountedErrorInfo : public ZErrorInfo {
+public:
+    ~CountedErrorInfo() override { ++s_destroyed; }
+    static inline int s_destroyed = 0;
+};
+
+TEST_F(ErrorInfoTest, TheDestructorsFollowTheGetters) {
+    using Destructor = void (*)(void*);
+    CountedErrorInfo::s_destroyed = 0;
+    alignas(CountedErrorInfo) char place[sizeof(CountedErrorInfo)];
+    IErrorInfo* complete = new (place) CountedErrorInfo;
+    reinterpret_cast<Destructor>((*reinterpret_cast<Slot**>(complete))[8])(complete);
+    EXPECT_EQ(1, CountedErrorInfo::s_destroyed);
+    IErrorInfo* deleted = new CountedErrorInfo;
+    reinterpret_cast<Destructor>((*reinterpret_cast<Slot**>(deleted))[9])(deleted);
+    EXPECT_EQ(2, CountedErrorInfo::s_destroyed);
 }
 
 }  // namespace

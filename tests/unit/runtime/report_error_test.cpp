@@ -83,6 +83,27 @@ TEST_F(ReportErrorTest, Utf8TextIsConverted) {
     EXPECT_EQ(2u, SysStringLen(text));
 }
 
+TEST_F(ReportErrorTest, TheConversionOfAUtf8ReportIsTold) {
+    ConsoleCapture console;
+    EXPECT_THROW(ZCLReportErrorUTF8(IID_NULL, "a\xe2\x82\xac", IID_NULL, E_FAIL), _zcl_error);
+    EXPECT_EQ("_ZSysAllocUTF8String call...[a\xe2\x82\xac]\n", console.stop().out);
+}
+
+TEST_F(ReportErrorTest, ANullUtf8TextIsRefusedWithoutAWord) {
+    ConsoleCapture console;
+    EXPECT_HR(E_INVALIDARG, ZCLReportErrorUTF8(IID_NULL, nullptr, IID_NULL, E_FAIL));
+    EXPECT_EQ("", console.stop().out);
+}
+
+TEST_F(ReportErrorTest, TheSlotsOnlyErrorCanBeSetAgain) {
+    EXPECT_THROW(ZCLReportError(IID_NULL, OLESTR("1"), IID_NULL, E_FAIL), _zcl_error);
+    IErrorInfo* only = current();
+    EXPECT_HR(S_OK, ZSetErrorInfo(0, only));
+    EXPECT_EQ(only, current());
+    EXPECT_EQ(2u, only->AddRef());
+    EXPECT_EQ(1u, only->Release());
+}
+
 TEST_F(ReportErrorTest, ANewReportReplacesTheOld) {
     EXPECT_THROW(ZCLReportError(IID_NULL, OLESTR("1"), IID_NULL, E_FAIL), _zcl_error);
     EXPECT_THROW(ZCLReportError(IID_NULL, nullptr, IID_NULL, E_FAIL), _zcl_error);

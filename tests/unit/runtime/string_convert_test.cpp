@@ -77,6 +77,37 @@ TEST(StringConvertTest, LengthsCutOrKeepTheText) {
     EXPECT_EQ(nullptr, _ZSysAllocUTF8StringLen(nullptr, 3));
 }
 
+TEST(StringConvertTest, ACutInsideASequenceIsPassedOnAsItIs) {
+    const Wide cut = take(ZSysAllocUTF8String("a\xe2\x82"));
+    EXPECT_LT(1u, cut.size());  // something stands for what is left of the sequence
+    EXPECT_EQ(cut, take(ZSysAllocUTF8StringLen("a\xe2\x82\xac", 3)));
+    EXPECT_EQ(OLESTR("a\u20ac"), take(ZSysAllocUTF8StringLen("a\xe2\x82\xac", 4)));
+}
+
+TEST(StringConvertTest, TheUnderscoreNameGivesAnEmptyStringForNullAndEmptyText) {
+    for (const char* text : {static_cast<const char*>(nullptr), ""}) {
+        ConsoleCapture console;
+        BSTR string = _ZSysAllocUTF8String(text);
+        EXPECT_EQ(
+            text ? "_ZSysAllocUTF8String call...[]\n" : "_ZSysAllocUTF8String call...[(null)]\n",
+            console.stop().out);
+        ASSERT_TRUE(string);
+        EXPECT_EQ(0u, SysStringLen(string));
+        SysFreeString(string);
+    }
+}
+
+TEST(StringConvertTest, Utf8EndsAtTheFirstZeroOfTheString) {
+    BSTR text = SysAllocStringByteLen(reinterpret_cast<const char*>(OLESTR("ab\0cd")), 10);
+    char out[8];
+    std::memset(out, 'x', sizeof out);
+    EXPECT_EQ(3, ZBstrToUtf8(text, nullptr, 0));
+    EXPECT_EQ(3, ZBstrToUtf8(text, out, sizeof out));
+    EXPECT_EQ(0, std::memcmp(out, "ab\0\0\0\0\0\0", 8));
+    EXPECT_EQ(16, ZSysStringGetStreamSize(text));
+    SysFreeString(text);
+}
+
 TEST(StringConvertTest, TheUnderscoreNameReportsItsInput) {
     ConsoleCapture console;
     EXPECT_EQ(OLESTR("abc"), take(_ZSysAllocUTF8String("abc")));

@@ -63,6 +63,12 @@ protected:
     ThingTest() { thing->AddRef(); }
     ~ThingTest() override { thing->Release(); }
 
+    /// Looks up as many names as are counted, all the same.
+    HRESULT find(const OLECHAR* name, DISPID* id, UINT count = 1) {
+        std::vector<LPOLESTR> names(count, const_cast<LPOLESTR>(name));
+        return thing->GetIDsOfNames(IID_NULL, names.data(), count, 0, id);
+    }
+
     HRESULT invoke(DISPID id, std::vector<VARIANT> arguments, VARIANT* result = nullptr) {
         DISPPARAMS params = {};
         params.rgvarg = arguments.data();

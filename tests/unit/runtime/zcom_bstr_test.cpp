@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 
 namespace zr::test {
@@ -31,6 +32,29 @@ TEST(ZComBstrTest, ItCopiesOrTakesOver) {
     EXPECT_NE(source, raw(second));
     ZComBSTR owner(source, false);
     EXPECT_EQ(source, raw(owner));
+}
+
+TEST(ZComBstrTest, CopiesEndAtTheFirstZero) {
+    BSTR source = SysAllocStringByteLen(reinterpret_cast<const char*>(OLESTR("ab\0cd")), 10);
+    ZComBSTR copy(source);
+    EXPECT_EQ(2u, copy.GetLength());
+    ZComBSTR second(source, true);
+    EXPECT_EQ(2u, second.GetLength());
+    ZComBSTR owner(source, false);
+    EXPECT_EQ(5u, owner.GetLength());
+    EXPECT_STREQ("ab", static_cast<const char*>(owner));
+    BSTR third = owner.Copy();
+    EXPECT_EQ(2u, SysStringLen(third));
+    SysFreeString(third);
+}
+
+TEST(ZComBstrTest, TheStringStandsBeforeTheView) {
+    ZComBSTR text("abc");
+    const char* view = text;
+    const void* members[3];  // behind the pointer to the table of virtual operations
+    std::memcpy(members, static_cast<const void*>(&text), sizeof members);
+    EXPECT_EQ(raw(text), members[1]);
+    EXPECT_EQ(view, members[2]);
 }
 
 TEST(ZComBstrTest, ItHasLengthsAndAUtf8View) {

@@ -30,6 +30,36 @@ TEST(ZComVariantCompareTest, FourTypesCompareByValue) {
     EXPECT_TRUE(ZComVariant(~0ull) > ZComVariant(1ull));
 }
 
+/// All three answers of each comparison of two values, the first of which is less.
+template <class Value>
+void expectOrder(Value less, Value greater) {
+    ZComVariant a(less);
+    ZComVariant b(greater);
+    EXPECT_TRUE(a == ZComVariant(less)) << a.vt;
+    EXPECT_FALSE(a == b) << a.vt;
+    EXPECT_TRUE(a < b) << a.vt;
+    EXPECT_FALSE(b < a) << a.vt;
+    EXPECT_TRUE(b > a) << a.vt;
+    EXPECT_FALSE(a > b) << a.vt;
+    EXPECT_HR(0, ZComVariant::VarCmp(&a, &b, 0, 0)) << a.vt;
+    EXPECT_HR(1, ZComVariant::VarCmp(&a, &a, 0, 0)) << a.vt;
+    EXPECT_HR(2, ZComVariant::VarCmp(&b, &a, 0, 0)) << a.vt;
+}
+
+TEST(ZComVariantCompareTest, EachOfTheFourTypesIsEqualLessAndGreater) {
+    expectOrder(static_cast<char>(-1), static_cast<char>(1));
+    expectOrder(static_cast<unsigned short>(1), static_cast<unsigned short>(0x8001));
+    expectOrder(1ul, 0x80000001ul);
+    expectOrder(0x100000001ull, 0x8000000000000001ull);
+    expectOrder(1ull, 0x100000001ull);
+}
+
+TEST(ZComVariantCompareTest, NullIsNotComparedByVarCmp) {
+    ZComVariant a = null();
+    ZComVariant b = null();
+    EXPECT_HR(E_FAIL, ZComVariant::VarCmp(&a, &b, 0, 0));
+}
+
 TEST(ZComVariantCompareTest, OthersAreNeverEqualLessOrGreater) {
     const ZComVariant seven(7l, VT_I4);
     EXPECT_FALSE(seven == seven);
@@ -74,6 +104,7 @@ TEST(ZComVariantCompareTest, StreamSizesAreTypeAndValue) {
         {ZComVariant(1ll), 10},
         {ZComVariant('x'), 3},
         {ZComVariant(OLESTR("abc")), 14},
+        {ZComVariant(static_cast<const OLECHAR*>(nullptr)), 6},
         {ZComVariant(), 8},
     };
     for (const auto& entry : cases) {
@@ -86,12 +117,40 @@ TEST(ZComVariantCompareTest, StreamSizesAreTypeAndValue) {
 
 TEST(ZComVariantCompareTest, WhatHasNoSizeFails) {
     ULARGE_INTEGER size;
-    const ZComVariant object(static_cast<IDispatch*>(nullptr));
-    EXPECT_HR(E_FAIL, object.GetSizeMax(&size));
-    EXPECT_EQ(2u, object.GetSize());
+    for (const ZComVariant& object : {ZComVariant(static_cast<IDispatch*>(nullptr)),
+                                      ZComVariant(static_cast<IUnknown*>(nullptr))}) {
+        EXPECT_HR(E_FAIL, object.GetSizeMax(&size));
+        EXPECT_EQ(2u, object.GetSize());
+    }
+    const ZComVariant object;
     EXPECT_HR(E_INVALIDARG, object.GetSizeMax(nullptr));
     EXPECT_HR(DISP_E_TYPEMISMATCH, null().GetSizeMax(&size));
     EXPECT_EQ(2u, null().GetSize());
+}
+
+TEST(ZComVariantSizeTest, AReferenceIsMeasuredAsTheTextOfItsValue) {
+    int value = 5;
+    ZComVariant variant;
+    variant = &value;
+    ULARGE_INTEGER size = {};
+    EXPECT_HR(S_OK, variant.GetSizeMax(&size));
+    EXPECT_EQ(10u, size.QuadPart);
+    EXPECT_EQ(10u, variant.GetSize());
+    value = -12345;
+    EXPECT_EQ(20u, variant.GetSize());
+    EXPECT_EQ(VT_BYREF | VT_I4, variant.vt);
+}
+
+TEST(ZComVariantSizeTest, AnArrayHasNoSize) {
+    SAFEARRAYBOUND bound = {3, 0};
+    SAFEARRAY* array = SafeArrayCreate(VT_I4, 1, &bound);
+    const ZComVariant variant(array);
+    ULARGE_INTEGER size = {};
+    size.QuadPart = 99;
+    EXPECT_HR(DISP_E_TYPEMISMATCH, variant.GetSizeMax(&size));
+    EXPECT_EQ(99u, size.QuadPart);
+    EXPECT_EQ(2u, variant.GetSize());
+    SafeArrayDestroy(array);
 }
 
 TEST(ZComVariantSizeTest, ASumPastThirtyTwoBitsIsToldIn64AndNotIn32) {
