@@ -1,13 +1,24 @@
 // The recording module as a test sees it.
 #include "tests/support/recording/recording.h"
 
+#include <filesystem>
 #include <stdexcept>
 
 #include "tests/support/temp_dir.h"
 
 namespace zr::test {
+namespace {
 
-Recording::Recording() : m_module(LoadLibraryA(ZR_RECORDING_MODULE)) {
+// On Windows the files go by names without a drive: that of the directory of the start.
+const std::filesystem::path s_start = std::filesystem::current_path();
+
+std::string absolutePath(const char* file) {
+    return (s_start.root_name() / file).string();
+}
+
+}  // namespace
+
+Recording::Recording() : m_module(LoadLibraryA(file().c_str())) {
     using GetControl = RecordingModule* (*)();
     const auto getControl = reinterpret_cast<GetControl>(reinterpret_cast<void*>(
         m_module ? GetProcAddress(m_module, "GetRecordingModule") : nullptr));
@@ -28,6 +39,14 @@ std::string Recording::path() const {
 
 std::string Recording::noListPath() const {
     return relativePath(ZR_NO_LIST_MODULE);
+}
+
+std::string Recording::file() {
+    return absolutePath(ZR_RECORDING_MODULE);
+}
+
+std::string Recording::noListFile() {
+    return absolutePath(ZR_NO_LIST_MODULE);
 }
 
 std::vector<std::string> Recording::takeCalls() {

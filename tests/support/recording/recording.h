@@ -26,6 +26,9 @@ public:
     std::string path() const;
     /// The same for the library without C_GetFunctionList.
     std::string noListPath() const;
+    /// The files of both.
+    static std::string file();
+    static std::string noListFile();
 
     /// The calls since the last time.
     std::vector<std::string> takeCalls();
