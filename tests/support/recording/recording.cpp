@@ -69,10 +69,14 @@ std::size_t Recording::count(const std::string& function) const {
 
 CK_OBJECT_HANDLE Recording::addTokenObject(CK_OBJECT_CLASS objectClass) {
     const CK_OBJECT_HANDLE object = m_control->addObject();
+    makeTokenObject(object, objectClass);
+    return object;
+}
+
+void Recording::makeTokenObject(CK_OBJECT_HANDLE object, CK_OBJECT_CLASS objectClass) {
     const CK_BBOOL isOnToken = CK_TRUE;
     m_control->setAttribute(object, CKA_CLASS, &objectClass, sizeof objectClass);
     m_control->setAttribute(object, CKA_TOKEN, &isOnToken, sizeof isOnToken);
-    return object;
 }
 
 CK_OBJECT_HANDLE Recording::addCertificate(const std::string& id, const std::string& value) {
@@ -93,10 +97,16 @@ CK_OBJECT_HANDLE Recording::addKey(CK_OBJECT_CLASS objectClass, const std::strin
 }
 
 CK_OBJECT_HANDLE Recording::addData(const std::string& label, const std::string& value) {
-    const CK_OBJECT_HANDLE object = addTokenObject(CKO_DATA);
+    const CK_OBJECT_HANDLE object = m_control->addObject();
+    addDataAt(object, label, value);
+    return object;
+}
+
+void Recording::addDataAt(CK_OBJECT_HANDLE object, const std::string& label,
+                          const std::string& value) {
+    makeTokenObject(object, CKO_DATA);
     m_control->setAttribute(object, CKA_LABEL, label.data(), label.size());
     m_control->setAttribute(object, CKA_VALUE, value.data(), value.size());
-    return object;
 }
 
 std::string Recording::read(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE type) const {
