@@ -170,6 +170,7 @@ TEST_F(TokenFilesTest, FlushWritesTheWholeValueAndAClosedFileNothing) {
     EXPECT_HR(E_FAIL, file->Flush());
     VARIANT data;
     EXPECT_HR(E_FAIL, file->Read(1, &data));
+    EXPECT_EQ("", read(file, 0));
     EXPECT_TRUE(module.takeCalls().empty());
     file->Release();
 }
@@ -181,6 +182,17 @@ TEST_F(TokenFilesTest, AValueThatCannotBeReadOpensAsEmpty) {
     VARIANT size;
     EXPECT_HR(S_OK, file->GetSize(&size));
     EXPECT_EQ(0, size.lVal);
+    file->Release();
+}
+
+TEST_F(TokenFilesTest, AnEndThatDoesNotFit32BitsIsRefused) {
+    module.addData("6", "abc");
+    IKeyFile* file = open("7");
+    file->Seek(1, 0);
+    VARIANT data = poisoned();
+    EXPECT_HR(E_FAIL, file->Read(0xFFFFFFFF, &data));
+    EXPECT_EQ(VT_UI1, data.vt);
+    EXPECT_EQ("bc", read(file, 2));
     file->Release();
 }
 
