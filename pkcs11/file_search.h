@@ -24,9 +24,10 @@ public:
     /// Leaves the search as it is at the end.
     void leaveOpen() { m_walk.leaveOpen(); }
 
-    /// The first object with this label, compared up to the first zero.
-    /// @return 0 when there is none; an object whose label cannot be read ends the search.
-    CK_OBJECT_HANDLE find(const char* label, Ask ask) {
+    /// Finds the first object with this label, compared up to the first zero.
+    /// @param found  receives its handle, which may be any number; untouched otherwise.
+    /// @return false when there is none; an object whose label cannot be read ends the search.
+    bool find(const char* label, Ask ask, CK_OBJECT_HANDLE* found) {
         const std::size_t labelIndex = ask == Ask::classAndLabel ? 1 : 0;
         CK_OBJECT_HANDLE object = 0;
         while (m_walk.next(&object) == TokenObjectWalk::Step::object) {
@@ -36,13 +37,14 @@ public:
                     : std::initializer_list<CK_ATTRIBUTE_TYPE>{CKA_LABEL});
             if (read.readLengths(m_token, object) != CKR_OK ||
                 read.readValues(m_token, object, labelIndex) != CKR_OK) {
-                return 0;
+                return false;
             }
             if (std::strcmp(read.text(labelIndex), label) == 0) {
-                return object;
+                *found = object;
+                return true;
             }
         }
-        return 0;
+        return false;
     }
 
 private:

@@ -71,14 +71,15 @@ bool KeyFile_pkcs11::OpenFile(BSTR name) {
     if (!fileName.isInRange()) {
         return fail("OpenFile Fail ... 3\n");
     }
+    bool isFound = false;
     {
         FileSearch search(*token);
         if (!search.hasBegun()) {
             return fail("OpenFile Fail ... 4\n");
         }
-        m_hObject = search.find(fileName.soughtLabel(), FileSearch::Ask::classAndLabel);
+        isFound = search.find(fileName.soughtLabel(), FileSearch::Ask::classAndLabel, &m_hObject);
     }
-    if (m_hObject == 0) {
+    if (!isFound) {
         return fail("OpenFile Fail ... end\n");
     }
     m_dwPos = 0;

@@ -43,7 +43,8 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::FileExists(BSTR name, VARIANT* resul
             return E_FAIL;
         }
         scope.message("C_FindObjectsInit end\n");
-        if (search.find(fileName.soughtLabel(), FileSearch::Ask::label) != 0) {
+        CK_OBJECT_HANDLE object = 0;
+        if (search.find(fileName.soughtLabel(), FileSearch::Ask::label, &object)) {
             // The search stays open on a match. A certificate or key walk closes it; until then a
             // module that allows one search refuses the search for another file.
             search.leaveOpen();
@@ -109,6 +110,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::DeleteFile(BSTR name) {
     // hosts see it in the token's reference count.
     auto* file = static_cast<KeyFile_pkcs11*>(static_cast<IKeyFile*>(opened));
     if (file->GetObject() == 0) {
+        // No object has this handle by Cryptoki's rules: what a module may destroy under it is open.
         return E_FAIL;
     }
     file->Close();

@@ -33,7 +33,8 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyPIN(BSTR pin, INT type) {
     const CK_USER_TYPE user = type == 0 ? CKU_USER : CKU_SO;
     m_bLogin = 0;
     const zr::SecretText<sizeof m_szPIN> text(pin);
-    if (!text.fits()) {
+    // A PIN that is none must not use up a try as the empty one.
+    if (!pin || !text.fits()) {
         return E_FAIL;
     }
     const auto login = [&] {

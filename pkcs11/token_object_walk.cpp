@@ -43,6 +43,7 @@ bool TokenAttributes::allocateValues(std::size_t first) {
     freeValues();
     for (std::size_t i = 0; i < first; ++i) {
         m_template[i].pValue = nullptr;  // whatever the module wrote there
+        m_template[i].ulValueLen = 0;
     }
     for (std::size_t i = first; i < m_count; ++i) {
         if (m_lengths[i] > kLongestValue) {

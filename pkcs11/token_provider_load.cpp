@@ -1,5 +1,4 @@
 // TokenProvider_pkcs11: loading and unloading a Cryptoki module.
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -16,21 +15,18 @@ constexpr std::size_t kPathSize = 260;
 /// The path of a module, always taken relative to the current directory; an absolute path is
 /// prefixed with it too, and hosts give their paths accordingly.
 /// @param path  kPathSize zeroed bytes.
-/// @return false when the path does not fit, or climbs above the root: what is left of it then would
-///         be searched for.
+/// @return false when the path does not fit, or climbs above the root so that no absolute path is
+///         left: it would be searched for. Another drive's path may be left.
 bool makeModulePath(const char* modulePath, char* path) {
     const int length = ZGetCurrentPath(path, kPathSize);
     if (length <= 0 || static_cast<std::size_t>(length) >= kPathSize) {
         return false;
     }
     ZConvertLinuxPath(path);
-    char root[4] = {};  // "/" or "C:/"
-    std::memcpy(root, path, std::min(std::strcspn(path, "/") + 1, sizeof root - 1));
     const bool isSeparated = path[std::strlen(path) - 1] == '/';
     return (isSeparated || zr::appendText(path, kPathSize, "/")) &&
            zr::appendText(path, kPathSize, modulePath) &&
-           ZGetAbsolutionPath(path, path, kPathSize) == 0 &&
-           std::strncmp(path, root, std::strlen(root)) == 0;
+           ZGetAbsolutionPath(path, path, kPathSize) == 0 && zr::isAbsolutePath(path);
 }
 
 }  // namespace
@@ -40,7 +36,8 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::Load(BSTR path) {
     zrapi::ZComBSTR wide(path);
     const char* modulePath = wide;
     char buffer[kPathSize] = {};
-    if (!makeModulePath(modulePath ? modulePath : "", buffer)) {
+    // Without a path the folder itself would go to the loader, which may complete it.
+    if (!modulePath || !makeModulePath(modulePath, buffer)) {
         return E_FAIL;
     }
     const HRESULT hr = LoadModule(buffer);

@@ -60,9 +60,11 @@ struct ITokenProvider : public IDispatch {
     /// Loads and initialises a module, then reads "config.xml" of the current directory.
     /// @param path  borrowed; always taken relative to the current directory, an absolute path too.
     /// @retval S_OK           loaded, initialised and configured.
-    /// @retval E_FAIL         not a loadable library, C_Initialize failed, or the configuration is
-    ///                        missing or has no "driver" (the module then stays loaded).
-    /// @retval E_OUTOFMEMORY  memory is short, or the library has no usable C_GetFunctionList.
+    /// @retval E_FAIL         path is null, too long or no loadable library, C_Initialize failed, or
+    ///                        the configuration is missing or has no "driver" (the module then stays
+    ///                        loaded); also where memory is short for the path or the configuration.
+    /// @retval E_OUTOFMEMORY  no memory for the module's functions, or the library has no usable
+    ///                        C_GetFunctionList.
     /// @note A second Load loads again and does not release the earlier module.
     virtual HRESULT STDMETHODCALLTYPE Load(BSTR path) = 0;
     /// Finalises and frees the module. Tokens opened before can then only be released.
@@ -78,8 +80,9 @@ struct ITokenProvider : public IDispatch {
     /// @note Preset *key to null and look at it: S_OK alone does not say that a token was opened.
     virtual HRESULT STDMETHODCALLTYPE OpenKey(LONG index, void** key) = 0;
     /// @param name  receives "PKCS#11".
-    /// @retval S_OK          done.
-    /// @retval E_INVALIDARG  name is null.
+    /// @retval S_OK           done.
+    /// @retval E_INVALIDARG   name is null.
+    /// @retval E_OUTOFMEMORY  memory is short.
     virtual HRESULT STDMETHODCALLTYPE GetName(BSTR* name) = 0;
     /// @param count  receives the number of slots that hold a token; 0 on failure.
     /// @retval S_OK          done.
@@ -97,9 +100,10 @@ struct IKeyCertificate;
 /// One token in one slot, with its session. Type arguments: 0 user, 1 security officer.
 struct IKeyObject : public IDispatch {
     /// The text fields of the token without the blanks at their end.
-    /// @retval S_OK          out receives the text.
-    /// @retval E_INVALIDARG  out is null.
-    /// @retval E_FAIL        the token does not answer; out is untouched.
+    /// @retval S_OK           out receives the text.
+    /// @retval E_INVALIDARG   out is null.
+    /// @retval E_FAIL         the token does not answer; out is untouched.
+    /// @retval E_OUTOFMEMORY  memory is short; out is untouched.
     virtual HRESULT STDMETHODCALLTYPE GetSerialNumber(BSTR* out) = 0;
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE SetLabel(BSTR* label, VARIANT* result) = 0;
@@ -110,9 +114,11 @@ struct IKeyObject : public IDispatch {
     /// @copydoc GetSerialNumber
     virtual HRESULT STDMETHODCALLTYPE GetModelID(BSTR* out) = 0;
     /// Public memory in bytes, as VT_UI4; 0xFFFFFFFF when the token does not tell.
+    /// @param result  a valid variant, VT_EMPTY at least; cleared first.
     /// @retval S_OK          done.
     /// @retval E_INVALIDARG  result is null.
-    /// @retval E_FAIL        the token does not answer.
+    /// @retval E_FAIL        the token does not answer; result is untouched.
+    /// @note What VariantClear answers for a variant that cannot be cleared is passed on.
     virtual HRESULT STDMETHODCALLTYPE GetTotalSize(VARIANT* result) = 0;
     /// @copydoc GetTotalSize
     virtual HRESULT STDMETHODCALLTYPE GetFreeSize(VARIANT* result) = 0;
@@ -129,11 +135,11 @@ struct IKeyObject : public IDispatch {
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE IsDefaultPIN(INT type, VARIANT* result) = 0;
     /// Logs in to the token.
-    /// @param pin   borrowed; converted to UTF-8; null reads as empty; at most 127 bytes.
+    /// @param pin   borrowed; converted to UTF-8; at most 127 bytes.
     /// @param type  0 user, 1 security officer.
     /// @retval S_OK          logged in, also after one logout and retry on an existing login.
     /// @retval E_INVALIDARG  type is neither 0 nor 1; nothing changed.
-    /// @retval E_FAIL        any Cryptoki failure or an over-long PIN; then not logged in.
+    /// @retval E_FAIL        any Cryptoki failure, or a null or over-long PIN; then not logged in.
     /// @note Wrong, locked and removed are not told apart; hosts rely on the one code.
     virtual HRESULT STDMETHODCALLTYPE VerifyPIN(BSTR pin, INT type) = 0;
     /// @retval S_OK  always; nothing is done.
@@ -295,7 +301,8 @@ struct IKeyFile : public IDispatch {
     ///                overwritten, not cleared.
     /// @retval S_OK          done; also, with data untouched, when memory for the array is short.
     /// @retval E_INVALIDARG  data is null.
-    /// @retval E_FAIL        fewer bytes are left, or the file was closed; nothing is read.
+    /// @retval E_FAIL        fewer bytes are left, or any are asked for of a closed file; nothing is
+    ///                       read.
     virtual HRESULT STDMETHODCALLTYPE Read(ULONG length, VARIANT* data) = 0;
     /// @param size  receives VT_I4, bytes.
     /// @retval S_OK          done.

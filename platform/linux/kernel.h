@@ -11,6 +11,11 @@ namespace zr {
 /// What separates the components of a path the system hands out.
 inline constexpr char kPathSeparator = '/';
 
+/// Whether a path with "/" as separator leads from the root.
+inline bool isAbsolutePath(const char* path) {
+    return path[0] == '/';
+}
+
 }  // namespace zr
 
 struct ZrModule;

@@ -248,12 +248,15 @@ TEST_F(LoadedProvider, OpenKeySurvivesCountsThatGrowOrCannotBe) {
     EXPECT_HR(S_OK, provider->OpenKey(0, &key));
     static_cast<IKeyObject*>(key)->Release();
     key = nullptr;
-    module->settings().slotCount = CK_UNAVAILABLE_INFORMATION;
-    const HRESULT hr = provider->OpenKey(0, &key);
-    EXPECT_TRUE(hr == E_FAIL || key);
-    if (key) {
-        static_cast<IKeyObject*>(key)->Release();
+    constexpr CK_ULONG kMost = CK_ULONG{1} << 20;
+    for (const CK_ULONG count : {CK_UNAVAILABLE_INFORMATION, kMost + 1}) {
+        module->settings().slotCount = count;
+        EXPECT_HR(E_FAIL, provider->OpenKey(0, &key));
     }
+    EXPECT_EQ(nullptr, key);
+    module->settings().slotCount = kMost;
+    EXPECT_HR(S_OK, provider->OpenKey(0, &key));
+    static_cast<IKeyObject*>(key)->Release();
 }
 
 TEST_F(LoadedProvider, OpenKeyFailsWithTheModule) {

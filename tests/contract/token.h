@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,15 @@ using Lines = std::vector<std::string>;
 
 inline std::string narrow(BSTR text) {
     return text ? std::string(text, text + SysStringLen(text)) : "(null)";
+}
+
+/// A path that climbs from the current directory as far as it can, so that the rest alone is left.
+inline std::string aboveTheRoot(const std::string& rest) {
+    std::string path;
+    for (const auto& component : std::filesystem::current_path()) {
+        path += component.empty() ? "" : "../";
+    }
+    return path + rest;
 }
 
 class ModuleTest : public testing::Test {

@@ -6,9 +6,9 @@ namespace {
 
 class TokenContainersTest : public TokenTest {
 protected:
-    Lines list() {
+    Lines list(INT reserved = 0) {
         VARIANT result = poisoned();
-        EXPECT_HR(S_OK, token->EnumContainer(0, &result));
+        EXPECT_HR(S_OK, token->EnumContainer(reserved, &result));
         Lines names;
         if (result.vt == (VT_ARRAY | VT_BSTR)) {
             void* data = nullptr;
@@ -41,6 +41,17 @@ protected:
         variant.vt = type;
         variant.lVal = value;
         return variant;
+    }
+
+    std::string typeOf(const VARIANT& which) {
+        IKeyContainer* container = nullptr;
+        EXPECT_HR(S_OK, open(which, &container));
+        BSTR text = nullptr;
+        EXPECT_HR(S_OK, container->GetType(&text));
+        container->Release();
+        const std::string type = narrow(text);
+        SysFreeString(text);
+        return type;
     }
 
     std::string certificateOf(const VARIANT& which) {
@@ -121,7 +132,36 @@ TEST_F(TokenContainersTest, TwoCertificatesOfOneNameGiveTheFirstsBytes) {
     module.addCertificate("same", "first");
     module.addCertificate("same", "second");
     EXPECT_EQ((Lines{"same", "same"}), list());
+    EXPECT_EQ(2u, count());
     EXPECT_EQ("first", certificateOf(index(1)));
+}
+
+TEST_F(TokenContainersTest, OfTwoCertificatesOfOneNameTheFirstIsOpened) {
+    for (const char* type : {"one", "two"}) {
+        module->setAttribute(module.addCertificate("same", type), CKA_CERTIFICATE_TYPE, type, 3);
+    }
+    const Text name("same");
+    EXPECT_EQ("one", typeOf(string(name)));
+    EXPECT_EQ("one", typeOf(index(0)));
+    EXPECT_EQ("two", typeOf(index(1)));
+}
+
+TEST_F(TokenContainersTest, TypesAreTextUpToAZeroOr63Bytes) {
+    const CK_OBJECT_HANDLE object = module.addCertificate("a", "A");
+    for (const std::size_t length : {62, 63, 64, 65, 1000}) {
+        const std::string type(length, 'T');
+        module->setAttribute(object, CKA_CERTIFICATE_TYPE, type.data(), length);
+        EXPECT_EQ(type.substr(0, 63), typeOf(index(0)));
+    }
+    module->setAttribute(object, CKA_CERTIFICATE_TYPE, "x\0y", 3);
+    EXPECT_EQ("x", typeOf(index(0)));
+}
+
+TEST_F(TokenContainersTest, TheReservedArgumentMakesNoDifference) {
+    module.addCertificate("a", "A");
+    module.addCertificate("b", "B");
+    EXPECT_EQ((Lines{"a", "b"}), list(1));
+    EXPECT_EQ((Lines{"a", "b"}), list(0));
 }
 
 TEST_F(TokenContainersTest, LongNamesAreListedButOpenedUpTo127Bytes) {
@@ -247,6 +287,11 @@ TEST_F(TokenContainersTest, MissingResultsAreRefusedWithoutACall) {
     EXPECT_HR(E_INVALIDARG, token->GetCertData(nullptr, &result));
     EXPECT_EQ(Lines{}, module.takeCalls());
     EXPECT_EQ(VT_UI1, result.vt);
+}
+
+TEST_F(SigningTokenTest, CertificateDataWithoutAResultAreRefused) {
+    EXPECT_HR(E_INVALIDARG, token->GetCertData(certificate, nullptr));
+    EXPECT_EQ(Lines{}, module.takeCalls());
 }
 
 }  // namespace

@@ -1,25 +1,11 @@
 // Data files: names, look-ups, reading and seeking.
-#include "tests/contract/token.h"
+#include "tests/contract/token_files.h"
 #include "tests/support/log_file.h"
 
 namespace zr::test {
 namespace {
 
-class TokenFilesTest : public LoggedInTokenTest {
-protected:
-    IKeyFile* open(const std::string& name) {
-        IKeyFile* file = nullptr;
-        EXPECT_HR(S_OK, token->OpenFile(Text(name), reinterpret_cast<void**>(&file)));
-        return file;
-    }
-
-    std::string read(IKeyFile* file, ULONG length) {
-        VARIANT data;
-        VariantInit(&data);
-        EXPECT_HR(S_OK, file->Read(length, &data));
-        return takeBytes(&data);
-    }
-};
+using TokenFilesTest = TokenFilesFixture;
 
 TEST_F(TokenFilesTest, ALookUpAsksForTheNumberBelowAndStaysOpenOnAMatch) {
     module.addData("7", "x");
@@ -163,6 +149,8 @@ TEST_F(TokenFilesTest, SeekMovesInsideTheFileOnly) {
     EXPECT_EQ("5", next(1, 2));
     EXPECT_EQ("5", next(0, 3));
     EXPECT_EQ("0", next(0, 2));
+    EXPECT_EQ("9", next(9, 0));
+    EXPECT_EQ("0", next(0, 0));
     file->Release();
 }
 
@@ -182,6 +170,7 @@ TEST_F(TokenFilesTest, FlushWritesTheWholeValueAndAClosedFileNothing) {
     EXPECT_HR(E_FAIL, file->Flush());
     VARIANT data;
     EXPECT_HR(E_FAIL, file->Read(1, &data));
+    EXPECT_EQ("", read(file, 0));
     EXPECT_TRUE(module.takeCalls().empty());
     file->Release();
 }
@@ -193,6 +182,33 @@ TEST_F(TokenFilesTest, AValueThatCannotBeReadOpensAsEmpty) {
     VARIANT size;
     EXPECT_HR(S_OK, file->GetSize(&size));
     EXPECT_EQ(0, size.lVal);
+    file->Release();
+}
+
+TEST_F(TokenFilesTest, AnEndThatDoesNotFit32BitsIsRefused) {
+    module.addData("6", "abc");
+    IKeyFile* file = open("7");
+    file->Seek(1, 0);
+    VARIANT data = poisoned();
+    EXPECT_HR(E_FAIL, file->Read(0xFFFFFFFF, &data));
+    EXPECT_EQ(VT_UI1, data.vt);
+    EXPECT_EQ("bc", read(file, 2));
+    file->Release();
+}
+
+TEST_F(TokenFilesTest, AnEmptyValueIsReadAndWrittenBack) {
+    const CK_OBJECT_HANDLE object = module.addData("6", "");
+    IKeyFile* file = open("7");
+    EXPECT_EQ("C_GetAttributeValue(1, 1, {0x11[0]})", module.takeCalls().back());
+    EXPECT_EQ(0, sizeOf(file));
+    EXPECT_EQ("", read(file, 0));
+    EXPECT_HR(S_OK, file->Seek(0, 0));
+    VARIANT data = {};
+    EXPECT_HR(E_FAIL, file->Read(1, &data));
+    module->setAttribute(object, CKA_VALUE, "x", 1);
+    EXPECT_HR(S_OK, file->Flush());
+    EXPECT_EQ(Lines{"C_SetAttributeValue(1, 1, {0x11[0]})"}, module.takeCalls());
+    EXPECT_EQ("", module.read(object, CKA_VALUE));
     file->Release();
 }
 

@@ -95,6 +95,22 @@ TEST_F(TokenInfoTest, AnUnknownSizeIsPassedOnAsItIs) {
     EXPECT_EQ(VT_UI1, size.vt);
 }
 
+TEST_F(TokenInfoTest, TheVariantOfASizeIsClearedFirst) {
+    for (const auto getter : {&IKeyObject::GetTotalSize, &IKeyObject::GetFreeSize}) {
+        const ULONG references = provider->AddRef();
+        VARIANT size = {};
+        size.vt = VT_DISPATCH;
+        size.pdispVal = provider;
+        EXPECT_HR(S_OK, (token->*getter)(&size));
+        EXPECT_EQ(VT_UI4, size.vt);
+        EXPECT_EQ(references, provider->AddRef());
+        provider->Release();
+        size.vt = 0xFFF;  // no variant type
+        EXPECT_HR(DISP_E_BADVARTYPE, (token->*getter)(&size));
+        EXPECT_EQ(0xFFF, size.vt);
+    }
+}
+
 TEST_F(TokenInfoTest, WhatTheBackendLacksIsNotImplementedAndChangesNothing) {
     VARIANT result = poisoned();
     EXPECT_HR(E_NOTIMPL, token->SetLabel(nullptr, &result));

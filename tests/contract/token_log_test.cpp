@@ -46,6 +46,17 @@ TEST_F(TokenLogTest, OperationsTellTheirNames) {
     }
 }
 
+TEST_F(TokenLogTest, AnOpeningThatFindsOtherSlotsHasNoEndLine) {
+    void* key = nullptr;
+    const auto open = [&] { EXPECT_HR(S_OK, provider->OpenKey(0, &key)); };
+    module->settings().slotCountWhenListed = 0;
+    EXPECT_EQ(broken("OpenKey"), told(open));
+    module->settings().slotCountWhenListed = 1;
+    module->fail("C_GetSlotList", 2, CKR_BUFFER_TOO_SMALL);
+    EXPECT_EQ(broken("OpenKey"), told(open));
+    EXPECT_EQ(nullptr, key);
+}
+
 TEST_F(TokenLogTest, AnEarlyFailureHasNoEndLine) {
     module->fail("C_GetTokenInfo", 0, CKR_DEVICE_REMOVED);
     module->fail("C_Login", 0, CKR_PIN_INCORRECT);

@@ -74,10 +74,17 @@ TEST_F(TokenPinTest, AFailedLoginForgetsTheOneBefore) {
     EXPECT_FALSE(isLoggedIn());
 }
 
-TEST_F(TokenPinTest, NullAndEmptyPinsReadAsEmpty) {
-    EXPECT_HR(E_FAIL, token->VerifyPIN(nullptr, 0));
+TEST_F(TokenPinTest, AnEmptyPinReachesTheToken) {
     EXPECT_HR(E_FAIL, token->VerifyPIN(Text(""), 0));
-    EXPECT_EQ((Lines{"C_Login(1, 1, )", "C_Login(1, 1, )"}), module.takeCalls());
+    EXPECT_EQ(Lines{"C_Login(1, 1, )"}, module.takeCalls());
+}
+
+TEST_F(TokenPinTest, ANullPinIsRefusedWithoutACallAndForgetsTheLogin) {
+    EXPECT_HR(S_OK, token->VerifyPIN(Text("1234"), 0));
+    module.takeCalls();
+    EXPECT_HR(E_FAIL, token->VerifyPIN(nullptr, 0));
+    EXPECT_EQ(Lines{}, module.takeCalls());
+    EXPECT_FALSE(isLoggedIn());
 }
 
 TEST_F(TokenPinTest, PinsUpTo127BytesReachTheToken) {

@@ -1,4 +1,6 @@
 // Signing, verifying, digests and the algorithm list.
+#include <algorithm>
+
 #include "tests/contract/token.h"
 #include "tests/support/log_file.h"
 
@@ -130,6 +132,17 @@ TEST_F(TokenSignTest, ASignatureVerifiesWithThePublicKey) {
               token->VerifyData(Bytes("data"), certificate, nullptr, Bytes(signature(256))));
 }
 
+TEST_F(TokenSignTest, AVerificationIgnoresTheAlgorithmsName) {
+    for (const char* name : {"SM3WithSM2", "", "RSA"}) {
+        EXPECT_HR(S_OK,
+                  token->VerifyData(Bytes("data"), certificate, Text(name), Bytes(signature(256))));
+        EXPECT_HR(E_FAIL,
+                  token->VerifyData(Bytes("data"), certificate, Text(name), Bytes("wrong")));
+        const Lines calls = module.takeCalls();
+        EXPECT_EQ(2, std::count(calls.begin(), calls.end(), "C_VerifyInit(1, 6/0, 3)"));
+    }
+}
+
 TEST_F(TokenSignTest, TwoOperationsVerifyNothing) {
     VARIANT empty;
     VariantInit(&empty);
@@ -161,6 +174,37 @@ TEST_F(TokenSignTest, TheAlgorithmListIsToldTwice) {
         SysFreeString(text);
         EXPECT_HR(E_INVALIDARG, (token->*getter)(nullptr));
     }
+}
+
+TEST_F(TokenSignTest, TheDigestMethodIsNotThatOfTheConfiguration) {
+    folder.writeConfig("", "SHA256");
+    ITokenProvider* other = makeProvider();
+    IKeyObject* opened = nullptr;
+    EXPECT_HR(S_OK, other->Load(Text(module.path())));
+    EXPECT_HR(S_OK, other->OpenKey(0, reinterpret_cast<void**>(&opened)));
+    BSTR text = nullptr;
+    EXPECT_HR(S_OK, opened->GetDigestMethod(&text));
+    EXPECT_EQ("MD5", narrow(text));
+    SysFreeString(text);
+    EXPECT_HR(E_INVALIDARG, opened->DigestData(Text("SHA256"), Bytes("x"), &result));
+    opened->Release();
+    other->Release();
+}
+
+TEST_F(TokenSignTest, PublicKeyDataAreThoseOfTheFirstKeyWhoseTypeReadsAsTheName) {
+    const auto add = [&](const std::string& type, const std::string& id) {
+        module->setAttribute(module.addKey(CKO_PUBLIC_KEY, id), CKA_KEY_TYPE, type.data(),
+                             type.size());
+    };
+    add("ab", "another");
+    add(std::string("a\0b", 3), "this one");
+    add("a", "a later one");
+    module.takeCalls();
+    EXPECT_HR(S_OK, token->GetPubKeyData(certificate, &result));
+    EXPECT_EQ("this one", takeBytes(&result));
+    EXPECT_EQ(3u, module.count("C_FindObjects"));
+    // Each key is asked with lengths of zero.
+    EXPECT_EQ("C_GetAttributeValue(1, 5, {0x0 0x100 0x102})", module.takeCalls().at(8));
 }
 
 TEST_F(TokenSignTest, PublicKeyDataIsFoundForAnEmptyNameOnly) {

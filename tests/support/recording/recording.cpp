@@ -1,13 +1,24 @@
 // The recording module as a test sees it.
 #include "tests/support/recording/recording.h"
 
+#include <filesystem>
 #include <stdexcept>
 
 #include "tests/support/temp_dir.h"
 
 namespace zr::test {
+namespace {
 
-Recording::Recording() : m_module(LoadLibraryA(ZR_RECORDING_MODULE)) {
+// On Windows the files go by names without a drive: that of the directory of the start.
+const std::filesystem::path s_start = std::filesystem::current_path();
+
+std::string absolutePath(const char* file) {
+    return (s_start.root_name() / file).string();
+}
+
+}  // namespace
+
+Recording::Recording() : m_module(LoadLibraryA(file().c_str())) {
     using GetControl = RecordingModule* (*)();
     const auto getControl = reinterpret_cast<GetControl>(reinterpret_cast<void*>(
         m_module ? GetProcAddress(m_module, "GetRecordingModule") : nullptr));
@@ -30,6 +41,14 @@ std::string Recording::noListPath() const {
     return relativePath(ZR_NO_LIST_MODULE);
 }
 
+std::string Recording::file() {
+    return absolutePath(ZR_RECORDING_MODULE);
+}
+
+std::string Recording::noListFile() {
+    return absolutePath(ZR_NO_LIST_MODULE);
+}
+
 std::vector<std::string> Recording::takeCalls() {
     std::vector<std::string> calls;
     for (std::size_t i = 0; i < m_control->callCount(); ++i) {
@@ -50,10 +69,14 @@ std::size_t Recording::count(const std::string& function) const {
 
 CK_OBJECT_HANDLE Recording::addTokenObject(CK_OBJECT_CLASS objectClass) {
     const CK_OBJECT_HANDLE object = m_control->addObject();
+    makeTokenObject(object, objectClass);
+    return object;
+}
+
+void Recording::makeTokenObject(CK_OBJECT_HANDLE object, CK_OBJECT_CLASS objectClass) {
     const CK_BBOOL isOnToken = CK_TRUE;
     m_control->setAttribute(object, CKA_CLASS, &objectClass, sizeof objectClass);
     m_control->setAttribute(object, CKA_TOKEN, &isOnToken, sizeof isOnToken);
-    return object;
 }
 
 CK_OBJECT_HANDLE Recording::addCertificate(const std::string& id, const std::string& value) {
@@ -74,10 +97,16 @@ CK_OBJECT_HANDLE Recording::addKey(CK_OBJECT_CLASS objectClass, const std::strin
 }
 
 CK_OBJECT_HANDLE Recording::addData(const std::string& label, const std::string& value) {
-    const CK_OBJECT_HANDLE object = addTokenObject(CKO_DATA);
+    const CK_OBJECT_HANDLE object = m_control->addObject();
+    addDataAt(object, label, value);
+    return object;
+}
+
+void Recording::addDataAt(CK_OBJECT_HANDLE object, const std::string& label,
+                          const std::string& value) {
+    makeTokenObject(object, CKO_DATA);
     m_control->setAttribute(object, CKA_LABEL, label.data(), label.size());
     m_control->setAttribute(object, CKA_VALUE, value.data(), value.size());
-    return object;
 }
 
 std::string Recording::read(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE type) const {

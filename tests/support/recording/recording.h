@@ -26,6 +26,9 @@ public:
     std::string path() const;
     /// The same for the library without C_GetFunctionList.
     std::string noListPath() const;
+    /// The files of both.
+    static std::string file();
+    static std::string noListFile();
 
     /// The calls since the last time.
     std::vector<std::string> takeCalls();
@@ -35,11 +38,14 @@ public:
     CK_OBJECT_HANDLE addCertificate(const std::string& id, const std::string& value);
     CK_OBJECT_HANDLE addKey(CK_OBJECT_CLASS objectClass, const std::string& id);
     CK_OBJECT_HANDLE addData(const std::string& label, const std::string& value);
+    /// The same with a handle at will.
+    void addDataAt(CK_OBJECT_HANDLE object, const std::string& label, const std::string& value);
     /// An attribute's bytes; "(none)" when there is none.
     std::string read(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE type) const;
 
 private:
     CK_OBJECT_HANDLE addTokenObject(CK_OBJECT_CLASS objectClass);
+    void makeTokenObject(CK_OBJECT_HANDLE object, CK_OBJECT_CLASS objectClass);
 
     HMODULE m_module;
     RecordingModule* m_control;

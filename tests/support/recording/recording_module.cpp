@@ -22,7 +22,8 @@ std::string text(const CK_BYTE* bytes, CK_ULONG length) {
     return {reinterpret_cast<const char*>(bytes), length};
 }
 
-/// A template: types in hexadecimal, values of Cryptoki numbers as numbers, others by their length.
+/// A template: types in hexadecimal, values of Cryptoki numbers as numbers, others by their length;
+/// without a value the length alone, if it is not zero.
 std::string text(const CK_ATTRIBUTE* attributes, CK_ULONG count) {
     std::string line = "{";
     for (CK_ULONG i = 0; i < count; ++i) {
@@ -31,6 +32,7 @@ std::string text(const CK_ATTRIBUTE* attributes, CK_ULONG count) {
         std::snprintf(type, sizeof type, "%s0x%lx", i ? " " : "", attribute.type);
         line += type;
         if (!attribute.pValue) {
+            line += attribute.ulValueLen ? "(" + text(attribute.ulValueLen) + ")" : "";
             continue;
         }
         CK_ULONG number = 0;

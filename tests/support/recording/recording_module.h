@@ -47,6 +47,7 @@ public:
 
     /// @return the object's handle.
     virtual CK_OBJECT_HANDLE addObject() = 0;
+    /// @param object  made when it is not there.
     virtual void setAttribute(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE type, const void* value,
                               std::size_t length) = 0;
     virtual void removeObject(CK_OBJECT_HANDLE object) = 0;
