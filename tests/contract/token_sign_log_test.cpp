@@ -69,6 +69,19 @@ TEST_F(TokenSignLogTest, ARefusedSignatureTellsWhy) {
         sign());
 }
 
+TEST_F(TokenSignLogTest, AnArrayThatCannotBeReadIsARefusedSignature) {
+    logIn();
+    const Bytes locked("data");
+    const VARIANT& data = locked;
+    data.parray->cLocks = 0xFFFF;
+    EXPECT_EQ(signing(whole("GetPubPriKeyHandle") + Lines{"[SignData] Error: Sign Fail"}),
+              told([&] { token->SignData(nullptr, data, certificate, &result); }));
+    data.parray->cLocks = 0;
+    // A whole line: what follows begins with its own time.
+    EXPECT_EQ(signing(whole("GetPubPriKeyHandle") + Lines{"[SignData] End"}), sign());
+    VariantClear(&result);
+}
+
 TEST_F(TokenSignLogTest, AVerificationTellsItsKeyAndEndsWhateverItsResult) {
     logIn();
     EXPECT_EQ(whole("VerifyData", whole("GetPubPriKeyHandle")), verify(certificate));
