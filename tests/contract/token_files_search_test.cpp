@@ -4,7 +4,14 @@
 namespace zr::test {
 namespace {
 
-using TokenFilesSearchTest = TokenFilesFixture;
+class TokenFilesSearchTest : public TokenFilesFixture {
+protected:
+    void expectExists() {
+        VARIANT exists = {};
+        EXPECT_HR(S_OK, token->FileExists(Text("7"), &exists));
+        EXPECT_EQ(1, exists.lVal);
+    }
+};
 
 TEST_F(TokenFilesSearchTest, TheFirstOfTwoEqualLabelsWins) {
     module.addData("6", "first");
@@ -25,25 +32,20 @@ TEST_F(TokenFilesSearchTest, ALabelIsComparedWhole) {
     EXPECT_EQ(0, exists.lVal);
     module.addData("6", "this");
     EXPECT_EQ("this", contents("7"));
-    EXPECT_HR(S_OK, token->FileExists(Text("7"), &exists));
-    EXPECT_EQ(1, exists.lVal);
+    expectExists();
 }
 
 TEST_F(TokenFilesSearchTest, ALabelEndsAtItsFirstZero) {
     module.addData(std::string("6\0x", 3), "ends");
     EXPECT_EQ("ends", contents("7"));
-    VARIANT exists = {};
-    EXPECT_HR(S_OK, token->FileExists(Text("7"), &exists));
-    EXPECT_EQ(1, exists.lVal);
+    expectExists();
 }
 
 TEST_F(TokenFilesSearchTest, AnObjectWithTheHandleZeroIsOneLikeOthers) {
     module.addDataAt(0, "6", "zero");
     module.addData("6", "one");
     EXPECT_EQ("zero", contents("7"));
-    VARIANT exists = {};
-    EXPECT_HR(S_OK, token->FileExists(Text("7"), &exists));
-    EXPECT_EQ(1, exists.lVal);
+    expectExists();
 }
 
 TEST_F(TokenFilesSearchTest, AnObjectWithTheHandleZeroIsNotDestroyed) {

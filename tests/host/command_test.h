@@ -8,6 +8,13 @@
 
 namespace zr::test {
 
+/// Fills a field of a token with blanks behind a text.
+template <std::size_t size>
+void setText(unsigned char (&field)[size], const std::string& text) {
+    std::fill_n(field, size, static_cast<unsigned char>(' '));
+    std::copy(text.begin(), text.end(), field);
+}
+
 class CommandTest : public ModuleTest {
 protected:
     CommandTest() {
@@ -22,12 +29,6 @@ protected:
         setEnvironment("TEST_WRONG_PIN", "97531");
     }
     ~CommandTest() override { setEnvironment("ZRKEY_MODULE", ""); }
-
-    template <std::size_t size>
-    static void setText(unsigned char (&field)[size], const std::string& text) {
-        std::fill_n(field, size, static_cast<unsigned char>(' '));
-        std::copy(text.begin(), text.end(), field);
-    }
 
     static CommandResult zrkey(const std::vector<std::string>& words) {
         ConsoleCapture console;

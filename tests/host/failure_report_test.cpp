@@ -11,6 +11,8 @@ protected:
         module->settings().slotCount = count;
         module->settings().slotCountWhenListed = count;
     }
+    /// The working directory as messages show it.
+    static std::string here() { return std::filesystem::current_path().generic_string(); }
     /// The line of a load that failed.
     static std::string notLoaded(const std::string& path, const std::string& answer,
                                  const std::string& advice) {
@@ -72,27 +74,25 @@ TEST_F(FailureReportTest, TheModuleIsNone) {
 
 TEST_F(FailureReportTest, TheConfigurationIsNotThere) {
     std::filesystem::remove("config.xml");
-    const std::string place = std::filesystem::current_path().generic_string();
     expectFailure({"list"}, 3,
                   notLoaded(module.path(), "E_FAIL (0x80004005)",
-                            "there is no config.xml in the working directory \"" + place +
+                            "there is no config.xml in the working directory \"" + here() +
                                 "\": put one there, with a <driver> element, or name its folder "
                                 "by --workdir"));
 }
 
 TEST_F(FailureReportTest, TheConfigurationIsNone) {
     writeFile("config.xml", "<other/>");
-    const std::string place = std::filesystem::current_path().generic_string();
     expectFailure({"list"}, 3,
                   notLoaded(module.path(), "E_FAIL (0x80004005)",
-                            "the module is fine, config.xml in \"" + place +
+                            "the module is fine, config.xml in \"" + here() +
                                 "\" is not: it needs a <driver> element, and lists below 500 "
                                 "bytes"));
 }
 
 TEST_F(FailureReportTest, TheWayToTheModuleIsTooLong) {
     // The library has room for 259 bytes; Windows has none for a current folder of that length.
-    const std::string before = std::filesystem::current_path().generic_string();
+    const std::string before = here();
     ASSERT_LT(before.size(), 200u);
     const std::string deep(230 - before.size(), 'd');
     std::filesystem::create_directory(deep);
@@ -101,7 +101,7 @@ TEST_F(FailureReportTest, TheWayToTheModuleIsTooLong) {
                   notLoaded(module.path(), "E_FAIL (0x80004005)",
                             "working directory and module path are longer than 259 bytes "
                             "together: choose a shorter --workdir"));
-    EXPECT_EQ(before, std::filesystem::current_path().generic_string());
+    EXPECT_EQ(before, here());
 }
 
 TEST_F(FailureReportTest, TheWorkFolderIsNotThere) {

@@ -1,6 +1,6 @@
 // Module paths and the choice of a token, over the recording module.
 #include "module_loading.h"
-#include "tests/contract/token.h"
+#include "tests/host/command_test.h"
 #include "token_session.h"
 
 namespace zr::test {
@@ -26,14 +26,10 @@ protected:
         setEnvironment("ZRKEY_MODULE", "");
     }
 
-    void setText(unsigned char* field, std::size_t size, const std::string& text) {
-        std::fill_n(field, size, static_cast<unsigned char>(' '));
-        std::copy(text.begin(), text.end(), field);
-    }
     void setToken(const std::string& label, const std::string& serial) {
         CK_TOKEN_INFO& info = module->settings().tokenInfo;
-        setText(info.label, sizeof info.label, label);
-        setText(info.serialNumber, sizeof info.serialNumber, serial);
+        setText(info.label, label);
+        setText(info.serialNumber, serial);
     }
     int open() {
         return exitCodeOf([&] { host::TokenSession session(options); });

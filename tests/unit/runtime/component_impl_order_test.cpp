@@ -9,6 +9,13 @@
 namespace zr::test {
 namespace {
 
+/// What a call of a member writes that comes without a list of arguments.
+constexpr const char* kCallWithoutAList =
+    "[ZComponentImpl::Invoke] call in...\n"
+    "[ZComponentImpl::CloneDispParams] call in...\n"
+    "[ZComponentImpl::CloneDispParams] 2 argument error.\n"
+    "[ZComponentImpl::Invoke] call CloneDispParams error...\n";
+
 class ComponentImplOrderTest : public ThingTest {
 protected:
     ~ComponentImplOrderTest() override { thing->ClearPDI(); }
@@ -71,12 +78,7 @@ TEST_F(ComponentImplOrderTest, AnExceptionRecordAloneMakesACallWithoutAList) {
     EXCEPINFO excep = {};
     EXPECT_HR(E_FAIL, thing->Invoke(1, IID_NULL, 0, 1, nullptr, nullptr, &excep, nullptr));
     EXPECT_EQ(0, thing->calls);
-    EXPECT_EQ(
-        "[ZComponentImpl::Invoke] call in...\n"
-        "[ZComponentImpl::CloneDispParams] call in...\n"
-        "[ZComponentImpl::CloneDispParams] 2 argument error.\n"
-        "[ZComponentImpl::Invoke] call CloneDispParams error...\n",
-        console.stop().out);
+    EXPECT_EQ(kCallWithoutAList, console.stop().out);
 }
 
 TEST_F(ComponentImplOrderTest, AResultAloneMakesACallWithoutAList) {
@@ -84,12 +86,7 @@ TEST_F(ComponentImplOrderTest, AResultAloneMakesACallWithoutAList) {
     EXPECT_HR(E_FAIL, thing->Invoke(1, IID_NULL, 0, 1, nullptr, &result, nullptr, nullptr));
     EXPECT_EQ(VT_EMPTY, result.vt);
     EXPECT_EQ(0, thing->calls);
-    EXPECT_EQ(
-        "[ZComponentImpl::Invoke] call in...\n"
-        "[ZComponentImpl::CloneDispParams] call in...\n"
-        "[ZComponentImpl::CloneDispParams] 2 argument error.\n"
-        "[ZComponentImpl::Invoke] call CloneDispParams error...\n",
-        console.stop().out);
+    EXPECT_EQ(kCallWithoutAList, console.stop().out);
 }
 
 TEST_F(ComponentImplOrderTest, AListAloneMakesACall) {
