@@ -1,10 +1,10 @@
-// The zrkey command: its surroundings, around what its command line asks for.
+// The zrkey command: prepares the standard streams, then runs the command line.
 #include <exception>
 #include <string>
 
-#include "command_line.h"
-#include "failure.h"
-#include "system.h"
+#include "host/commands/command_line.h"
+#include "host/output/failure.h"
+#include "host/system/system.h"
 
 int main(int argc, char** argv) {
     using namespace zr::host;

@@ -1,5 +1,9 @@
-// ClassFactory: makes providers.
-#include "runtime/class_factory.h"
+// ClassFactory: creates providers.
+#include "library/class_factory.h"
+
+#include <new>
+
+#include "pkcs11/provider_pkcs11.h"
 
 HRESULT STDMETHODCALLTYPE ClassFactory::CreateInstance(IUnknown*, const GUID& riid, void** ppv) {
     if (riid != IID_IClassFactory && riid != IID_ITokenProvider) {
@@ -12,7 +16,7 @@ HRESULT STDMETHODCALLTYPE ClassFactory::CreateInstance(IUnknown*, const GUID& ri
         *ppv = static_cast<IClassFactory*>(this);
         return S_OK;
     }
-    ITokenProvider* provider = zr::makeTokenProvider();
+    ITokenProvider* provider = new (std::nothrow) TokenProvider_pkcs11();
     if (!provider) {
         return E_OUTOFMEMORY;
     }

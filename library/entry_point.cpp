@@ -1,8 +1,8 @@
-// The library's one export.
+// The only export of the library.
 #include <new>
 
-#include "runtime/class_factory.h"
-#include "runtime/console.h"
+#include "library/class_factory.h"
+#include "runtime/diagnostics.h"
 
 extern "C" HRESULT STDMETHODCALLTYPE ZCLGetClassObject(const GUID& rclsid, const GUID& riid,
                                                        void** ppv) {
@@ -11,7 +11,7 @@ extern "C" HRESULT STDMETHODCALLTYPE ZCLGetClassObject(const GUID& rclsid, const
         return E_INVALIDARG;
     }
     if (rclsid != LIBID_ZRKey) {
-        // Not a class-not-available code: hosts that probe several libraries look for this one.
+        // Hosts that try several libraries expect this code, not a class-not-available code.
         return E_NOTIMPL;
     }
     if (riid != IID_IClassFactory) {

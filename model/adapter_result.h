@@ -1,11 +1,11 @@
-// What adapters write into the result of a call.
+// Setting the result of a call: helpers of the adapters.
 #pragma once
 
 #include <zrkey/automation.h>
 
 namespace zr {
 
-/// Sets a result to the zero of a type. What it held before is overwritten, not cleared.
+/// Sets a result to the zero value of a type. It is overwritten, not cleared.
 /// @param result  null is ignored.
 inline void presetResult(VARIANT* result, VARTYPE type) {
     if (result) {
@@ -14,8 +14,8 @@ inline void presetResult(VARIANT* result, VARTYPE type) {
     }
 }
 
-/// Turns the success of an operation into VARIANT_TRUE; after a failure the preset result stays.
-/// @param result  preset to VT_BOOL; null is ignored.
+/// Sets the result of a successful operation to VARIANT_TRUE. After a failure it is not changed.
+/// @param result  already set to VT_BOOL; null is ignored.
 /// @return hr when it is a failure, else S_OK.
 inline HRESULT storeOutcome(HRESULT hr, VARIANT* result) {
     if (FAILED(hr)) {

@@ -1,27 +1,22 @@
-// KeyCertificate: the certificate of a container; the backend overrides the operations.
+// KeyCertificate: the certificate of a container. The backend overrides the operations.
 #pragma once
 
 #include <zrkey/zrkey.h>
 
 #include "runtime/component.h"
+#include "runtime/dispatch_table.h"
 
 class KeyContainer;
 
-class KeyCertificate : public ZComponent<IKeyCertificate> {
+class KeyCertificate : public zr::WithMethodTable<KeyCertificate, ZComponent<IKeyCertificate>> {
 public:
-    /// @param container  the parent; gains a reference for the object's life. May be null.
+    /// @param container  the parent; the object holds a reference to it. May be null.
     explicit KeyCertificate(KeyContainer* container);
     ~KeyCertificate() override;
 
     // E_NOTIMPL until the backend overrides them.
-    HRESULT STDMETHODCALLTYPE GetCertData(VARIANT* data) override;
-    HRESULT STDMETHODCALLTYPE GetCertID(BSTR* id) override;
-
-    DispatchInfo* GetSelfDispatchInfo() override;
-    int GetSelfGetDispatchInfoCount() override;
-
-    static DispatchInfo* GetDispatchInfo(ZComponentImpl* obj, const char* name);
-    static DispatchInfo* GetDispatchInfoById(ZComponentImpl* obj, LONG id);
+    HRESULT STDMETHODCALLTYPE GetCertData(VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetCertID(BSTR*) override { return E_NOTIMPL; }
 
     KeyContainer* GetParent() const { return m_pKeyContainer; }
 
@@ -29,6 +24,8 @@ public:
     HRESULT _GetCertData(DISPPARAMS* params, VARIANT* result);
 
 private:
+    friend class zr::WithMethodTable<KeyCertificate, ZComponent<IKeyCertificate>>;
+
     static DispatchInfo s_listDispatchInfo[];
     static const int s_nDispatchInfoCount;
     static const bool s_bAdaptersStored;

@@ -1,4 +1,4 @@
-// KeyContainer: lifetime and the operations without a backend.
+// KeyContainer: lifetime.
 #include "model/key_container.h"
 
 #include "model/key_object.h"
@@ -14,28 +14,4 @@ KeyContainer::~KeyContainer() {
         m_pKeyObject->Release();
         m_pKeyObject = nullptr;
     }
-}
-
-HRESULT STDMETHODCALLTYPE KeyContainer::Close() {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE KeyContainer::GetType(BSTR*) {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE KeyContainer::ImportCertificate(bool, VARIANT) {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE KeyContainer::ExportCertificate(bool, VARIANT*) {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE KeyContainer::GenKeyPair(VARIANT*) {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE KeyContainer::GetKeyCert(bool, void**) {
-    return E_NOTIMPL;
 }

@@ -1,4 +1,4 @@
-// KeyContainer: a key container of a token; the backend overrides the operations.
+// KeyContainer: a key container of a token. The backend overrides the operations.
 #pragma once
 
 #include <zrkey/zrkey.h>
@@ -9,17 +9,17 @@ class KeyObject;
 
 class KeyContainer : public ZComponent<IKeyContainer> {
 public:
-    /// @param token  the parent; gains a reference for the object's life. May be null.
+    /// @param token  the parent; the object holds a reference to it. May be null.
     explicit KeyContainer(KeyObject* token);
     ~KeyContainer() override;
 
     // E_NOTIMPL until the backend overrides them.
-    HRESULT STDMETHODCALLTYPE Close() override;
-    HRESULT STDMETHODCALLTYPE GetType(BSTR* type) override;
-    HRESULT STDMETHODCALLTYPE ImportCertificate(bool signing, VARIANT certificate) override;
-    HRESULT STDMETHODCALLTYPE ExportCertificate(bool signing, VARIANT* certificate) override;
-    HRESULT STDMETHODCALLTYPE GenKeyPair(VARIANT* result) override;
-    HRESULT STDMETHODCALLTYPE GetKeyCert(bool signing, void** certificate) override;
+    HRESULT STDMETHODCALLTYPE Close() override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetType(BSTR*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE ImportCertificate(bool, VARIANT) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE ExportCertificate(bool, VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GenKeyPair(VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetKeyCert(bool, void**) override { return E_NOTIMPL; }
 
     KeyObject* GetParent() const { return m_pKeyObject; }
 

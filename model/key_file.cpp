@@ -1,9 +1,8 @@
-// KeyFile: lifetime, reference counts and the operations without a backend.
+// KeyFile: lifetime and reference counts.
 #include "model/key_file.h"
 
 #include "model/key_object.h"
-#include "model/logged_references.h"
-
+#include "model/log_scope.h"
 KeyFile::KeyFile(KeyObject* token) : m_pKeyObject(token) {
     if (m_pKeyObject) {
         m_pKeyObject->AddRef();
@@ -22,33 +21,17 @@ const ZRLog* KeyFile::GetLog() const {
 }
 
 ULONG STDMETHODCALLTYPE KeyFile::AddRef() {
-    return zr::addRefLogged(*this, GetLog(), "KeyFile", "call...");
+    const ULONG references = ZComponentImpl::AddRef();
+    LogScope::withoutBegin(GetLog(), "AddRef").count("[KeyFile::AddRef] call...", references);
+    return references;
 }
 
 ULONG STDMETHODCALLTYPE KeyFile::Release() {
-    return zr::releaseLogged(*this, GetLog(), "KeyFile");
-}
-
-HRESULT STDMETHODCALLTYPE KeyFile::Close() {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE KeyFile::Flush() {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE KeyFile::Write(VARIANT) {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE KeyFile::Read(ULONG, VARIANT*) {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE KeyFile::GetSize(VARIANT*) {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE KeyFile::Seek(LONG, INT) {
-    return E_NOTIMPL;
+    // The last release may destroy the logger as well.
+    const ZRLog log = ZRLog::copyOf(GetLog());
+    const LogScope scope = LogScope::withoutBegin(&log, "Release");
+    scope.message("[KeyFile::Release] call...\n");
+    const ULONG references = ZComponentImpl::Release();
+    scope.count("[KeyFile::Release] count=", references);
+    return references;
 }

@@ -1,5 +1,5 @@
-// KeyFile: a data file on a token; the backend overrides the operations. It has no members for
-// scripts.
+// KeyFile: a data file on a token. The backend overrides the operations. Scripts have no access to
+// it.
 #pragma once
 
 #include <zrkey/zrkey.h>
@@ -11,7 +11,7 @@ class KeyObject;
 
 class KeyFile : public ZComponent<IKeyFile> {
 public:
-    /// @param token  the parent; gains a reference for the object's life. May be null.
+    /// @param token  the parent; the object holds a reference to it. May be null.
     explicit KeyFile(KeyObject* token);
     ~KeyFile() override;
 
@@ -19,15 +19,15 @@ public:
     ULONG STDMETHODCALLTYPE Release() override;
 
     // E_NOTIMPL until the backend overrides them.
-    HRESULT STDMETHODCALLTYPE Close() override;
-    HRESULT STDMETHODCALLTYPE Flush() override;
-    HRESULT STDMETHODCALLTYPE Write(VARIANT data) override;
-    HRESULT STDMETHODCALLTYPE Read(ULONG length, VARIANT* data) override;
-    HRESULT STDMETHODCALLTYPE GetSize(VARIANT* size) override;
-    HRESULT STDMETHODCALLTYPE Seek(LONG offset, INT origin) override;
+    HRESULT STDMETHODCALLTYPE Close() override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Flush() override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Write(VARIANT) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Read(ULONG, VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetSize(VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Seek(LONG, INT) override { return E_NOTIMPL; }
 
     KeyObject* GetParent() const { return m_pKeyObject; }
-    /// The logger of the token's provider; null when there is none.
+    /// The logger of the provider; null when there is none.
     const ZRLog* GetLog() const;
 
 private:

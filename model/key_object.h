@@ -1,82 +1,83 @@
-// KeyObject: what a script can ask of a token; the backend overrides the operations.
+// KeyObject: a token, with its members for scripts. The backend overrides the operations.
 #pragma once
 
 #include <zrkey/zrkey.h>
 
 #include "model/zr_log.h"
 #include "runtime/component.h"
+#include "runtime/dispatch_table.h"
 
 class TokenProvider;
 
-class KeyObject : public ZComponent<IKeyObject> {
+/// The operations of a token. They return E_NOTIMPL until the backend overrides them; those without
+/// a body here stay pure.
+class KeyObjectOperations : public ZComponent<IKeyObject> {
 public:
-    /// @param provider  the parent; gains a reference for the object's life. May be null.
+    HRESULT STDMETHODCALLTYPE GetSerialNumber(BSTR*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE SetLabel(BSTR*, VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetLabel(BSTR*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetManufacturerID(BSTR*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetModelID(BSTR*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTotalSize(VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetFreeSize(VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE ModifyPIN(BSTR, BSTR, INT) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetMaxRetryCount(INT, VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetRemainRetryCount(INT, VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE IsDefaultPIN(INT, VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE VerifyPIN(BSTR, INT) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE UnlockPIN(BSTR, BSTR) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Lock(VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Unlock(VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE CreateFile(BSTR, INT, INT, INT, ULONG, void**) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE FileExists(BSTR, VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE OpenFile(BSTR, void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE EnumFiles(VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE DeleteFile(BSTR) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetDigestMethod(BSTR*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE CreateContainer(BSTR, void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetContainerCount(VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE OpenContainer(VARIANT, void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE DeleteContainer(VARIANT) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetCertData(IKeyCertificate*, VARIANT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetPubKeyData(IKeyCertificate*, VARIANT*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE VerifyData(VARIANT, IKeyCertificate*, BSTR, VARIANT) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE GetSignAlgo(BSTR*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetZRHardApiInfo(void**, BSTR*) override { return E_NOTIMPL; }
+
+    // The order of these slots, after those of the interface, is part of the binary contract.
+    virtual HRESULT STDMETHODCALLTYPE CloseKey() { return E_NOTIMPL; }
+    using IKeyObject::DigestData;
+    virtual HRESULT STDMETHODCALLTYPE DigestData(VARIANT, BSTR, VARIANT*) { return E_NOTIMPL; }
+    using IKeyObject::EnumContainer;
+    virtual HRESULT STDMETHODCALLTYPE EnumContainer(VARIANT*) { return E_NOTIMPL; }
+};
+
+class KeyObject : public zr::WithMethodTable<KeyObject, KeyObjectOperations> {
+public:
+    /// @param provider  the parent; the object holds a reference to it. May be null.
     explicit KeyObject(TokenProvider* provider);
     ~KeyObject() override;
 
     ULONG STDMETHODCALLTYPE AddRef() override;
     ULONG STDMETHODCALLTYPE Release() override;
 
-    // E_NOTIMPL until the backend overrides them. Operations without a body here stay pure.
-    HRESULT STDMETHODCALLTYPE GetSerialNumber(BSTR* out) override;
-    HRESULT STDMETHODCALLTYPE SetLabel(BSTR* label, VARIANT* result) override;
-    HRESULT STDMETHODCALLTYPE GetLabel(BSTR* out) override;
-    HRESULT STDMETHODCALLTYPE GetManufacturerID(BSTR* out) override;
-    HRESULT STDMETHODCALLTYPE GetModelID(BSTR* out) override;
-    HRESULT STDMETHODCALLTYPE GetTotalSize(VARIANT* result) override;
-    HRESULT STDMETHODCALLTYPE GetFreeSize(VARIANT* result) override;
-    HRESULT STDMETHODCALLTYPE ModifyPIN(BSTR oldPin, BSTR newPin, INT type) override;
-    HRESULT STDMETHODCALLTYPE GetMaxRetryCount(INT type, VARIANT* result) override;
-    HRESULT STDMETHODCALLTYPE GetRemainRetryCount(INT type, VARIANT* result) override;
-    HRESULT STDMETHODCALLTYPE IsDefaultPIN(INT type, VARIANT* result) override;
-    HRESULT STDMETHODCALLTYPE VerifyPIN(BSTR pin, INT type) override;
-    HRESULT STDMETHODCALLTYPE UnlockPIN(BSTR soPin, BSTR newPin) override;
-    HRESULT STDMETHODCALLTYPE Lock(VARIANT* result) override;
-    HRESULT STDMETHODCALLTYPE Unlock(VARIANT* result) override;
-    HRESULT STDMETHODCALLTYPE CreateFile(BSTR name, INT reserved1, INT reserved2, INT reserved3,
-                                         ULONG reserved4, void** file) override;
-    HRESULT STDMETHODCALLTYPE FileExists(BSTR name, VARIANT* result) override;
-    HRESULT STDMETHODCALLTYPE OpenFile(BSTR name, void** file) override;
-    HRESULT STDMETHODCALLTYPE EnumFiles(VARIANT* result) override;
-    HRESULT STDMETHODCALLTYPE DeleteFile(BSTR name) override;
-    HRESULT STDMETHODCALLTYPE GetDigestMethod(BSTR* out) override;
-    HRESULT STDMETHODCALLTYPE CreateContainer(BSTR name, void** container) override;
-    HRESULT STDMETHODCALLTYPE GetContainerCount(VARIANT* result) override;
-    HRESULT STDMETHODCALLTYPE OpenContainer(VARIANT which, void** container) override;
-    HRESULT STDMETHODCALLTYPE DeleteContainer(VARIANT which) override;
-    HRESULT STDMETHODCALLTYPE GetCertData(IKeyCertificate* certificate, VARIANT* result) override;
-    HRESULT STDMETHODCALLTYPE GetPubKeyData(IKeyCertificate* certificate, VARIANT* result) override;
-    HRESULT STDMETHODCALLTYPE VerifyData(VARIANT data, IKeyCertificate* certificate, BSTR algorithm,
-                                         VARIANT signature) override;
-    HRESULT STDMETHODCALLTYPE GetSignAlgo(BSTR* out) override;
-    HRESULT STDMETHODCALLTYPE GetZRHardApiInfo(void** api, BSTR* info) override;
-
-    // Slots after those of the interface, in this order.
-    virtual HRESULT STDMETHODCALLTYPE CloseKey();
-    using IKeyObject::DigestData;
-    virtual HRESULT STDMETHODCALLTYPE DigestData(VARIANT data, BSTR method, VARIANT* result);
-    using IKeyObject::EnumContainer;
-    virtual HRESULT STDMETHODCALLTYPE EnumContainer(VARIANT* result);
-
-    DispatchInfo* GetSelfDispatchInfo() override;
-    int GetSelfGetDispatchInfoCount() override;
-
-    static DispatchInfo* GetDispatchInfo(ZComponentImpl* obj, const char* name);
-    static DispatchInfo* GetDispatchInfoById(ZComponentImpl* obj, LONG id);
-
     TokenProvider* GetParent() const { return m_pTokenProvider; }
-    /// The parent's logger; null when there is none.
+    /// The logger of the provider; null when there is none.
     const ZRLog* GetLog() const;
 
-    // Adapters, in table order.
+    // Adapters, in table order. Members that scripts cannot call share the last one.
     HRESULT _GetSerialNumber(DISPPARAMS* params, VARIANT* result);
-    HRESULT _SetLabel(DISPPARAMS* params, VARIANT* result);
     HRESULT _GetLabel(DISPPARAMS* params, VARIANT* result);
     HRESULT _GetManufacturerID(DISPPARAMS* params, VARIANT* result);
     HRESULT _GetModelID(DISPPARAMS* params, VARIANT* result);
     HRESULT _GetTotalSize(DISPPARAMS* params, VARIANT* result);
     HRESULT _GetFreeSize(DISPPARAMS* params, VARIANT* result);
-    HRESULT _ModifyPIN(DISPPARAMS* params, VARIANT* result);
     HRESULT _GetMaxRetryCount(DISPPARAMS* params, VARIANT* result);
     HRESULT _GetRemainRetryCount(DISPPARAMS* params, VARIANT* result);
     HRESULT _IsDefaultPIN(DISPPARAMS* params, VARIANT* result);
@@ -84,23 +85,14 @@ public:
     HRESULT _UnlockPIN(DISPPARAMS* params, VARIANT* result);
     HRESULT _Lock(DISPPARAMS* params, VARIANT* result);
     HRESULT _Unlock(DISPPARAMS* params, VARIANT* result);
-    HRESULT _CreateFile(DISPPARAMS* params, VARIANT* result);
     HRESULT _FileExists(DISPPARAMS* params, VARIANT* result);
-    HRESULT _OpenFile(DISPPARAMS* params, VARIANT* result);
-    HRESULT _EnumFiles(DISPPARAMS* params, VARIANT* result);
-    HRESULT _DeleteFile(DISPPARAMS* params, VARIANT* result);
     HRESULT _GetDigestMethod(DISPPARAMS* params, VARIANT* result);
-    HRESULT _DigestData(DISPPARAMS* params, VARIANT* result);
-    HRESULT _CreateContainer(DISPPARAMS* params, VARIANT* result);
-    HRESULT _GetContainerCount(DISPPARAMS* params, VARIANT* result);
-    HRESULT _OpenContainer(DISPPARAMS* params, VARIANT* result);
-    HRESULT _DeleteContainer(DISPPARAMS* params, VARIANT* result);
-    HRESULT _EnumContainer(DISPPARAMS* params, VARIANT* result);
-    HRESULT _SignData(DISPPARAMS* params, VARIANT* result);
-    HRESULT _VerifyData(DISPPARAMS* params, VARIANT* result);
     HRESULT _GetSignAlgo(DISPPARAMS* params, VARIANT* result);
+    HRESULT _NotForScripts(DISPPARAMS* params, VARIANT* result);
 
 private:
+    friend class zr::WithMethodTable<KeyObject, KeyObjectOperations>;
+
     using StringGetter = HRESULT (STDMETHODCALLTYPE KeyObject::*)(BSTR* out);
     using TypedGetter = HRESULT (STDMETHODCALLTYPE KeyObject::*)(INT type, VARIANT* result);
 

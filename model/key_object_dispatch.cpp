@@ -1,20 +1,38 @@
 // KeyObject: method table and adapters.
 //
-// Argument counts are not fixed: what is too much is ignored, and what an adapter reads has to be
-// there with its type.
+// The number of arguments is not checked. Additional arguments are ignored. A missing last argument
+// reads as a zeroed variant: Invoke copies the arguments into an array with one such variant at its
+// end. So a missing PIN type is 0, the user, and a missing second PIN is null. A missing first text
+// is refused.
+#include <iterator>
+#include <optional>
+
 #include "model/adapter_result.h"
 #include "model/key_object.h"
-#include "runtime/dispatch_table.h"
 
 namespace {
 
+constexpr VARIANT kMissing = {};
+
+/// An argument, or the zeroed variant after the last one; null for any other index.
 const VARIANT* argument(const DISPPARAMS* params, UINT index) {
-    return params && params->rgvarg && index < params->cArgs ? &params->rgvarg[index] : nullptr;
+    if (!params || index > params->cArgs) {
+        return nullptr;
+    }
+    if (index == params->cArgs) {
+        // Not read from the array: a direct caller has no additional variant in it.
+        return &kMissing;
+    }
+    return params->rgvarg ? &params->rgvarg[index] : nullptr;
 }
 
-const VARIANT* stringArgument(const DISPPARAMS* params, UINT index) {
+/// A text argument; nothing when it is of another type or is the first and missing.
+std::optional<BSTR> textArgument(const DISPPARAMS* params, UINT index) {
     const VARIANT* found = argument(params, index);
-    return found && found->vt == VT_BSTR ? found : nullptr;
+    if (found && (found->vt == VT_BSTR || (found == &kMissing && index > 0))) {
+        return found->bstrVal;
+    }
+    return std::nullopt;
 }
 
 }  // namespace
@@ -53,43 +71,42 @@ DispatchInfo KeyObject::s_listDispatchInfo[] = {
     {},
 };
 
-const int KeyObject::s_nDispatchInfoCount =
-    sizeof s_listDispatchInfo / sizeof s_listDispatchInfo[0] - 1;
+const int KeyObject::s_nDispatchInfoCount = std::size(s_listDispatchInfo) - 1;
 
-const bool KeyObject::s_bAdaptersStored = zr::storeAdapters<KeyObject>(
-    s_listDispatchInfo, {
-                            &KeyObject::_GetSerialNumber,  &KeyObject::_SetLabel,
-                            &KeyObject::_GetLabel,         &KeyObject::_GetManufacturerID,
-                            &KeyObject::_GetModelID,       &KeyObject::_GetTotalSize,
-                            &KeyObject::_GetFreeSize,      &KeyObject::_ModifyPIN,
-                            &KeyObject::_GetMaxRetryCount, &KeyObject::_GetRemainRetryCount,
-                            &KeyObject::_IsDefaultPIN,     &KeyObject::_VerifyPIN,
-                            &KeyObject::_UnlockPIN,        &KeyObject::_Lock,
-                            &KeyObject::_Unlock,           &KeyObject::_CreateFile,
-                            &KeyObject::_FileExists,       &KeyObject::_OpenFile,
-                            &KeyObject::_EnumFiles,        &KeyObject::_DeleteFile,
-                            &KeyObject::_GetDigestMethod,  &KeyObject::_DigestData,
-                            &KeyObject::_CreateContainer,  &KeyObject::_GetContainerCount,
-                            &KeyObject::_OpenContainer,    &KeyObject::_DeleteContainer,
-                            &KeyObject::_EnumContainer,    &KeyObject::_SignData,
-                            &KeyObject::_VerifyData,       &KeyObject::_GetSignAlgo,
-                        });
-
-DispatchInfo* KeyObject::GetSelfDispatchInfo() {
-    return s_listDispatchInfo;
-}
-
-int KeyObject::GetSelfGetDispatchInfoCount() {
-    return s_nDispatchInfoCount;
-}
-
-DispatchInfo* KeyObject::GetDispatchInfo(ZComponentImpl*, const char* name) {
-    return zr::findRow(s_listDispatchInfo, s_nDispatchInfoCount, name);
-}
-
-DispatchInfo* KeyObject::GetDispatchInfoById(ZComponentImpl*, LONG id) {
-    return zr::findRow(s_listDispatchInfo, s_nDispatchInfoCount, id);
-}
+const bool KeyObject::s_bAdaptersStored =
+    zr::storeAdapters<KeyObject>(s_listDispatchInfo,
+                                 {
+                                     &KeyObject::_GetSerialNumber,      // 1
+                                     &KeyObject::_NotForScripts,        // 2 SetLabel
+                                     &KeyObject::_GetLabel,             // 3
+                                     &KeyObject::_GetManufacturerID,    // 4
+                                     &KeyObject::_GetModelID,           // 5
+                                     &KeyObject::_GetTotalSize,         // 6
+                                     &KeyObject::_GetFreeSize,          // 7
+                                     &KeyObject::_NotForScripts,        // 8 ModifyPIN
+                                     &KeyObject::_GetMaxRetryCount,     // 9
+                                     &KeyObject::_GetRemainRetryCount,  // 10
+                                     &KeyObject::_IsDefaultPIN,         // 11
+                                     &KeyObject::_VerifyPIN,            // 12
+                                     &KeyObject::_UnlockPIN,            // 13
+                                     &KeyObject::_Lock,                 // 14
+                                     &KeyObject::_Unlock,               // 15
+                                     &KeyObject::_NotForScripts,        // 16 CreateFile
+                                     &KeyObject::_FileExists,           // 17
+                                     &KeyObject::_NotForScripts,        // 18 OpenFile
+                                     &KeyObject::_NotForScripts,        // 19 EnumFiles
+                                     &KeyObject::_NotForScripts,        // 20 DeleteFile
+                                     &KeyObject::_GetDigestMethod,      // 21
+                                     &KeyObject::_NotForScripts,        // 22 DigestData
+                                     &KeyObject::_NotForScripts,        // 23 CreateContainer
+                                     &KeyObject::_NotForScripts,        // 24 GetContainerCount
+                                     &KeyObject::_NotForScripts,        // 25 OpenContainer
+                                     &KeyObject::_NotForScripts,        // 26 DeleteContainer
+                                     &KeyObject::_NotForScripts,        // 27 EnumContainer
+                                     &KeyObject::_NotForScripts,        // 28 SignData
+                                     &KeyObject::_NotForScripts,        // 29 VerifyData
+                                     &KeyObject::_GetSignAlgo,          // 30
+                                 });
 
 HRESULT KeyObject::CallStringGetter(StringGetter getter, VARIANT* result) {
     BSTR text = nullptr;
@@ -107,7 +124,7 @@ HRESULT KeyObject::CallStringGetter(StringGetter getter, VARIANT* result) {
 }
 
 HRESULT KeyObject::CallTypedGetter(TypedGetter getter, DISPPARAMS* params, VARIANT* result) {
-    // Whatever its type, the low 32 bits are the number.
+    // The low 32 bits, whatever the type of the variant.
     const VARIANT* type = argument(params, 0);
     return type ? (this->*getter)(type->lVal, result) : E_INVALIDARG;
 }
@@ -138,7 +155,7 @@ HRESULT KeyObject::_GetSignAlgo(DISPPARAMS*, VARIANT* result) {
     return CallStringGetter(&KeyObject::GetSignAlgo, result);
 }
 
-// The result is passed through; the backend fills it.
+// The backend fills the result.
 
 HRESULT KeyObject::_GetTotalSize(DISPPARAMS*, VARIANT* result) {
     return GetTotalSize(result);
@@ -156,7 +173,7 @@ HRESULT KeyObject::_Unlock(DISPPARAMS*, VARIANT* result) {
     return Unlock(result);
 }
 
-// One integer argument and the result.
+// One argument and the result.
 
 HRESULT KeyObject::_GetMaxRetryCount(DISPPARAMS* params, VARIANT* result) {
     return CallTypedGetter(&KeyObject::GetMaxRetryCount, params, result);
@@ -171,82 +188,28 @@ HRESULT KeyObject::_IsDefaultPIN(DISPPARAMS* params, VARIANT* result) {
 }
 
 HRESULT KeyObject::_FileExists(DISPPARAMS* params, VARIANT* result) {
-    const VARIANT* name = stringArgument(params, 0);
-    return name ? FileExists(name->bstrVal, result) : E_INVALIDARG;
+    const std::optional<BSTR> name = textArgument(params, 0);
+    return name ? FileExists(*name, result) : E_INVALIDARG;
 }
 
-// The outcome as a boolean.
+// The outcome becomes a boolean result.
 
 HRESULT KeyObject::_VerifyPIN(DISPPARAMS* params, VARIANT* result) {
     zr::presetResult(result, VT_BOOL);
-    const VARIANT* pin = stringArgument(params, 0);
+    const std::optional<BSTR> pin = textArgument(params, 0);
     const VARIANT* type = argument(params, 1);
-    return pin && type ? zr::storeOutcome(VerifyPIN(pin->bstrVal, type->lVal), result)
-                       : E_INVALIDARG;
+    return pin && type ? zr::storeOutcome(VerifyPIN(*pin, type->lVal), result) : E_INVALIDARG;
 }
 
 HRESULT KeyObject::_UnlockPIN(DISPPARAMS* params, VARIANT* result) {
     zr::presetResult(result, VT_BOOL);
-    const VARIANT* soPin = stringArgument(params, 0);
-    const VARIANT* newPin = stringArgument(params, 1);
-    return soPin && newPin ? zr::storeOutcome(UnlockPIN(soPin->bstrVal, newPin->bstrVal), result)
-                           : E_INVALIDARG;
+    const std::optional<BSTR> soPin = textArgument(params, 0);
+    const std::optional<BSTR> newPin = textArgument(params, 1);
+    return soPin && newPin ? zr::storeOutcome(UnlockPIN(*soPin, *newPin), result) : E_INVALIDARG;
 }
 
-// Listed for scripts to find, but reached by compiled hosts only.
+// Scripts can find these names; only compiled hosts can call the operations.
 
-HRESULT KeyObject::_SetLabel(DISPPARAMS*, VARIANT*) {
-    return E_FAIL;
-}
-
-HRESULT KeyObject::_ModifyPIN(DISPPARAMS*, VARIANT*) {
-    return E_FAIL;
-}
-
-HRESULT KeyObject::_CreateFile(DISPPARAMS*, VARIANT*) {
-    return E_FAIL;
-}
-
-HRESULT KeyObject::_OpenFile(DISPPARAMS*, VARIANT*) {
-    return E_FAIL;
-}
-
-HRESULT KeyObject::_EnumFiles(DISPPARAMS*, VARIANT*) {
-    return E_FAIL;
-}
-
-HRESULT KeyObject::_DeleteFile(DISPPARAMS*, VARIANT*) {
-    return E_FAIL;
-}
-
-HRESULT KeyObject::_DigestData(DISPPARAMS*, VARIANT*) {
-    return E_FAIL;
-}
-
-HRESULT KeyObject::_CreateContainer(DISPPARAMS*, VARIANT*) {
-    return E_FAIL;
-}
-
-HRESULT KeyObject::_GetContainerCount(DISPPARAMS*, VARIANT*) {
-    return E_FAIL;
-}
-
-HRESULT KeyObject::_OpenContainer(DISPPARAMS*, VARIANT*) {
-    return E_FAIL;
-}
-
-HRESULT KeyObject::_DeleteContainer(DISPPARAMS*, VARIANT*) {
-    return E_FAIL;
-}
-
-HRESULT KeyObject::_EnumContainer(DISPPARAMS*, VARIANT*) {
-    return E_FAIL;
-}
-
-HRESULT KeyObject::_SignData(DISPPARAMS*, VARIANT*) {
-    return E_FAIL;
-}
-
-HRESULT KeyObject::_VerifyData(DISPPARAMS*, VARIANT*) {
+HRESULT KeyObject::_NotForScripts(DISPPARAMS*, VARIANT*) {
     return E_FAIL;
 }

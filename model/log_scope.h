@@ -1,7 +1,8 @@
-// LogScope: the trace of one operation, "Begin" on entry and "End" on its normal exit.
+// LogScope: the log lines of one operation, "Begin" on entry and "End" on its normal exit.
 //
-// An early return writes no End line: a failure found on the way shows by the missing line. An
-// operation with one way out writes it whatever its result. The line numbers are those of the calls.
+// An early return writes no End line: the missing line shows that a step failed. An operation with
+// a single exit writes it with any result. Each line carries the source line of the call that
+// writes it.
 #pragma once
 
 #include <zrkey/automation.h>
@@ -10,8 +11,9 @@
 
 class LogScope {
 public:
-    /// @param log   may be null: nothing is written then. Outlives the scope.
-    /// @param name  the operation's name without its class.
+    /// Writes the Begin line.
+    /// @param log   the logger, which must outlive the scope; null writes nothing.
+    /// @param name  the name of the operation without its class.
     LogScope(const ZRLog* log, const char* name, unsigned int line = __builtin_LINE())
         : LogScope(log, name, NoBegin()) {
         if (m_log) {
@@ -19,24 +21,41 @@ public:
         }
     }
 
-    /// The trace of an operation that writes messages only.
+    /// A trace without a Begin line, for operations that write messages only.
     static LogScope withoutBegin(const ZRLog* log, const char* name) {
         return LogScope(log, name, NoBegin());
     }
 
+    /// Writes a message.
+    /// @param text  the message with its line end.
     void message(const char* text, unsigned int line = __builtin_LINE()) const {
         if (m_log) {
             m_log->Log(0, "[%s:%u] %s", m_name, line, text);
         }
     }
 
+    /// Writes a message that ends in a reference count.
+    /// @param text  the message before the count.
+    void count(const char* text, ULONG references, unsigned int line = __builtin_LINE()) const {
+        if (m_log) {
+            m_log->Log(0, "[%s:%u] %s%lu\n", m_name, line, text,
+                       static_cast<unsigned long>(references));
+        }
+    }
+
     /// Writes the End line.
-    /// @return hr, so that an operation ends with "return scope.end(S_OK)".
+    /// @return hr, so that an operation can end with "return scope.end(S_OK)".
     HRESULT end(HRESULT hr = S_OK, unsigned int line = __builtin_LINE()) const {
         if (m_log) {
             m_log->Log(0, "[%s:%u] End\n", m_name, line);
         }
         return hr;
+    }
+
+    /// Writes the End line unless hr is a failure, which is an early return.
+    /// @return hr.
+    HRESULT endOnSuccess(HRESULT hr, unsigned int line = __builtin_LINE()) const {
+        return FAILED(hr) ? hr : end(hr, line);
     }
 
 private:

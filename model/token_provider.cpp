@@ -1,10 +1,9 @@
-// TokenProvider: lifetime, reference counts and the operations without a backend.
+// TokenProvider: lifetime, reference counts and its own identifier.
 #include "model/token_provider.h"
 
 #include <new>
 
 #include "model/log_scope.h"
-#include "model/logged_references.h"
 
 TokenProvider::TokenProvider() : m_pLog(new (std::nothrow) ZRLog()) {
     EnableLog();
@@ -25,41 +24,17 @@ HRESULT STDMETHODCALLTYPE TokenProvider::QueryInterface(const GUID& riid, void**
 }
 
 ULONG STDMETHODCALLTYPE TokenProvider::AddRef() {
-    return zr::addRefLogged(*this, m_pLog, "TokenProvider", "count=");
+    const ULONG references = ZComponentImpl::AddRef();
+    LogScope::withoutBegin(m_pLog, "AddRef").count("[TokenProvider::AddRef] count=", references);
+    return references;
 }
 
 ULONG STDMETHODCALLTYPE TokenProvider::Release() {
-    return zr::releaseLogged(*this, m_pLog, "TokenProvider");
-}
-
-HRESULT STDMETHODCALLTYPE TokenProvider::Load(BSTR) {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE TokenProvider::Unload() {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE TokenProvider::OpenKey(LONG, void**) {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE TokenProvider::GetName(BSTR*) {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE TokenProvider::GetKeyCount(INT*) {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE TokenProvider::GetKeySN(LONG, BSTR*) {
-    return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE TokenProvider::LoadFinish(INT*) {
-    return E_NOTIMPL;
-}
-
-void TokenProvider::FinalRelease() {
-    Unload();
+    // The last release may destroy the logger as well.
+    const ZRLog log = ZRLog::copyOf(m_pLog);
+    const LogScope scope = LogScope::withoutBegin(&log, "Release");
+    scope.message("[TokenProvider::Release] call...\n");
+    const ULONG references = ZComponentImpl::Release();
+    scope.count("[TokenProvider::Release] count=", references);
+    return references;
 }

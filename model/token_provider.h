@@ -1,44 +1,43 @@
-// TokenProvider: what a script can ask of a provider; the backend overrides the operations.
+// TokenProvider: a provider, with its members for scripts. The backend overrides the operations.
 #pragma once
 
 #include <zrkey/zrkey.h>
 
 #include "model/zr_log.h"
 #include "runtime/component.h"
+#include "runtime/dispatch_table.h"
 
-class TokenProvider : public ZComponent<ITokenProvider> {
+/// The operations of a provider. They return E_NOTIMPL until the backend overrides them.
+class TokenProviderOperations : public ZComponent<ITokenProvider> {
+public:
+    HRESULT STDMETHODCALLTYPE Load(BSTR) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Unload() override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE OpenKey(LONG, void**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetName(BSTR*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetKeyCount(INT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetKeySN(LONG, BSTR*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE LoadFinish(INT*) override { return E_NOTIMPL; }
+
+    /// Unloads the module through the virtual Unload.
+    void FinalRelease() override { Unload(); }
+};
+
+class TokenProvider : public zr::WithMethodTable<TokenProvider, TokenProviderOperations> {
 public:
     TokenProvider();
     ~TokenProvider() override;
 
-    /// Also stores the provider for its own identifier, but without a reference and still answering
-    /// E_NOTIMPL; hosts take the pointer and know.
+    /// As ZComponentImpl::QueryInterface. For IID_ITokenProvider the result is E_NOTIMPL, too, but
+    /// *ppv receives the provider without a reference. Hosts depend on it.
     HRESULT STDMETHODCALLTYPE QueryInterface(const GUID& riid, void** ppv) override;
     ULONG STDMETHODCALLTYPE AddRef() override;
     ULONG STDMETHODCALLTYPE Release() override;
 
-    // E_NOTIMPL until the backend overrides them.
-    HRESULT STDMETHODCALLTYPE Load(BSTR path) override;
-    HRESULT STDMETHODCALLTYPE Unload() override;
-    HRESULT STDMETHODCALLTYPE OpenKey(LONG index, void** key) override;
-    HRESULT STDMETHODCALLTYPE GetName(BSTR* name) override;
-    HRESULT STDMETHODCALLTYPE GetKeyCount(INT* count) override;
-    HRESULT STDMETHODCALLTYPE GetKeySN(LONG index, BSTR* serial) override;
-    HRESULT STDMETHODCALLTYPE LoadFinish(INT* done) override;
-
-    /// Unloads the module through the virtual Unload.
-    void FinalRelease() override;
-    DispatchInfo* GetSelfDispatchInfo() override;
-    int GetSelfGetDispatchInfoCount() override;
-
-    static DispatchInfo* GetDispatchInfo(ZComponentImpl* obj, const char* name);
-    static DispatchInfo* GetDispatchInfoById(ZComponentImpl* obj, LONG id);
-
-    /// Attaches the logger to its file when the environment names a log home.
+    /// Turns logging on when the environment names a log home.
     /// @return 1 when logging was turned on, else 0.
     int EnableLog();
 
-    /// The logger of the provider and of every object below it; null when there is none.
+    /// The logger of the provider and all its objects; null when there is none.
     const ZRLog* GetLog() const { return m_pLog; }
 
     HRESULT _Load(DISPPARAMS* params, VARIANT* result);
@@ -47,6 +46,8 @@ public:
     HRESULT _GetKeyCount(DISPPARAMS* params, VARIANT* result);
 
 private:
+    friend class zr::WithMethodTable<TokenProvider, TokenProviderOperations>;
+
     static DispatchInfo s_listDispatchInfo[];
     static const int s_nDispatchInfoCount;
     static const bool s_bAdaptersStored;

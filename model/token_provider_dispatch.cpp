@@ -1,10 +1,11 @@
 // TokenProvider: method table and adapters.
 //
-// The adapters are strict: they preset the result to a zero of its type, refuse a missing block or
-// result and a wrong number of arguments, and leave the zero where the operation fails.
+// The adapters first set the result to the zero value of its type. They refuse null arguments and a
+// wrong number of script arguments. When the operation fails, the result stays zero.
+#include <iterator>
+
 #include "model/adapter_result.h"
 #include "model/token_provider.h"
-#include "runtime/dispatch_table.h"
 
 namespace {
 
@@ -22,8 +23,7 @@ DispatchInfo TokenProvider::s_listDispatchInfo[] = {
     {},
 };
 
-const int TokenProvider::s_nDispatchInfoCount =
-    sizeof s_listDispatchInfo / sizeof s_listDispatchInfo[0] - 1;
+const int TokenProvider::s_nDispatchInfoCount = std::size(s_listDispatchInfo) - 1;
 
 const bool TokenProvider::s_bAdaptersStored =
     zr::storeAdapters<TokenProvider>(s_listDispatchInfo, {
@@ -32,22 +32,6 @@ const bool TokenProvider::s_bAdaptersStored =
                                                              &TokenProvider::_OpenKey,
                                                              &TokenProvider::_GetKeyCount,
                                                          });
-
-DispatchInfo* TokenProvider::GetSelfDispatchInfo() {
-    return s_listDispatchInfo;
-}
-
-int TokenProvider::GetSelfGetDispatchInfoCount() {
-    return s_nDispatchInfoCount;
-}
-
-DispatchInfo* TokenProvider::GetDispatchInfo(ZComponentImpl*, const char* name) {
-    return zr::findRow(s_listDispatchInfo, s_nDispatchInfoCount, name);
-}
-
-DispatchInfo* TokenProvider::GetDispatchInfoById(ZComponentImpl*, LONG id) {
-    return zr::findRow(s_listDispatchInfo, s_nDispatchInfoCount, id);
-}
 
 HRESULT TokenProvider::_Load(DISPPARAMS* params, VARIANT* result) {
     zr::presetResult(result, VT_BOOL);
@@ -70,7 +54,7 @@ HRESULT TokenProvider::_OpenKey(DISPPARAMS* params, VARIANT* result) {
     if (!isCallable(params, result, 1)) {
         return E_INVALIDARG;
     }
-    // Anything but a number opens the first token.
+    // Any other type opens the first token.
     const LONG index = params->rgvarg[0].vt == VT_I4 ? params->rgvarg[0].lVal : 0;
     void* key = nullptr;
     const HRESULT hr = OpenKey(index, &key);

@@ -1,26 +1,26 @@
-// TokenProvider: where a provider's log file lies.
+// TokenProvider: the path of its log file.
 //
-// The log home of the environment, "log", and the last two components of the current directory; a
-// directory with fewer than two levels has no log.
+// The folder is the log home from the environment, "log" and the last two components of the current
+// directory. There is no log in a current directory with fewer than two components.
 #include <cstdio>
 #include <cstring>
 #include <string_view>
 
-#include "kernel.h"
 #include "model/log_scope.h"
 #include "model/token_provider.h"
+#include "platform/kernel.h"
 
 namespace {
 
 constexpr std::size_t kPathSize = 260;
 
-// "VARIANT_TRUE can not is 0xffff", a full-width comma of code page 936, and the rest: readers of
-// the logs look for these very bytes.
+// A text with a full-width comma of code page 936. Readers of the logs look for exactly these
+// bytes.
 constexpr char kTips[] =
     "Tips: VARIANT_TRUE can not is 0xffff\xA3\xAC"
     "must is ((HRESULT)-1) can be used by 64-bits platform, do you fix it???\n";
 
-/// A path of at most 259 bytes; appending what does not fit makes it invalid.
+/// A path of at most 259 bytes. Text that does not fit is not appended.
 class LogPath {
 public:
     bool append(std::string_view text) {
@@ -42,7 +42,7 @@ private:
     std::size_t m_length = 0;
 };
 
-/// Cuts the last component off path; nothing when no separator stands before it.
+/// Removes the last component from path and returns it; nothing without a separator before it.
 std::string_view takeLastComponent(std::string_view* path) {
     const std::size_t separator = path->rfind(zr::kPathSeparator);
     if (separator == path->npos) {
@@ -53,12 +53,13 @@ std::string_view takeLastComponent(std::string_view* path) {
     return component;
 }
 
-/// What a service wrote into a buffer of kPathSize; empty when it failed or did not fit.
+/// The text in a buffer of kPathSize after a kernel call; empty when the call failed or the text
+/// did not fit.
 std::string_view written(const char* buffer, DWORD length) {
     return length < kPathSize ? std::string_view(buffer, length) : std::string_view();
 }
 
-/// Makes the directory of the log file.
+/// Creates the folder of the log file.
 /// @return false when logging stays off.
 bool makeLogDirectory(LogPath* directory) {
     char home[kPathSize] = {};

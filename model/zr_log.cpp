@@ -6,7 +6,7 @@
 #include <memory>
 #include <new>
 
-#include "kernel.h"
+#include "platform/kernel.h"
 #include "runtime/bounded_text.h"
 
 namespace {
@@ -41,7 +41,7 @@ void ZRLog::Log(int, const char* format, ...) const {
     std::va_list arguments;
     va_start(arguments, format);
     if (std::vsnprintf(message.get(), kMessageSize, format, arguments) < 0) {
-        message[0] = 0;  // what cannot be formatted leaves the time stamp alone
+        message[0] = 0;  // a message that cannot be formatted is empty
     }
     va_end(arguments);
     SYSTEMTIME now;

@@ -1,6 +1,7 @@
-// ZRLog: appends time-stamped lines to one file, opened anew for each line.
+// ZRLog: appends time-stamped lines to a file.
 //
-// Every line reaches the disk at once and the file may be read or removed between calls.
+// The file is opened and closed for each line: every line reaches the disk at once, and the file
+// can be read or removed between calls.
 #pragma once
 
 class ZRLog {
@@ -10,14 +11,17 @@ public:
     ZRLog(const ZRLog&) = default;
     ZRLog& operator=(const ZRLog&) = default;
 
-    /// Turns logging on, and makes the file.
+    /// A copy of a logger; for null, one that writes nothing. The copy can write a line after the
+    /// original was destroyed.
+    static ZRLog copyOf(const ZRLog* log) { return log ? *log : ZRLog(); }
+
+    /// Turns logging on and creates the file.
     /// @param path  at most 499 bytes; null or a longer path turns logging off.
-    /// @return 0 always.
+    /// @return always 0.
     int SetFilePath(const char* path);
-    /// Appends "[hh:mm:ss.mmm] " and the message. Nothing is reported when that fails.
-    /// @param level   accepted and not looked at.
-    /// @param format  printf format; the message carries its own line end and is cut at 81,919
-    ///                bytes.
+    /// Appends "[hh:mm:ss.mmm] " and a message. Failures are not reported.
+    /// @param level   ignored.
+    /// @param format  printf format, with the line end. The message is cut after 81,919 bytes.
     [[gnu::format(printf, 3, 4)]] void Log(int level, const char* format, ...) const;
 
 private:

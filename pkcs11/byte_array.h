@@ -16,7 +16,7 @@ inline bool isByteArray(const VARIANT& variant) {
     return variant.vt == kByteArray && variant.parray && variant.parray->cDims == 1;
 }
 
-/// The bytes of a variant for which isByteArray holds; the array is locked meanwhile.
+/// The bytes of a variant for which isByteArray returns true. Locks the array while it lives.
 class AccessedBytes {
 public:
     explicit AccessedBytes(const VARIANT& variant) : m_array(variant.parray) {
@@ -35,8 +35,8 @@ public:
         }
     }
 
-    /// Whether the bytes are there to be read: a locked-up array, or one that lies about its memory,
-    /// is not an empty one.
+    /// Whether the bytes can be read. An array that cannot be locked, or that claims elements without
+    /// memory, must not pass for an empty one.
     bool isAccessed() const {
         return m_isAccessed && (m_data || m_array->rgsabound[0].cElements == 0);
     }
@@ -52,7 +52,7 @@ private:
 
 /// Stores bytes in a variant, which is overwritten without being cleared.
 /// @param element  the element type of the array, VT_UI1 or VT_I1; the variant's type is
-///                 VT_ARRAY | VT_UI1 all the same.
+///                 VT_ARRAY | VT_UI1 in both cases.
 /// @return false, and the variant untouched, when the array cannot be made or accessed.
 inline bool storeBytes(const void* bytes, std::size_t length, VARTYPE element, VARIANT* out) {
     if (length > std::numeric_limits<ULONG>::max()) {

@@ -1,16 +1,41 @@
 // KeyCertificate_pkcs11: the certificate of a container.
-#include "pkcs11/key_certificate.h"
+#include "pkcs11/certificate_pkcs11.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 
 #include "pkcs11/byte_array.h"
-#include "pkcs11/key_container.h"
+#include "pkcs11/container_pkcs11.h"
 #include "pkcs11/text_out.h"
 #include "pkcs11/token_object_walk.h"
+#include "pkcs11/token_pkcs11.h"
 
-KeyCertificate_pkcs11::KeyCertificate_pkcs11(KeyContainer* container) : KeyCertificate(container) {}
+namespace {
+
+/// An object begins with the address of its method table; the binary contract says so. Nothing else of
+/// a host's object may be looked at: it can be written in C and so have neither RTTI nor a base class.
+const void* methodTable(const IKeyCertificate* certificate) {
+    const void* table;
+    std::memcpy(&table, static_cast<const void*>(certificate), sizeof table);
+    return table;
+}
+
+std::atomic<const void*> s_ownMethodTable{nullptr};
+
+}  // namespace
+
+KeyCertificate_pkcs11::KeyCertificate_pkcs11(KeyContainer* container) : KeyCertificate(container) {
+    s_ownMethodTable.store(methodTable(this), std::memory_order_relaxed);
+}
+
+const KeyCertificate_pkcs11* KeyCertificate_pkcs11::FromInterface(
+    const IKeyCertificate* certificate) {
+    return methodTable(certificate) == s_ownMethodTable.load(std::memory_order_relaxed)
+               ? static_cast<const KeyCertificate_pkcs11*>(certificate)
+               : nullptr;
+}
 
 KeyContainer_pkcs11* KeyCertificate_pkcs11::GetKeyContainer() const {
     return dynamic_cast<KeyContainer_pkcs11*>(GetParent());
@@ -25,10 +50,10 @@ HRESULT STDMETHODCALLTYPE KeyCertificate_pkcs11::GetCertData(VARIANT* data) {
     if (!token) {
         return E_FAIL;
     }
-    // Found again by its ID: of two certificates with one ID, the first of the walk answers.
+    // Found again by its ID: of two certificates with the same ID, the first of the walk answers.
     std::unique_ptr<unsigned char, decltype(&std::free)> value(nullptr, std::free);
     CK_ULONG length = 0;
-    walkCertificates(*token, {CKA_CLASS, CKA_CERTIFICATE_TYPE, CKA_ID, CKA_VALUE},
+    walkCertificates(token->GetSession(), {CKA_CLASS, CKA_CERTIFICATE_TYPE, CKA_ID, CKA_VALUE},
                      [&](CK_OBJECT_HANDLE, TokenAttributes& read) {
                          if (std::strcmp(read.text(2), container->GetCertID()) != 0) {
                              return true;

@@ -5,9 +5,13 @@
 
 class KeyContainer_pkcs11;
 
-class KeyCertificate_pkcs11 : public KeyCertificate {
+class KeyCertificate_pkcs11 final : public KeyCertificate {
 public:
     explicit KeyCertificate_pkcs11(KeyContainer* container);
+
+    /// The library's own object behind an interface pointer.
+    /// @return null for a certificate object of the host's making.
+    static const KeyCertificate_pkcs11* FromInterface(const IKeyCertificate* certificate);
 
     /// @param data  receives the certificate's DER bytes as stored.
     HRESULT STDMETHODCALLTYPE GetCertData(VARIANT* data) override;

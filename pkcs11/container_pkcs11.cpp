@@ -1,18 +1,18 @@
-// KeyContainer_pkcs11: opening a container, and its one member for scripts.
-#include "pkcs11/key_container.h"
+// KeyContainer_pkcs11: opening a container and its certificate.
+#include "pkcs11/container_pkcs11.h"
 
 #include <algorithm>
 #include <cstring>
 #include <new>
 
-#include "pkcs11/key_certificate.h"
+#include "pkcs11/certificate_pkcs11.h"
 #include "pkcs11/text_out.h"
 #include "pkcs11/token_object_walk.h"
+#include "pkcs11/token_pkcs11.h"
 #include "runtime/bounded_text.h"
-#include "runtime/dispatch_table.h"
 #include "runtime/zcom_bstr.h"
 
-KeyContainer_pkcs11::KeyContainer_pkcs11(KeyObject* token) : KeyContainer(token) {}
+KeyContainer_pkcs11::KeyContainer_pkcs11(KeyObject* token) : WithMethodTable(token) {}
 
 KeyObject_pkcs11* KeyContainer_pkcs11::GetKeyObject() const {
     return dynamic_cast<KeyObject_pkcs11*>(GetParent());
@@ -29,7 +29,7 @@ bool KeyContainer_pkcs11::OpenContainer(const VARIANT& identity) {
     LONG index = 0;
     bool isOpened = false;
     walkCertificates(
-        *token, {CKA_CLASS, CKA_CERTIFICATE_TYPE, CKA_ID},
+        token->GetSession(), {CKA_CLASS, CKA_CERTIFICATE_TYPE, CKA_ID},
         [&](CK_OBJECT_HANDLE object, const TokenAttributes& read) {
             const char* id = read.text(2);
             const bool isMatch =
@@ -38,7 +38,7 @@ bool KeyContainer_pkcs11::OpenContainer(const VARIANT& identity) {
                 ++index;
                 return true;
             }
-            // A longer ID could not be told from another that begins alike.
+            // A longer ID cannot be distinguished from another one that begins alike.
             if (zr::appendText(m_szCertID, id)) {
                 m_hCertObject = object;
                 std::memcpy(m_szCertType, read.bytes(1),
@@ -74,7 +74,7 @@ HRESULT STDMETHODCALLTYPE KeyContainer_pkcs11::GenKeyPair(VARIANT*) {
 }
 
 HRESULT STDMETHODCALLTYPE KeyContainer_pkcs11::GetKeyCert(bool, void** certificate) {
-    // A container has one certificate, whichever is asked for.
+    // A container has one certificate, whatever the flag says.
     if (!certificate) {
         return E_INVALIDARG;
     }
@@ -85,46 +85,4 @@ HRESULT STDMETHODCALLTYPE KeyContainer_pkcs11::GetKeyCert(bool, void** certifica
     *certificate = static_cast<IKeyCertificate*>(made);
     made->AddRef();
     return S_OK;
-}
-
-DispatchInfo KeyContainer_pkcs11::s_listDispatchInfo[] = {
-    {1, "GetKeyCert", enDispatchMethod, nullptr, VT_DISPATCH, {11}},
-    {},
-};
-
-const int KeyContainer_pkcs11::s_nDispatchInfoCount =
-    sizeof s_listDispatchInfo / sizeof s_listDispatchInfo[0] - 1;
-
-const bool KeyContainer_pkcs11::s_bAdaptersStored =
-    zr::storeAdapters<KeyContainer_pkcs11>(s_listDispatchInfo, {&KeyContainer_pkcs11::_GetKeyCert});
-
-DispatchInfo* KeyContainer_pkcs11::GetSelfDispatchInfo() {
-    return s_listDispatchInfo;
-}
-
-int KeyContainer_pkcs11::GetSelfGetDispatchInfoCount() {
-    return s_nDispatchInfoCount;
-}
-
-DispatchInfo* KeyContainer_pkcs11::GetDispatchInfo(ZComponentImpl*, const char* name) {
-    return zr::findRow(s_listDispatchInfo, s_nDispatchInfoCount, name);
-}
-
-DispatchInfo* KeyContainer_pkcs11::GetDispatchInfoById(ZComponentImpl*, LONG id) {
-    return zr::findRow(s_listDispatchInfo, s_nDispatchInfoCount, id);
-}
-
-HRESULT KeyContainer_pkcs11::_GetKeyCert(DISPPARAMS* params, VARIANT* result) {
-    if (!result) {
-        return E_INVALIDARG;
-    }
-    const bool signing = params && params->cArgs > 0 && params->rgvarg &&
-                         params->rgvarg[0].vt == VT_BOOL && params->rgvarg[0].boolVal != 0;
-    void* certificate = nullptr;
-    const HRESULT hr = GetKeyCert(signing, &certificate);
-    if (SUCCEEDED(hr)) {
-        result->vt = VT_DISPATCH;
-        result->pdispVal = static_cast<IKeyCertificate*>(certificate);
-    }
-    return hr;
 }

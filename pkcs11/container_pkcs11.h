@@ -3,10 +3,11 @@
 
 #include "model/key_container.h"
 #include "pkcs11/cryptoki.h"
+#include "runtime/dispatch_table.h"
 
 class KeyObject_pkcs11;
 
-class KeyContainer_pkcs11 : public KeyContainer {
+class KeyContainer_pkcs11 : public zr::WithMethodTable<KeyContainer_pkcs11, KeyContainer> {
 public:
     explicit KeyContainer_pkcs11(KeyObject* token);
 
@@ -27,14 +28,11 @@ public:
     /// The owning token; null when there is none or it is of another kind.
     KeyObject_pkcs11* GetKeyObject() const;
 
-    DispatchInfo* GetSelfDispatchInfo() override;
-    int GetSelfGetDispatchInfoCount() override;
-    static DispatchInfo* GetDispatchInfo(ZComponentImpl* obj, const char* name);
-    static DispatchInfo* GetDispatchInfoById(ZComponentImpl* obj, LONG id);
-
     HRESULT _GetKeyCert(DISPPARAMS* params, VARIANT* result);
 
 private:
+    friend class zr::WithMethodTable<KeyContainer_pkcs11, KeyContainer>;
+
     static DispatchInfo s_listDispatchInfo[];
     static const int s_nDispatchInfoCount;
     static const bool s_bAdaptersStored;

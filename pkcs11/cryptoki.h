@@ -1,7 +1,7 @@
 // The Cryptoki types and entry points the library uses, after PKCS #11 v2.40.
 //
 // CK_ULONG is unsigned long on both targets: 32 bits on Windows, 64 on Linux. Structures are
-// packed on Windows and natural on Linux; the platform's layout headers see to that.
+// packed on Windows and natural on Linux, by the layout headers of platform/.
 #pragma once
 
 #include <cstddef>
@@ -83,7 +83,7 @@ inline constexpr CK_RV CKR_BUFFER_TOO_SMALL = 0x150;
 inline constexpr CK_RV CKR_CRYPTOKI_NOT_INITIALIZED = 0x190;
 inline constexpr CK_RV CKR_CRYPTOKI_ALREADY_INITIALIZED = 0x191;
 
-#include "cryptoki_layout_begin.h"
+#include "platform/cryptoki_layout_begin.h"
 
 struct CK_VERSION {
     CK_BYTE major;
@@ -272,7 +272,7 @@ struct CK_FUNCTION_LIST {
     CK_FUNCTIONS functions;
 };
 
-#include "cryptoki_layout_end.h"
+#include "platform/cryptoki_layout_end.h"
 
 static_assert(sizeof(CK_FUNCTIONS) == 68 * sizeof(void*), "68 entry points and nothing else");
 // A packed list has its first entry at byte 2; the natural one is aligned.

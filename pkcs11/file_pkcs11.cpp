@@ -1,5 +1,5 @@
 // KeyFile_pkcs11: creating and opening a data object, reading and seeking in its copy.
-#include "pkcs11/key_file.h"
+#include "pkcs11/file_pkcs11.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -10,6 +10,7 @@
 #include "pkcs11/byte_array.h"
 #include "pkcs11/file_name.h"
 #include "pkcs11/file_search.h"
+#include "pkcs11/token_pkcs11.h"
 
 KeyFile_pkcs11::KeyFile_pkcs11(KeyObject* token) : KeyFile(token) {
     const LogScope scope(GetLog(), "KeyFile_pkcs11");
@@ -44,8 +45,9 @@ bool KeyFile_pkcs11::CreateFile(BSTR name) {
         {CKA_VALUE, &empty, 0},
     };
     CK_OBJECT_HANDLE object = 0;
-    if (token->Call(&CK_FUNCTIONS::C_CreateObject, token->GetSession(), attributes, CK_ULONG{4},
-                    &object) != CKR_OK) {
+    const Session& session = token->GetSession();
+    if (session.Call(&CK_FUNCTIONS::C_CreateObject, session.handle(), attributes, CK_ULONG{4},
+                     &object) != CKR_OK) {
         return false;
     }
     m_hObject = object;
@@ -71,13 +73,14 @@ bool KeyFile_pkcs11::OpenFile(BSTR name) {
     if (!fileName.isInRange()) {
         return fail("OpenFile Fail ... 3\n");
     }
+    const Session& session = token->GetSession();
     bool isFound = false;
     {
-        FileSearch search(*token);
+        FileSearch search(session);
         if (!search.hasBegun()) {
             return fail("OpenFile Fail ... 4\n");
         }
-        isFound = search.find(fileName.soughtLabel(), FileSearch::Ask::classAndLabel, &m_hObject);
+        isFound = search.find(fileName.soughtLabel(), FileSearch::Ask::kClassAndLabel, &m_hObject);
     }
     if (!isFound) {
         return fail("OpenFile Fail ... end\n");
@@ -87,7 +90,7 @@ bool KeyFile_pkcs11::OpenFile(BSTR name) {
     m_pData = nullptr;
 
     TokenAttributes value({CKA_VALUE});
-    if (value.readLengths(*token, m_hObject) != CKR_OK) {
+    if (value.readLengths(session, m_hObject) != CKR_OK) {
         // A value that cannot be read opens as an empty file.
         scope.end();
         return true;
@@ -95,11 +98,12 @@ bool KeyFile_pkcs11::OpenFile(BSTR name) {
     if (value.length(0) > std::numeric_limits<DWORD>::max() || !value.allocateValues()) {
         return fail("OpenFile Fail ... 5\n");
     }
-    if (value.fetchValues(*token, m_hObject) != CKR_OK) {
+    if (value.fetchValues(session, m_hObject) != CKR_OK) {
         return fail("OpenFile Fail ... 6\n");
     }
     m_dwFileSize = static_cast<DWORD>(value.length(0));
-    m_pData = value.release(0);
+    // An empty file has no buffer: Flush hands the token a null pointer with length 0.
+    m_pData = m_dwFileSize > 0 ? value.release(0) : nullptr;
     scope.end();
     return true;
 }
@@ -114,21 +118,21 @@ HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Close() {
 HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Flush() {
     const LogScope scope(GetLog(), "Flush");
     const KeyObject_pkcs11* token = GetKeyObject();
-    // A file that was closed has no contents to write: the object keeps its value.
+    // A closed file has no contents to write; the object keeps its value.
     if (!token || isClosed()) {
         return E_FAIL;
     }
-    unsigned char empty = 0;
-    CK_ATTRIBUTE value = {CKA_VALUE, m_pData ? m_pData : &empty, m_dwFileSize};
-    if (token->Call(&CK_FUNCTIONS::C_SetAttributeValue, token->GetSession(), m_hObject, &value,
-                    CK_ULONG{1}) != CKR_OK) {
+    CK_ATTRIBUTE value = {CKA_VALUE, m_pData, m_dwFileSize};
+    const Session& session = token->GetSession();
+    if (session.Call(&CK_FUNCTIONS::C_SetAttributeValue, session.handle(), m_hObject, &value,
+                     CK_ULONG{1}) != CKR_OK) {
         return E_FAIL;
     }
     return scope.end(S_OK);
 }
 
 HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Write(VARIANT) {
-    // Files cannot be written through this backend.
+    // This backend cannot write to files.
     const LogScope scope(GetLog(), "Write");
     return scope.end(E_INVALIDARG);
 }
@@ -143,8 +147,8 @@ HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Read(ULONG length, VARIANT* data) {
     }
     const unsigned char* bytes = m_pData ? m_pData + m_dwPos : nullptr;
     m_dwPos += length;
-    // Elements of VT_I1 under a variant of VT_UI1. Without memory for the array the result is
-    // left unset, and it is S_OK all the same.
+    // Elements of VT_I1 under a variant of VT_UI1. Out of memory, the result is left unset and the
+    // answer is still S_OK; hosts read it that way.
     zr::storeBytes(bytes, length, VT_I1, data);
     return scope.end(S_OK);
 }
@@ -165,7 +169,7 @@ HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::GetSize(VARIANT* size) {
 HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Seek(LONG offset, INT origin) {
     const LogScope scope(GetLog(), "Seek");
     const auto distance = static_cast<DWORD>(offset);
-    // A position that does not fit, the end of the file included, changes nothing.
+    // A position outside the contents, their end included, changes nothing.
     const auto moveTo = [this](DWORD position) {
         if (position < m_dwFileSize) {
             m_dwPos = position;

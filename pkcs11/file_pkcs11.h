@@ -13,7 +13,7 @@ public:
 
     /// Frees the contents; nothing is written back.
     HRESULT STDMETHODCALLTYPE Close() override;
-    /// Replaces the object's value by the contents.
+    /// Replaces the value of the token's object with the contents.
     HRESULT STDMETHODCALLTYPE Flush() override;
     HRESULT STDMETHODCALLTYPE Write(VARIANT data) override;
     HRESULT STDMETHODCALLTYPE Read(ULONG length, VARIANT* data) override;
@@ -30,7 +30,7 @@ public:
     KeyObject_pkcs11* GetKeyObject() const;
 
 private:
-    /// Whether Close freed contents that were there.
+    /// Whether Close freed the contents.
     bool isClosed() const { return !m_pData && m_dwFileSize > 0; }
 
     DWORD m_dwPos = 0;

@@ -1,25 +1,21 @@
 // TokenProvider_pkcs11: lifetime, counting and opening tokens.
-#include "pkcs11/token_provider.h"
+#include "pkcs11/provider_pkcs11.h"
 
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "model/log_scope.h"
-#include "pkcs11/key_object.h"
 #include "pkcs11/text_out.h"
-#include "runtime/class_factory.h"
+#include "pkcs11/token_pkcs11.h"
 
 namespace {
 
-// No machine has as many slots: memory is not spent on a count that cannot be true.
+// No machine has as many slots; do not allocate memory for an impossible count.
 constexpr CK_ULONG kMostSlots = 1UL << 20;
 
 }  // namespace
-
-ITokenProvider* zr::makeTokenProvider() {
-    return new (std::nothrow) TokenProvider_pkcs11();
-}
 
 TokenProvider_pkcs11::TokenProvider_pkcs11() {
     const LogScope scope(GetLog(), "TokenProvider_pkcs11");
@@ -29,7 +25,6 @@ TokenProvider_pkcs11::TokenProvider_pkcs11() {
 TokenProvider_pkcs11::~TokenProvider_pkcs11() {
     const LogScope scope(GetLog(), "~TokenProvider_pkcs11");
     scope.end();
-    DropFunctionTable();
 }
 
 HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::GetName(BSTR* name) {
@@ -37,12 +32,11 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::GetName(BSTR* name) {
     if (!name) {
         return E_INVALIDARG;
     }
-    const HRESULT hr = zr::handOutText("PKCS#11", name);
-    return FAILED(hr) ? hr : scope.end(S_OK);
+    return scope.endOnSuccess(zr::handOutText("PKCS#11", name));
 }
 
 HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::GetKeySN(LONG, BSTR*) {
-    // Serial numbers are the tokens' to tell; hosts get the string they preset.
+    // Tokens report their serial numbers themselves; here the host's preset string stays.
     const LogScope scope(GetLog(), "GetKeySN");
     return scope.end(S_OK);
 }
@@ -54,7 +48,8 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::GetKeyCount(INT* count) {
     }
     *count = 0;
     CK_ULONG slots = 0;
-    if (Call(&CK_FUNCTIONS::C_GetSlotList, CK_TRUE, nullptr, &slots) != CKR_OK) {
+    const Session session(m_pModule);
+    if (session.Call(&CK_FUNCTIONS::C_GetSlotList, CK_TRUE, nullptr, &slots) != CKR_OK) {
         return E_FAIL;
     }
     *count = static_cast<INT>(slots);
@@ -68,7 +63,10 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::OpenKey(LONG index, void** key) 
     }
     const auto wanted = static_cast<CK_ULONG>(index);
     CK_ULONG count = 0;
-    if (Call(&CK_FUNCTIONS::C_GetSlotList, CK_TRUE, nullptr, &count) != CKR_OK || wanted >= count) {
+    // Made before the first call: should the module unload itself meanwhile, the token is dead.
+    Session session(m_pModule);
+    if (session.Call(&CK_FUNCTIONS::C_GetSlotList, CK_TRUE, nullptr, &count) != CKR_OK ||
+        wanted >= count) {
         return E_FAIL;
     }
     const std::unique_ptr<CK_SLOT_ID[], decltype(&std::free)> slots(
@@ -78,25 +76,26 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::OpenKey(LONG index, void** key) 
     if (!slots) {
         return E_FAIL;
     }
-    if (Call(&CK_FUNCTIONS::C_GetSlotList, CK_TRUE, slots.get(), &count) != CKR_OK ||
+    if (session.Call(&CK_FUNCTIONS::C_GetSlotList, CK_TRUE, slots.get(), &count) != CKR_OK ||
         wanted >= count) {
-        // The slots changed between the calls: hosts see it by the still-null pointer alone.
+        // The slots changed between the calls. Hosts detect this by the null pointer, so S_OK is kept.
         return S_OK;
     }
     void* application = nullptr;
-    CK_SESSION_HANDLE session = 0;
-    if (Call(&CK_FUNCTIONS::C_OpenSession, slots[wanted], CKF_SERIAL_SESSION | CKF_RW_SESSION,
-             &application, nullptr, &session) != CKR_OK) {
+    CK_SESSION_HANDLE handle = 0;
+    if (session.Call(&CK_FUNCTIONS::C_OpenSession, slots[wanted],
+                     CKF_SERIAL_SESSION | CKF_RW_SESSION, &application, nullptr,
+                     &handle) != CKR_OK) {
         return E_FAIL;
     }
-    auto* token = new (std::nothrow) KeyObject_pkcs11(this);
+    auto* token = new (std::nothrow) KeyObject_pkcs11(this, std::move(session));
     if (!token) {
         return E_OUTOFMEMORY;
     }
     token->SetSlotID(slots[wanted]);
-    // The token would free what it is handed; whatever a module stored there is not the library's.
+    // The token frees its context; whatever a module stored in ours is not the library's to free.
     token->SetApplication(nullptr);
-    token->SethSession(session);
+    token->SethSession(handle);
     token->SetAlgoList(m_szAlgoList);
     token->SetDigestList(m_szDigestList);
     *key = static_cast<IKeyObject*>(token);

@@ -1,4 +1,4 @@
-// Handing text out as a string of the caller's.
+// Handing out text as a BSTR that the caller owns.
 #pragma once
 
 #include <zrkey/automation.h>
@@ -9,7 +9,7 @@ namespace zr {
 
 /// @param text  UTF-8.
 /// @param out   receives a string that the caller owns; untouched on failure.
-/// @retval E_OUTOFMEMORY  the string cannot be made.
+/// @retval E_OUTOFMEMORY  out of memory.
 inline HRESULT handOutText(const char* text, BSTR* out) {
     const BSTR made = ZSysAllocUTF8String(text);
     if (!made) {

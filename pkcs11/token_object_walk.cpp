@@ -10,7 +10,7 @@ namespace {
 // A module that never stops finding objects must not hang the host.
 constexpr unsigned long kMostObjects = 1UL << 20;
 
-// A value no token holds: memory is not spent on a length that cannot be true.
+// No token holds such a value; do not allocate memory for an impossible length.
 constexpr CK_ULONG kLongestValue = 256UL << 20;
 
 }  // namespace
@@ -26,13 +26,13 @@ TokenAttributes::~TokenAttributes() {
     freeValues();
 }
 
-CK_RV TokenAttributes::readLengths(const KeyObject_pkcs11& token, CK_OBJECT_HANDLE object) {
+CK_RV TokenAttributes::readLengths(const Session& session, CK_OBJECT_HANDLE object) {
     for (std::size_t i = 0; i < m_count; ++i) {
         m_template[i].pValue = nullptr;
         m_template[i].ulValueLen = 0;
     }
-    const CK_RV rv = token.Call(&CK_FUNCTIONS::C_GetAttributeValue, token.GetSession(), object,
-                                m_template, static_cast<CK_ULONG>(m_count));
+    const CK_RV rv = session.Call(&CK_FUNCTIONS::C_GetAttributeValue, session.handle(), object,
+                                  m_template, static_cast<CK_ULONG>(m_count));
     for (std::size_t i = 0; i < m_count; ++i) {
         m_lengths[i] = m_template[i].ulValueLen;
     }
@@ -60,9 +60,9 @@ bool TokenAttributes::allocateValues(std::size_t first) {
     return true;
 }
 
-CK_RV TokenAttributes::fetchValues(const KeyObject_pkcs11& token, CK_OBJECT_HANDLE object) {
-    const CK_RV rv = token.Call(&CK_FUNCTIONS::C_GetAttributeValue, token.GetSession(), object,
-                                m_template, static_cast<CK_ULONG>(m_count));
+CK_RV TokenAttributes::fetchValues(const Session& session, CK_OBJECT_HANDLE object) {
+    const CK_RV rv = session.Call(&CK_FUNCTIONS::C_GetAttributeValue, session.handle(), object,
+                                  m_template, static_cast<CK_ULONG>(m_count));
     if (rv != CKR_OK) {
         return rv;
     }
@@ -79,9 +79,9 @@ CK_RV TokenAttributes::fetchValues(const KeyObject_pkcs11& token, CK_OBJECT_HAND
     return CKR_OK;
 }
 
-CK_RV TokenAttributes::readValues(const KeyObject_pkcs11& token, CK_OBJECT_HANDLE object,
+CK_RV TokenAttributes::readValues(const Session& session, CK_OBJECT_HANDLE object,
                                   std::size_t first) {
-    return allocateValues(first) ? fetchValues(token, object) : CKR_HOST_MEMORY;
+    return allocateValues(first) ? fetchValues(session, object) : CKR_HOST_MEMORY;
 }
 
 unsigned char* TokenAttributes::release(std::size_t index) {
@@ -97,27 +97,26 @@ void TokenAttributes::freeValues() {
     }
 }
 
-TokenObjectWalk::TokenObjectWalk(const KeyObject_pkcs11& token, CK_ATTRIBUTE* search,
-                                 CK_ULONG count)
-    : m_token(token),
-      m_hasBegun(token.Call(&CK_FUNCTIONS::C_FindObjectsInit, token.GetSession(), search, count) ==
+TokenObjectWalk::TokenObjectWalk(const Session& session, CK_ATTRIBUTE* search, CK_ULONG count)
+    : m_session(session),
+      m_hasBegun(session.Call(&CK_FUNCTIONS::C_FindObjectsInit, session.handle(), search, count) ==
                  CKR_OK) {}
 
 TokenObjectWalk::~TokenObjectWalk() {
     if (!m_isLeftOpen) {
-        m_token.Call(&CK_FUNCTIONS::C_FindObjectsFinal, m_token.GetSession());
+        m_session.Call(&CK_FUNCTIONS::C_FindObjectsFinal, m_session.handle());
     }
 }
 
 TokenObjectWalk::Step TokenObjectWalk::next(CK_OBJECT_HANDLE* object) {
     if (m_nObjects++ >= kMostObjects) {
-        return Step::end;
+        return Step::kEnd;
     }
-    // A failing call may leave the count at 1: the result is looked at first.
+    // Check the result first: a failing call may leave the count at 1.
     CK_ULONG found = 0;
-    if (m_token.Call(&CK_FUNCTIONS::C_FindObjects, m_token.GetSession(), object, CK_ULONG{1},
-                     &found) != CKR_OK) {
-        return Step::failed;
+    if (m_session.Call(&CK_FUNCTIONS::C_FindObjects, m_session.handle(), object, CK_ULONG{1},
+                       &found) != CKR_OK) {
+        return Step::kFailed;
     }
-    return found == 1 ? Step::object : Step::end;
+    return found == 1 ? Step::kObject : Step::kEnd;
 }

@@ -1,9 +1,10 @@
 // KeyObject_pkcs11: lifetime, and what the provider hands over.
-#include "pkcs11/key_object.h"
+#include "pkcs11/token_pkcs11.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "model/log_scope.h"
 #include "runtime/secret.h"
@@ -24,13 +25,10 @@ void setList(char (&list)[Size], const char* text, const char* name, const LogSc
 
 }  // namespace
 
-KeyObject_pkcs11::KeyObject_pkcs11(TokenProvider* provider)
-    : KeyObject(provider), m_pProvider(dynamic_cast<TokenProvider_pkcs11*>(provider)) {
+KeyObject_pkcs11::KeyObject_pkcs11(TokenProvider* provider, Session session)
+    : KeyObject(provider), m_session(std::move(session)) {
     const LogScope scope(GetLog(), "KeyObject_pkcs11");
     m_szPIN[0] = 0;
-    if (const TokenProvider_pkcs11* owner = GetTokenProvider()) {
-        m_nModuleChanges = owner->GetModuleChanges();
-    }
     scope.end();
 }
 
@@ -41,12 +39,12 @@ KeyObject_pkcs11::~KeyObject_pkcs11() {
 }
 
 TokenProvider_pkcs11* KeyObject_pkcs11::GetTokenProvider() const {
-    return m_pProvider;
+    return dynamic_cast<TokenProvider_pkcs11*>(GetParent());
 }
 
 HRESULT KeyObject_pkcs11::SetSlotID(CK_SLOT_ID slot) {
     const LogScope scope(GetLog(), "SetSlotID");
-    m_ulSlotID = slot;
+    m_session.setSlot(slot);
     return scope.end(S_OK);
 }
 
@@ -58,7 +56,7 @@ HRESULT KeyObject_pkcs11::SetApplication(void* application) {
 
 HRESULT KeyObject_pkcs11::SethSession(CK_SESSION_HANDLE session) {
     const LogScope scope(GetLog(), "SethSession");
-    m_hSession = session;
+    m_session.setHandle(session);
     return scope.end(S_OK);
 }
 
@@ -76,12 +74,12 @@ BOOL KeyObject_pkcs11::SetDigestList(const char* text) {
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::CloseKey() {
     const LogScope scope(GetLog(), "CloseKey");
     if (m_bLogin) {
-        Call(&CK_FUNCTIONS::C_Logout, m_hSession);
+        m_session.Call(&CK_FUNCTIONS::C_Logout, m_session.handle());
         m_bLogin = 0;
     }
-    if (m_hSession != 0) {
-        Call(&CK_FUNCTIONS::C_CloseSession, m_hSession);
-        m_hSession = 0;
+    if (m_session.handle() != 0) {
+        m_session.Call(&CK_FUNCTIONS::C_CloseSession, m_session.handle());
+        m_session.setHandle(0);
     }
     if (m_pApplication) {
         std::free(m_pApplication);
@@ -94,9 +92,4 @@ void KeyObject_pkcs11::FinalRelease() {
     const LogScope scope(GetLog(), "FinalRelease");
     CloseKey();
     scope.end();
-}
-
-HRESULT KeyObject_pkcs11::NotImplemented(const char* operation, unsigned int line) const {
-    const LogScope scope(GetLog(), operation, line);
-    return scope.end(E_NOTIMPL);
 }

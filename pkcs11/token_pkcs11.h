@@ -3,17 +3,20 @@
 
 #include "model/key_object.h"
 #include "pkcs11/cryptoki.h"
-#include "pkcs11/token_provider.h"
+#include "pkcs11/provider_pkcs11.h"
+#include "pkcs11/session.h"
 
 class LogScope;
 class TokenAttributes;
 
 class KeyObject_pkcs11 : public KeyObject {
 public:
-    explicit KeyObject_pkcs11(TokenProvider* provider);
+    /// @param provider  the parent; gains a reference. May be null.
+    /// @param session   of the module that the token is opened with; without one every call fails.
+    explicit KeyObject_pkcs11(TokenProvider* provider, Session session = Session());
     ~KeyObject_pkcs11() override;
 
-    // Information: key_object_info.cpp.
+    // Information: token_pkcs11_info.cpp.
     HRESULT STDMETHODCALLTYPE GetSerialNumber(BSTR* out) override;
     HRESULT STDMETHODCALLTYPE SetLabel(BSTR* label, VARIANT* result) override;
     HRESULT STDMETHODCALLTYPE GetLabel(BSTR* out) override;
@@ -25,7 +28,7 @@ public:
     HRESULT STDMETHODCALLTYPE GetCaLibPath(BSTR* out) override;
     HRESULT STDMETHODCALLTYPE GetCSPName(BSTR* out) override;
 
-    // PINs and login: key_object_pin.cpp.
+    // PINs and login: token_pkcs11_pin.cpp.
     HRESULT STDMETHODCALLTYPE ModifyPIN(BSTR oldPin, BSTR newPin, INT type) override;
     HRESULT STDMETHODCALLTYPE GetMaxRetryCount(INT type, VARIANT* result) override;
     HRESULT STDMETHODCALLTYPE GetRemainRetryCount(INT type, VARIANT* result) override;
@@ -35,7 +38,7 @@ public:
     HRESULT STDMETHODCALLTYPE Lock(VARIANT* result) override;
     HRESULT STDMETHODCALLTYPE Unlock(VARIANT* result) override;
 
-    // Data files: key_object_files.cpp.
+    // Data files: token_pkcs11_files.cpp.
     HRESULT STDMETHODCALLTYPE CreateFile(BSTR name, INT reserved1, INT reserved2, INT reserved3,
                                          ULONG reserved4, void** file) override;
     HRESULT STDMETHODCALLTYPE FileExists(BSTR name, VARIANT* result) override;
@@ -43,7 +46,7 @@ public:
     HRESULT STDMETHODCALLTYPE EnumFiles(VARIANT* result) override;
     HRESULT STDMETHODCALLTYPE DeleteFile(BSTR name) override;
 
-    // Containers and certificates: key_object_containers.cpp.
+    // Containers and certificates: token_pkcs11_containers.cpp.
     HRESULT STDMETHODCALLTYPE CreateContainer(BSTR name, void** container) override;
     HRESULT STDMETHODCALLTYPE GetContainerCount(VARIANT* result) override;
     HRESULT STDMETHODCALLTYPE OpenContainer(VARIANT which, void** container) override;
@@ -52,7 +55,7 @@ public:
     HRESULT STDMETHODCALLTYPE EnumContainer(INT reserved, VARIANT* result) override;
     HRESULT STDMETHODCALLTYPE GetCertData(IKeyCertificate* certificate, VARIANT* result) override;
 
-    // Signing, verification and digests: key_object_sign.cpp.
+    // Signing, verification and digests: token_pkcs11_sign.cpp.
     HRESULT STDMETHODCALLTYPE GetPubKeyData(IKeyCertificate* certificate, VARIANT* result) override;
     HRESULT STDMETHODCALLTYPE SignData(BSTR algorithm, VARIANT data, IKeyCertificate* certificate,
                                        VARIANT* result) override;
@@ -74,12 +77,12 @@ public:
     HRESULT STDMETHODCALLTYPE CloseKey() override;
     void FinalRelease() override;
 
-    // What the provider hands over to a token that it opened. S_OK always.
+    // The provider hands these to a token that it opened. S_OK always.
     virtual HRESULT SetSlotID(CK_SLOT_ID slot);
-    /// @param application  taken over; released with free.
+    /// @param application  taken over; freed with free.
     virtual HRESULT SetApplication(void* application);
     virtual HRESULT SethSession(CK_SESSION_HANDLE session);
-    /// @param text  copied; of 500 bytes or more, and null: refused, the list stays as it was.
+    /// @param text  copied; null and texts of 500 bytes or more are refused: the list stays.
     /// @return 1 always.
     virtual BOOL SetAlgoList(const char* text);
     virtual BOOL SetDigestList(const char* text);
@@ -93,36 +96,20 @@ public:
     /// The owning provider; null when there is none or it is of another kind.
     TokenProvider_pkcs11* GetTokenProvider() const;
 
-    CK_SESSION_HANDLE GetSession() const { return m_hSession; }
-
-    /// Calls an entry point of the module this token was opened with.
-    /// @return as TokenProvider_pkcs11::Call; CKR_CRYPTOKI_NOT_INITIALIZED also when that module
-    ///         was unloaded since.
-    template <class... Parameters, class... Arguments>
-    CK_RV Call(CK_RV (*CK_FUNCTIONS::*entry)(Parameters...), Arguments... arguments) const {
-        const TokenProvider_pkcs11* provider = GetTokenProvider();
-        if (!provider || provider->GetModuleChanges() != m_nModuleChanges) {
-            return CKR_CRYPTOKI_NOT_INITIALIZED;
-        }
-        return provider->Call(entry, arguments...);
-    }
+    /// For the Cryptoki calls of this token, its files, containers and certificates.
+    const Session& GetSession() const { return m_session; }
 
 private:
-    HRESULT ReadTextField(const char* operation, CK_UTF8CHAR* (*field)(CK_TOKEN_INFO*),
-                          std::size_t width, BSTR* out, unsigned int line = __builtin_LINE());
-    HRESULT ReadMemorySize(const char* operation, CK_ULONG CK_TOKEN_INFO::*size, VARIANT* result,
-                           unsigned int line = __builtin_LINE());
-    HRESULT NotImplemented(const char* operation, unsigned int line = __builtin_LINE()) const;
+    template <std::size_t Width>
+    HRESULT ReadTextField(CK_UTF8CHAR (CK_TOKEN_INFO::*field)[Width], BSTR* out) const;
+    HRESULT ReadMemorySize(CK_ULONG CK_TOKEN_INFO::*size, VARIANT* result) const;
     bool FindPubKeyData(const char* id, TokenAttributes* read, const LogScope& scope) const;
 
-    CK_SLOT_ID m_ulSlotID = 0;
     int m_bLogin = 0;
     int m_nLoginType = 0;
     char m_szPIN[128];
     char m_szAlgoList[500] = {};
     char m_szDigestList[500] = {};
     void* m_pApplication = nullptr;
-    CK_SESSION_HANDLE m_hSession = 0;
-    TokenProvider_pkcs11* m_pProvider;
-    unsigned int m_nModuleChanges = 0;
+    Session m_session;
 };

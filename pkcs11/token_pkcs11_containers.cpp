@@ -6,15 +6,15 @@
 #include <vector>
 
 #include "model/log_scope.h"
-#include "pkcs11/key_container.h"
-#include "pkcs11/key_object.h"
+#include "pkcs11/container_pkcs11.h"
 #include "pkcs11/token_object_walk.h"
+#include "pkcs11/token_pkcs11.h"
 #include "runtime/zcom_bstr.h"
 
 namespace {
 
 /// Makes an array of the names.
-/// @return false, and result untouched, when memory is short.
+/// @return false, and result untouched, when out of memory.
 bool storeNames(const std::vector<std::string>& names, VARIANT* result) {
     SAFEARRAYBOUND bound = {static_cast<ULONG>(names.size()), 0};
     SAFEARRAY* array = SafeArrayCreate(VT_BSTR, 1, &bound);
@@ -45,11 +45,13 @@ bool storeNames(const std::vector<std::string>& names, VARIANT* result) {
 }  // namespace
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::CreateContainer(BSTR, void**) {
-    return NotImplemented("CreateContainer");
+    const LogScope scope(GetLog(), "CreateContainer");
+    return scope.end(E_NOTIMPL);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::DeleteContainer(VARIANT) {
-    return NotImplemented("DeleteContainer");
+    const LogScope scope(GetLog(), "DeleteContainer");
+    return scope.end(E_NOTIMPL);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetContainerCount(VARIANT* result) {
@@ -58,7 +60,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetContainerCount(VARIANT* result) {
         return E_INVALIDARG;
     }
     ULONG count = 0;
-    walkCertificates(*this, {CKA_CLASS, CKA_CERTIFICATE_TYPE, CKA_ID},
+    walkCertificates(m_session, {CKA_CLASS, CKA_CERTIFICATE_TYPE, CKA_ID},
                      [&count](CK_OBJECT_HANDLE, const TokenAttributes&) {
                          ++count;
                          return true;
@@ -76,7 +78,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::EnumContainer(INT, VARIANT* result) 
     }
     try {
         std::vector<std::string> names;
-        walkCertificates(*this, {CKA_CLASS, CKA_CERTIFICATE_TYPE, CKA_ID},
+        walkCertificates(m_session, {CKA_CLASS, CKA_CERTIFICATE_TYPE, CKA_ID},
                          [&names](CK_OBJECT_HANDLE, const TokenAttributes& read) {
                              names.emplace_back(read.text(2));
                              return true;
@@ -117,34 +119,4 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetCertData(IKeyCertificate* certifi
     }
     // Whatever the certificate reports, a failure is E_FAIL, and End is written for both.
     return scope.end(FAILED(certificate->GetCertData(result)) ? E_FAIL : S_OK);
-}
-
-HRESULT KeyObject_pkcs11::GetPubPriKeyHandle(CK_OBJECT_HANDLE* handle, int publicFlag,
-                                             ULONG keyType, const char* id) {
-    const LogScope scope(GetLog(), "GetPubPriKeyHandle");
-    if (!handle || !id) {
-        return E_FAIL;
-    }
-    CK_OBJECT_CLASS objectClass = publicFlag ? CKO_PUBLIC_KEY : CKO_PRIVATE_KEY;
-    CK_BBOOL isOnToken = CK_TRUE;
-    CK_KEY_TYPE type = keyType;
-    CK_ATTRIBUTE search[] = {{CKA_CLASS, &objectClass, sizeof objectClass},
-                             {CKA_TOKEN, &isOnToken, sizeof isOnToken},
-                             {CKA_KEY_TYPE, &type, sizeof type}};
-    bool isFound = false;
-    {
-        TokenObjectWalk walk(*this, search, 3);
-        // Unlike a certificate, a key is never taken from a search that was open before.
-        if (walk.hasBegun()) {
-            walk.forEach({CKA_CLASS, CKA_ID},
-                         [&](CK_OBJECT_HANDLE object, const TokenAttributes& read) {
-                             isFound = std::strcmp(read.text(1), id) == 0;
-                             if (isFound) {
-                                 *handle = object;
-                             }
-                             return !isFound;
-                         });
-        }
-    }
-    return scope.end(isFound ? S_OK : E_FAIL);
 }

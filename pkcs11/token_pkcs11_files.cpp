@@ -4,9 +4,9 @@
 
 #include "model/log_scope.h"
 #include "pkcs11/file_name.h"
+#include "pkcs11/file_pkcs11.h"
 #include "pkcs11/file_search.h"
-#include "pkcs11/key_file.h"
-#include "pkcs11/key_object.h"
+#include "pkcs11/token_pkcs11.h"
 
 namespace {
 
@@ -37,16 +37,16 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::FileExists(BSTR name, VARIANT* resul
     }
     {
         scope.message("C_FindObjectsInit begin\n");
-        FileSearch search(*this);
+        FileSearch search(m_session);
         if (!search.hasBegun()) {
             scope.message("C_FindObjectsInit Fail\n");
             return E_FAIL;
         }
         scope.message("C_FindObjectsInit end\n");
         CK_OBJECT_HANDLE object = 0;
-        if (search.find(fileName.soughtLabel(), FileSearch::Ask::label, &object)) {
-            // The search stays open on a match. A certificate or key walk closes it; until then a
-            // module that allows one search refuses the search for another file.
+        if (search.find(fileName.soughtLabel(), FileSearch::Ask::kLabel, &object)) {
+            // The search stays open on a match; hosts depend on the Cryptoki calls. A certificate or
+            // key walk closes it. Until then a module that allows one search refuses the next file.
             search.leaveOpen();
             store(1);
             return scope.end(S_OK);
@@ -68,7 +68,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::CreateFile(BSTR name, INT, INT, INT,
     }
     VARIANT exists;
     VariantInit(&exists);
-    // A name that is there already gets a second object.
+    // An existing name gets a second object.
     const bool isRefused = FAILED(FileExists(name, &exists)) && exists.lVal != 0;
     if (isRefused || !created->CreateFile(name)) {
         delete created;
@@ -97,7 +97,8 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::OpenFile(BSTR name, void** file) {
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::EnumFiles(VARIANT*) {
-    return NotImplemented("EnumFiles");
+    const LogScope scope(GetLog(), "EnumFiles");
+    return scope.end(E_NOTIMPL);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::DeleteFile(BSTR name) {
@@ -106,15 +107,16 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::DeleteFile(BSTR name) {
     if (FAILED(OpenFile(name, &opened)) || !opened) {
         return E_FAIL;
     }
-    // The reference that OpenFile gave is not released: the file, and with it the token, stay. Kept:
-    // hosts see it in the token's reference count.
+    // The reference from OpenFile is not released, so the file keeps its token alive. Hosts see it in
+    // the token's reference count, so it is kept.
     auto* file = static_cast<KeyFile_pkcs11*>(static_cast<IKeyFile*>(opened));
     if (file->GetObject() == 0) {
-        // No object has this handle by Cryptoki's rules: what a module may destroy under it is open.
+        // Cryptoki gives no object the handle 0; do not let the module guess what to destroy.
         return E_FAIL;
     }
     file->Close();
-    if (Call(&CK_FUNCTIONS::C_DestroyObject, m_hSession, file->GetObject()) != CKR_OK) {
+    if (m_session.Call(&CK_FUNCTIONS::C_DestroyObject, m_session.handle(), file->GetObject()) !=
+        CKR_OK) {
         return E_FAIL;
     }
     return scope.end(S_OK);

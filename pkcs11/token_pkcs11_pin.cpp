@@ -1,8 +1,8 @@
-// KeyObject_pkcs11: login and PINs. The library keeps no PIN longer than the token object.
+// KeyObject_pkcs11: login and PINs. The PIN of the last login is kept as long as the token object.
 #include <cstring>
 
 #include "model/log_scope.h"
-#include "pkcs11/key_object.h"
+#include "pkcs11/token_pkcs11.h"
 #include "runtime/secret.h"
 
 namespace {
@@ -17,7 +17,7 @@ bool hasPinLength(const zr::SecretText<Size>& pin) {
     return pin.fits() && pin.length() >= kShortestPin && pin.length() <= kLongestPin;
 }
 
-/// Cryptoki takes PINs by a pointer to writable bytes and leaves them alone.
+/// Cryptoki takes PINs by a pointer to writable bytes, but does not write to them.
 template <std::size_t Size>
 CK_UTF8CHAR* pinBytes(const zr::SecretText<Size>& pin) {
     return reinterpret_cast<CK_UTF8CHAR*>(const_cast<char*>(pin.c_str()));
@@ -33,19 +33,19 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyPIN(BSTR pin, INT type) {
     const CK_USER_TYPE user = type == 0 ? CKU_USER : CKU_SO;
     m_bLogin = 0;
     const zr::SecretText<sizeof m_szPIN> text(pin);
-    // A PIN that is none must not use up a try as the empty one.
+    // Reject here: sent as an empty PIN it would cost a retry.
     if (!pin || !text.fits()) {
         return E_FAIL;
     }
     const auto login = [&] {
-        // A copy each time: a module may write into what it is handed.
+        // A copy for each call: a module may overwrite the PIN it is handed.
         const zr::SecretText<sizeof m_szPIN> handed(pin);
-        return Call(&CK_FUNCTIONS::C_Login, m_hSession, user, pinBytes(handed),
-                    static_cast<CK_ULONG>(handed.length()));
+        return m_session.Call(&CK_FUNCTIONS::C_Login, m_session.handle(), user, pinBytes(handed),
+                              static_cast<CK_ULONG>(handed.length()));
     };
     CK_RV rv = login();
     if (rv == CKR_USER_ALREADY_LOGGED_IN) {
-        Call(&CK_FUNCTIONS::C_Logout, m_hSession);
+        m_session.Call(&CK_FUNCTIONS::C_Logout, m_session.handle());
         rv = login();
         if (rv == CKR_USER_ALREADY_LOGGED_IN) {
             rv = CKR_OK;
@@ -68,43 +68,48 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::ModifyPIN(BSTR oldPin, BSTR newPin, 
         return E_INVALIDARG;
     }
     if (m_bLogin) {
-        Call(&CK_FUNCTIONS::C_Logout, m_hSession);
+        m_session.Call(&CK_FUNCTIONS::C_Logout, m_session.handle());
         m_bLogin = 0;
     }
     if (FAILED(VerifyPIN(oldPin, type))) {
         return E_FAIL;
     }
-    // The PIN stored at login stays the old one; nothing reads it.
-    if (Call(&CK_FUNCTIONS::C_SetPIN, m_hSession, pinBytes(oldText),
-             static_cast<CK_ULONG>(oldText.length()), pinBytes(newText),
-             static_cast<CK_ULONG>(newText.length())) != CKR_OK) {
+    // m_szPIN keeps the old PIN; nothing reads it.
+    if (m_session.Call(&CK_FUNCTIONS::C_SetPIN, m_session.handle(), pinBytes(oldText),
+                       static_cast<CK_ULONG>(oldText.length()), pinBytes(newText),
+                       static_cast<CK_ULONG>(newText.length())) != CKR_OK) {
         return E_FAIL;
     }
     return scope.end(S_OK);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::UnlockPIN(BSTR, BSTR) {
-    // Nothing is unlocked; hosts have always been told S_OK.
+    // Nothing is unlocked. Hosts count on S_OK all the same.
     const LogScope scope(GetLog(), "UnlockPIN");
     return scope.end(S_OK);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetMaxRetryCount(INT, VARIANT*) {
-    return NotImplemented("GetMaxRetryCount");
+    const LogScope scope(GetLog(), "GetMaxRetryCount");
+    return scope.end(E_NOTIMPL);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetRemainRetryCount(INT, VARIANT*) {
-    return NotImplemented("GetRemainRetryCount");
+    const LogScope scope(GetLog(), "GetRemainRetryCount");
+    return scope.end(E_NOTIMPL);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::IsDefaultPIN(INT, VARIANT*) {
-    return NotImplemented("IsDefaultPIN");
+    const LogScope scope(GetLog(), "IsDefaultPIN");
+    return scope.end(E_NOTIMPL);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::Lock(VARIANT*) {
-    return NotImplemented("Lock");
+    const LogScope scope(GetLog(), "Lock");
+    return scope.end(E_NOTIMPL);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::Unlock(VARIANT*) {
-    return NotImplemented("Unlock");
+    const LogScope scope(GetLog(), "Unlock");
+    return scope.end(E_NOTIMPL);
 }

@@ -7,9 +7,11 @@
 
 #include "model/log_scope.h"
 #include "pkcs11/byte_array.h"
-#include "pkcs11/key_object.h"
+#include "pkcs11/certificate_pkcs11.h"
+#include "pkcs11/container_pkcs11.h"
 #include "pkcs11/text_out.h"
 #include "pkcs11/token_object_walk.h"
+#include "pkcs11/token_pkcs11.h"
 #include "runtime/md5.h"
 #include "runtime/zcom_bstr.h"
 
@@ -17,30 +19,69 @@ namespace {
 
 constexpr CK_ULONG kSignatureSize = 1024;
 
-/// The ID of a certificate as narrow text.
+/// The ID of a certificate, to find its keys by. Of a certificate object of the host's making that is
+/// what it reports, in UTF-8; the library's own ones know the very bytes, which need not be UTF-8.
 class CertificateId {
 public:
     explicit CertificateId(IKeyCertificate* certificate)
-        : m_result(certificate ? certificate->GetCertID(&m_wide) : E_INVALIDARG),
-          m_owned(m_wide, false),
-          m_text(m_owned) {
-        if (m_wide && !m_text) {
-            // Another ID, the empty one, must not stand in for it.
+        : m_result(certificate ? certificate->GetCertID(&m_reported) : E_INVALIDARG),
+          m_owned(m_reported, false) {
+        if (FAILED(m_result)) {
+            return;
+        }
+        if (const auto* own = KeyCertificate_pkcs11::FromInterface(certificate)) {
+            m_text = own->GetKeyContainer()->GetCertID();
+        } else if (m_reported) {
+            m_text = m_owned;
+        }
+        if (!m_text) {
+            // The empty ID, which is another one, must not stand in for it.
             m_result = E_OUTOFMEMORY;
         }
     }
 
+    /// S_OK when there is an ID; else what GetCertID answered, or E_OUTOFMEMORY.
     HRESULT result() const { return m_result; }
-    const char* text() const { return m_text ? m_text : ""; }
+    const char* text() const { return m_text; }
 
 private:
-    BSTR m_wide = nullptr;
+    BSTR m_reported = nullptr;
     HRESULT m_result;
     zrapi::ZComBSTR m_owned;
-    const char* m_text;
+    const char* m_text = "";
 };
 
 }  // namespace
+
+HRESULT KeyObject_pkcs11::GetPubPriKeyHandle(CK_OBJECT_HANDLE* handle, int publicFlag,
+                                             ULONG keyType, const char* id) {
+    const LogScope scope(GetLog(), "GetPubPriKeyHandle");
+    if (!handle || !id) {
+        return E_FAIL;
+    }
+    CK_OBJECT_CLASS objectClass = publicFlag ? CKO_PUBLIC_KEY : CKO_PRIVATE_KEY;
+    CK_BBOOL isOnToken = CK_TRUE;
+    CK_KEY_TYPE type = keyType;
+    CK_ATTRIBUTE search[] = {{CKA_CLASS, &objectClass, sizeof objectClass},
+                             {CKA_TOKEN, &isOnToken, sizeof isOnToken},
+                             {CKA_KEY_TYPE, &type, sizeof type}};
+    bool isFound = false;
+    {
+        TokenObjectWalk walk(m_session, search, 3);
+        // Unlike a certificate, a key is never taken from a search that was open before.
+        if (walk.hasBegun()) {
+            walk.forEach({CKA_CLASS, CKA_ID},
+                         [&](CK_OBJECT_HANDLE object, const TokenAttributes& read) {
+                             isFound = std::strcmp(read.text(1), id) == 0;
+                             if (isFound) {
+                                 *handle = object;
+                             }
+                             return !isFound;
+                         });
+        }
+    }
+    return scope.end(isFound ? S_OK : E_FAIL);
+}
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::SignData(BSTR, VARIANT data,
                                                      IKeyCertificate* certificate,
@@ -55,7 +96,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::SignData(BSTR, VARIANT data,
         return fail("Error: parameter error \n", E_INVALIDARG);
     }
     if (!m_bLogin) {
-        // Hosts ask for the PIN when they see this code; it is not E_ACCESSDENIED.
+        // Hosts ask for the PIN when they see this code, so it is not E_ACCESSDENIED.
         return fail("Error: m_bLogin is FALSE \n", RPC_E_CANTCALLOUT_INEXTERNALCALL);
     }
     const CertificateId id(certificate);
@@ -71,13 +112,13 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::SignData(BSTR, VARIANT data,
         return fail("Error: Sign Fail\n", E_FAIL);
     }
     CK_MECHANISM mechanism = {CKM_SHA1_RSA_PKCS, nullptr, 0};
-    if (Call(&CK_FUNCTIONS::C_SignInit, m_hSession, &mechanism, key) != CKR_OK) {
+    if (m_session.Call(&CK_FUNCTIONS::C_SignInit, m_session.handle(), &mechanism, key) != CKR_OK) {
         return fail("Error: SignInit Fail\n", E_FAIL);
     }
     CK_BYTE signature[kSignatureSize] = {};
     CK_ULONG length = sizeof signature;
-    if (Call(&CK_FUNCTIONS::C_Sign, m_hSession, input.data(), CK_ULONG{input.length()}, signature,
-             &length) != CKR_OK ||
+    if (m_session.Call(&CK_FUNCTIONS::C_Sign, m_session.handle(), input.data(),
+                       CK_ULONG{input.length()}, signature, &length) != CKR_OK ||
         length > sizeof signature) {
         return fail("Error: Sign Fail\n", E_FAIL);
     }
@@ -112,19 +153,20 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyData(VARIANT data, IKeyCertifi
         const zr::AccessedBytes signatureInput(signature);
         CK_OBJECT_HANDLE key = 0;
         CK_MECHANISM mechanism = {CKM_SHA1_RSA_PKCS, nullptr, 0};
-        isVerified =
-            input.isAccessed() && signatureInput.isAccessed() &&
-            SUCCEEDED(GetPubPriKeyHandle(&key, 1, CKK_RSA, id.text())) &&
-            Call(&CK_FUNCTIONS::C_VerifyInit, m_hSession, &mechanism, key) == CKR_OK &&
-            Call(&CK_FUNCTIONS::C_Verify, m_hSession, input.data(), CK_ULONG{input.length()},
-                 signatureInput.data(), CK_ULONG{signatureInput.length()}) == CKR_OK;
+        isVerified = input.isAccessed() && signatureInput.isAccessed() &&
+                     SUCCEEDED(GetPubPriKeyHandle(&key, 1, CKK_RSA, id.text())) &&
+                     m_session.Call(&CK_FUNCTIONS::C_VerifyInit, m_session.handle(), &mechanism,
+                                    key) == CKR_OK &&
+                     m_session.Call(&CK_FUNCTIONS::C_Verify, m_session.handle(), input.data(),
+                                    CK_ULONG{input.length()}, signatureInput.data(),
+                                    CK_ULONG{signatureInput.length()}) == CKR_OK;
     }
     return scope.end(isVerified ? S_OK : E_FAIL);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyDataByCert(VARIANT, IKeyCertificate*, VARIANT,
                                                              BSTR, VARIANT) {
-    // Nothing is verified, and hosts are told that it was.
+    // Nothing is verified. Hosts count on S_OK all the same.
     const LogScope scope(GetLog(), "VerifyDataByCert");
     return scope.end(S_OK);
 }
@@ -161,20 +203,17 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::DigestData(BSTR method, VARIANT data
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetDigestMethod(BSTR* out) {
     const LogScope scope(GetLog(), "GetDigestMethod");
-    const HRESULT hr = out ? zr::handOutText("MD5", out) : E_INVALIDARG;
-    return FAILED(hr) ? hr : scope.end(S_OK);
+    return scope.endOnSuccess(out ? zr::handOutText("MD5", out) : E_INVALIDARG);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetSignAlgo(BSTR* out) {
     const LogScope scope(GetLog(), "GetSignAlgo");
-    const HRESULT hr = out ? zr::handOutText(m_szAlgoList, out) : E_INVALIDARG;
-    return FAILED(hr) ? hr : scope.end(S_OK);
+    return scope.endOnSuccess(out ? zr::handOutText(m_szAlgoList, out) : E_INVALIDARG);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetAlgoList(BSTR* out) {
     const LogScope scope(GetLog(), "GetAlgoList");
-    const HRESULT hr = out ? zr::handOutText(m_szAlgoList, out) : E_INVALIDARG;
-    return FAILED(hr) ? hr : scope.end(S_OK);
+    return scope.endOnSuccess(out ? zr::handOutText(m_szAlgoList, out) : E_INVALIDARG);
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetPubKeyData(IKeyCertificate* certificate,
@@ -209,16 +248,16 @@ bool KeyObject_pkcs11::FindPubKeyData(const char* id, TokenAttributes* read,
     CK_BBOOL isOnToken = CK_TRUE;
     CK_ATTRIBUTE search[] = {{CKA_CLASS, &objectClass, sizeof objectClass},
                              {CKA_TOKEN, &isOnToken, sizeof isOnToken}};
-    TokenObjectWalk walk(*this, search, 2);
+    TokenObjectWalk walk(m_session, search, 2);
     for (;;) {
         CK_OBJECT_HANDLE object = 0;
         const TokenObjectWalk::Step step = walk.next(&object);
-        if (step != TokenObjectWalk::Step::object) {
-            scope.message(step == TokenObjectWalk::Step::failed ? "Error: C_FindObjects fail\n"
-                                                                : "Error: ulRetCount != 1\n");
+        if (step != TokenObjectWalk::Step::kObject) {
+            scope.message(step == TokenObjectWalk::Step::kFailed ? "Error: C_FindObjects fail\n"
+                                                                 : "Error: ulRetCount != 1\n");
             return false;
         }
-        if (const CK_RV rv = read->readLengths(*this, object); rv != CKR_OK) {
+        if (const CK_RV rv = read->readLengths(m_session, object); rv != CKR_OK) {
             char line[1024];
             std::snprintf(line, sizeof line, "Error: C_GetAttributeValue fail 1 ckrv=[0x%x]\n",
                           static_cast<unsigned int>(rv));
@@ -226,7 +265,7 @@ bool KeyObject_pkcs11::FindPubKeyData(const char* id, TokenAttributes* read,
             return false;
         }
         scope.message("C_GetAttributeValue 1 success\n");
-        if (read->readValues(*this, object) != CKR_OK) {
+        if (read->readValues(m_session, object) != CKR_OK) {
             scope.message("Error: C_GetAttributeValue fail 2\n");
             return false;
         }

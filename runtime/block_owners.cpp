@@ -1,5 +1,5 @@
-// Counts owners in a list beside the blocks: ZComBSTR has two members and no room for a count.
-#include "runtime/shared_pointers.h"
+// Counts the owners in a separate list: ZComBSTR has two members and no room for a count.
+#include "runtime/block_owners.h"
 
 #include <atomic>
 #include <exception>
@@ -16,7 +16,7 @@ struct SharedBlock {
 
 std::mutex s_mutex;
 SharedBlock* s_first = nullptr;
-// Strings that were never assigned, which is all of the library's own, take no lock.
+// No lock is taken while no string is shared. The library itself shares none.
 std::atomic<unsigned int> s_count{0};
 
 SharedBlock** find(const void* block) {
@@ -43,7 +43,7 @@ bool addOwner(const void* block) {
         }
         return true;
     } catch (const std::exception&) {
-        return false;  // no memory; on Windows the first lock takes some, too
+        return false;  // out of memory; on Windows the first lock allocates, too
     }
 }
 

@@ -1,4 +1,4 @@
-// Appending text to a buffer of fixed size.
+// Appending text to buffers of fixed size.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,8 @@
 namespace zr {
 
 /// Appends text to the terminated text in a buffer.
-/// @param size  bytes at buffer.
-/// @return false, and the buffer unchanged, when the whole and its terminator do not fit.
+/// @param size  size of buffer in bytes.
+/// @return false when the result and its terminator do not fit; the buffer is then unchanged.
 inline bool appendText(char* buffer, std::size_t size, const char* text) {
     const std::size_t used = std::strlen(buffer);
     const std::size_t added = std::strlen(text);

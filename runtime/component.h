@@ -1,13 +1,14 @@
-// The two templates that put an interface in front of ZComponentImpl.
+// The two templates that combine an interface with ZComponentImpl.
 //
-//     class Thing : public ZComponent<IThing> { ... };   // defines IThing's own operations,
-//                                                        // GetSelfDispatchInfo and its count
+//     class Thing : public ZComponent<IThing> { ... };  // defines the operations of IThing
+//
+// A class with members for scripts also has a method table: see runtime/dispatch_table.h.
 #pragma once
 
 #include "runtime/component_impl.h"
 
-/// Fills the IUnknown and IDispatch slots of T with placeholders. T derives from IDispatch, or from
-/// IUnknown alone, as IClassFactory does; the dispatch slots then follow T's own.
+/// Placeholders for the operations of IUnknown and IDispatch. T derives from IDispatch, or from
+/// IUnknown only, such as IClassFactory; the slots of IDispatch then follow those of T.
 template <class T>
 class IDispatchImpl : public T {
 public:
@@ -25,8 +26,9 @@ public:
     }
 };
 
-/// A scriptable object with the interface T: forwards the common operations to ZComponentImpl.
-/// The order of the declarations gives the slot order: destructors, InterfaceSupportsErrorInfo.
+/// A scriptable object with the interface T: forwards the operations of IUnknown, IDispatch and
+/// ISupportErrorInfo to ZComponentImpl. The order of the declarations is the order of the slots:
+/// the destructors, then InterfaceSupportsErrorInfo.
 template <class T>
 class ZComponent : public IDispatchImpl<T>, public ZComponentImpl, public ISupportErrorInfo {
 public:

@@ -1,8 +1,8 @@
 // ZComponentImpl: reference count, name lookup and invocation.
 #include "runtime/component_impl.h"
 
-#include "kernel.h"
-#include "runtime/console.h"
+#include "platform/kernel.h"
+#include "runtime/diagnostics.h"
 #include "runtime/dispatch_table.h"
 #include "runtime/string_convert.h"
 
@@ -30,7 +30,7 @@ HRESULT STDMETHODCALLTYPE ZComponentImpl::QueryInterface(const GUID& riid, void*
     }
     auto* const face = dynamic_cast<ISupportErrorInfo*>(this);
     if (!face) {
-        return E_NOTIMPL;  // the component part alone has no such face
+        return E_NOTIMPL;  // not part of a ZComponent
     }
     *ppv = face;
     AddRef();
@@ -58,12 +58,13 @@ HRESULT STDMETHODCALLTYPE ZComponentImpl::GetIDsOfNames(const GUID& riid, OLECHA
     consoleOut("[ZComponentImpl::GetIDsOfNames] pre proxy...\n");
     std::optional<DISPID> id;
     if (!AskProxies(1, riid, names, count, lcid, &id)) {
-        return E_FAIL;  // the name may be a proxy's, so the own member is not meant for certain
+        // A proxy that was not asked may know the name: our member may not be the right one.
+        return E_FAIL;
     }
     if (!id) {
         consoleOut("[ZComponentImpl::GetIDsOfNames] self...\n");
         if (const DispatchInfo* row = GetDispatchInfo(this, name)) {
-            id = DISPID{row->nId};  // a copy: the row is packed
+            id = DISPID{row->nId};  // a copy, as the row is packed
         }
     }
     if (!id) {
@@ -94,7 +95,7 @@ HRESULT STDMETHODCALLTYPE ZComponentImpl::Invoke(DISPID id, const GUID& riid, LC
     }
     HRESULT proxied = CallProxyDispatch(1, id, riid, lcid, flags, params, result, excep, argErr);
     if (SUCCEEDED(proxied)) {
-        // The text says "error" on the way of success; hosts' logs have always read so.
+        // The text says "error" although the call succeeded. Kept: hosts know this line.
         consoleOut("[ZComponentImpl::Invoke] call CallProxyDispatch error...\n");
         return proxied;
     }
@@ -112,7 +113,7 @@ HRESULT STDMETHODCALLTYPE ZComponentImpl::Invoke(DISPID id, const GUID& riid, LC
     return E_FAIL;
 }
 
-/// Answers a probe for a member of the own table; nothing when it has no such member.
+/// Answers a probe for a member of the object's own table; nothing when there is no such member.
 std::optional<HRESULT> ZComponentImpl::Probe(DISPID id, WORD flags) {
     consoleOut(
         "+++++++++++++++++++// NPAPI. HasProperty & HasMethod support++++++++++++++++++++\n");
@@ -143,8 +144,8 @@ std::optional<HRESULT> ZComponentImpl::Probe(DISPID id, WORD flags) {
     return std::nullopt;
 }
 
-/// Calls a member of the own table with a copy of the arguments; nothing when it has no such
-/// member. Whether the member is accessed as a property or a method does not matter here.
+/// Calls a member of the object's own table with a copy of the arguments; nothing when there is no
+/// such member. The flags do not matter: a property and a method are called alike.
 std::optional<HRESULT> ZComponentImpl::CallMember(DISPID id, WORD flags, DISPPARAMS* params,
                                                   VARIANT* result, EXCEPINFO* excep, UINT* argErr) {
     DISPPARAMS clone = {};
@@ -193,7 +194,8 @@ ULONG ZComponentImpl::AddRef() {
 ULONG ZComponentImpl::Release() {
     const LONG count = InterlockedDecrement(&m_lRef);
     if (count == 0) {
-        // Whoever is called on the way out may add a reference and give it back.
+        // Code called by FinalRelease may add a reference and release it again; the count must not
+        // reach 0 a second time.
         m_lRef = kDying;
         FinalRelease();
         delete this;

@@ -1,8 +1,8 @@
-// ZComponentImpl: the copy of a call's arguments that the adapters work on.
+// ZComponentImpl: the copies of the arguments that adapters are called with.
 #include <cstdlib>
 
 #include "runtime/component_impl.h"
-#include "runtime/console.h"
+#include "runtime/diagnostics.h"
 #include "runtime/secret.h"
 #include "runtime/value_utils.h"
 
@@ -12,8 +12,9 @@ namespace {
 
 constexpr UINT kDeclaredArguments = sizeof(DispatchInfo::vtArgs);
 
-/// Copies one argument into an empty variant.
-/// @return false when memory is short. What is no variant at all is passed on as VT_EMPTY.
+/// Copies one argument into an empty variant. An argument that is no valid variant is copied as
+/// VT_EMPTY.
+/// @return false when out of memory.
 bool cloneArgument(const VARIANT& source, std::uint8_t declared, VARIANT* target) {
     switch (source.vt) {
         case VT_R8:
@@ -68,7 +69,7 @@ BOOL ZComponentImpl::CloneDispParams(DISPID id, DISPPARAMS* src, DISPPARAMS* dst
     if (src->cArgs == 0) {
         return 1;
     }
-    // Zeroed, so every element is VT_EMPTY until it is filled: without a row none is.
+    // Zeroed: the spare element, and without a row all elements, stay VT_EMPTY.
     dst->rgvarg = static_cast<VARIANT*>(
         std::calloc(static_cast<std::size_t>(src->cArgs) + 1, sizeof(VARIANT)));
     if (!dst->rgvarg) {
@@ -91,7 +92,7 @@ void ZComponentImpl::FreeDispParams(DISPPARAMS* params) {
     }
     for (UINT i = 0; i < params->cArgs; ++i) {
         if (params->rgvarg[i].vt == VT_BSTR && params->rgvarg[i].bstrVal) {
-            // Any text can be a PIN.
+            // Every text may be a PIN.
             zr::wipe(params->rgvarg[i].bstrVal, SysStringByteLen(params->rgvarg[i].bstrVal));
         }
         VariantClear(&params->rgvarg[i]);

@@ -4,13 +4,13 @@
 
 #include "runtime/bounded_text.h"
 #include "runtime/component_impl.h"
-#include "runtime/console.h"
+#include "runtime/diagnostics.h"
 
 using zr::consoleOut;
 
 namespace {
 
-// Ids are summed without a sign: an offset near either end of the range wraps.
+// Unsigned arithmetic: the sum of an id and an offset may wrap.
 DISPID addOffset(DISPID id, std::int32_t offset) {
     return static_cast<DISPID>(static_cast<ULONG>(id) + static_cast<ULONG>(offset));
 }
@@ -19,8 +19,8 @@ DISPID subtractOffset(DISPID id, std::int32_t offset) {
     return static_cast<DISPID>(static_cast<ULONG>(id) - static_cast<ULONG>(offset));
 }
 
-/// Room for what a proxy writes: one id, 0 at first, for each of the names it is asked for. Memory
-/// for many is zeroed by the system, so a count without as many names costs only what is written.
+/// One id for each name that a proxy is asked for, 0 at first. The system zeroes large blocks only
+/// when they are written, so a huge count costs nothing by itself.
 class ProxyIds {
 public:
     explicit ProxyIds(UINT count)
@@ -33,7 +33,7 @@ public:
         }
     }
 
-    /// @return null when memory is short.
+    /// @return null when out of memory.
     DISPID* get() const { return m_ids; }
 
 private:
@@ -45,30 +45,82 @@ private:
 
 }  // namespace
 
+/// A walk through the chain. The proxies it asks may change the chain. The walk keeps the node it
+/// asked last; when that node is removed, it keeps the node before instead. Nodes added during the
+/// walk are reached, but not after a removal: proxies that remove and add each other would never
+/// end the walk.
+class ZComponentImpl::ProxyWalk {
+public:
+    // Inlined, the registration looks to g++ 12 as if a dangling pointer stayed in the object.
+    [[gnu::noinline]] explicit ProxyWalk(ZComponentImpl* object)
+        : m_object(object), m_outer(object->m_pWalks) {
+        object->m_pWalks = this;
+    }
+    ProxyWalk(const ProxyWalk&) = delete;
+    ProxyWalk& operator=(const ProxyWalk&) = delete;
+    ~ProxyWalk() { m_object->m_pWalks = m_outer; }
+
+    /// The next node, or null at the end.
+    const ProxyDispatchInfo* next() {
+        if (m_hasLast && m_current == m_last) {
+            return nullptr;
+        }
+        const ProxyDispatchInfo* node = m_current ? m_current->pNext : m_object->m_pHead;
+        if (node) {
+            m_current = node;
+        }
+        return node;
+    }
+
+    /// Call before a node is unlinked.
+    /// @param previous  the node before it; null for the head.
+    void forget(const ProxyDispatchInfo* node, const ProxyDispatchInfo* previous) {
+        if (!m_hasLast) {
+            m_hasLast = true;
+            m_last = m_object->m_pTail;
+        }
+        if (m_last == node) {
+            m_last = previous;
+        }
+        if (m_current == node) {
+            m_current = previous;
+        }
+    }
+
+    ProxyWalk* outer() const { return m_outer; }
+
+private:
+    ZComponentImpl* m_object;
+    ProxyWalk* m_outer;
+    const ProxyDispatchInfo* m_current = nullptr;  ///< null before the head
+    const ProxyDispatchInfo* m_last = nullptr;     ///< where the walk ends; null before the head
+    bool m_hasLast = false;
+};
+
 /// Asks the proxies of a stage, in the order of the chain, until one answers true.
 template <class Ask>
-bool ZComponentImpl::AnyProxy(int stage, Ask ask) const {
-    for (const ProxyDispatchInfo* node = m_pHead; node; node = node->pNext) {
+bool ZComponentImpl::AnyProxy(int stage, Ask ask) {
+    ProxyWalk walk(this);
+    while (const ProxyDispatchInfo* node = walk.next()) {
         if (node->nStage != stage) {
             continue;
         }
         IDispatch* const proxy = node->pDispatch;
-        proxy->AddRef();  // it may take itself out of the chain, which may hold the last reference
+        proxy->AddRef();  // the proxy may remove itself, and the chain may hold its last reference
         const bool hasAnswered = ask(*proxy, std::int32_t{node->nIdOffset});
-        const bool isStillThere = FindPDI(proxy) == node;
         proxy->Release();
-        if (hasAnswered || !isStillThere) {
-            return hasAnswered;  // where the walk was is gone with the node
+        if (hasAnswered) {
+            return true;
         }
     }
     return false;
 }
 
-/// Looks a name up with the proxies of a stage.
+/// Asks the proxies of a stage for a name.
 /// @param found  receives the id; untouched when no proxy knows the name.
-/// @return false when memory is short: a proxy could not be asked.
+/// @return false when out of memory to ask a proxy.
 bool ZComponentImpl::AskProxies(int stage, const GUID& riid, OLECHAR** names, UINT count, LCID lcid,
-                                std::optional<DISPID>* found) const {
+                                std::optional<DISPID>* found) {
     bool isAskable = true;
     AnyProxy(stage, [&](IDispatch& proxy, std::int32_t offset) {
         const ProxyIds room(count);
@@ -109,7 +161,7 @@ BOOL ZComponentImpl::AddProxyDispatch(IDispatch* proxy, LONG idOffset, int stage
     node->nIdOffset = idOffset;
     node->nStage = stage;
     if (name) {
-        zr::appendText(node->szName, name);  // one that does not fit leaves it empty
+        zr::appendText(node->szName, name);  // stays empty when the name does not fit
     }
     if (m_pTail) {
         m_pTail->pNext = node;
@@ -122,28 +174,36 @@ BOOL ZComponentImpl::AddProxyDispatch(IDispatch* proxy, LONG idOffset, int stage
 }
 
 BOOL ZComponentImpl::RemoveProxyDispatch(IDispatch* proxy) {
-    ProxyDispatchInfo* node = proxy ? FindPDI(proxy) : nullptr;
+    ProxyDispatchInfo* previous = nullptr;
+    ProxyDispatchInfo* node = proxy ? m_pHead : nullptr;
+    while (node && node->pDispatch != proxy) {
+        previous = node;
+        node = node->pNext;
+    }
     if (!node) {
         return 0;
     }
-    if (node == m_pHead) {
-        m_pHead = node->pNext;
-        if (!m_pHead) {
-            m_pTail = nullptr;
-        }
-    } else {
-        ProxyDispatchInfo* previous = m_pHead;
-        while (previous->pNext != node) {
-            previous = previous->pNext;
-        }
-        previous->pNext = node->pNext;
-        if (node == m_pTail) {
-            m_pTail = previous;
-        }
-    }
-    proxy->Release();
-    delete node;
+    RemoveNode(node, previous);
     return 1;
+}
+
+/// Unlinks a node, releases its proxy and frees it.
+/// @param previous  the node before it; null for the head.
+void ZComponentImpl::RemoveNode(ProxyDispatchInfo* node, ProxyDispatchInfo* previous) {
+    for (ProxyWalk* walk = m_pWalks; walk; walk = walk->outer()) {
+        walk->forget(node, previous);
+    }
+    if (previous) {
+        previous->pNext = node->pNext;
+    } else {
+        m_pHead = node->pNext;
+    }
+    if (node == m_pTail) {
+        m_pTail = previous;
+    }
+    // Last, as the release may change the chain.
+    node->pDispatch->Release();
+    delete node;
 }
 
 ProxyDispatchInfo* ZComponentImpl::FindPDI(IDispatch* proxy) const {
@@ -155,17 +215,12 @@ ProxyDispatchInfo* ZComponentImpl::FindPDI(IDispatch* proxy) const {
 }
 
 void ZComponentImpl::ClearPDI() {
-    while (ProxyDispatchInfo* node = m_pHead) {
-        m_pHead = node->pNext;
-        if (!m_pHead) {
-            m_pTail = nullptr;  // before the release, which may add a proxy
-        }
-        node->pDispatch->Release();
-        delete node;
+    while (m_pHead) {
+        RemoveNode(m_pHead, nullptr);
     }
 }
 
 void ZComponentImpl::PrintPDI() const {
-    // Nothing is printed for a node; the closing line alone tells that the chain was walked.
+    // Nothing is printed per node; hosts know the closing line.
     consoleOut("-------------PrintPDI End----------------\n");
 }

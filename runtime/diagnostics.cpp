@@ -1,5 +1,5 @@
-// Writes the runtime's diagnostics: format into a buffer, then one write.
-#include "runtime/console.h"
+// Diagnostics on the standard streams: formatted into a buffer, then written at once.
+#include "runtime/diagnostics.h"
 
 #include <cstdarg>
 #include <cstdio>

@@ -1,4 +1,4 @@
-// Searches method tables.
+// Searching method tables.
 #include "runtime/dispatch_table.h"
 
 #include <cstring>

@@ -1,10 +1,10 @@
-// ZErrorInfo: an error's description behind two interfaces.
+// ZErrorInfo: the description of an error.
 #include "runtime/error_info.h"
 
 #include <new>
 
-#include "kernel.h"
-#include "runtime/console.h"
+#include "platform/kernel.h"
+#include "runtime/diagnostics.h"
 
 namespace {
 
@@ -19,8 +19,8 @@ HRESULT handOut(Value* out, Value value) {
 
 }  // namespace
 
-/// A string of the object, kept when it is replaced: hosts may still hold the pointer that a getter
-/// handed out.
+/// A string of the object. Replaced strings are kept: a host may still hold a pointer from a
+/// getter.
 struct ZErrorInfo::OwnedString {
     BSTR text;
     OwnedString* next;

@@ -1,4 +1,4 @@
-// MD5 message digests after RFC 1321.
+// MD5 message digests (RFC 1321).
 #include "runtime/md5.h"
 
 #include <array>
@@ -24,7 +24,7 @@ constexpr std::array<ULONG, 64> kSine = {
 
 constexpr int kShift[4][4] = {{7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}};
 
-/// The 16 steps of one round; mix is the round's function, step and start choose the input words.
+/// The 16 steps of one round. mix is the function of the round, Start and Step select the words.
 template <int Round, int Step, int Start, class Mix>
 inline void runRound(ULONG& a, ULONG& b, ULONG& c, ULONG& d, const ULONG* words, Mix mix) {
 #pragma GCC unroll 16
@@ -68,11 +68,11 @@ void MD5Update(MD5_CTX* context, const unsigned char* input, unsigned int inputL
 }
 
 void MD5Final(unsigned char digest[16], MD5_CTX* context) {
-    static constexpr unsigned char padding[64] = {0x80};
+    static constexpr unsigned char kPadding[64] = {0x80};
     unsigned char length[8];
     Encode(length, context->count, 8);
     const unsigned int pending = (context->count[0] >> 3) & 63;
-    MD5Update(context, padding, pending < 56 ? 56 - pending : 120 - pending);
+    MD5Update(context, kPadding, pending < 56 ? 56 - pending : 120 - pending);
     MD5Update(context, length, 8);
     Encode(digest, context->state, 16);
     MD5_memset(reinterpret_cast<unsigned char*>(context), 0, sizeof *context);
@@ -119,7 +119,7 @@ void MD5_memcpy(unsigned char* output, const unsigned char* input, unsigned int 
 }
 
 void MD5_memset(unsigned char* output, int value, unsigned int len) {
-    zr::fillForCertain(output, value, len);
+    zr::secureFill(output, value, len);
 }
 
 void MD5(const char* text, unsigned char* digest) {

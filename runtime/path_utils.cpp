@@ -1,4 +1,4 @@
-// Paths, module loading, hexadecimal text.
+// Paths, module loading and hexadecimal text.
 #include "runtime/path_utils.h"
 
 #include <algorithm>
@@ -13,8 +13,8 @@ namespace {
 constexpr unsigned int kDirectorySize = 260;
 constexpr unsigned int kModulePathSize = 300;
 
-/// The path with the current directory in front when it begins with a dot; empty when that
-/// directory does not fit its buffer.
+/// The normalised path, appended to the current directory when it begins with a dot. Empty when the
+/// current directory does not fit its buffer.
 std::string startingPath(const char* path) {
     std::string work;
     if (path[0] == '.') {
@@ -33,7 +33,7 @@ std::string startingPath(const char* path) {
     return work;
 }
 
-/// The components followed by a separator, "." and ".." resolved; tail receives the rest.
+/// The components that a separator follows, with "." and ".." resolved; tail receives the rest.
 std::vector<std::string_view> resolveComponents(std::string_view path, std::string_view* tail) {
     std::vector<std::string_view> components;
     for (std::size_t end; (end = path.find('/')) != path.npos; path.remove_prefix(end + 1)) {
@@ -68,7 +68,7 @@ int ZGetModulePath(char* buf, int size) {
     char path[kModulePathSize] = {};
     const DWORD pathLength = GetModuleFileNameA(nullptr, path, sizeof path);
     if (pathLength == 0 || pathLength >= sizeof path) {
-        return 0;  // a cut path names another directory
+        return 0;  // a cut path would be another directory
     }
     if (char* separator = std::strrchr(path, zr::kPathSeparator)) {
         separator[1] = 0;

@@ -1,10 +1,10 @@
-// The current-error slot and the functions that report an error to a native caller.
+// The slot for the current error, and the functions that report an error to a native caller.
 #include <cstring>
 #include <exception>
 #include <new>
 #include <utility>
 
-#include "runtime/console.h"
+#include "runtime/diagnostics.h"
 #include "runtime/error_info.h"
 #include "runtime/string_convert.h"
 
@@ -12,7 +12,7 @@ namespace {
 
 IErrorInfo* s_pErrorInfo = nullptr;
 
-/// Runs a reporting function; whatever it throws but _zcl_error ends the process.
+/// Calls a reporting function. Any exception but _zcl_error ends the process.
 template <class Report>
 HRESULT throwingOnlyZclError(Report report) {
     try {
@@ -35,7 +35,7 @@ HRESULT reportError(const OLECHAR* description, const GUID& iid, LONG hr) {
     const HRESULT result = create->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&info));
     create->Release();
     if (FAILED(result)) {
-        // A report that cannot be handed on is dropped quietly.
+        // Without the interface, the report is dropped.
         return S_OK;
     }
     ZSetErrorInfo(0, info);
@@ -87,7 +87,7 @@ HRESULT ZSetErrorInfo(ULONG, IErrorInfo* info) {
     if (info) {
         info->AddRef();
     }
-    // The slot is set first: the old error's last Release may look at it.
+    // Set the slot first: the last release of the old error may read it.
     IErrorInfo* const old = std::exchange(s_pErrorInfo, info);
     if (old) {
         old->Release();

@@ -1,4 +1,4 @@
-// Text that must not stay in memory: narrow copies that are wiped when they go.
+// Text that must not stay in memory: UTF-8 copies that are wiped when they are destroyed.
 #pragma once
 
 #include <zrkey/automation.h>
@@ -10,18 +10,19 @@
 
 namespace zr {
 
-/// Fills memory, also memory that is not read again.
-inline void fillForCertain(void* memory, int value, std::size_t size) {
+/// Fills memory; the compiler cannot optimise this away.
+inline void secureFill(void* memory, int value, std::size_t size) {
     std::memset(memory, value, size);
-    // The memory counts as read here, so that the compiler cannot drop the stores.
+    // For the compiler, this reads the memory.
     __asm__ __volatile__("" : : "r"(memory) : "memory");
 }
 
+/// Zeroes memory; the compiler cannot optimise this away.
 inline void wipe(void* memory, std::size_t size) {
-    fillForCertain(memory, 0, size);
+    secureFill(memory, 0, size);
 }
 
-/// A string as UTF-8 in a buffer of Size bytes that is wiped at the end.
+/// A string as UTF-8 in a buffer of Size bytes, which the destructor wipes.
 template <std::size_t Size>
 class SecretText {
 public:
@@ -34,11 +35,11 @@ public:
     SecretText& operator=(const SecretText&) = delete;
     ~SecretText() { wipe(m_text, Size); }
 
-    /// Whether the text could be converted and fits the buffer with its terminator; the buffer is
-    /// empty otherwise.
+    /// Whether the text could be converted and fits the buffer with its terminator. Otherwise the
+    /// buffer holds an empty text.
     bool fits() const { return m_fits; }
     const char* c_str() const { return m_text; }
-    /// Bytes before the terminator.
+    /// The length in bytes without the terminator.
     std::size_t length() const { return std::strlen(m_text); }
 
 private:

@@ -1,17 +1,17 @@
-// Conversions between UTF-8 and UTF-16 over the platform's converters.
+// Conversions between UTF-8 and UTF-16, over the services of the platform.
 #include "runtime/string_convert.h"
 
 #include <cstring>
 #include <memory>
 #include <new>
 
-#include "kernel.h"
-#include "runtime/console.h"
+#include "platform/kernel.h"
+#include "runtime/diagnostics.h"
 
 namespace {
 
-/// SysAllocString, looked up anew for each string: the strings of a host come from whichever
-/// automation platform the process has loaded.
+/// Calls SysAllocString of the automation platform that the process has loaded. The function is
+/// looked up for each string.
 BSTR allocateThroughPlatform(const OLECHAR* text) {
     const HMODULE platform = LoadLibraryA("OleAut32.dll");
     if (!platform) {
@@ -31,7 +31,7 @@ BSTR allocateString(const char* utf8, const char* functionName) {
         zr::consoleError("Error: %s() return %d\n", functionName, 0);
         return nullptr;
     }
-    // One unit more than reported: a truncated sequence at the end can swallow the terminator.
+    // One more unit, zeroed: Wine loses the terminator after a sequence that is cut short.
     const auto size = static_cast<std::size_t>(units) + 1;
     const std::unique_ptr<OLECHAR[]> buffer(new (std::nothrow) OLECHAR[size]());
     if (!buffer || ZConvUTF8ToUnicode(utf8, buffer.get(), static_cast<unsigned int>(units)) == 0) {
@@ -102,7 +102,7 @@ std::size_t strlen_unicode(const OLECHAR* text) {
 }
 
 std::size_t strlen_utf8(const char* text) {
-    // Read as volatile: the walk that never ends must not be taken for one that ends.
+    // Volatile: the compiler must not assume that the loop ends.
     const volatile char* at = text;
     std::size_t count = 0;
     while (*at) {
@@ -116,7 +116,7 @@ std::size_t strlen_utf8(const char* text) {
             case 0xC:
                 at += 2;
                 break;
-            case 0xD:  // counted and not passed
+            case 0xD:  // counted without advancing
                 break;
             case 0xE:
                 at += 3;

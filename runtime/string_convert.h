@@ -1,7 +1,7 @@
-// Conversions between UTF-8, the library's inner text, and the UTF-16 strings of automation.
+// Conversions between UTF-8, which the library uses inside, and the UTF-16 strings of automation.
 //
-// Every function stands here twice with the same behaviour: plain names for the value classes,
-// names with a leading underscore for the dispatch base and the error reporting. Only the two
+// Each function exists twice with the same behaviour: the plain names are for the value classes,
+// the names with a leading underscore for the dispatch base and the error reporting. Only two
 // messages of the allocating functions differ.
 #pragma once
 
@@ -9,49 +9,53 @@
 
 #include <cstddef>
 
-/// UTF-8 to UTF-16, the terminator included.
-/// @param utf8    terminated; null or empty gives 1 and leaves out untouched.
-/// @param out     receives the units; may be null when outLen is 0.
-/// @param outLen  units at out; 0 asks for the number needed.
-/// @return units written or needed; 0 on failure.
+/// Converts UTF-8 to UTF-16 with the terminator.
+/// @param utf8    terminated; for null and empty text out is untouched and the result is 1.
+/// @param out     receives the text; may be null when outLen is 0.
+/// @param outLen  size of out in UTF-16 units; 0 only computes the size needed.
+/// @return the number of units written or needed; 0 on failure.
 int ZConvUTF8ToUnicode(const char* utf8, OLECHAR* out, unsigned int outLen);
 
-/// UTF-16 to UTF-8, the terminator included.
-/// @param w       terminated; null gives 0.
-/// @param outLen  bytes at out; 0 asks for the number needed.
-/// @return bytes written or needed; 0 on failure.
+/// Converts UTF-16 to UTF-8 with the terminator.
+/// @param w       terminated.
+/// @param out     receives the text; may be null when outLen is 0.
+/// @param outLen  size of out in bytes; 0 only computes the size needed.
+/// @return the number of bytes written or needed; 0 on failure and for null.
 int ZConvUnicodeToUTF8(const OLECHAR* w, char* out, unsigned int outLen);
 
-/// A new string of UTF-8 text; null or empty text gives an empty string.
+/// Creates a string of UTF-8 text, an empty string of null.
 /// @return owned by the caller; null on failure.
 BSTR ZSysAllocUTF8String(const char* utf8);
 
-/// A new string of the first len bytes of UTF-8 text, or of all of it when it is shorter.
-/// A cut inside a sequence is converted as it is.
-/// @return owned by the caller; null for null text and on failure.
+/// Creates a string of the first len bytes of UTF-8 text, or of all of it when it is shorter. When
+/// the cut splits a sequence, the rest of it is converted as invalid text.
+/// @return owned by the caller; null on failure and for null.
 BSTR ZSysAllocUTF8StringLen(const char* utf8, unsigned int len);
 
-/// Bytes the string takes in a stream: length prefix, text and terminator; 4 for null.
+/// @return the size of a string in a stream: length prefix, text and terminator in bytes; 4 for
+///         null.
 int ZSysStringGetStreamSize(BSTR s);
 
-/// A string as terminated UTF-8.
-/// @param out      receives the text, all outSize bytes zero-filled first; null asks for the size.
-/// @param outSize  bytes at out.
-/// @return the size with the terminator, also when it does not fit (out is then untouched);
-///         0 for null and on failure.
+/// Converts a string to UTF-8.
+/// @param out      receives the terminated text after all its bytes are zeroed; untouched when the
+///                 text does not fit; null only computes the size.
+/// @param outSize  size of out in bytes.
+/// @return the size of the text with its terminator, also when it does not fit; 0 on failure and
+///         for null.
 int ZBstrToUtf8(BSTR s, char* out, unsigned int outSize);
 
-/// UTF-16 units before the terminator.
+/// @return the number of UTF-16 units before the terminator.
 std::size_t strlen_unicode(const OLECHAR* text);
 
-/// Characters of UTF-8 text, by the lead bytes alone.
-/// @note Skipped bytes are not looked at, so a sequence cut short jumps over the terminator, and a
-///       byte from 0xD0 to 0xDF never ends the walk. Kept; nothing in the library calls it.
+/// Counts the characters of UTF-8 text by their lead bytes.
+/// @note The bytes after a lead byte are skipped unread, so an incomplete sequence skips the
+///       terminator. A byte from 0xD0 to 0xDF makes the function run for ever. Kept;
+///       nothing in the library calls it.
 std::size_t strlen_utf8(const char* text);
 
 int _ZConvUTF8ToUnicode(const char* utf8, OLECHAR* out, unsigned int outLen);
 int _ZConvUnicodeToUTF8(const OLECHAR* w, char* out, unsigned int outLen);
-/// As ZSysAllocUTF8String, and first reports its input on standard output.
+/// As ZSysAllocUTF8String, but first prints its input on standard output.
 BSTR _ZSysAllocUTF8String(const char* utf8);
 BSTR _ZSysAllocUTF8StringLen(const char* utf8, unsigned int len);
 int _ZSysStringGetStreamSize(BSTR s);

@@ -1,4 +1,4 @@
-// Facts about variant types.
+// Helpers for variant types and numbers.
 #include "runtime/value_utils.h"
 
 #include <limits>
@@ -54,7 +54,7 @@ LONG truncateToLong(double value) {
 }
 
 std::uint8_t truncateToByte(double value) {
-    // Numbers past 62 bits have no bits that low.
+    // The low bits of larger numbers are 0: a double has 53 significant bits.
     const bool hasLowBits = value > -0x1p62 && value < 0x1p62;
     return hasLowBits ? static_cast<std::uint8_t>(static_cast<std::int64_t>(value)) : 0;
 }

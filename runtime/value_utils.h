@@ -1,28 +1,30 @@
-// Facts about variant types that the value classes and hosts of the runtime share.
+// Helpers for variant types and numbers.
 #pragma once
 
 #include <zrkey/automation.h>
 
 #include <cstdint>
 
-/// Stands where the platform's variant comparison would be.
-/// @retval E_FAIL  always; kept, so that values not compared natively are never equal.
+/// A stub in the place of the platform's variant comparison.
+/// @retval E_FAIL  always: values that the runtime does not compare itself are never equal. Kept.
 HRESULT ZVariantCompare(...);
 
-/// Bytes the value of a variant type takes.
-/// @param size  receives 1, 2, 4 or 8; untouched on failure.
+/// Returns the size of a value of a variant type.
+/// @param size  receives 1, 2, 4 or 8 bytes; untouched on failure.
 /// @retval S_OK          done.
 /// @retval E_INVALIDARG  size is null.
-/// @retval E_FAIL        a type without a fixed size.
+/// @retval E_FAIL        the type has no fixed size.
 HRESULT ZVariantGetTypeSize(VARTYPE vt, ULONG* size);
 
 namespace zr {
 
-/// A number as scripts pass it, truncated toward zero to 32 bits.
-/// @return the smallest LONG for what does not fit and for NaN, as the processor converts them.
+/// Truncates a script number toward zero.
+/// @return the smallest LONG for NaN and for numbers that do not fit, as the processor converts
+///         them.
 LONG truncateToLong(double value);
 
-/// The low 8 bits of a number that is truncated toward zero; 0 for what is no number.
+/// Truncates a script number toward zero.
+/// @return the low 8 bits; 0 for NaN and the infinities.
 std::uint8_t truncateToByte(double value);
 
 }  // namespace zr

@@ -3,7 +3,7 @@
 
 #include <new>
 
-#include "runtime/shared_pointers.h"
+#include "runtime/block_owners.h"
 #include "runtime/string_convert.h"
 
 namespace zrapi {

@@ -8,31 +8,31 @@ namespace zrapi {
 class ZComBSTR {
 public:
     ZComBSTR() = default;
-    /// A new string of UTF-8 text.
+    /// Creates a string of UTF-8 text.
     explicit ZComBSTR(const char* utf8);
-    /// A copy of s.
+    /// Copies s.
     explicit ZComBSTR(BSTR& s);
-    /// @param copy  true copies s; false takes s over and frees it later.
+    /// @param copy  true copies s; false takes over s.
     ZComBSTR(BSTR& s, bool copy);
-    /// Copies and assigned objects share string and cache; the last one frees them. Null when
-    /// memory is short.
+    /// Copies and assigned objects share string and cache; the last object frees them. When out of
+    /// memory, the object becomes empty.
     ZComBSTR(const ZComBSTR& other);
     ZComBSTR& operator=(const ZComBSTR& other);
     virtual ~ZComBSTR();
 
-    /// The string itself, still owned by the object.
+    /// The string itself, owned by the object.
     operator BSTR() const;
-    /// The UTF-8 view, made anew; null when there is no string or on failure.
-    /// Valid until the next such call, Clear or destruction.
+    /// Converts the string to UTF-8; null without a string and on failure. The text is valid until
+    /// the next conversion, Clear or the end of the object.
     operator const char*();
 
     /// Length in UTF-16 units.
     UINT GetLength() const;
     /// Length in bytes.
     UINT GetByteLength() const;
-    /// Frees string and cache.
+    /// Frees the string and its UTF-8 text.
     void Clear();
-    /// A copy up to the first terminator, owned by the caller.
+    /// A copy up to the first zero unit, owned by the caller.
     BSTR Copy() const;
     static int GetStreamSize(BSTR s);
 

@@ -1,7 +1,7 @@
 // zrapi::ZComVariant: construction, assignment and transfer.
 #include "runtime/zcom_variant.h"
 
-#include "runtime/console.h"
+#include "runtime/diagnostics.h"
 #include "runtime/string_convert.h"
 
 namespace zrapi {
@@ -141,7 +141,7 @@ HRESULT ZComVariant::InternalClear() {
 HRESULT ZComVariant::InternalCopy(const VARIANT* source) {
     const HRESULT result = Copy(source);
     if (FAILED(result)) {
-        // A source that is no variant is refused before the old content is released.
+        // VariantCopy refuses an invalid source before it clears the old content.
         Clear();
         PutError(result);
     }

@@ -1,7 +1,7 @@
 // zrapi::ZComVariant: a VARIANT with typed constructors and assignments.
 //
-// A constructor or assignment that fails leaves VT_ERROR with the failing result. Typed assignments
-// do not release what the variant held before; only those from VARIANT and ZComVariant do. Hosts of
+// A constructor or assignment that fails sets VT_ERROR with the failing result. Typed assignments
+// do not release what the variant holds; only those from VARIANT and ZComVariant do. Kept: users of
 // the runtime depend on the difference.
 #pragma once
 
@@ -22,13 +22,13 @@ public:
     ZComVariant(const char* source) : ZComVariant() { *this = source; }
     ZComVariant(const ZComBSTR& source) : ZComVariant() { *this = source; }
     ZComVariant(bool source) : ZComVariant() { *this = source; }
-    /// @param type  VT_I4 or VT_INT, reported on standard output; any other gives VT_ERROR.
+    /// @param type  VT_I4 or VT_INT, printed on standard output; any other sets VT_ERROR.
     ZComVariant(int source, VARTYPE type = VT_I4);
-    /// @param type  VT_I4 or VT_ERROR.
+    /// @param type  VT_I4 or VT_ERROR; any other sets VT_ERROR.
     ZComVariant(long source, VARTYPE type = VT_I4);
-    /// @param type  VT_UI4 or VT_UINT.
+    /// @param type  VT_UI4 or VT_UINT; any other sets VT_ERROR.
     ZComVariant(unsigned int source, VARTYPE type = VT_UI4);
-    /// @param type  VT_R8 or VT_DATE.
+    /// @param type  VT_R8 or VT_DATE; any other sets VT_ERROR.
     ZComVariant(double source, VARTYPE type = VT_R8);
     ZComVariant(unsigned char source) : ZComVariant() { *this = source; }
     ZComVariant(char source) : ZComVariant() { *this = source; }
@@ -69,7 +69,7 @@ public:
     ZComVariant& operator=(unsigned long long source) { return Put(VT_UI8, ullVal, source); }
     ZComVariant& operator=(CY source) { return Put(VT_CY, cyVal, source); }
 
-    // By reference: what is pointed to stays the caller's.
+    // By reference: the caller owns what the pointer refers to.
     ZComVariant& operator=(unsigned char* source) { return PutReference(VT_UI1, source); }
     ZComVariant& operator=(short* source) { return PutReference(VT_I2, source); }
     ZComVariant& operator=(unsigned short* source) { return PutReference(VT_UI2, source); }
@@ -82,46 +82,52 @@ public:
     ZComVariant& operator=(float* source) { return PutReference(VT_R4, source); }
     ZComVariant& operator=(double* source) { return PutReference(VT_R8, source); }
 
-    /// The result of VariantClear.
+    /// Clears this. Returns the result of VariantClear.
     HRESULT Clear();
-    /// The result of VariantCopy into this.
+    /// Copies source into this. Returns the result of VariantCopy.
     HRESULT Copy(const VARIANT* source);
-    /// As Clear and Copy; a failure also leaves VT_ERROR with the result.
+    /// As Clear and Copy; a failure also sets VT_ERROR with the result.
     HRESULT InternalClear();
     HRESULT InternalCopy(const VARIANT* source);
     /// Copies a VT_BSTR with its full byte length.
     /// @param out  receives a string that the caller owns.
     /// @retval S_OK                 done.
-    /// @retval DISP_E_TYPEMISMATCH  not VT_BSTR.
-    /// @retval E_POINTER            VT_BSTR and out is null.
-    /// @retval E_OUTOFMEMORY        memory is short.
+    /// @retval DISP_E_TYPEMISMATCH  this is not VT_BSTR.
+    /// @retval E_POINTER            this is VT_BSTR and out is null.
+    /// @retval E_OUTOFMEMORY        out of memory.
     HRESULT CopyTo(BSTR* out) const;
-    /// Takes the content of source over; source becomes VT_EMPTY.
-    /// @retval E_INVALIDARG  source is null. Otherwise S_OK or the failure of VariantClear.
+    /// Clears this and moves the content of source into it; source becomes VT_EMPTY.
+    /// @retval S_OK          done. Otherwise the failure of VariantClear; both are then unchanged.
+    /// @retval E_INVALIDARG  source is null.
     HRESULT Attach(VARIANT* source);
-    /// Hands the content to target, which is cleared first; this becomes VT_EMPTY.
-    /// @retval E_POINTER  target is null. Otherwise S_OK or the failure of VariantClear.
+    /// Clears target and moves the content of this into it; this becomes VT_EMPTY.
+    /// @retval S_OK       done. Otherwise the failure of VariantClear; both are then unchanged.
+    /// @retval E_POINTER  target is null.
     HRESULT Detach(VARIANT* target);
-    /// Converts source, or this when source is null, into this.
+    /// Converts source into this; a null source converts this itself. Returns the result of
+    /// VariantChangeType.
     HRESULT ChangeType(VARTYPE type, const VARIANT* source = nullptr);
 
-    // VT_NULL, VT_I1, VT_UI2, VT_UI4 and VT_UI8 compare by value; all others ask ZVariantCompare
-    // and so are never equal, less or greater.
+    // VT_NULL, VT_I1, VT_UI2, VT_UI4 and VT_UI8 compare their values. All others call
+    // ZVariantCompare, so they are never equal, less or greater.
     bool operator==(const VARIANT& other) const;
     bool operator==(const ZComVariant& other) const;
     bool operator!=(const VARIANT& other) const;
     bool operator!=(const ZComVariant& other) const;
     bool operator<(const VARIANT& other) const;
     bool operator>(const VARIANT& other) const;
-    /// @return 0 when a is less, 1 equal, 2 greater; E_FAIL for types that are not compared.
+    /// @return 0 when a is less, 1 when equal, 2 when greater; E_FAIL for types that are not
+    ///         compared.
     static HRESULT VarCmp(VARIANT* a, VARIANT* b, LCID lcid, ULONG flags);
 
-    /// Bytes the value takes in a stream, its 2-byte type included.
-    /// @retval S_OK          done.
+    /// Computes the size of the value in a stream, with its 2-byte type. Types without a fixed size
+    /// are converted to text.
+    /// @param size  receives the size in bytes; untouched on failure.
+    /// @retval S_OK          done. Otherwise the failure of the conversion.
     /// @retval E_INVALIDARG  size is null.
-    /// @retval E_FAIL        an interface; otherwise the failure of the conversion to text.
+    /// @retval E_FAIL        this is an interface.
     HRESULT GetSizeMax(ULARGE_INTEGER* size) const;
-    /// As GetSizeMax; 2 where that fails or the size does not fit 32 bits.
+    /// As GetSizeMax; 2 when that fails or the size does not fit 32 bits.
     ULONG GetSize() const;
 
 private:

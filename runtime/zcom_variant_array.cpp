@@ -10,7 +10,7 @@ int ZComVariantArray::Add(ZComVariant& v) {
     try {
         m_listVariant.push_back(v);
     } catch (const std::bad_alloc&) {
-        // The unchanged count tells the caller.
+        // The unchanged count shows the failure.
     }
     return Count();
 }

@@ -11,16 +11,16 @@ namespace zrapi {
 
 class ZComVariantArray {
 public:
-    /// Appends a copy of v; a failed copy is stored as VT_ERROR with the result.
-    /// @return the new number of elements; the old one when memory is short.
+    /// Appends a copy of v. A copy that fails is stored as VT_ERROR with the result.
+    /// @return the number of elements, unchanged when out of memory.
     int Add(ZComVariant& v);
     int Count() const;
     /// @param index  from 0.
-    /// @return the element; for an index out of range an empty value that all callers share.
+    /// @return the element; for an index out of range, an empty variant that all callers share.
     ZComVariant& GetAt(int index);
-    /// Moves the elements into a plain array; the list keeps as many VT_EMPTY elements.
-    /// @param out  receives the array, made with new[]; array and contents are the caller's.
-    /// @return the number of elements; -1 when out is null or memory is short.
+    /// Moves the elements into a plain array. The elements of the list become VT_EMPTY.
+    /// @param out  receives the array, from new[]; the caller owns it and its contents.
+    /// @return the number of elements; -1 when out is null or out of memory.
     int Parse(VARIANT** out);
 
 private:

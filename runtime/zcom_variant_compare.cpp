@@ -1,4 +1,4 @@
-// zrapi::ZComVariant: comparisons and the size of a value in a stream.
+// zrapi::ZComVariant: comparisons, and the size of a value in a stream.
 #include <limits>
 
 #include "runtime/string_convert.h"
@@ -17,7 +17,7 @@ HRESULT order(Value a, Value b) {
     return a == b ? kEqual : a < b ? kLess : kGreater;
 }
 
-/// Compares as the type of a says; the type of b is not looked at.
+/// Compares two values of the type of a; the type of b is not checked.
 HRESULT compareByType(const VARIANT& a, const VARIANT& b) {
     switch (a.vt) {
         case VT_I1:
@@ -68,12 +68,11 @@ HRESULT ZComVariant::VarCmp(VARIANT* a, VARIANT* b, LCID, ULONG) {
 
 namespace {
 
-/// What a string takes in a stream, with the tag before it. Summed in 64 bits: the length of a
-/// string and what is added to it can pass 32.
+/// The size of a string in a stream with its type tag. 64 bits: the sum may not fit 32.
 ULONGLONG streamSize(BSTR text) {
-    constexpr ULONGLONG prefixAndTerminator = 6;
-    return sizeof(VARTYPE) +
-           (text ? SysStringByteLen(text) + prefixAndTerminator : ZSysStringGetStreamSize(nullptr));
+    constexpr ULONGLONG kPrefixAndTerminator = 6;
+    return sizeof(VARTYPE) + (text ? SysStringByteLen(text) + kPrefixAndTerminator
+                                   : ZSysStringGetStreamSize(nullptr));
 }
 
 }  // namespace

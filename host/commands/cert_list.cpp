@@ -1,7 +1,8 @@
 // zrkey cert list: the certificates of a token.
-#include "certificates.h"
-#include "command_frame.h"
-#include "token_session.h"
+#include "host/commands/command_frame.h"
+#include "host/output/printable.h"
+#include "host/token/certificates.h"
+#include "host/token/token_session.h"
 
 namespace zr::host {
 namespace {
@@ -10,18 +11,18 @@ struct CertListOptions : TokenOptions {
     PinOptions pin;
 };
 
-Result listNames(const CertListOptions& options) {
+Report listNames(const CertListOptions& options) {
     PinEntry pin(options.pin, PinEntry::Need::kOnRequest);
     const TokenSession session(options);
     session.login(pin);
-    Result result;
+    Report report;
     std::vector<Record> rows;
     for (const std::string& name : listCertificates(session.token())) {
-        result.output += std::to_string(rows.size()) + '\t' + printable(name) + '\n';
+        report.output += std::to_string(rows.size()) + '\t' + printable(name) + '\n';
         rows.push_back({{"index", std::uint64_t{rows.size()}}, {"name", name}});
     }
-    result.fields = {{"certificates", rows}};
-    return result;
+    report.fields = {{"certificates", rows}};
+    return report;
 }
 
 }  // namespace

@@ -1,8 +1,9 @@
-// zrkey cert read: a certificate as the token holds it.
-#include "certificates.h"
-#include "command_frame.h"
-#include "token_session.h"
-#include "variant.h"
+// zrkey cert read: a certificate as it is stored on the token.
+#include "host/commands/byte_arrays.h"
+#include "host/commands/command_frame.h"
+#include "host/output/printable.h"
+#include "host/token/certificates.h"
+#include "host/token/token_session.h"
 
 namespace zr::host {
 namespace {
@@ -13,27 +14,27 @@ struct CertReadOptions : TokenOptions {
     ByteOutput output;
 };
 
-Result readCertificate(const CertReadOptions& options) {
+Report readCertificate(const CertReadOptions& options) {
     PinEntry pin(options.pin, PinEntry::Need::kOnRequest);
     const TokenSession session(options);
     session.login(pin);
     const ChosenCertificate chosen = openCertificate(session.token(), options.certificate);
-    Variant data;
+    zrkey::ByteArray data;
     const HRESULT result = chosen.certificate->GetCertData(data.receive());
     if (FAILED(result)) {
-        throw refused(kExitFailure, "read the certificate " + inQuotes(chosen.name), result,
-                      "look whether the token is still connected");
+        throw libraryFailure(kExitFailure, "read the certificate " + inQuotes(chosen.name), result,
+                             "check that the token is still connected");
     }
-    Result output = byteResult("certificate", data.bytes(), options.output, "CERTIFICATE");
-    output.fields.push_back({"name", chosen.name});
-    return output;
+    Report report = byteReport("certificate", takeBytes(data), options.output, "CERTIFICATE");
+    report.fields.push_back({"name", chosen.name});
+    return report;
 }
 
 }  // namespace
 
 void addCertReadCommand(CLI::App& parent, Action& action) {
     const auto [command, options] =
-        addCommand(parent, action, "cert read", "Writes a certificate out", readCertificate);
+        addCommand(parent, action, "cert read", "Reads a certificate", readCertificate);
     addTokenOptions(*command, *options);
     addPinOptions(*command, options->pin);
     addCertificateOptions(*command, options->certificate);

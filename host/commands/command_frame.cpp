@@ -1,18 +1,21 @@
-// What the compiled commands share: their options, and the frame that runs one and reports it.
-#include "command_frame.h"
+// What all commands but run share: their options, and the frame that runs a command and writes its
+// report.
+#include "host/commands/command_frame.h"
+
+#include <CLI/CLI.hpp>
 
 #include <exception>
 #include <limits>
 #include <new>
 
-#include "byte_io.h"
-#include "console.h"
-#include "library.h"
+#include "host/output/console.h"
+#include "host/output/printable.h"
+#include "host/system/byte_io.h"
 
 namespace zr::host {
 namespace {
 
-/// Decimal digits alone: the parser by itself takes octal and hexadecimal numbers too.
+/// Accepts decimal digits only: the parser by itself accepts octal and hexadecimal numbers too.
 CLI::Validator isDecimal(unsigned long long first, unsigned long long last,
                          const std::string& what) {
     const auto check = [=](const std::string& text) -> std::string {
@@ -23,7 +26,7 @@ CLI::Validator isDecimal(unsigned long long first, unsigned long long last,
         const unsigned long long number = isNumber ? std::stoull(text) : 0;
         return isNumber && number >= first && number <= last
                    ? ""
-                   : what + " is a number from " + std::to_string(first) + " to " +
+                   : what + " must be a number from " + std::to_string(first) + " to " +
                          std::to_string(last);
     };
     return {check, ""};
@@ -43,28 +46,29 @@ ByteFormat parseFormat(const std::string& name) {
             return format;
         }
     }
-    throw CLI::ValidationError("--format", "the formats are raw, hex, base64 and pem");
+    throw CLI::ValidationError("--format", "the format must be raw, hex, base64 or pem");
 }
 
-void writeResult(Console& console, const std::string& name, const ReportOptions& options,
-                 const Result& result) {
-    bool isWritten = false;
+void writeReport(Console& console, const std::string& name, const ReportOptions& options,
+                 const Report& report) {
+    std::error_code error;
     if (options.json) {
         Record record = {{"schema", std::uint64_t{kJsonSchema}},
                          {"command", name},
-                         {"result", codeFields(S_OK)}};
-        record.insert(record.end(), result.fields.begin(), result.fields.end());
-        isWritten = console.writeOutput(toJson(record));
-    } else if (result.path == kStandardStream) {
-        isWritten = console.writeOutput(result.output);
+                         {"result", resultFields(S_OK)}};
+        record.insert(record.end(), report.fields.begin(), report.fields.end());
+        error = console.writeOutput(toJson(record));
+    } else if (report.path == kStandardStream) {
+        error = console.writeOutput(report.output);
     } else {
-        isWritten = writeFile(result.path, result.output);
+        error = writeFile(report.path, report.output);
     }
-    if (!isWritten) {
+    if (error) {
         const std::string place =
-            result.path == kStandardStream ? "standard output" : inQuotes(result.path);
-        throw failed(kExitFailure, "write to " + place, "the system refused it",
-                     "the token's part is done; look for space and rights");
+            report.path == kStandardStream ? "standard output" : inQuotes(report.path);
+        throw systemFailure(
+            kExitFailure, "write to " + place, error,
+            "the operation on the token is complete; check free space and permissions");
     }
 }
 
@@ -72,12 +76,12 @@ int writeFailure(Console& console, const std::string& name, const ReportOptions&
                  const Failure& failure) {
     if (options.json) {
         Record record = {{"schema", std::uint64_t{kJsonSchema}}, {"command", name}};
-        if (failure.answer) {
-            record.push_back({"result", codeFields(*failure.answer)});
+        if (failure.result) {
+            record.push_back({"result", resultFields(*failure.result)});
         }
         record.push_back({"failure", Record{{"exit", static_cast<std::uint64_t>(failure.exitCode)},
                                             {"asked", failure.asked},
-                                            {"cause", failure.cause()},
+                                            {"cause", failure.cause},
                                             {"advice", failure.advice}}});
         console.writeOutput(toJson(record));
     }
@@ -88,7 +92,7 @@ int writeFailure(Console& console, const std::string& name, const ReportOptions&
 }  // namespace
 
 void addReportOptions(CLI::App& command, ReportOptions& options) {
-    command.add_flag("--json", options.json, "Gives the result as one JSON object");
+    command.add_flag("--json", options.json, "Writes the result as one JSON object");
     command.add_flag("-v,--verbose", options.verbose,
                      "Shows the library's diagnostics on standard error");
 }
@@ -96,11 +100,11 @@ void addReportOptions(CLI::App& command, ReportOptions& options) {
 void addModuleOptions(CLI::App& command, ModuleOptions& options) {
     command
         .add_option("--module", options.path,
-                    "The PKCS #11 module; without it the variable ZRKEY_MODULE names it")
+                    "The PKCS #11 module; the default is the variable ZRKEY_MODULE")
         ->type_name("PATH");
     command
         .add_option("--workdir", options.workFolder,
-                    "The folder of config.xml; without it the current one")
+                    "The folder that contains config.xml; the default is the current folder")
         ->type_name("DIR");
 }
 
@@ -108,20 +112,20 @@ void addTokenOptions(CLI::App& command, TokenOptions& options) {
     addReportOptions(command, options.report);
     addModuleOptions(command, options.module);
     CLI::Option* index =
-        command.add_option("--index", options.choice.index, "Chooses the token by its index")
+        command.add_option("--index", options.choice.index, "Selects the token by its index")
             ->type_name("N")
             ->check(isIndex());
     CLI::Option* label =
-        command.add_option("--label", options.choice.label, "Chooses the token by its label");
+        command.add_option("--label", options.choice.label, "Selects the token by its label");
     CLI::Option* serial = command.add_option("--serial", options.choice.serial,
-                                             "Chooses the token by its serial number");
+                                             "Selects the token by its serial number");
     index->excludes(label)->excludes(serial);
     label->excludes(serial);
 }
 
 CLI::Option* addPinSource(CLI::App& command, const std::string& name,
                           std::optional<PinSource>& source, const std::string& help) {
-    // The value is not repeated in the message: it may be a PIN.
+    // The message does not repeat the value, which may be a PIN.
     return command
         .add_option_function<std::string>(
             name,
@@ -129,22 +133,23 @@ CLI::Option* addPinSource(CLI::App& command, const std::string& name,
                 source = parsePinSource(text);
                 if (!source) {
                     throw CLI::ValidationError(
-                        name, "a PIN is taken from prompt, env:NAME, file:PATH, fd:N or -");
+                        name, "the source must be prompt, env:NAME, file:PATH, fd:N or -");
                 }
             },
-            help + ": prompt, env:NAME, file:PATH, fd:N or - for standard input")
+            help + ": prompt, env:NAME, file:PATH, fd:N or - (standard input)")
         ->type_name("SOURCE");
 }
 
 void addPinOptions(CLI::App& command, PinOptions& options) {
-    addPinSource(command, "--pin", options.source, "Where the PIN comes from");
-    command.add_flag("--so", options.securityOfficer, "The PIN is the security officer's");
+    addPinSource(command, "--pin", options.source, "Where to read the PIN");
+    command.add_flag("--so", options.securityOfficer,
+                     "The PIN is the security officer's, not the user's");
 }
 
 void addCertificateOptions(CLI::App& command, CertificateChoice& choice) {
     CLI::Option* name =
-        command.add_option("--cert", choice.name, "Chooses the certificate by its name");
-    command.add_option("--cert-index", choice.index, "Chooses the certificate by its index")
+        command.add_option("--cert", choice.name, "Selects the certificate by its name");
+    command.add_option("--cert-index", choice.index, "Selects the certificate by its index")
         ->type_name("N")
         ->check(isIndex())
         ->excludes(name);
@@ -153,6 +158,18 @@ void addCertificateOptions(CLI::App& command, CertificateChoice& choice) {
 void addInputOption(CLI::App& command, std::string& path) {
     command.add_option("-i,--input", path, "The file to read; - is standard input")
         ->type_name("FILE")
+        ->capture_default_str();
+}
+
+void addSignatureOption(CLI::App& command, std::string& path) {
+    command.add_option("--signature", path, "The file that contains the raw signature")
+        ->type_name("FILE")
+        ->required();
+}
+
+void addMethodOption(CLI::App& command, std::string& method) {
+    command.add_option("--method", method, "The digest method")
+        ->type_name("NAME")
         ->capture_default_str();
 }
 
@@ -165,7 +182,7 @@ void addByteOutput(CLI::App& command, ByteOutput& output) {
     command
         .add_option_function<std::string>(
             "--format", [&output](const std::string& name) { output.format = parseFormat(name); },
-            "raw, hex, base64 or pem")
+            "The format of the bytes: raw, hex, base64 or pem")
         ->type_name("FORMAT")
         ->excludes(json);
 }
@@ -179,22 +196,30 @@ void addFileName(CLI::App& command, std::string& name, unsigned last) {
 }
 
 int runCommand(const std::string& name, const ReportOptions& options,
-               const std::function<Result()>& body) {
+               const std::function<Report()>& body) {
     Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
     try {
-        writeResult(console, name, options, body());
+        writeReport(console, name, options, body());
     } catch (const Failure& failure) {
         return writeFailure(console, name, options, failure);
     } catch (const std::bad_alloc&) {
         return writeFailure(console, name, options,
-                            failed(kExitFailure, "finish " + name, "there is not enough memory",
-                                   "free some, or ask for less"));
+                            commandFailure(kExitFailure, "finish " + name, "out of memory",
+                                           "free some memory, or use less data"));
     } catch (const std::exception& error) {
         return writeFailure(console, name, options,
-                            failed(kExitFailure, "finish " + name, error.what(),
-                                   "nothing is known of how to mend it"));
+                            commandFailure(kExitFailure, "finish " + name,
+                                           std::string("unexpected error: ") + error.what(),
+                                           "run it again with --verbose"));
     }
     return kExitOk;
+}
+
+CLI::App* addCommandRunning(CLI::App& parent, Action& action, const std::string& path,
+                            const std::string& help, const Action& run) {
+    CLI::App* command = parent.add_subcommand(path.substr(path.rfind(' ') + 1), help);
+    command->callback([&action, run] { action = run; });
+    return command;
 }
 
 }  // namespace zr::host

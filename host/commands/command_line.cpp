@@ -1,5 +1,5 @@
-// The command line of zrkey: the commands, their help, and what is wrong usage.
-#include "command_line.h"
+// The command line of zrkey: the commands, their help, and messages about wrong usage.
+#include "host/commands/command_line.h"
 
 #include <CLI/CLI.hpp>
 
@@ -7,14 +7,16 @@
 #include <memory>
 #include <sstream>
 
-#include "commands.h"
-#include "failure.h"
-#include "system.h"
+#include "host/commands/commands.h"
+#include "host/output/failure.h"
+#include "host/output/printable.h"
+#include "host/system/system.h"
 
 namespace zr::host {
 namespace {
 
-/// What nothing was expected for. Names of options alone: another word may be a PIN.
+/// Describes the words that no command expects. Only names of options are repeated: another word may
+/// be a PIN.
 std::string describeExtras(const std::vector<std::string>& words) {
     std::string names;
     for (const std::string& word : words) {
@@ -22,21 +24,21 @@ std::string describeExtras(const std::vector<std::string>& words) {
             names += " " + word.substr(0, word.find('='));
         }
     }
-    return names.empty() ? "an argument is not expected" : "not expected:" + names;
+    return names.empty() ? "unexpected argument" : "unknown options:" + names;
 }
 
-/// One line: what is wrong, and what to try.
+/// One line that says what is wrong and what to try.
 std::string usageLine(const CLI::App* app, const CLI::Error& error) {
     std::string what = error.what();
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError)) {
         what = describeExtras(app->remaining(true));
     } else if (app->get_subcommands().empty() && !app->remaining().empty()) {
-        what = "there is no such command";
+        what = "unknown command";
     }
     return "zrkey: " + printable(what) + "; zrkey --help shows the usage\n";
 }
 
-/// Leaves out what options exclude: the parser lists them in the order of their addresses.
+/// Leaves out the lists of excluded options: the parser writes them in the order of addresses.
 class HelpFormatter : public CLI::Formatter {
 public:
     std::string make_option_opts(const CLI::Option* option) const override {
@@ -57,13 +59,13 @@ void addCommands(CLI::App& app, Action& action) {
     addListCommand(app, action);
     addInfoCommand(app, action);
     addLoginCommand(app, action);
-    addPinChangeCommand(addGroup(app, "pin", "Changes PINs"), action);
-    CLI::App& file = addGroup(app, "file", "Works on the files of a token");
+    addPinChangeCommand(addGroup(app, "pin", "Manages the PINs of a token"), action);
+    CLI::App& file = addGroup(app, "file", "Works with the files of a token");
     addFileExistsCommand(file, action);
     addFileReadCommand(file, action);
     addFileCreateCommand(file, action);
     addFileDeleteCommand(file, action);
-    CLI::App& cert = addGroup(app, "cert", "Shows the certificates of a token");
+    CLI::App& cert = addGroup(app, "cert", "Lists and reads the certificates of a token");
     addCertListCommand(cert, action);
     addCertReadCommand(cert, action);
     addSignCommand(app, action);

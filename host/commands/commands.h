@@ -9,12 +9,12 @@ class App;
 
 namespace zr::host {
 
-/// What the parsed command line asks for; returns the exit code.
+/// Runs the chosen command; returns the exit code.
 using Action = std::function<int()>;
 
-/// Each adds one command.
-/// @param parent  the command line, or the group the command belongs to; outlives the action.
-/// @param action  set when the command has been chosen.
+/// Each function adds one command.
+/// @param parent  the command line, or the group that the command belongs to; outlives the action.
+/// @param action  set when the command is chosen.
 void addRunCommand(CLI::App& parent, Action& action);
 void addListCommand(CLI::App& parent, Action& action);
 void addInfoCommand(CLI::App& parent, Action& action);

@@ -1,26 +1,25 @@
-// zrkey file create: makes an empty file on a token.
-#include "token_files.h"
-#include "variant.h"
+// zrkey file create: creates an empty file on a token.
+#include "host/commands/file_command.h"
 
 namespace zr::host {
 namespace {
 
-Result createFile(const FileOptions& options) {
+Report createFile(const FileOptions& options) {
     PinEntry pin(options.pin, PinEntry::Need::kIfPossible);
     const TokenSession session(options);
     const bool isLoggedIn = session.login(pin);
-    ComRef<IKeyFile> file;
+    zrkey::ComRef<IKeyFile> file;
     const HRESULT result =
-        session->CreateFile(Text(options.name).get(), 0, 0, 0, 0, file.receive());
+        session->CreateFile(zrkey::Text(options.name).get(), 0, 0, 0, 0, file.receive());
     const std::string asked = "create the file " + options.name;
     if (FAILED(result) && !isLoggedIn) {
-        throw refused(kExitLoginNeeded, asked, result, "log in for it: give --pin");
+        throw libraryFailure(kExitLoginNeeded, asked, result, "log in first: give --pin");
     }
     if (FAILED(result)) {
-        throw refused(kExitFailure, asked, result,
-                      "the token may be full or written by its user only");
+        throw libraryFailure(kExitFailure, asked, result,
+                             "the token may be full, or allow only its user to write");
     }
-    // The library looks for a name under the number before it.
+    // The library finds file N by the label N - 1.
     const std::string foundAs = std::to_string(std::stoul(options.name) + 1);
     return {"created " + options.name + ", found as " + foundAs + '\n',
             {{"name", options.name}, {"foundAs", foundAs}}};
@@ -30,9 +29,9 @@ Result createFile(const FileOptions& options) {
 
 void addFileCreateCommand(CLI::App& parent, Action& action) {
     const auto [command, options] =
-        addCommand(parent, action, "file create", "Makes an empty file; as N, it is found as N + 1",
-                   createFile);
-    // A file made under the last name would be found under none.
+        addCommand(parent, action, "file create",
+                   "Creates an empty file; created as N, it is found as N + 1", createFile);
+    // No name would find a file created under the last number.
     addFileOptions(*command, *options, kLastFileName - 1);
 }
 

@@ -1,10 +1,10 @@
-// What the commands that use the key of a certificate share.
-#include "key_command.h"
+// What sign and verify share.
+#include "host/commands/key_command.h"
 
 #include <algorithm>
 
-#include "byte_io.h"
-#include "system.h"
+#include "host/system/byte_io.h"
+#include "host/system/system.h"
 
 namespace zr::host {
 
@@ -17,12 +17,13 @@ void addKeyOptions(CLI::App& command, KeyOptions& options) {
 
 void checkStreams(const KeyOptions& options, const std::vector<std::string>& inputs) {
     const std::optional<PinSource>& source = options.pin.source;
-    const bool isPinThere = source && source->kind == PinSource::Kind::kDescriptor &&
+    const bool isPinInput = source && source->kind == PinSource::Kind::kDescriptor &&
                             source->descriptor == kStandardInput;
     const auto uses = std::count(inputs.begin(), inputs.end(), kStandardStream);
-    if (uses + (isPinThere ? 1 : 0) > 1) {
-        throw failed(kExitUsage, "read standard input twice", "it gives its bytes once",
-                     "name a file by -i, or take the PIN from elsewhere");
+    if (uses + (isPinInput ? 1 : 0) > 1) {
+        throw commandFailure(kExitUsage, "read standard input twice",
+                             "its data can be read only once",
+                             "name a file with -i, or give another source for the PIN");
     }
 }
 

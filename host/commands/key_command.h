@@ -1,18 +1,18 @@
-// What the commands that use the key of a certificate share.
+// What sign and verify share.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "command_frame.h"
-#include "token_session.h"
+#include "host/commands/command_frame.h"
+#include "host/token/token_session.h"
 
 namespace zr::host {
 
-/// What the library does whatever it is asked for.
+/// The library signs and verifies with this algorithm, whatever it is asked for.
 inline constexpr const char* kSignAlgorithm = "SHA1WithRSA";
 
-/// The library's answer without a login.
+/// The library's result without a login.
 inline constexpr HRESULT kLoginNeeded = RPC_E_CANTCALLOUT_INEXTERNALCALL;
 
 struct KeyOptions : TokenOptions {
@@ -23,7 +23,7 @@ struct KeyOptions : TokenOptions {
 
 void addKeyOptions(CLI::App& command, KeyOptions& options);
 
-/// Throws a Failure when standard input is to give more than one of PIN and inputs.
+/// Throws a Failure when more than one of the PIN and the inputs is to be read from standard input.
 void checkStreams(const KeyOptions& options, const std::vector<std::string>& inputs);
 
 }  // namespace zr::host

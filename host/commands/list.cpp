@@ -1,6 +1,7 @@
 // zrkey list: the tokens of a module.
-#include "command_frame.h"
-#include "token_fields.h"
+#include "host/commands/command_frame.h"
+#include "host/commands/token_fields.h"
+#include "host/output/printable.h"
 
 namespace zr::host {
 namespace {
@@ -10,19 +11,19 @@ struct ListOptions {
     ModuleOptions module;
 };
 
-Result list(const ListOptions& options) {
+Report list(const ListOptions& options) {
     const LoadedModule module(options.module);
     const TokenTable table = readTokens(module.provider());
-    Result result;
+    Report report;
     std::vector<Record> tokens;
     for (const TokenRow& row : table.rows) {
         tokens.push_back(tokenFields(row));
-        result.output += std::to_string(row.index) + '\t' + printable(row.label) + '\t' +
+        report.output += std::to_string(row.index) + '\t' + printable(row.label) + '\t' +
                          printable(row.serial) + '\t' + printable(row.manufacturer) + '\t' +
                          printable(row.model) + '\n';
     }
-    result.fields = {{"slots", static_cast<std::uint64_t>(table.slots)}, {"tokens", tokens}};
-    return result;
+    report.fields = {{"slots", static_cast<std::uint64_t>(table.slots)}, {"tokens", tokens}};
+    return report;
 }
 
 }  // namespace

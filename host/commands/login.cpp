@@ -1,6 +1,7 @@
 // zrkey login: checks a PIN and does nothing else.
-#include "command_frame.h"
-#include "token_session.h"
+#include "host/commands/command_frame.h"
+#include "host/output/printable.h"
+#include "host/token/token_session.h"
 
 namespace zr::host {
 namespace {
@@ -9,7 +10,7 @@ struct LoginOptions : TokenOptions {
     PinOptions pin;
 };
 
-Result login(const LoginOptions& options) {
+Report login(const LoginOptions& options) {
     PinEntry pin(options.pin, PinEntry::Need::kAlways);
     const TokenSession session(options);
     session.login(pin);

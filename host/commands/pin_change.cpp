@@ -1,7 +1,8 @@
-// zrkey pin change: gives a token a new PIN.
-#include "command_frame.h"
-#include "terminal.h"
-#include "token_session.h"
+// zrkey pin change: changes a PIN of a token.
+#include "host/commands/command_frame.h"
+#include "host/output/printable.h"
+#include "host/system/terminal.h"
+#include "host/token/token_session.h"
 
 namespace zr::host {
 namespace {
@@ -14,33 +15,34 @@ struct PinChangeOptions : TokenOptions {
     std::optional<PinSource> newPin;
 };
 
-Failure wrongPins(const std::string& reason, const std::string& advice) {
-    return failed(kExitUsage, "change the PIN", reason, advice);
+Failure wrongPins(const std::string& cause, const std::string& advice) {
+    return commandFailure(kExitUsage, "change the PIN", cause, advice);
 }
 
 bool isPrompt(const PinSource& source) {
     return source.kind == PinSource::Kind::kPrompt;
 }
 
-Secret readNewPin(const PinSource& source) {
-    Secret pin = readPin(source, "new PIN: ");
+Pin readNewPin(const PinSource& source) {
+    Pin pin = readPin(source, "new PIN: ");
     if (isPrompt(source) && readPin(source, "new PIN again: ").view() != pin.view()) {
-        throw wrongPins("the new PIN was not typed twice alike", "type it again");
+        throw wrongPins("the two new PINs differ", "enter the same PIN twice");
     }
     return pin;
 }
 
-/// Before any try is used up for a change that cannot succeed.
-void checkLength(const Secret& pin, const std::string& which) {
+/// Rejects a PIN that the library would refuse, before a login with it could cost a retry.
+void checkLength(const Pin& pin, const std::string& which) {
     if (pin.view().size() < kShortest || pin.view().size() > kLongest) {
-        throw wrongPins("the " + which + " PIN has not 4 to 8 bytes", "use one of this length");
+        throw wrongPins("the " + which + " PIN must be 4 to 8 bytes long",
+                        "give a PIN of that length");
     }
 }
 
-Result changePin(const PinChangeOptions& options) {
+Report changePin(const PinChangeOptions& options) {
     PinEntry oldPin(options.pin, PinEntry::Need::kAlways);
     const PinSource newSource = options.newPin.value_or(PinSource());
-    std::optional<Secret> newPin;
+    std::optional<Pin> newPin;
     if (!isPrompt(newSource)) {
         newPin = readNewPin(newSource);
         checkLength(*newPin, "new");
@@ -48,19 +50,21 @@ Result changePin(const PinChangeOptions& options) {
         throw noTerminal();
     }
     const TokenSession session(options);
-    const Secret& old = *oldPin.get(session.row());
+    const Pin& old = *oldPin.get(session.row());
     checkLength(old, "old");
     if (!newPin) {
         newPin = readNewPin(newSource);
         checkLength(*newPin, "new");
     }
-    // ModifyPIN logs in by itself; done before, a refused login is told from a refused change.
+    // ModifyPIN logs in itself. The login before it distinguishes a refused login from a refused
+    // change.
     session.login(oldPin);
     const HRESULT result =
-        session->ModifyPIN(SecretText(old).get(), SecretText(*newPin).get(), oldPin.type());
+        session->ModifyPIN(PinText(old).get(), PinText(*newPin).get(), oldPin.type());
     if (FAILED(result)) {
-        throw refused(kExitFailure, "change the PIN of " + inQuotes(session.row().label), result,
-                      "the old PIN is right; the token may not take the new one");
+        throw libraryFailure(kExitFailure, "change the PIN of " + inQuotes(session.row().label),
+                             result,
+                             "the old PIN is correct; the token may not accept the new one");
     }
     return {"changed the " + oldPin.role() + " PIN of " + inQuotes(session.row().label) + '\n',
             {{"label", session.row().label}, {"role", oldPin.role()}}};
@@ -70,10 +74,10 @@ Result changePin(const PinChangeOptions& options) {
 
 void addPinChangeCommand(CLI::App& parent, Action& action) {
     const auto [command, options] =
-        addCommand(parent, action, "pin change", "Gives a token a new PIN", changePin);
+        addCommand(parent, action, "pin change", "Changes a PIN of a token", changePin);
     addTokenOptions(*command, *options);
     addPinOptions(*command, options->pin);
-    addPinSource(*command, "--new-pin", options->newPin, "Where the new PIN comes from");
+    addPinSource(*command, "--new-pin", options->newPin, "Where to read the new PIN");
 }
 
 }  // namespace zr::host

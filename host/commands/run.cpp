@@ -1,16 +1,17 @@
-// zrkey run: runs a script file with the library's objects at hand.
+// zrkey run: runs a script file that uses the library's objects.
 #include <CLI/CLI.hpp>
 
 #include <chrono>
 #include <cmath>
 #include <memory>
-#include <optional>
+#include <system_error>
 
-#include "byte_io.h"
-#include "commands.h"
-#include "console.h"
-#include "failure.h"
-#include "script_engine.h"
+#include "host/commands/commands.h"
+#include "host/output/console.h"
+#include "host/output/failure.h"
+#include "host/output/printable.h"
+#include "host/script/engine.h"
+#include "host/system/byte_io.h"
 
 namespace zr::host {
 namespace {
@@ -23,7 +24,7 @@ struct RunOptions {
     std::vector<std::string> arguments;
 };
 
-/// Names the words that the parser leaves alone.
+/// Shows the words that the parser does not read.
 class RunFormatter : public CLI::Formatter {
 public:
     std::string make_usage(const CLI::App*, std::string name) const override {
@@ -45,13 +46,15 @@ ScriptLimits limitsOf(const RunOptions& options) {
 
 int runScriptFile(const RunOptions& options) {
     Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
-    const std::optional<std::string> source = readBytes(options.file);
-    if (!source) {
-        console.writeError(printable("zrkey: cannot read " + options.file) + "\n");
+    std::error_code error;
+    const std::string source = readBytes(options.file, error);
+    if (error) {
+        console.writeError(
+            printable("zrkey: cannot read " + options.file + ": " + error.message()) + "\n");
         return kExitFailure;
     }
     ScriptEngine engine(console, limitsOf(options));
-    return engine.run(options.file, *source, options.arguments) ? kExitOk : kExitFailure;
+    return engine.run(options.file, source, options.arguments) ? kExitOk : kExitFailure;
 }
 
 }  // namespace
@@ -59,18 +62,18 @@ int runScriptFile(const RunOptions& options) {
 void addRunCommand(CLI::App& app, Action& action) {
     const auto options = std::make_shared<RunOptions>();
     CLI::App* command = app.add_subcommand(
-        "run", "Runs a script; what follows FILE is its global array \"arguments\"");
+        "run", "Runs a script; the words after FILE are its global array \"arguments\"");
     command->add_flag("-v,--verbose", options->verbose,
                       "Shows the library's diagnostics on standard error");
-    command->add_option("--time-limit", options->seconds, "Ends the script after so many seconds")
+    command->add_option("--time-limit", options->seconds, "Ends the script after this many seconds")
         ->type_name("SECONDS")
         ->check(CLI::Range(0.001, 1e6).description(""));
     command
         ->add_option("--memory-limit", options->mebibytes,
-                     "Gives the script at most so many MiB of memory")
+                     "Gives the script at most this many MiB of memory")
         ->type_name("MIB")
         ->check(CLI::Range(1, 1 << 20).description(""));
-    // FILE and what follows it are kept as written, also what looks like an option or a list.
+    // FILE and the words after it are passed on unchanged, also those that look like options.
     command->prefix_command();
     command->formatter(std::make_shared<RunFormatter>());
     command->callback([command, options, &action] {
@@ -82,8 +85,8 @@ void addRunCommand(CLI::App& app, Action& action) {
             throw CLI::ExtrasError({words.front()});
         }
         if (std::isnan(options->seconds)) {
-            // Neither below nor above the range.
-            throw CLI::ValidationError("--time-limit", "a number is needed");
+            // The range check accepts it.
+            throw CLI::ValidationError("--time-limit", "a number is required");
         }
         options->file = words.front();
         options->arguments.assign(words.begin() + 1, words.end());

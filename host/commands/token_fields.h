@@ -1,8 +1,8 @@
-// What commands show of a token.
+// The fields of a token that commands show.
 #pragma once
 
-#include "result_output.h"
-#include "token_session.h"
+#include "host/output/report.h"
+#include "host/token/token_session.h"
 
 namespace zr::host {
 

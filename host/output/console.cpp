@@ -1,15 +1,16 @@
 // The command's own standard output and error, kept apart from the library's diagnostics.
-#include "console.h"
+#include "host/output/console.h"
 
 #include <cstdio>
 
-#include "system.h"
+#include "host/system/system.h"
 
 namespace zr::host {
 
 namespace {
 
-/// Calls of the library between two rewinds of the dropped output; one writes a few hundred bytes.
+/// Calls of the library between two rewinds of the dropped output. A call writes a few hundred
+/// bytes.
 constexpr unsigned kCallsPerRewind = 256;
 
 }  // namespace
@@ -26,7 +27,7 @@ Console::Console(Diagnostics diagnostics)
         redirectDescriptor(kStandardOutput, m_dropped);
         redirectDescriptor(kStandardError, m_dropped);
     } else if (m_error >= 0) {
-        // Also when there is no place to drop them: the script's output must stay clean.
+        // Also when they were to be dropped and cannot be: they must not mix with the output.
         redirectDescriptor(kStandardOutput, m_error);
     }
 }
@@ -46,7 +47,7 @@ Console::~Console() {
     }
 }
 
-bool Console::writeOutput(std::string_view bytes) {
+std::error_code Console::writeOutput(std::string_view bytes) {
     return writeAll(m_output, bytes);
 }
 

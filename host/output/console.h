@@ -1,14 +1,15 @@
 // The command's own standard output and error, kept apart from the library's diagnostics.
 //
-// The library writes lines to the process's standard output and error. While a Console lives, both
-// lead elsewhere, and what the command has to say goes to the streams it was started with.
+// The library writes lines to the process's standard output and error. A Console redirects both
+// until its destruction; the command writes through it to the streams that it was started with.
 #pragma once
 
 #include <string_view>
+#include <system_error>
 
 namespace zr::host {
 
-/// What becomes of the library's diagnostics.
+/// Where the library's diagnostics go.
 enum class Diagnostics { kDropped, kOnStandardError };
 
 class Console {
@@ -18,13 +19,13 @@ public:
     Console(const Console&) = delete;
     Console& operator=(const Console&) = delete;
 
-    /// Bytes for standard output, written as they are and at once.
-    /// @return false when a part could not be written.
-    bool writeOutput(std::string_view bytes);
-    /// Bytes for standard error.
+    /// Writes bytes to standard output, unchanged and without a buffer.
+    std::error_code writeOutput(std::string_view bytes);
+    /// Writes bytes to standard error.
     void writeError(std::string_view bytes);
 
-    /// To be called after calls of the library: bounds or passes on what it has written.
+    /// Flushes what the library wrote, or bounds it where it is dropped. To be called after calls
+    /// of the library.
     void drainDiagnostics();
 
 private:

@@ -1,5 +1,5 @@
-// The forms in which bytes come out.
-#include "encoding.h"
+// Encodings of bytes: raw, hex, base64, PEM.
+#include "host/output/encoding.h"
 
 namespace zr::host {
 namespace {

@@ -1,4 +1,4 @@
-// The forms in which bytes come out.
+// Encodings of bytes: raw, hex, base64, PEM.
 #pragma once
 
 #include <string>
@@ -11,8 +11,8 @@ enum class ByteFormat { kRaw, kHex, kBase64, kPem };
 /// Base64 with padding, on one line.
 std::string toBase64(std::string_view bytes);
 
-/// Raw bytes as they are; text forms end with a line end.
-/// @param pemLabel  what PEM names the bytes: "CERTIFICATE".
+/// Encodes bytes. The text formats end with a line end.
+/// @param pemLabel  names the bytes in PEM: "CERTIFICATE".
 std::string encode(std::string_view bytes, ByteFormat format, std::string_view pemLabel);
 
 }  // namespace zr::host

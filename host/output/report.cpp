@@ -1,9 +1,7 @@
-// What a command gives out: bytes or lines of text, or one JSON object.
-#include "result_output.h"
+// What a command reports: bytes or lines of text, or one JSON object.
+#include "host/output/report.h"
 
 #include <nlohmann/json.hpp>
-
-#include "library.h"
 
 namespace zr::host {
 namespace {
@@ -13,7 +11,7 @@ using Json = nlohmann::ordered_json;
 Json convert(const Record& record);
 
 struct Converter {
-    Json operator()(const Bytes& value) const { return toBase64(value.bytes); }
+    Json operator()(const ByteValue& value) const { return toBase64(value.bytes); }
     Json operator()(const Record& value) const { return convert(value); }
     Json operator()(const std::vector<Record>& value) const {
         Json list = Json::array();
@@ -22,7 +20,7 @@ struct Converter {
         }
         return list;
     }
-    template <typename Plain>
+    template <class Plain>
     Json operator()(const Plain& value) const {
         return value;
     }
@@ -38,22 +36,22 @@ Json convert(const Record& record) {
 
 }  // namespace
 
-Result byteResult(const std::string& name, const std::string& bytes, const ByteOutput& output,
+Report byteReport(const std::string& name, const std::string& bytes, const ByteOutput& output,
                   std::string_view pemLabel) {
-    return {encode(bytes, output.format, pemLabel), {{name, Bytes{bytes}}}, output.path};
+    return {encode(bytes, output.format, pemLabel), {{name, ByteValue{bytes}}}, output.path};
 }
 
-Record codeFields(HRESULT code) {
+Record resultFields(zrkey::Result result) {
     Record fields;
-    if (const std::string name = resultName(code); !name.empty()) {
-        fields.push_back({"name", name});
+    if (const std::string_view name = result.name(); !name.empty()) {
+        fields.push_back({"name", std::string(name)});
     }
-    fields.push_back({"hex", resultNumber(code)});
+    fields.push_back({"hex", result.hex()});
     return fields;
 }
 
 std::string toJson(const Record& record) {
-    // Names of files may hold bytes that are no UTF-8.
+    // File names may contain bytes that are not UTF-8.
     return convert(record).dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 

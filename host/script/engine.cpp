@@ -1,8 +1,8 @@
-// Runs one script on the script engine, with the library's objects and a few globals at hand.
+// Runs one script on the script engine, with the library's objects and a few globals.
 //
-// The engine's errors are C++ exceptions of a type of its own: they unwind the frames between, and
-// no code here catches everything.
-#include "script_engine.h"
+// The engine reports errors as C++ exceptions of its own type. They unwind the command's frames; no
+// code here may catch everything.
+#include "host/script/engine.h"
 
 #include <duktape.h>
 
@@ -11,16 +11,20 @@
 #include <new>
 #include <optional>
 
-#include "console.h"
-#include "failure.h"
-#include "script_object.h"
-#include "script_watchdog.h"
-#include "text.h"
+#include "host/output/console.h"
+#include "host/output/failure.h"
+#include "host/output/printable.h"
+#include "host/script/context.h"
+#include "host/script/heap.h"
+#include "host/script/members.h"
+#include "host/script/script_text.h"
+#include "host/script/watchdog.h"
 
 namespace zr::host {
 namespace {
 
-/// How much print gathers before it writes: a script can print more than it holds.
+/// How many bytes print collects before it writes: its arguments together can be larger than the
+/// script's memory.
 constexpr std::size_t kPrintedAtOnce = 1 << 16;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
@@ -31,24 +35,25 @@ struct Script {
 };
 
 void pushText(duk_context* script, std::string_view utf8) {
-    const std::string text = toScriptText(toUtf16(utf8));
+    const std::string text = toScriptText(fromScriptText(utf8).get());
     duk_push_lstring(script, text.data(), text.size());
 }
 
 std::string utf8At(duk_context* script, duk_idx_t index) {
     duk_size_t size = 0;
     const char* text = duk_to_lstring(script, index, &size);
-    return toUtf8(toUtf16({text, size}));
+    return fromScriptText({text, size}).utf8();
 }
 
 void writePrinted(duk_context* script, const std::string& text) {
     stopInTime(script);
-    if (!contextOf(script).console.writeOutput(text)) {
-        throwError(script, DUK_ERR_ERROR, "print failed: standard output cannot be written");
+    if (const std::error_code error = contextOf(script).console.writeOutput(text)) {
+        throwError(script, DUK_ERR_ERROR,
+                   "print failed: cannot write to standard output: " + error.message());
     }
 }
 
-/// print(...): the arguments as texts, with blanks between, on a line of standard output.
+/// print(...): writes the arguments as texts, separated by blanks, as a line of standard output.
 duk_ret_t print(duk_context* script) {
     const duk_idx_t count = duk_get_top(script);
     std::string text;
@@ -85,7 +90,7 @@ duk_ret_t runProtected(duk_context* heap, void* data) {
     return 0;
 }
 
-/// What follows the place of a script that is out of time.
+/// The report of a script that is out of time, after its place.
 const std::string kTimeoutReport = std::string(": RangeError: ") + kTimeoutMessage;
 
 struct ErrorReport {
@@ -93,7 +98,7 @@ struct ErrorReport {
     std::string text;
 };
 
-/// Describes the thrown value on top of the stack; asking it may throw again.
+/// Describes the thrown value on top of the stack. Its own code may run and throw again.
 duk_ret_t describeError(duk_context* script, void* data) {
     ErrorReport& report = *static_cast<ErrorReport*>(data);
     std::string place = report.file;
@@ -112,12 +117,12 @@ duk_ret_t describeError(duk_context* script, void* data) {
         message = "uncaught ";
     }
     if (contextOf(script).use.wasStopped()) {
-        // Whatever was thrown: asking it would call the script.
+        // Do not convert the thrown value to text: that may call the script again.
         report.text = place + kTimeoutReport;
         return 0;
     }
     message += utf8At(script, -1);
-    // "Error: " says nothing that standard error does not say; other kinds are kept.
+    // "Error: " is left out, names of other kinds are kept.
     if (message.starts_with("Error: ")) {
         message.erase(0, 7);
     }
@@ -125,8 +130,8 @@ duk_ret_t describeError(duk_context* script, void* data) {
     return 0;
 }
 
-/// The line about the thrown value on top of the stack, which goes.
-/// @param timeout  the line when the time was up and no place is known.
+/// Describes the thrown value on top of the stack and pops it.
+/// @param timeout  the line when the time is up and the place is unknown.
 std::string describeFailure(duk_context* script, const std::string& file,
                             const std::string& timeout) {
     ErrorReport report{file, {}};
@@ -145,16 +150,12 @@ std::string describeFailure(duk_context* script, const std::string& file,
 
 }  // namespace
 
-ScriptUse& useOf(void* context) {
-    return static_cast<ScriptContext*>(context)->use;
-}
-
 ScriptEngine::ScriptEngine(Console& console, const ScriptLimits& limits)
     : m_console(console),
       m_mayEndProcess(limits.mayEndProcess),
       m_context(new ScriptContext{console, ScriptUse(limits)}),
-      m_heap(createLimitedHeap(m_context.get(), failEngine)) {
-    if (m_heap == nullptr) {
+      m_heap(createLimitedHeap(*m_context, failEngine)) {
+    if (!m_heap) {
         throw std::bad_alloc();
     }
 }
@@ -182,7 +183,7 @@ bool ScriptEngine::run(const std::string& file, std::string_view source,
     if (!isDone) {
         report(describeFailure(m_heap, file, timeout));
     }
-    // Finalizers run here, and may be what takes too long.
+    // Runs the finalizers, which may take too long.
     duk_destroy_heap(m_heap);
     m_heap = nullptr;
     if (use.wasStopped()) {

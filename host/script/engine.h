@@ -1,4 +1,4 @@
-// Runs one script on the script engine, with the library's objects and a few globals at hand.
+// Runs one script on the script engine, with the library's objects and a few globals.
 #pragma once
 
 #include <memory>
@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "script_limits.h"
+#include "host/script/limits.h"
 
 struct duk_hthread;
 
@@ -16,26 +16,26 @@ namespace zr::host {
 class Console;
 struct ScriptContext;
 
-/// The world of one script.
+/// An engine for one script.
 class ScriptEngine {
 public:
-    /// @param limits  for the whole life of the engine.
+    /// @param limits  apply from construction to destruction.
     explicit ScriptEngine(Console& console, const ScriptLimits& limits = {});
     ~ScriptEngine();
     ScriptEngine(const ScriptEngine&) = delete;
     ScriptEngine& operator=(const ScriptEngine&) = delete;
 
-    /// Runs a script to its end and releases whatever it still holds. To be called once.
-    /// @param file       its name in error messages.
+    /// Runs a script to its end and releases the objects it still holds. To be called once.
+    /// @param file       the script's name in error messages.
     /// @param source     UTF-8; a byte order mark and a first line "#!..." are skipped.
     /// @param arguments  UTF-8; the script's global array "arguments".
-    /// @return false after an error that the script did not catch, and when its time was up. It is
-    ///         on standard error then, as "FILE:LINE: message", one line whatever it holds.
+    /// @return false after an error that the script did not catch, and when its time was up. The
+    ///         error is then on standard error, as one line "FILE:LINE: message".
     bool run(const std::string& file, std::string_view source,
              const std::vector<std::string>& arguments);
 
 private:
-    /// Writes the line of the first failure; on any thread.
+    /// Writes the line of the first failure and ignores later ones; on any thread.
     void report(const std::string& line);
 
     Console& m_console;

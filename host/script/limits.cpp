@@ -1,25 +1,26 @@
-// Keeps a script within its time and memory.
-#include "script_limits.h"
+// How much time and memory a script may use.
+#include "host/script/limits.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <new>
 
-#include "system.h"
+#include "host/system/system.h"
 
 namespace zr::host {
 namespace {
 
-/// What stands before each block: the size of both, with room for the strictest alignment.
+/// The header of each block: the size of header and block, padded to the strictest alignment.
 constexpr std::size_t kHeader = alignof(std::max_align_t);
 
 /// The engine's share of the stack, in quarters. The rest is for the library, which is called at any
-/// depth, and for what goes on between two checks.
+/// depth, and for the engine's own functions between two checks.
 constexpr std::size_t kEngineQuarters = 3;
 
-/// Where in the stack the caller is. A local variable would do, were it not for sanitizers, which
-/// may keep it elsewhere.
+/// The caller's position in the stack. Not the address of a local variable: sanitizers may keep
+/// variables elsewhere.
 [[gnu::always_inline]] inline std::uintptr_t stackPosition() {
     return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
 }
@@ -28,18 +29,6 @@ std::size_t sizeOf(const void* block) {
     std::size_t size = 0;
     std::memcpy(&size, static_cast<const char*>(block) - kHeader, sizeof size);
     return size;
-}
-
-void* allocate(void* context, duk_size_t size) {
-    return useOf(context).reallocate(nullptr, size);
-}
-
-void* reallocate(void* context, void* block, duk_size_t size) {
-    return useOf(context).reallocate(block, size);
-}
-
-void release(void* context, void* block) {
-    useOf(context).free(block);
 }
 
 }  // namespace
@@ -83,7 +72,7 @@ void* ScriptUse::reallocate(void* block, std::size_t size) {
     }
     void* const start = block ? static_cast<char*>(block) - kHeader : nullptr;
     char* const made = static_cast<char*>(std::realloc(start, size));
-    if (made == nullptr) {
+    if (!made) {
         return nullptr;
     }
     m_usedBytes += size - before;
@@ -92,7 +81,7 @@ void* ScriptUse::reallocate(void* block, std::size_t size) {
 }
 
 void ScriptUse::free(void* block) {
-    if (block != nullptr) {
+    if (block) {
         m_usedBytes -= sizeOf(block);
         std::free(static_cast<char*>(block) - kHeader);
     }
@@ -106,20 +95,4 @@ bool ScriptCharge::add(std::size_t bytes) {
     return true;
 }
 
-duk_context* createLimitedHeap(void* context, duk_fatal_function fatal) {
-    return duk_create_heap(allocate, reallocate, release, context, fatal);
-}
-
 }  // namespace zr::host
-
-/// Asked by the engine every few instructions; what it answers stops the script by an error that the
-/// script cannot catch for good.
-extern "C" int zrIsScriptTimeUp(void* context) {
-    return zr::host::useOf(context).isTimeUp() ? 1 : 0;
-}
-
-/// Asked by the engine before each call and each step of its recursions; what it answers is an error
-/// that the script can catch.
-extern "C" int zrIsScriptStackShort(void* context) {
-    return zr::host::useOf(context).isStackShort() ? 1 : 0;
-}

@@ -1,5 +1,5 @@
-// Ends a process whose script does not come back to be told that its time is up.
-#include "script_watchdog.h"
+// Ends the process when a script whose time is up does not return to the engine.
+#include "host/script/watchdog.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-// Ends a process whose script does not come back to be told that its time is up.
+// Ends the process when a script whose time is up does not return to the engine.
 #pragma once
 
 #include <atomic>
@@ -10,11 +10,11 @@
 
 namespace zr::host {
 
-/// Where a script is, told to another thread: outside the library, or inside it. The count is odd
-/// inside.
+/// Incremented on entry to and exit from the library; odd while a call is inside. Read by the
+/// watchdog's thread.
 using LibraryCalls = std::atomic<unsigned>;
 
-/// Marks a call into the library while it lives.
+/// Marks a call into the library until destruction.
 class LibraryCall {
 public:
     explicit LibraryCall(LibraryCalls& calls) : m_calls(calls) { ++m_calls; }
@@ -26,8 +26,8 @@ private:
     LibraryCalls& m_calls;
 };
 
-/// A thread that waits while it lives, and acts when the script takes a second more than its time
-/// without the library having a part in it.
+/// A thread that acts when a script takes a second more than its time and no call into the library
+/// began, ended or is going on in that second. Destruction stops it.
 class ScriptWatchdog {
 public:
     /// @param act  called on the watchdog's thread; ends the process.

@@ -1,10 +1,10 @@
-// The certificates of a token: their names, and the one that is meant.
-#include "certificates.h"
+// The certificates of a token: their names, and the choice of one.
+#include "host/token/certificates.h"
 
 #include <algorithm>
 
-#include "failure.h"
-#include "variant.h"
+#include "host/output/failure.h"
+#include "host/output/printable.h"
 
 namespace zr::host {
 namespace {
@@ -19,11 +19,11 @@ std::string listNames(const std::vector<std::string>& names) {
 
 Failure notChosen(const std::string& asked, const std::vector<std::string>& names) {
     if (names.empty()) {
-        return failed(kExitNotFound, asked, "the token shows none",
-                      "private ones are shown after a login: give --pin");
+        return commandFailure(kExitNotFound, asked, "the token shows no certificate",
+                              "private certificates are visible only after a login: give --pin");
     }
-    return failed(kExitNotFound, asked, "there are: " + listNames(names),
-                  "choose one by --cert or --cert-index");
+    return commandFailure(kExitNotFound, asked, "the certificates are: " + listNames(names),
+                          "choose one with --cert or --cert-index");
 }
 
 std::size_t findCertificate(const std::vector<std::string>& names,
@@ -51,13 +51,13 @@ std::size_t findCertificate(const std::vector<std::string>& names,
 }  // namespace
 
 std::vector<std::string> listCertificates(IKeyObject& token) {
-    Variant names;
+    zrkey::Variant names;
     const HRESULT result = token.EnumContainer(0, names.receive());
     if (FAILED(result)) {
-        throw refused(kExitFailure, "list the certificates", result,
-                      "look whether the token is still connected");
+        throw libraryFailure(kExitFailure, "list the certificates", result,
+                             "check that the token is still connected");
     }
-    return names.texts();
+    return names.toTexts().value_or(std::vector<std::string>());
 }
 
 ChosenCertificate openCertificate(IKeyObject& token, const CertificateChoice& choice) {
@@ -65,21 +65,18 @@ ChosenCertificate openCertificate(IKeyObject& token, const CertificateChoice& ch
     const std::size_t index = findCertificate(names, choice);
     const std::string asked = "open the certificate " + inQuotes(names[index]);
     if (std::count(names.begin(), names.end(), names[index]) > 1) {
-        throw failed(kExitNotFound, asked, "several have this name",
-                     "give each certificate and its keys an ID of their own");
+        throw commandFailure(kExitNotFound, asked, "several certificates have this name",
+                             "give each certificate and its keys an ID of their own");
     }
     ChosenCertificate chosen = {names[index], {}};
-    Variant which;
-    which.get().vt = VT_I4;
-    which.get().lVal = static_cast<LONG>(index);
-    ComRef<IKeyContainer> container;
+    const auto which = zrkey::Variant::fromNumber(static_cast<LONG>(index));
+    zrkey::ComRef<IKeyContainer> container;
     HRESULT result = token.OpenContainer(which, container.receive());
     if (SUCCEEDED(result)) {
         result = container->GetKeyCert(true, chosen.certificate.receive());
     }
     if (FAILED(result)) {
-        throw refused(kExitNotFound, asked, result,
-                      "its ID may be longer than 127 bytes; see what cert list shows");
+        throw libraryFailure(kExitNotFound, asked, result, "its ID may be longer than 127 bytes");
     }
     return chosen;
 }

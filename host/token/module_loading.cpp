@@ -1,9 +1,11 @@
-// Loading a PKCS #11 module through the library, from wherever it and its configuration lie.
-#include "module_loading.h"
+// Loads a PKCS #11 module through the library, wherever the module and its configuration are.
+#include "host/token/module_loading.h"
 
-#include "failure.h"
-#include "system.h"
-#include "variant.h"
+#include <utf8cpp/utf8.h>
+
+#include "host/output/failure.h"
+#include "host/output/printable.h"
+#include "host/system/system.h"
 
 namespace fs = std::filesystem;
 
@@ -12,7 +14,7 @@ namespace {
 
 constexpr const char* kModuleVariable = "ZRKEY_MODULE";
 constexpr const char* kConfiguration = "config.xml";
-/// What the library has room for: current directory and module path together.
+/// The library's limit for the current directory and the module path together.
 constexpr std::size_t kLongestPath = 259;
 
 fs::path toPath(const std::string& utf8) {
@@ -24,16 +26,16 @@ std::string toUtf8(const fs::path& path) {
     return {text.begin(), text.end()};
 }
 
-Failure noCurrentFolder() {
-    return failed(kExitModule, "find the current folder", "the system refused it",
-                  "change to one that is there, or give --module and --workdir in full");
+Failure noCurrentFolder(std::error_code error) {
+    return systemFailure(kExitModule, "find the current folder", error,
+                         "change to another folder, or give --module and --workdir as full paths");
 }
 
 fs::path currentFolder() {
     std::error_code error;
     fs::path folder = fs::current_path(error);
     if (error) {
-        throw noCurrentFolder();
+        throw noCurrentFolder(error);
     }
     return folder;
 }
@@ -42,33 +44,33 @@ fs::path absolutePath(const fs::path& path) {
     std::error_code error;
     fs::path absolute = fs::absolute(path, error);
     if (error) {
-        throw noCurrentFolder();
+        throw noCurrentFolder(error);
     }
     return absolute;
 }
 
-/// The same file without ".." behind a link, which leads to where the link leads. The file itself
-/// may be a link: a module may look for its own under the name it is loaded by.
+/// The same file with the links in its folder resolved: ".." after a link is the parent of the
+/// link's target. The file itself may stay a link: a module may find its own files by its name.
 fs::path withoutLinks(const fs::path& module) {
     std::error_code error;
     const fs::path folder = fs::weakly_canonical(module.parent_path(), error);
     return error ? module : folder / module.filename();
 }
 
-/// Makes a folder the current one while it lives.
+/// Makes a folder the current one until destruction.
 class FolderChange {
 public:
     explicit FolderChange(const std::string& folder) {
         std::error_code error;
-        // Without one that is there, none is gone back to.
+        // The current folder may not exist any more; there is no way back to it then.
         m_before = fs::current_path(error);
         error.clear();
         if (!folder.empty()) {
             fs::current_path(toPath(folder), error);
         }
         if (error) {
-            throw failed(kExitModule, "change to the folder " + inQuotes(folder),
-                         "the system refused it", "give --workdir with the folder of config.xml");
+            throw systemFailure(kExitModule, "change to the folder " + inQuotes(folder), error,
+                                "check --workdir, the folder that contains config.xml");
         }
     }
     ~FolderChange() {
@@ -86,34 +88,38 @@ std::string modulePath(const ModuleOptions& options) {
     const std::string path =
         options.path.empty() ? environmentVariable(kModuleVariable).value_or("") : options.path;
     if (path.empty()) {
-        throw failed(kExitUsage, "load a module", "none is named",
-                     std::string("give --module PATH or set ") + kModuleVariable);
+        throw commandFailure(kExitUsage, "load a module", "no module is named",
+                             std::string("give --module PATH or set ") + kModuleVariable);
     }
     return path;
 }
 
-/// Why a load failed, as far as it shows from outside.
+/// Why a load may have failed, and what to try.
 std::string loadAdvice(ITokenProvider& provider, const fs::path& module, const fs::path& folder,
                        const fs::path& loadable) {
     std::error_code ignored;
     const std::string place = inQuotes(toUtf8(folder));
     if (!fs::exists(folder / kConfiguration, ignored)) {
-        return "there is no config.xml in the working directory " + place +
-               ": put one there, with a <driver> element, or name its folder by --workdir";
+        return "there is no config.xml in the working folder " + place +
+               ": create one with a <driver> element, or name its folder with --workdir";
     }
     if (!fs::is_regular_file(module, ignored)) {
-        return "there is no such file: look at --module";
+        return "the file does not exist: check --module";
+    }
+    if (!utf8::is_valid(toUtf8(loadable))) {
+        return "its path is not valid UTF-8: rename it, or load it through a link";
     }
     if (toUtf8(folder).size() + 1 + toUtf8(loadable).size() > kLongestPath) {
-        return "working directory and module path are longer than 259 bytes together: choose a "
+        return "the working folder and the module path together are longer than 259 bytes: choose "
+               "a "
                "shorter --workdir";
     }
     INT count = 0;
     if (SUCCEEDED(provider.GetKeyCount(&count))) {
-        return "the module is fine, config.xml in " + place +
-               " is not: it needs a <driver> element, and lists below 500 bytes";
+        return "the module was loaded, but config.xml in " + place +
+               " is not valid: it needs a <driver> element, and lists shorter than 500 bytes";
     }
-    return "it is no PKCS #11 module of this machine's kind, or it did not start: look at its own "
+    return "it is not a PKCS #11 module for this platform, or it failed to start: check its own "
            "settings";
 }
 
@@ -124,7 +130,7 @@ fs::path loadablePath(const fs::path& module, const fs::path& folder) {
     if (!relative.empty()) {
         return relative;
     }
-    // On another drive: as many steps up as the folder has components leave nothing of it.
+    // On another drive: enough steps up to remove the whole folder.
     fs::path path;
     for (auto component = folder.begin(); component != folder.end(); ++component) {
         path /= "..";
@@ -139,18 +145,19 @@ LoadedModule::LoadedModule(const ModuleOptions& options) {
     const fs::path folder = currentFolder();
     const fs::path loadable = loadablePath(module, folder);
 
-    HRESULT result = createProvider(m_provider);
+    HRESULT result = zrkey::createProvider(m_provider);
     if (FAILED(result)) {
-        throw refused(kExitFailure, "make a provider", result, "look for free memory");
+        throw libraryFailure(kExitFailure, "create a provider", result,
+                             "the system may be out of memory");
     }
-    result = m_provider->Load(Text(toUtf8(loadable)).get());
+    result = m_provider->Load(zrkey::Text(toUtf8(loadable)).get());
     if (FAILED(result)) {
         const std::string advice =
             result == E_OUTOFMEMORY
-                ? "it has no usable C_GetFunctionList: name a PKCS #11 module by --module"
+                ? "it has no usable C_GetFunctionList: name a PKCS #11 module with --module"
                 : loadAdvice(*m_provider.get(), module, folder, loadable);
         m_provider->Unload();
-        throw refused(kExitModule, "load the module " + inQuotes(name), result, advice);
+        throw libraryFailure(kExitModule, "load the module " + inQuotes(name), result, advice);
     }
 }
 

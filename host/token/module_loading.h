@@ -1,22 +1,23 @@
-// Loading a PKCS #11 module through the library, from wherever it and its configuration lie.
+// Loads a PKCS #11 module through the library, wherever the module and its configuration are.
 #pragma once
+
+#include <zrkey/zrkey.hpp>
 
 #include <filesystem>
 #include <string>
 
-#include "library.h"
-#include "token_options.h"
+#include "host/token/token_options.h"
 
 namespace zr::host {
 
-/// The form in which the library takes a module: it puts the current directory in front of every
-/// path and resolves "..". The result leads from there to the module.
+/// The path by which the library loads a module: relative to the current directory, which the library
+/// puts in front of every path before it resolves "..".
 /// @param module  absolute.
 /// @param folder  the current directory at the time of the call.
 std::filesystem::path loadablePath(const std::filesystem::path& module,
                                    const std::filesystem::path& folder);
 
-/// A provider with its module, which is unloaded when it goes; tokens must have gone before.
+/// A provider with its module. Destruction unloads the module; the tokens must be released before.
 class LoadedModule {
 public:
     /// Throws a Failure when no module is named, or when it or its configuration cannot be loaded.
@@ -28,7 +29,7 @@ public:
     ITokenProvider& provider() const { return *m_provider.get(); }
 
 private:
-    ComRef<ITokenProvider> m_provider;
+    zrkey::ComRef<ITokenProvider> m_provider;
 };
 
 }  // namespace zr::host

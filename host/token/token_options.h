@@ -1,4 +1,4 @@
-// What the options of the compiled commands say, apart from how they are read.
+// The options of the commands, as values.
 #pragma once
 
 #include <zrkey/automation.h>
@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "pin_source.h"
+#include "host/token/pin_source.h"
 
 namespace zr::host {
 
@@ -16,11 +16,11 @@ struct ReportOptions {
 };
 
 struct ModuleOptions {
-    std::string path;        ///< empty: the variable ZRKEY_MODULE
-    std::string workFolder;  ///< where config.xml lies; empty: the current directory
+    std::string path;        ///< empty: the variable ZRKEY_MODULE names it
+    std::string workFolder;  ///< contains config.xml; empty: the current folder
 };
 
-/// At most one of the three is given; the one token that is there needs none.
+/// At most one of the three is given; the only token needs none.
 struct TokenChoice {
     std::optional<LONG> index;
     std::optional<std::string> label;
@@ -38,7 +38,7 @@ struct PinOptions {
     bool securityOfficer = false;
 };
 
-/// At most one of the two is given; the one certificate of a token needs none.
+/// At most one of the two is given; the only certificate of a token needs none.
 struct CertificateChoice {
     std::optional<std::string> name;
     std::optional<LONG> index;

@@ -1,21 +1,21 @@
-// From options to a token: what tokens are there, the one that is meant, the login to it.
-#include "token_session.h"
+// From options to a token: the tokens of a module, the choice of one, the login.
+#include "host/token/token_session.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "failure.h"
-#include "terminal.h"
-#include "variant.h"
+#include "host/output/failure.h"
+#include "host/output/printable.h"
+#include "host/system/terminal.h"
 
 namespace zr::host {
 namespace {
 
-/// More than any reader has: a module that tells of countless slots is not asked about each.
+/// More slots than any reader has: a faulty module may report billions.
 constexpr INT kMostSlots = 1 << 16;
 
 std::string readText(IKeyObject& token, HRESULT (STDMETHODCALLTYPE IKeyObject::*getter)(BSTR*)) {
-    Text text;
+    zrkey::Text text;
     return SUCCEEDED((token.*getter)(text.receive())) ? text.utf8() : std::string();
 }
 
@@ -53,8 +53,8 @@ TokenTable readTokens(ITokenProvider& provider) {
     TokenTable table;
     const HRESULT result = provider.GetKeyCount(&table.slots);
     if (FAILED(result)) {
-        throw refused(kExitFailure, "count the tokens", result,
-                      "look whether the reader is connected");
+        throw libraryFailure(kExitFailure, "count the tokens", result,
+                             "check that the reader is connected");
     }
     for (LONG i = 0; i < std::min(table.slots, kMostSlots); ++i) {
         TokenRow row;
@@ -84,16 +84,16 @@ TokenRow chooseToken(TokenTable table, const TokenChoice& choice) {
     }
     const std::string asked = "choose " + describe(choice);
     if (chosen.size() > 1) {
-        throw failed(kExitNotFound, asked, "several are there: " + listRows(chosen),
-                     "choose one by --index, --label or --serial");
+        throw commandFailure(kExitNotFound, asked, "several tokens match: " + listRows(chosen),
+                             "choose one with --index, --label or --serial");
     }
     if (chosen.empty()) {
-        throw failed(kExitNotFound, asked,
-                     present.empty() ? "none of " + std::to_string(table.slots) +
-                                           " slots holds a token that opens"
-                                     : "there are only: " + present,
-                     present.empty() ? "connect a token, or initialise the one that is there"
-                                     : "choose one of these");
+        throw commandFailure(kExitNotFound, asked,
+                             present.empty() ? "none of " + std::to_string(table.slots) +
+                                                   " slots contains a token that opens"
+                                             : "the tokens are: " + present,
+                             present.empty() ? "connect a token, or initialise the connected one"
+                                             : "choose one of them");
     }
     return std::move(chosen.front());
 }
@@ -106,7 +106,8 @@ PinEntry::PinEntry(const PinOptions& options, Need need)
     }
     if (!m_source) {
         if (m_securityOfficer) {
-            throw failed(kExitUsage, "log in as " + role(), "no PIN is given", "give it by --pin");
+            throw commandFailure(kExitUsage, "log in as " + role(), "no PIN is given",
+                                 "give --pin");
         }
         return;
     }
@@ -117,7 +118,7 @@ PinEntry::PinEntry(const PinOptions& options, Need need)
     }
 }
 
-const Secret* PinEntry::get(const TokenRow& token) {
+const Pin* PinEntry::get(const TokenRow& token) {
     if (!m_source) {
         return nullptr;
     }
@@ -140,16 +141,16 @@ TokenSession::TokenSession(const TokenOptions& options)
       m_row(chooseToken(readTokens(m_module.provider()), options.choice)) {}
 
 bool TokenSession::login(PinEntry& pin) const {
-    const Secret* secret = pin.get(m_row);
-    if (secret == nullptr) {
+    const Pin* value = pin.get(m_row);
+    if (!value) {
         return false;
     }
-    const HRESULT result = m_row.token->VerifyPIN(SecretText(*secret).get(), pin.type());
+    const HRESULT result = m_row.token->VerifyPIN(PinText(*value).get(), pin.type());
     if (FAILED(result)) {
-        throw refused(kExitLoginRefused, "log in to " + inQuotes(m_row.label) + " as " + pin.role(),
-                      result,
-                      "wrong and locked are not told apart, and tries are limited: make sure of "
-                      "the PIN before another");
+        throw libraryFailure(
+            kExitLoginRefused, "log in to " + inQuotes(m_row.label) + " as " + pin.role(), result,
+            "the PIN is wrong or locked; retries are limited, so check the PIN before you "
+            "try again");
     }
     return true;
 }

@@ -1,51 +1,53 @@
-// From options to a token: what tokens are there, the one that is meant, the login to it.
+// From options to a token: the tokens of a module, the choice of one, the login.
 #pragma once
+
+#include <zrkey/zrkey.hpp>
 
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "module_loading.h"
-#include "secret.h"
+#include "host/token/module_loading.h"
+#include "host/token/pin.h"
 
 namespace zr::host {
 
-/// An open token and what it is called.
+/// An open token and its texts.
 struct TokenRow {
     LONG index = 0;
     std::string label;
     std::string serial;
     std::string manufacturer;
     std::string model;
-    ComRef<IKeyObject> token;
+    zrkey::ComRef<IKeyObject> token;
 };
 
 struct TokenTable {
     INT slots = 0;
-    /// Without the slots that cannot be opened or have neither label nor serial number: no token
-    /// has been made in them yet.
+    /// Without slots that cannot be opened, and slots without label and serial number, whose token
+    /// is not initialised.
     std::vector<TokenRow> rows;
 };
 
 TokenTable readTokens(ITokenProvider& provider);
 
-/// The row that is meant. Throws a Failure when there is none, or more than one.
+/// The row that matches. Throws a Failure when none or several match.
 TokenRow chooseToken(TokenTable table, const TokenChoice& choice);
 
-/// The PIN of a command: taken before anything is touched, but for the prompt, which waits until
-/// the token is known.
+/// The PIN of a command. It is read before any token is touched; only the prompt waits until the
+/// token is known.
 class PinEntry {
 public:
     enum class Need {
         kOnRequest,   ///< without a source there is no login
-        kIfPossible,  ///< without a source the terminal is asked, if there is one
-        kAlways       ///< as before, and it is wrong usage when there is none
+        kIfPossible,  ///< without a source prompt, if there is a terminal
+        kAlways       ///< without a source prompt; wrong usage without a terminal
     };
-    /// Throws a Failure when the source gives no PIN.
+    /// Throws a Failure when the source has no PIN.
     PinEntry(const PinOptions& options, Need need);
 
-    /// The PIN, or null when there is to be no login.
-    const Secret* get(const TokenRow& token);
+    /// The PIN; null means no login.
+    const Pin* get(const TokenRow& token);
     /// "user" or "security officer".
     std::string role() const;
     INT type() const;
@@ -53,10 +55,10 @@ public:
 private:
     std::optional<PinSource> m_source;
     bool m_securityOfficer;
-    std::optional<Secret> m_pin;
+    std::optional<Pin> m_pin;
 };
 
-/// A module and one of its tokens, released in this order: token, module.
+/// A module and one of its tokens. Destruction releases the token, then the module.
 class TokenSession {
 public:
     explicit TokenSession(const TokenOptions& options);
@@ -64,8 +66,8 @@ public:
     const TokenRow& row() const { return m_row; }
     IKeyObject* operator->() const { return m_row.token.get(); }
     IKeyObject& token() const { return *m_row.token.get(); }
-    /// Tries the PIN once. Throws a Failure when the token refuses it.
-    /// @return false when there is none.
+    /// Logs in, with one attempt. Throws a Failure when the token refuses the PIN.
+    /// @return false, without a login, when there is no PIN.
     bool login(PinEntry& pin) const;
 
 private:

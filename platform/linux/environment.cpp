@@ -1,5 +1,6 @@
 // Current directory, executable, environment variables, directories and local time.
-#include <kernel.h>
+#include "platform/linux/kernel.h"
+
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -10,10 +11,10 @@
 
 namespace {
 
-// The convention of the functions that copy a text whole or not at all.
+// Copies a text if it fits. Returns its length then, otherwise the size it needs.
 DWORD copyIfItFits(std::string_view text, LPSTR buffer, DWORD size) {
     const auto length = static_cast<DWORD>(text.size());
-    if (buffer == nullptr || length >= size) {
+    if (!buffer || length >= size) {
         return length + 1;
     }
     std::memcpy(buffer, text.data(), length);
@@ -25,7 +26,7 @@ DWORD copyIfItFits(std::string_view text, LPSTR buffer, DWORD size) {
 
 DWORD GetCurrentDirectoryA(DWORD size, LPSTR buffer) {
     char* directory = getcwd(nullptr, 0);
-    if (directory == nullptr) {
+    if (!directory) {
         return 0;
     }
     const DWORD length = copyIfItFits(directory, buffer, size);
@@ -34,11 +35,11 @@ DWORD GetCurrentDirectoryA(DWORD size, LPSTR buffer) {
 }
 
 BOOL SetCurrentDirectoryA(LPCSTR path) {
-    return path != nullptr && chdir(path) == 0 ? TRUE : FALSE;
+    return path && chdir(path) == 0 ? TRUE : FALSE;
 }
 
 DWORD GetModuleFileNameA(HMODULE module, LPSTR buffer, DWORD size) {
-    if (module != nullptr || buffer == nullptr || size == 0) {
+    if (module || !buffer || size == 0) {
         return 0;
     }
     const ssize_t length = readlink("/proc/self/exe", buffer, size);
@@ -54,12 +55,12 @@ DWORD GetModuleFileNameA(HMODULE module, LPSTR buffer, DWORD size) {
 }
 
 DWORD GetEnvironmentVariableA(LPCSTR name, LPSTR buffer, DWORD size) {
-    const char* value = name == nullptr ? nullptr : std::getenv(name);
-    return value == nullptr ? 0 : copyIfItFits(value, buffer, size);
+    const char* value = name ? std::getenv(name) : nullptr;
+    return value ? copyIfItFits(value, buffer, size) : 0;
 }
 
 BOOL CreateDirectoryA(LPCSTR path, SECURITY_ATTRIBUTES* attributes) {
-    return path != nullptr && attributes == nullptr && mkdir(path, 0777) == 0 ? TRUE : FALSE;
+    return path && !attributes && mkdir(path, 0777) == 0 ? TRUE : FALSE;
 }
 
 void GetLocalTime(SYSTEMTIME* time) {

@@ -1,5 +1,5 @@
-// Atomic steps of reference counts.
-#include <kernel.h>
+// Atomic increment and decrement.
+#include "platform/linux/kernel.h"
 
 LONG InterlockedIncrement(volatile LONG* value) {
     return __atomic_add_fetch(value, 1, __ATOMIC_SEQ_CST);

@@ -1,20 +1,15 @@
-// The kernel services the library calls, under their Windows names and with their results.
+// The kernel services that the library calls, with the names and results of Windows.
 //
-// Linked into the library and exported by nobody. Paths and texts are bytes in the encoding of the
-// file system; nothing is converted.
+// They are linked into the library and not exported. Paths are bytes in the encoding of the file
+// system; nothing is converted.
 #pragma once
 
 #include <zrkey/automation.h>
 
 namespace zr {
 
-/// What separates the components of a path the system hands out.
+/// The separator in the paths that the system returns.
 inline constexpr char kPathSeparator = '/';
-
-/// Whether a path with "/" as separator leads from the root.
-inline bool isAbsolutePath(const char* path) {
-    return path[0] == '/';
-}
 
 }  // namespace zr
 
@@ -45,71 +40,79 @@ inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 8;
 inline constexpr DWORD MB_ERR_INVALID_CHARS = 8;
 inline constexpr DWORD WC_ERR_INVALID_CHARS = 0x80;
 
-/// Loads a shared library; every call is balanced by one FreeLibrary.
-/// "OleAut32.dll", in any case, names the automation platform that the process runs on.
-/// @param fileName  path, or a bare name that the dynamic loader looks up.
-/// @return the module, or null when it cannot be loaded.
+/// Loads a shared library. Call FreeLibrary once for each successful call.
+/// @param fileName  a path, or a bare name that the dynamic loader searches for. "OleAut32.dll", in
+///                  upper or lower case, is the automation platform of the process.
+/// @return the module; null when it cannot be loaded.
 HMODULE LoadLibraryA(LPCSTR fileName);
 
 /// As LoadLibraryA.
-/// @param file   reserved, null.
-/// @param flags  0 or LOAD_WITH_ALTERED_SEARCH_PATH; on this target both find dependencies alike.
-/// @return the module; null when it cannot be loaded or a flag is not supported.
+/// @param file   reserved, must be null.
+/// @param flags  0 or LOAD_WITH_ALTERED_SEARCH_PATH, which makes no difference on this target.
+/// @return the module; null when it cannot be loaded or an argument is not supported.
 HMODULE LoadLibraryExA(LPCSTR fileName, HANDLE file, DWORD flags);
 
-/// @return the exported function, or null.
+/// @return the function that the module or a library it depends on exports; null when there is
+///         none.
 FARPROC GetProcAddress(HMODULE module, LPCSTR name);
 
-/// @return 1 when the reference was given back, else 0.
+/// @return 1 when the module was released, else 0.
 BOOL FreeLibrary(HMODULE module);
 
-/// @param size    bytes at buffer.
-/// @param buffer  receives the terminated path when it fits; untouched otherwise.
-/// @return length without the terminator; the size needed, with it, when it does not fit; 0 on
-///         failure.
+/// @param size    size of buffer in bytes.
+/// @param buffer  receives the terminated path; untouched when it does not fit.
+/// @return the length without the terminator; when the path does not fit, the size it needs with
+///         the terminator; 0 on failure.
 DWORD GetCurrentDirectoryA(DWORD size, LPSTR buffer);
 
 /// @return 1 when the directory was changed, else 0.
 BOOL SetCurrentDirectoryA(LPCSTR path);
 
-/// The path of the process's executable.
-/// @param module  null; other modules are not supported and give 0.
-/// @param size    bytes at buffer; a longer path is cut and still terminated.
-/// @return length without the terminator; size when the path was cut; 0 on failure.
+/// Returns the path of the process's executable.
+/// @param module  must be null; other modules are not supported.
+/// @param buffer  receives the terminated path, cut when it does not fit.
+/// @param size    size of buffer in bytes.
+/// @return the length without the terminator; size when the path was cut; 0 on failure.
 DWORD GetModuleFileNameA(HMODULE module, LPSTR buffer, DWORD size);
 
-/// @param size  bytes at buffer; a value that does not fit leaves it untouched.
-/// @return length without the terminator; the size needed, with it, when it does not fit; 0 when
-///         the variable is not set.
+/// @param buffer  receives the terminated value; untouched when it does not fit.
+/// @param size    size of buffer in bytes.
+/// @return the length without the terminator; when the value does not fit, the size it needs with
+///         the terminator; 0 when the variable is not set.
 DWORD GetEnvironmentVariableA(LPCSTR name, LPSTR buffer, DWORD size);
 
-/// @param attributes  reserved, null.
-/// @return 1 when the directory was made, else 0.
+/// @param attributes  reserved, must be null.
+/// @return 1 when the directory was created, else 0.
 BOOL CreateDirectoryA(LPCSTR path, SECURITY_ATTRIBUTES* attributes);
 
-/// The wall-clock time of the process's time zone.
+/// Returns the wall-clock time in the time zone of the process.
 void GetLocalTime(SYSTEMTIME* time);
 
-/// UTF-8 to UTF-16.
-/// @param codePage  CP_UTF8; any other gives 0.
-/// @param flags     0 (an invalid sequence becomes U+FFFD) or MB_ERR_INVALID_CHARS.
-/// @param length    bytes at source, or -1 when it is terminated (the terminator is converted too).
-/// @param size      units at target; 0 asks for the number needed.
-/// @return units written or needed; 0 on failure, a target that is too small included.
+/// Converts UTF-8 to UTF-16.
+/// @param codePage  must be CP_UTF8.
+/// @param flags     0, invalid sequences become U+FFFD, or MB_ERR_INVALID_CHARS, they are a
+///                  failure.
+/// @param length    length of source in bytes; negative when source is terminated. A terminator at
+///                  the end is converted, too.
+/// @param target    receives the text; may be null when size is 0.
+/// @param size      size of target in UTF-16 units; 0 only computes the size needed.
+/// @return the number of units written or needed; 0 on failure, also when target is too small.
 int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR source, int length, WCHAR* target,
                         int size);
 
-/// UTF-16 to UTF-8.
-/// @param codePage     CP_UTF8; any other gives 0.
-/// @param flags        0 (a lone surrogate becomes U+FFFD) or WC_ERR_INVALID_CHARS.
-/// @param length       units at source, or -1 when it is terminated.
-/// @param size         bytes at target; 0 asks for the number needed.
-/// @param defaultChar  null for UTF-8, as on Windows; otherwise 0 is returned.
-/// @param defaultUsed  null for UTF-8.
-/// @return bytes written or needed; 0 on failure, a target that is too small included.
+/// Converts UTF-16 to UTF-8.
+/// @param codePage     must be CP_UTF8.
+/// @param flags        0, a lone surrogate becomes U+FFFD, or WC_ERR_INVALID_CHARS, it is a
+///                     failure.
+/// @param length       length of source in UTF-16 units; negative when source is terminated.
+/// @param target       receives the text; may be null when size is 0.
+/// @param size         size of target in bytes; 0 only computes the size needed.
+/// @param defaultChar  must be null.
+/// @param defaultUsed  must be null.
+/// @return the number of bytes written or needed; 0 on failure, also when target is too small.
 int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH source, int length, LPSTR target,
                         int size, LPCSTR defaultChar, BOOL* defaultUsed);
 
-/// @return the value after the step.
+/// @return the new value.
 LONG InterlockedIncrement(volatile LONG* value);
 LONG InterlockedDecrement(volatile LONG* value);

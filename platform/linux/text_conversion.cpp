@@ -1,5 +1,7 @@
-// UTF-8 to UTF-16 and back, with Windows' results for damaged input and small buffers.
-#include <kernel.h>
+// Conversion between UTF-8 and UTF-16, with the results of Windows for invalid input and small
+// buffers.
+#include "platform/linux/kernel.h"
+
 #include <utf8.h>
 
 #include <algorithm>
@@ -11,26 +13,26 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-/// Takes the output of one conversion: counts it when no buffer was given, else fills the buffer.
-template <typename Unit>
+/// The output of one conversion: fills a buffer, or only counts when there is none.
+template <class Unit>
 class Output {
 public:
-    Output(Unit* target, int size) : target_(target), size_(static_cast<std::size_t>(size)) {}
+    Output(Unit* target, int size) : m_target(target), m_size(static_cast<std::size_t>(size)) {}
 
-    bool counting() const { return size_ == 0; }
-    std::size_t room() const { return counting() ? SIZE_MAX : size_ - used_; }
+    bool counting() const { return m_size == 0; }
+    std::size_t room() const { return counting() ? SIZE_MAX : m_size - m_used; }
     void put(Unit unit) {
         if (!counting()) {
-            target_[used_] = unit;
+            m_target[m_used] = unit;
         }
-        ++used_;
+        ++m_used;
     }
-    int result() const { return used_ > INT_MAX ? 0 : static_cast<int>(used_); }
+    int result() const { return m_used > INT_MAX ? 0 : static_cast<int>(m_used); }
 
 private:
-    Unit* target_;
-    std::size_t size_;
-    std::size_t used_ = 0;
+    Unit* m_target;
+    std::size_t m_size;
+    std::size_t m_used = 0;
 };
 
 std::size_t sequenceLength(unsigned char lead) {
@@ -47,9 +49,10 @@ bool isContinuation(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
-// The end of the invalid sequence at start, for which one replacement stands. A sequence that
-// would reach past the end swallows what is left, a terminator included; another one ends before
-// the first byte that is no continuation, or after a second byte of a value that no text may have.
+// The end of the invalid sequence at start, which one replacement character stands for. A sequence
+// whose lead byte needs more bytes than are left extends to the end. Any other sequence ends
+// before the first byte that is no continuation, or after a second byte that makes the value
+// invalid.
 const char* skipInvalid(const char* start, const char* end) {
     const std::size_t length = sequenceLength(static_cast<unsigned char>(*start));
     if (length > static_cast<std::size_t>(end - start)) {
@@ -68,9 +71,9 @@ const char* skipInvalid(const char* start, const char* end) {
     return next;
 }
 
-// Most text is of one unit a character in both encodings.
-// False when the target is too small for it.
-template <typename From, typename To>
+// Converts ASCII characters, which are one unit in both encodings. Returns false when the target is
+// too small.
+template <class From, class To>
 bool putAscii(const From** source, const From* end, Output<To>* output) {
     for (; *source != end && static_cast<std::make_unsigned_t<From>>(**source) < 0x80; ++*source) {
         if (output->room() == 0) {
@@ -81,8 +84,8 @@ bool putAscii(const From** source, const From* end, Output<To>* output) {
     return true;
 }
 
-// False when the target is too small. A pair of surrogates is cut when it is the last of the input
-// and one unit is left for it.
+// Returns false when the target is too small. As on Windows, a surrogate pair at the end of the
+// input is cut when there is room for one unit.
 bool putUtf16(char32_t codePoint, bool last, Output<WCHAR>* output) {
     if (output->room() == 0) {
         return false;
@@ -111,7 +114,7 @@ char32_t nextCodePoint(LPCWCH* source, LPCWCH end, bool* invalid) {
     return kReplacement;
 }
 
-template <typename Unit>
+template <class Unit>
 std::size_t sourceLength(const Unit* source, int length) {
     return length < 0 ? std::char_traits<Unit>::length(source) + 1
                       : static_cast<std::size_t>(length);
@@ -121,37 +124,43 @@ std::size_t sourceLength(const Unit* source, int length) {
 
 int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR source, int length, WCHAR* target,
                         int size) {
-    if (codePage != CP_UTF8 || (flags & ~MB_ERR_INVALID_CHARS) != 0 || source == nullptr ||
-        length == 0 || size < 0 || (size > 0 && target == nullptr)) {
+    if (codePage != CP_UTF8 || (flags & ~MB_ERR_INVALID_CHARS) != 0 || !source || length == 0 ||
+        size < 0 || (size > 0 && !target)) {
         return 0;
     }
     const char* const end = source + sourceLength(source, length);
+    // The terminator is converted separately: terminated input gives terminated output, even after
+    // an incomplete sequence.
+    const bool isTerminated = end[-1] == '\0';
+    const char* const textEnd = isTerminated ? end - 1 : end;
     Output<WCHAR> output(target, size);
     bool invalid = false;
-    while (putAscii(&source, end, &output) && source != end) {
-        const char* const valid = utf8::find_invalid(source, end);
+    while (putAscii(&source, textEnd, &output) && source != textEnd) {
+        const char* const valid = utf8::find_invalid(source, textEnd);
         while (source != valid) {
             const char32_t codePoint = utf8::unchecked::next(source);
             if (!putUtf16(codePoint, source == end, &output)) {
                 return 0;
             }
         }
-        if (source != end) {
+        if (source != textEnd) {
             invalid = true;
-            source = skipInvalid(source, end);
-            if (!putUtf16(kReplacement, source == end, &output)) {
+            source = std::min(skipInvalid(source, end), textEnd);
+            if (!putUtf16(kReplacement, false, &output)) {
                 return 0;
             }
         }
     }
-    return source != end || (invalid && (flags & MB_ERR_INVALID_CHARS) != 0) ? 0 : output.result();
+    if (source != textEnd || (isTerminated && !putUtf16(U'\0', false, &output))) {
+        return 0;
+    }
+    return invalid && (flags & MB_ERR_INVALID_CHARS) != 0 ? 0 : output.result();
 }
 
 int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH source, int length, LPSTR target,
                         int size, LPCSTR defaultChar, BOOL* defaultUsed) {
-    if (codePage != CP_UTF8 || (flags & ~WC_ERR_INVALID_CHARS) != 0 || source == nullptr ||
-        length == 0 || size < 0 || (size > 0 && target == nullptr) || defaultChar != nullptr ||
-        defaultUsed != nullptr) {
+    if (codePage != CP_UTF8 || (flags & ~WC_ERR_INVALID_CHARS) != 0 || !source || length == 0 ||
+        size < 0 || (size > 0 && !target) || defaultChar || defaultUsed) {
         return 0;
     }
     const LPCWCH end = source + sourceLength(source, length);

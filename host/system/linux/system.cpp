@@ -1,9 +1,10 @@
 // The command's system services on Linux.
-#include "system.h"
+#include "host/system/system.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -12,8 +13,18 @@
 namespace zr::host {
 namespace {
 
-/// The usual size, and no more where there is more: "unlimited" is no number to divide.
+/// The usual limit. A larger one is not used: "unlimited" is not a number to calculate with.
 constexpr rlim_t kMostStack = 8 << 20;
+
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+int openFile(const std::string& path, int flags, std::error_code& error) {
+    const int descriptor = open(path.c_str(), flags | O_CLOEXEC, 0666);
+    error = descriptor < 0 ? lastError() : std::error_code();
+    return descriptor;
+}
 
 }  // namespace
 
@@ -23,7 +34,7 @@ std::vector<std::string> commandLineArguments(int argc, char** argv) {
 
 std::optional<std::string> environmentVariable(const std::string& name) {
     const char* value = std::getenv(name.c_str());
-    return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
+    return value ? std::optional<std::string>(value) : std::nullopt;
 }
 
 std::size_t stackSize() {
@@ -32,10 +43,14 @@ std::size_t stackSize() {
     return static_cast<std::size_t>(std::min(limit.rlim_cur, kMostStack));
 }
 
+void secureErase(void* memory, std::size_t size) {
+    explicit_bzero(memory, size);
+}
+
 void holdStandardStreams() {
     for (const int stream : {kStandardInput, kStandardOutput, kStandardError}) {
         if (!isDescriptorOpen(stream)) {
-            // Gets the lowest number that is free: this one.
+            // The system gives it the lowest free number, which is this one.
             open("/dev/null", stream == kStandardInput ? O_WRONLY : O_RDONLY);
         }
     }
@@ -45,20 +60,21 @@ bool isDescriptorOpen(int descriptor) {
     return fcntl(descriptor, F_GETFD) >= 0;
 }
 
-int openForReading(const std::string& path) {
-    return open(path.c_str(), O_RDONLY | O_CLOEXEC);
+int openForReading(const std::string& path, std::error_code& error) {
+    return openFile(path, O_RDONLY, error);
 }
 
-int openForWriting(const std::string& path) {
-    return open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+int openForWriting(const std::string& path, std::error_code& error) {
+    return openFile(path, O_WRONLY | O_CREAT | O_TRUNC, error);
 }
 
-std::ptrdiff_t readSome(int descriptor, char* bytes, std::size_t size) {
+std::size_t readSome(int descriptor, char* bytes, std::size_t size, std::error_code& error) {
     ssize_t count = 0;
     do {
         count = read(descriptor, bytes, size);
     } while (count < 0 && errno == EINTR);
-    return count;
+    error = count < 0 ? lastError() : std::error_code();
+    return count < 0 ? 0 : static_cast<std::size_t>(count);
 }
 
 int duplicateDescriptor(int descriptor) {
@@ -70,22 +86,22 @@ void redirectDescriptor(int target, int source) {
     }
 }
 
-bool closeDescriptor(int descriptor) {
-    return close(descriptor) == 0;
+std::error_code closeDescriptor(int descriptor) {
+    return close(descriptor) != 0 ? lastError() : std::error_code();
 }
 
-bool writeAll(int descriptor, std::string_view bytes) {
+std::error_code writeAll(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t written = write(descriptor, bytes.data(), bytes.size());
         if (written < 0 && errno == EINTR) {
             continue;
         }
-        if (written <= 0) {
-            return false;
+        if (written < 0) {
+            return lastError();
         }
         bytes.remove_prefix(static_cast<std::size_t>(written));
     }
-    return true;
+    return {};
 }
 
 int openDroppedOutput() {
@@ -93,7 +109,7 @@ int openDroppedOutput() {
 }
 
 void rewindDroppedOutput(int) {
-    // The null device keeps nothing.
+    // The null device keeps no output.
 }
 
 }  // namespace zr::host

@@ -1,5 +1,5 @@
-// Asking on the controlling terminal on Linux: /dev/tty without echo.
-#include "terminal.h"
+// Prompting on the controlling terminal on Linux: /dev/tty without echo.
+#include "host/system/terminal.h"
 
 #include <array>
 #include <csignal>
@@ -9,7 +9,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include "system.h"
+#include "host/system/system.h"
 
 namespace zr::host {
 namespace {
@@ -20,8 +20,8 @@ void noteSignal(int signal) {
     s_signal = signal;
 }
 
-/// While it lives, signals that would end the process are held back but for await, which they end,
-/// so that the echo is switched on again before they take effect.
+/// Blocks the signals that would end the process until destruction, except inside await, which they
+/// end: the echo is switched on again before they take effect.
 class SignalGuard {
 public:
     SignalGuard() {
@@ -33,7 +33,7 @@ public:
         sigemptyset(&held);
         for (std::size_t i = 0; i < kSignals.size(); ++i) {
             sigaction(kSignals[i], nullptr, &m_before[i]);
-            // What the caller wants ignored, as nohup does, ends no prompt either.
+            // A signal that the caller ignores, as nohup does, must not end the prompt either.
             if (m_before[i].sa_handler != SIG_IGN) {
                 sigaddset(&held, kSignals[i]);
                 sigaction(kSignals[i], &action, nullptr);
@@ -66,7 +66,7 @@ private:
     sigset_t m_maskBefore = {};
 };
 
-/// The terminal, open and without echo while it lives.
+/// The terminal, open and without echo until destruction.
 class SilentTerminal {
 public:
     SilentTerminal() : m_descriptor(open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)) {
@@ -98,20 +98,22 @@ private:
     termios m_before = {};
 };
 
-Asked readLine(const SignalGuard& signals, int descriptor, Secret& answer) {
-    Asked result = Asked::kAnswered;
+PromptResult readLine(const SignalGuard& signals, int descriptor,
+                      const std::function<bool(char)>& take) {
+    PromptResult result = PromptResult::kAnswered;
     for (;;) {
         char byte = 0;
-        if (!signals.await(descriptor) || readSome(descriptor, &byte, 1) != 1) {
-            return Asked::kCancelled;
+        std::error_code error;
+        if (!signals.await(descriptor) || readSome(descriptor, &byte, 1, error) != 1) {
+            return PromptResult::kCancelled;
         }
         if (byte == '\n') {
             return result;
         }
-        if (!answer.append(byte)) {
-            result = Asked::kTooLong;
+        if (!take(byte)) {
+            result = PromptResult::kTooLong;
         }
-        wipe(&byte, 1);
+        secureErase(&byte, 1);
     }
 }
 
@@ -125,14 +127,14 @@ bool hasTerminal() {
     return descriptor >= 0;
 }
 
-Asked askSecret(const std::string& prompt, Secret& answer) {
+PromptResult promptHidden(const std::string& prompt, const std::function<bool(char)>& take) {
     const SignalGuard signals;
     const SilentTerminal terminal;
     if (!terminal.isSilent()) {
-        return Asked::kNoTerminal;
+        return PromptResult::kNoTerminal;
     }
     writeAll(terminal.descriptor(), prompt);
-    const Asked result = readLine(signals, terminal.descriptor(), answer);
+    const PromptResult result = readLine(signals, terminal.descriptor(), take);
     writeAll(terminal.descriptor(), "\n");
     return result;
 }

@@ -1,7 +1,8 @@
 // The command's system services on Windows.
-#include "system.h"
+#include "host/system/system.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 
 #include <windows.h>
@@ -33,12 +34,23 @@ std::string toUtf8(const wchar_t* text) {
     return bytes;
 }
 
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+int openFile(const std::string& path, int flags, std::error_code& error) {
+    const int descriptor =
+        _wopen(toWide(path).c_str(), flags | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
+    error = descriptor < 0 ? lastError() : std::error_code();
+    return descriptor;
+}
+
 }  // namespace
 
 std::vector<std::string> commandLineArguments(int argc, char** argv) {
     int count = 0;
     wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
-    if (wide == nullptr) {
+    if (!wide) {
         return {argv + std::min(argc, 1), argv + argc};
     }
     std::vector<std::string> arguments;
@@ -59,7 +71,7 @@ std::optional<std::string> environmentVariable(const std::string& name) {
     GetEnvironmentVariableW(wideName.c_str(), value.data(), size);
     std::string utf8 = toUtf8(value.c_str());
     // It may be a PIN.
-    SecureZeroMemory(value.data(), value.size() * sizeof(wchar_t));
+    secureErase(value.data(), value.size() * sizeof(wchar_t));
     return utf8;
 }
 
@@ -68,6 +80,10 @@ std::size_t stackSize() {
     ULONG_PTR high = 0;
     GetCurrentThreadStackLimits(&low, &high);
     return high - low;
+}
+
+void secureErase(void* memory, std::size_t size) {
+    SecureZeroMemory(memory, size);
 }
 
 void holdStandardStreams() {
@@ -85,24 +101,26 @@ void holdStandardStreams() {
 }
 
 bool isDescriptorOpen(int descriptor) {
-    // What the runtime keeps for a standard stream that leads nowhere.
+    // The C library's handle of a standard stream that the process was started without.
     constexpr std::intptr_t nowhere = -2;
     const std::intptr_t handle = _get_osfhandle(descriptor);
     return handle != -1 && handle != nowhere;
 }
 
-int openForReading(const std::string& path) {
-    return _wopen(toWide(path).c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT);
+int openForReading(const std::string& path, std::error_code& error) {
+    return openFile(path, _O_RDONLY, error);
 }
 
-int openForWriting(const std::string& path) {
-    return _wopen(toWide(path).c_str(), _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY | _O_NOINHERIT,
-                  _S_IREAD | _S_IWRITE);
+int openForWriting(const std::string& path, std::error_code& error) {
+    return openFile(path, _O_WRONLY | _O_CREAT | _O_TRUNC, error);
 }
 
-std::ptrdiff_t readSome(int descriptor, char* bytes, std::size_t size) {
+std::size_t readSome(int descriptor, char* bytes, std::size_t size, std::error_code& error) {
     _setmode(descriptor, _O_BINARY);
-    return _read(descriptor, bytes, static_cast<unsigned>(std::min<std::size_t>(size, 1U << 20)));
+    const int count =
+        _read(descriptor, bytes, static_cast<unsigned>(std::min<std::size_t>(size, 1U << 20)));
+    error = count < 0 ? lastError() : std::error_code();
+    return count < 0 ? 0 : static_cast<std::size_t>(count);
 }
 
 int duplicateDescriptor(int descriptor) {
@@ -117,24 +135,27 @@ void redirectDescriptor(int target, int source) {
     _dup2(source, target);
 }
 
-bool closeDescriptor(int descriptor) {
-    return _close(descriptor) == 0;
+std::error_code closeDescriptor(int descriptor) {
+    return _close(descriptor) != 0 ? lastError() : std::error_code();
 }
 
-bool writeAll(int descriptor, std::string_view bytes) {
+std::error_code writeAll(int descriptor, std::string_view bytes) {
     _setmode(descriptor, _O_BINARY);
     while (!bytes.empty()) {
         const auto chunk = static_cast<unsigned>(std::min<std::size_t>(bytes.size(), 1U << 20));
         const int written = _write(descriptor, bytes.data(), chunk);
-        if (written <= 0) {
-            return false;
+        if (written < 0) {
+            return lastError();
+        }
+        if (written == 0) {
+            return std::make_error_code(std::errc::no_space_on_device);
         }
         bytes.remove_prefix(static_cast<std::size_t>(written));
     }
-    return true;
+    return {};
 }
 
-// A file that goes away with its last descriptor. Not the null device: writing to that takes
+// A file that is deleted with its last descriptor. Not the null device: writing to it takes
 // milliseconds under Wine.
 int openDroppedOutput() {
     wchar_t folder[MAX_PATH + 1];

@@ -1,14 +1,16 @@
-// Asking on the console on Windows: CONIN$ without echo.
-#include "terminal.h"
+// Prompting on the console on Windows: CONIN$ without echo.
+#include "host/system/terminal.h"
 
 #include <windows.h>
 
 #include <array>
 
+#include "host/system/system.h"
+
 namespace zr::host {
 namespace {
 
-/// A handle of the console, closed when it goes.
+/// A handle of the console, closed on destruction.
 class ConsoleHandle {
 public:
     explicit ConsoleHandle(const wchar_t* name)
@@ -30,7 +32,7 @@ private:
     HANDLE m_handle;
 };
 
-/// Switches the echo of the console's input off while it lives.
+/// Switches the echo of the console's input off until destruction.
 class SilentInput {
 public:
     explicit SilentInput(HANDLE input) : m_input(input) {
@@ -61,10 +63,11 @@ void write(HANDLE output, const std::string& utf8) {
     WriteConsoleW(output, wide.data(), static_cast<DWORD>(size), &written, nullptr);
 }
 
-Asked readLine(HANDLE input, Secret& answer) {
-    // As many characters as a secret has bytes, and the end of the line.
-    std::array<wchar_t, Secret::kCapacity + 2> line = {};
-    std::array<char, 3 * Secret::kCapacity + 6> bytes = {};
+PromptResult readLine(HANDLE input, const std::function<bool(char)>& take) {
+    // More than any PIN has; the console cuts off what is longer.
+    constexpr std::size_t kLongestLine = 256;
+    std::array<wchar_t, kLongestLine> line = {};
+    std::array<char, 3 * kLongestLine> bytes = {};
     DWORD length = 0;
     const bool isRead =
         ReadConsoleW(input, line.data(), static_cast<DWORD>(line.size()), &length, nullptr) != 0;
@@ -75,16 +78,18 @@ Asked readLine(HANDLE input, Secret& answer) {
     const int size =
         WideCharToMultiByte(CP_UTF8, 0, line.data(), static_cast<int>(length), bytes.data(),
                             static_cast<int>(bytes.size()), nullptr, nullptr);
-    Asked result = !isRead ? Asked::kCancelled : isWhole ? Asked::kAnswered : Asked::kTooLong;
+    PromptResult result = !isRead   ? PromptResult::kCancelled
+                          : isWhole ? PromptResult::kAnswered
+                                    : PromptResult::kTooLong;
     for (int i = 0; i < size; ++i) {
-        if (!answer.append(bytes[static_cast<std::size_t>(i)])) {
-            result = Asked::kTooLong;
+        if (!take(bytes[static_cast<std::size_t>(i)])) {
+            result = PromptResult::kTooLong;
         }
     }
-    wipe(line.data(), line.size() * sizeof(wchar_t));
-    wipe(bytes.data(), bytes.size());
+    secureErase(line.data(), line.size() * sizeof(wchar_t));
+    secureErase(bytes.data(), bytes.size());
     if (!isWhole) {
-        // What is left of the line must not reach another reader.
+        // The rest of the line must not reach another reader.
         FlushConsoleInputBuffer(input);
     }
     return result;
@@ -96,18 +101,18 @@ bool hasTerminal() {
     return ConsoleHandle(L"CONIN$").isOpen() && ConsoleHandle(L"CONOUT$").isOpen();
 }
 
-Asked askSecret(const std::string& prompt, Secret& answer) {
+PromptResult promptHidden(const std::string& prompt, const std::function<bool(char)>& take) {
     const ConsoleHandle input(L"CONIN$");
     const ConsoleHandle output(L"CONOUT$");
     if (!input.isOpen() || !output.isOpen()) {
-        return Asked::kNoTerminal;
+        return PromptResult::kNoTerminal;
     }
     const SilentInput silent(input.get());
     if (!silent.isSilent()) {
-        return Asked::kNoTerminal;
+        return PromptResult::kNoTerminal;
     }
     write(output.get(), prompt);
-    const Asked result = readLine(input.get(), answer);
+    const PromptResult result = readLine(input.get(), take);
     write(output.get(), "\n");
     return result;
 }

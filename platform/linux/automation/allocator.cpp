@@ -1,5 +1,5 @@
-// The allocator of the automation platform: the C heap.
-#include "allocator.h"
+// The allocator of the automation platform, over the C heap.
+#include "platform/linux/automation/allocator.h"
 
 #include <cstdlib>
 

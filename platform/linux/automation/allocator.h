@@ -1,17 +1,17 @@
-// The one allocator behind strings, arrays and the contents of variants.
+// The allocator of strings, arrays and the contents of variants.
 //
-// Everything the automation platform hands out comes from here, so that a program which links its
-// own allocator.cpp in place of ours decides which allocation fails.
+// All memory of the automation platform comes from here. A test links another allocator.cpp instead
+// to make chosen allocations fail.
 #pragma once
 
 #include <cstddef>
 
 namespace zr {
 
-/// @return zeroed memory, aligned for any type; null when memory is short.
+/// @return zeroed memory, aligned for any type; null when out of memory.
 void* allocate(std::size_t size);
 
-/// Gives back what allocate returned; null is ignored.
+/// Frees memory from allocate; null is ignored.
 void release(void* memory);
 
 }  // namespace zr

@@ -1,10 +1,10 @@
 // Conversions between the numeric variant types, and from text to them.
-#include "number.h"
+#include "platform/linux/automation/number.h"
 
 #include <cmath>
 #include <limits>
 
-#include "text_number.h"
+#include "platform/linux/automation/text_number.h"
 
 namespace zr {
 namespace {
@@ -18,7 +18,7 @@ struct IntegerType {
     bool isSigned;
 };
 
-// No bits: not an integer type.
+// Width and sign of an integer type; 0 bits for any other type.
 IntegerType integerType(VARTYPE type) {
     switch (type) {
         case VT_I1:
@@ -81,7 +81,7 @@ HRESULT storeInteger(bool negative, ULONGLONG magnitude, IntegerType type, VARIA
     return S_OK;
 }
 
-// To the nearest integer, a half to the even one.
+// Rounds to the nearest integer, a half to the even one.
 double roundHalfEven(double value) {
     const double down = std::floor(value);
     const double rest = value - down;
@@ -92,7 +92,7 @@ double roundHalfEven(double value) {
 HRESULT realToInteger(double value, IntegerType type, VARIANT* target) {
     constexpr double kTwo62 = 4611686018427387904.0;
     constexpr double kTwo64 = 18446744073709551616.0;
-    // The platform converts no real beyond 62 bits to a signed 64-bit integer.
+    // Windows refuses reals of more than 62 bits here.
     if (type.bits == 64 && type.isSigned && !(value >= -kTwo62 && value < kTwo62)) {
         return DISP_E_OVERFLOW;
     }
@@ -133,7 +133,7 @@ HRESULT realToR4(double value, VARIANT* target) {
     return std::isinf(target->fltVal) ? DISP_E_OVERFLOW : S_OK;
 }
 
-// The whole part and the fraction are scaled apart: together they would lose the last digits.
+// The integral part and the fraction are scaled separately: scaling the sum would lose digits.
 HRESULT realToCurrency(double value, VARIANT* target) {
     constexpr double kLimit = 922337203685477.5807;
     if (!(std::fabs(value) < kLimit)) {
@@ -156,7 +156,7 @@ HRESULT integerToCurrency(const Number& number, VARIANT* target) {
     return S_OK;
 }
 
-// Floats and currencies are taken as they are, like dates themselves.
+// Only integers and doubles are checked for the range of dates.
 HRESULT storeDate(const Number& number, VARIANT* target) {
     const bool checked = number.kind == Number::Kind::kInteger ||
                          (number.kind == Number::Kind::kReal && number.bits == 64);
@@ -186,7 +186,7 @@ HRESULT storeAsInteger(const Number& number, IntegerType type, VARIANT* target) 
         default:
             break;
     }
-    // Between integers of one width the bits are kept, whatever they then mean.
+    // Integers of the same width keep their bits, even when the value changes.
     if (number.bits == type.bits) {
         storeBits(twosComplement(number.negative, number.magnitude), type.bits, target);
         return S_OK;
@@ -206,7 +206,7 @@ HRESULT storeHexadecimal(const TextNumber& number, VARTYPE type, VARIANT* target
         storeBits(number.bits, integer.bits, target);
         return S_OK;
     }
-    // Every other type takes the text for a signed 32-bit integer.
+    // All other types read the text as a signed 32-bit integer.
     constexpr ULONGLONG kSign = 0x80000000u;
     if (number.bits > kSign) {
         return DISP_E_OVERFLOW;
@@ -334,7 +334,7 @@ HRESULT storeText(const OLECHAR* text, VARTYPE type, VARIANT* target) {
     if (FAILED(hr)) {
         return hr;
     }
-    // What is too small for a float but not zero does not fit either.
+    // A value other than zero that a float rounds to zero is an overflow, too.
     if (type == VT_R4 && value.real != 0 &&
         std::fabs(value.real) < static_cast<double>(std::numeric_limits<FLOAT>::denorm_min())) {
         return DISP_E_OVERFLOW;

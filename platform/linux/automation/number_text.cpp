@@ -1,5 +1,5 @@
 // Numbers as texts.
-#include "number_text.h"
+#include "platform/linux/automation/number_text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -39,7 +39,7 @@ BSTR textOfReal(double value, int digits) {
         return SysAllocString(value < 0 ? OLESTR("-INF") : OLESTR("INF"));
     }
     char text[kBufferSize];
-    // Adding zero takes the sign from a negative one.
+    // Adding 0.0 turns -0.0 into 0.0.
     const auto result =
         std::to_chars(text, text + kBufferSize, value + 0.0, std::chars_format::general, digits);
     return allocateText(text, result.ptr);

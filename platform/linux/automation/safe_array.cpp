@@ -1,19 +1,19 @@
-// SAFEARRAY: its creation, locking, deep copy and destruction.
+// SAFEARRAY: creation, locking, deep copies and destruction.
 //
-// Sixteen hidden bytes before each array hold what the Windows structure has no field for: the
-// element type in the last four, or the interface identifier of interface elements.
+// As on Windows, 16 hidden bytes before the structure hold what has no field in it: the element
+// type in the last four bytes, or the interface identifier of interface elements.
 #include <zrkey/automation.h>
 
 #include <cstddef>
 #include <limits>
 
-#include "allocator.h"
+#include "platform/linux/automation/allocator.h"
 
 namespace {
 
 constexpr std::size_t kHiddenSize = 16;
 constexpr ULONG kMaxLocks = 0xffff;
-// The memory of the array is somebody else's.
+// The array does not own its memory.
 constexpr USHORT kForeign = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED;
 
 struct ElementType {
@@ -21,7 +21,7 @@ struct ElementType {
     USHORT features;
 };
 
-// A size of 0: not a type of elements.
+// Size and features of an element type; size 0 when elements cannot have the type.
 ElementType elementType(VARTYPE type) {
     switch (type) {
         case VT_I1:
@@ -76,7 +76,7 @@ void setHiddenType(SAFEARRAY* array, VARTYPE type) {
 SAFEARRAY* allocateDescriptor(UINT dimensions) {
     const std::size_t size = offsetof(SAFEARRAY, rgsabound) + dimensions * sizeof(SAFEARRAYBOUND);
     auto* block = static_cast<char*>(zr::allocate(kHiddenSize + size));
-    if (block == nullptr) {
+    if (!block) {
         return nullptr;
     }
     auto* array = reinterpret_cast<SAFEARRAY*>(block + kHiddenSize);
@@ -101,7 +101,7 @@ std::size_t elementCount(SAFEARRAY* array) {
     return count;
 }
 
-// False when the bytes of the array do not fit 32 bits.
+// Returns false when the array needs more than 32 bits of bytes.
 bool dataSize(SAFEARRAY* array, std::size_t* size) {
     ULONGLONG total = array->cbElements;
     bool fits = true;
@@ -123,9 +123,9 @@ bool allocateData(SAFEARRAY* array) {
     if (!dataSize(array, &size)) {
         return false;
     }
-    // An array without elements still has an address.
+    // An array without elements has an address, too.
     array->pvData = zr::allocate(size == 0 ? 1 : size);
-    return array->pvData != nullptr;
+    return array->pvData;
 }
 
 void clearElements(SAFEARRAY* array) {
@@ -150,12 +150,12 @@ HRESULT copyElements(SAFEARRAY* from, SAFEARRAY* to) {
     if ((from->fFeatures & FADF_BSTR) != 0) {
         for (std::size_t i = 0; i < count; ++i) {
             BSTR source = static_cast<BSTR*>(from->pvData)[i];
-            if (source == nullptr) {
+            if (!source) {
                 continue;
             }
             BSTR copy = SysAllocStringByteLen(reinterpret_cast<const char*>(source),
                                               SysStringByteLen(source));
-            if (copy == nullptr) {
+            if (!copy) {
                 return E_OUTOFMEMORY;
             }
             static_cast<BSTR*>(to->pvData)[i] = copy;
@@ -172,7 +172,7 @@ HRESULT copyElements(SAFEARRAY* from, SAFEARRAY* to) {
         for (std::size_t i = 0; i < count; ++i) {
             IUnknown* element = static_cast<IUnknown**>(from->pvData)[i];
             static_cast<IUnknown**>(to->pvData)[i] = element;
-            if (element != nullptr) {
+            if (element) {
                 element->AddRef();
             }
         }
@@ -188,17 +188,17 @@ extern "C" {
 
 SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds) {
     const ElementType element = elementType(type);
-    if (element.size == 0 || dimensions == 0 || dimensions > 0xffff || bounds == nullptr) {
+    if (element.size == 0 || dimensions == 0 || dimensions > 0xffff || !bounds) {
         return nullptr;
     }
     SAFEARRAY* array = allocateDescriptor(dimensions);
-    if (array == nullptr) {
+    if (!array) {
         return nullptr;
     }
     array->fFeatures = element.features;
     array->cbElements = element.size;
     setHiddenType(array, type);
-    // The structure keeps its bounds from the last dimension to the first.
+    // The structure holds the bounds in reverse order.
     for (UINT i = 0; i < dimensions; ++i) {
         boundsOf(array)[i] = bounds[dimensions - 1 - i];
     }
@@ -210,13 +210,13 @@ SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds
 }
 
 HRESULT SafeArrayDestroy(SAFEARRAY* array) {
-    if (array == nullptr) {
+    if (!array) {
         return S_OK;
     }
     if (array->cLocks > 0) {
         return DISP_E_ARRAYISLOCKED;
     }
-    if (array->pvData != nullptr) {
+    if (array->pvData) {
         clearElements(array);
     }
     if ((array->fFeatures & kForeign) == 0) {
@@ -227,7 +227,7 @@ HRESULT SafeArrayDestroy(SAFEARRAY* array) {
 }
 
 HRESULT SafeArrayLock(SAFEARRAY* array) {
-    if (array == nullptr) {
+    if (!array) {
         return E_INVALIDARG;
     }
     if (array->cLocks >= kMaxLocks) {
@@ -238,7 +238,7 @@ HRESULT SafeArrayLock(SAFEARRAY* array) {
 }
 
 HRESULT SafeArrayUnlock(SAFEARRAY* array) {
-    if (array == nullptr) {
+    if (!array) {
         return E_INVALIDARG;
     }
     if (array->cLocks == 0) {
@@ -249,7 +249,7 @@ HRESULT SafeArrayUnlock(SAFEARRAY* array) {
 }
 
 HRESULT SafeArrayAccessData(SAFEARRAY* array, void** data) {
-    if (array == nullptr || data == nullptr) {
+    if (!array || !data) {
         return E_INVALIDARG;
     }
     const HRESULT hr = SafeArrayLock(array);
@@ -262,21 +262,21 @@ HRESULT SafeArrayUnaccessData(SAFEARRAY* array) {
 }
 
 HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy) {
-    if (copy == nullptr) {
+    if (!copy) {
         return E_INVALIDARG;
     }
     *copy = nullptr;
-    if (array == nullptr) {
+    if (!array) {
         return S_OK;
     }
     SAFEARRAY* result = allocateDescriptor(array->cDims);
-    if (result == nullptr) {
+    if (!result) {
         return E_OUTOFMEMORY;
     }
     result->fFeatures =
         static_cast<USHORT>(array->fFeatures & ~(kForeign | FADF_FIXEDSIZE | FADF_CREATEVECTOR));
     result->cbElements = array->cbElements;
-    // A descriptor that a caller made has no hidden part.
+    // An array structure that a caller built itself has no hidden part.
     if ((array->fFeatures & (FADF_HAVEVARTYPE | FADF_HAVEIID)) != 0) {
         std::memcpy(hiddenPart(result), hiddenPart(array), kHiddenSize);
     }
@@ -295,7 +295,7 @@ HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy) {
 }
 
 HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type) {
-    if (array == nullptr || type == nullptr) {
+    if (!array || !type) {
         return E_INVALIDARG;
     }
     if ((array->fFeatures & FADF_HAVEVARTYPE) != 0) {
@@ -311,15 +311,15 @@ HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type) {
 }
 
 UINT SafeArrayGetDim(SAFEARRAY* array) {
-    return array == nullptr ? 0 : array->cDims;
+    return array ? array->cDims : 0;
 }
 
 UINT SafeArrayGetElemsize(SAFEARRAY* array) {
-    return array == nullptr ? 0 : array->cbElements;
+    return array ? array->cbElements : 0;
 }
 
 HRESULT SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound) {
-    if (array == nullptr || bound == nullptr) {
+    if (!array || !bound) {
         return E_INVALIDARG;
     }
     if (dimension == 0 || dimension > array->cDims) {
@@ -330,7 +330,7 @@ HRESULT SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound) {
 }
 
 HRESULT SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound) {
-    if (array == nullptr || bound == nullptr) {
+    if (!array || !bound) {
         return E_INVALIDARG;
     }
     if (dimension == 0 || dimension > array->cDims) {

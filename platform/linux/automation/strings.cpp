@@ -1,14 +1,14 @@
-// BSTR: UTF-16 text behind its length in bytes, terminated after the last byte.
+// BSTR: terminated UTF-16 text after its length in bytes.
 #include <zrkey/automation.h>
 
 #include <limits>
 #include <string>
 
-#include "allocator.h"
+#include "platform/linux/automation/allocator.h"
 
 namespace {
 
-// The four bytes before the text hold its length; the others keep it aligned.
+// The last four bytes of the prefix hold the length; the others align the text.
 constexpr std::size_t kPrefixSize = 8;
 constexpr UINT kMaxBytes = std::numeric_limits<UINT>::max() - 16;
 
@@ -16,15 +16,15 @@ BSTR allocateBytes(const void* bytes, UINT length) {
     if (length > kMaxBytes) {
         return nullptr;
     }
-    // An odd length leaves half a unit, which needs a whole terminator behind it all the same.
+    // Text of odd length ends in half a unit; the terminator follows a whole unit.
     const std::size_t size = length + length % sizeof(OLECHAR);
     auto* block = static_cast<char*>(zr::allocate(kPrefixSize + size + sizeof(OLECHAR)));
-    if (block == nullptr) {
+    if (!block) {
         return nullptr;
     }
     char* text = block + kPrefixSize;
     std::memcpy(text - sizeof length, &length, sizeof length);
-    if (bytes != nullptr) {
+    if (bytes) {
         std::memcpy(text, bytes, length);
     }
     return reinterpret_cast<BSTR>(text);
@@ -35,7 +35,7 @@ BSTR allocateBytes(const void* bytes, UINT length) {
 extern "C" {
 
 BSTR SysAllocString(const OLECHAR* text) {
-    if (text == nullptr) {
+    if (!text) {
         return nullptr;
     }
     const std::size_t length = std::char_traits<OLECHAR>::length(text);
@@ -57,7 +57,7 @@ BSTR SysAllocStringByteLen(const char* bytes, UINT length) {
 }
 
 void SysFreeString(BSTR text) {
-    if (text != nullptr) {
+    if (text) {
         zr::release(reinterpret_cast<char*>(text) - kPrefixSize);
     }
 }
@@ -68,7 +68,7 @@ UINT SysStringLen(BSTR text) {
 
 UINT SysStringByteLen(BSTR text) {
     UINT length = 0;
-    if (text != nullptr) {
+    if (text) {
         std::memcpy(&length, reinterpret_cast<const char*>(text) - sizeof length, sizeof length);
     }
     return length;

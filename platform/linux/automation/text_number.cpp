@@ -1,5 +1,5 @@
-// Numbers in texts: the grammar of the automation functions, with the signs of the "C" locale.
-#include "text_number.h"
+// Parsing numbers: the grammar of the automation functions with the characters of the "C" locale.
+#include "platform/linux/automation/text_number.h"
 
 #include <algorithm>
 #include <charconv>
@@ -8,7 +8,7 @@
 namespace zr {
 namespace {
 
-// Far beyond every exponent a double has, far below what overflows the sums made with it.
+// More than any exponent of a double, and small enough that sums with it do not overflow.
 constexpr LONGLONG kExponentLimit = 1000000;
 
 bool isBlank(OLECHAR c) {
@@ -29,72 +29,72 @@ int digitValue(OLECHAR c) {
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : 99;
 }
 
-/// Walks over one text and fills one number.
+/// Parses one text into one number.
 class Parser {
 public:
-    Parser(const OLECHAR* text, TextNumber* number) : at_(text), number_(*number) {}
+    Parser(const OLECHAR* text, TextNumber* number) : m_at(text), m_number(*number) {}
 
     bool parse() {
         readLeading();
-        if (*at_ == u'&' ? !readBits() : !readDecimal()) {
+        if (*m_at == u'&' ? !readBits() : !readDecimal()) {
             return false;
         }
         readTrailing();
-        number_.negative = leadingMinus_ || trailingMinus_ || closed_;
-        // A minus makes up for a parenthesis that is not closed.
-        return *at_ == u'\0' && (number_.negative || !open_);
+        m_number.negative = m_leadingMinus || m_trailingMinus || m_closed;
+        // An open parenthesis without a minus has to be closed.
+        return *m_at == u'\0' && (m_number.negative || !m_open);
     }
 
 private:
-    // Takes the character when it is the one asked for and was not there before.
+    // Consumes the character c unless it was seen before.
     bool takeOnce(OLECHAR c, bool* seen) {
-        if (*at_ != c || *seen) {
+        if (*m_at != c || *seen) {
             return false;
         }
         *seen = true;
-        ++at_;
+        ++m_at;
         return true;
     }
 
     void skipBlanks() {
-        while (isBlank(*at_)) {
-            ++at_;
+        while (isBlank(*m_at)) {
+            ++m_at;
         }
     }
 
     void readLeading() {
         do {
             skipBlanks();
-        } while (takeOnce(u'+', &leadingPlus_) || takeOnce(u'-', &leadingMinus_) ||
-                 takeOnce(u'(', &open_) || takeOnce(u'$', &currency_));
+        } while (takeOnce(u'+', &m_leadingPlus) || takeOnce(u'-', &m_leadingMinus) ||
+                 takeOnce(u'(', &m_open) || takeOnce(u'$', &m_currency));
     }
 
-    // A sign behind the number must not be there before it too; otherwise all may be repeated.
+    // A sign after the number is refused when there is one before it. All else may be repeated.
     void readTrailing() {
-        const bool decimal = !number_.hexadecimal;
-        for (;; ++at_) {
-            if (*at_ == u'-' && !leadingMinus_) {
-                trailingMinus_ = true;
-            } else if (*at_ == u')' && open_) {
-                closed_ = true;
-            } else if (!isBlank(*at_) && !(*at_ == u'+' && !leadingPlus_) &&
-                       !(decimal && (*at_ == u'$' || *at_ == u','))) {
+        const bool decimal = !m_number.hexadecimal;
+        for (;; ++m_at) {
+            if (*m_at == u'-' && !m_leadingMinus) {
+                m_trailingMinus = true;
+            } else if (*m_at == u')' && m_open) {
+                m_closed = true;
+            } else if (!isBlank(*m_at) && !(*m_at == u'+' && !m_leadingPlus) &&
+                       !(decimal && (*m_at == u'$' || *m_at == u','))) {
                 break;
             }
         }
     }
 
     bool readBits() {
-        const int base = (at_[1] | 0x20) == u'h' ? 16 : (at_[1] | 0x20) == u'o' ? 8 : 0;
-        if (base == 0 || currency_ || digitValue(at_[2]) >= base) {
+        const int base = (m_at[1] | 0x20) == u'h' ? 16 : (m_at[1] | 0x20) == u'o' ? 8 : 0;
+        if (base == 0 || m_currency || digitValue(m_at[2]) >= base) {
             return false;
         }
-        number_.hexadecimal = true;
-        for (at_ += 2; digitValue(*at_) < base; ++at_) {
-            const auto digit = static_cast<ULONGLONG>(digitValue(*at_));
-            number_.tooManyBits |=
-                number_.bits > std::numeric_limits<ULONGLONG>::max() / static_cast<ULONGLONG>(base);
-            number_.bits = number_.bits * static_cast<ULONGLONG>(base) + digit;
+        m_number.hexadecimal = true;
+        for (m_at += 2; digitValue(*m_at) < base; ++m_at) {
+            const auto digit = static_cast<ULONGLONG>(digitValue(*m_at));
+            m_number.tooManyBits |= m_number.bits > std::numeric_limits<ULONGLONG>::max() /
+                                                        static_cast<ULONGLONG>(base);
+            m_number.bits = m_number.bits * static_cast<ULONGLONG>(base) + digit;
         }
         return true;
     }
@@ -102,63 +102,63 @@ private:
     bool readDecimal() {
         bool any = false;
         bool point = false;
-        for (;; ++at_) {
-            if (isDigit(*at_)) {
+        for (;; ++m_at) {
+            if (isDigit(*m_at)) {
                 any = true;
-                addDigit(static_cast<char>(*at_), point);
-            } else if (*at_ == u'.' && !point) {
+                addDigit(static_cast<char>(*m_at), point);
+            } else if (*m_at == u'.' && !point) {
                 point = true;
-            } else if (*at_ != u',' || !(any || point)) {
+            } else if (*m_at != u',' || !(any || point)) {
                 break;
             }
         }
         if (!any) {
             return false;
         }
-        // An amount of money has no exponent.
-        return (*at_ | 0x20) != u'e' || (!currency_ && readExponent());
+        // A number with "$" has no exponent.
+        return (*m_at | 0x20) != u'e' || (!m_currency && readExponent());
     }
 
-    // Digits beyond those that are kept only tell whether the last kept one is exact.
+    // Digits beyond kMaxDigits are dropped; they only make the last kept digit odd, for rounding.
     void addDigit(char digit, bool fraction) {
-        const bool leadingZero = number_.digitCount == 0 && digit == '0';
+        const bool leadingZero = m_number.digitCount == 0 && digit == '0';
         if (leadingZero) {
-            number_.exponent -= fraction ? 1 : 0;
+            m_number.exponent -= fraction ? 1 : 0;
             return;
         }
-        if (number_.digitCount < TextNumber::kMaxDigits) {
-            number_.digits[number_.digitCount++] = digit;
+        if (m_number.digitCount < TextNumber::kMaxDigits) {
+            m_number.digits[m_number.digitCount++] = digit;
         } else if (digit != '0') {
-            number_.digits[TextNumber::kMaxDigits - 1] |= 1;
+            m_number.digits[TextNumber::kMaxDigits - 1] |= 1;
         }
-        number_.exponent += fraction ? 0 : 1;
+        m_number.exponent += fraction ? 0 : 1;
     }
 
     bool readExponent() {
-        ++at_;
+        ++m_at;
         bool minus = false;
-        for (; *at_ == u'+' || *at_ == u'-'; ++at_) {
-            minus = minus || *at_ == u'-';
+        for (; *m_at == u'+' || *m_at == u'-'; ++m_at) {
+            minus = minus || *m_at == u'-';
         }
-        if (!isDigit(*at_)) {
+        if (!isDigit(*m_at)) {
             return false;
         }
         LONGLONG exponent = 0;
-        for (; isDigit(*at_); ++at_) {
-            exponent = std::min(exponent * 10 + (*at_ - u'0'), kExponentLimit);
+        for (; isDigit(*m_at); ++m_at) {
+            exponent = std::min(exponent * 10 + (*m_at - u'0'), kExponentLimit);
         }
-        number_.exponent += minus ? -exponent : exponent;
+        m_number.exponent += minus ? -exponent : exponent;
         return true;
     }
 
-    const OLECHAR* at_;
-    TextNumber& number_;
-    bool leadingPlus_ = false;
-    bool leadingMinus_ = false;
-    bool trailingMinus_ = false;
-    bool open_ = false;
-    bool closed_ = false;
-    bool currency_ = false;
+    const OLECHAR* m_at;
+    TextNumber& m_number;
+    bool m_leadingPlus = false;
+    bool m_leadingMinus = false;
+    bool m_trailingMinus = false;
+    bool m_open = false;
+    bool m_closed = false;
+    bool m_currency = false;
 };
 
 }  // namespace

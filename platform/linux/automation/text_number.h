@@ -1,25 +1,25 @@
-// Numbers in texts as the automation functions read them.
+// Numbers in texts, as the automation functions read them.
 #pragma once
 
 #include <zrkey/automation.h>
 
 namespace zr {
 
-/// A number as it stood in a text, without loss for what any type can hold.
+/// A number as written in a text, exact enough for every type.
 struct TextNumber {
     static constexpr int kMaxDigits = 48;
 
-    bool hexadecimal = false;  ///< "&H" or "&O"; only bits and tooManyBits are set then.
-    bool tooManyBits = false;  ///< does not fit 64 bits.
+    bool hexadecimal = false;  ///< "&H" or "&O"; only bits and tooManyBits are set then
+    bool tooManyBits = false;  ///< the number does not fit 64 bits
     ULONGLONG bits = 0;
     bool negative = false;
-    char digits[kMaxDigits + 1] = {};  ///< significant digits, no leading zeros, terminated.
+    char digits[kMaxDigits + 1] = {};  ///< significant digits without leading zeros, terminated
     int digitCount = 0;
-    LONGLONG exponent = 0;  ///< the value is 0.DIGITS times ten to this power.
+    LONGLONG exponent = 0;  ///< the value is 0.DIGITS times ten to this power
 };
 
-/// Reads a whole text: blanks, sign before or behind, parentheses for negative, "$", "," between
-/// digits, "." and an exponent; or "&H" and "&O".
+/// Parses a whole text: blanks, a sign before or after the digits, parentheses for a negative
+/// number, "$", "," between digits, "." and an exponent; or "&H" or "&O" and digits.
 /// @param text  terminated.
 /// @return false when the text is not a number.
 bool parseNumber(const OLECHAR* text, TextNumber* number);
@@ -27,7 +27,7 @@ bool parseNumber(const OLECHAR* text, TextNumber* number);
 /// @retval DISP_E_OVERFLOW  too large.
 HRESULT toReal(const TextNumber& number, double* value);
 
-/// The integer nearest to the number, a half to the even one.
+/// Rounds to the nearest integer, a half to the even one.
 /// @retval DISP_E_OVERFLOW  the magnitude does not fit 64 bits.
 HRESULT toInteger(const TextNumber& number, bool* negative, ULONGLONG* magnitude);
 

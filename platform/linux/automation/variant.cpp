@@ -1,5 +1,5 @@
-// VARIANT: initialising, clearing and deep copying.
-#include "variant.h"
+// VARIANT: initialisation, clearing and deep copies.
+#include "platform/linux/automation/variant.h"
 
 namespace zr {
 
@@ -70,7 +70,7 @@ HRESULT VariantClear(VARIANT* variant) {
     } else if (variant->vt == VT_BSTR) {
         SysFreeString(variant->bstrVal);
     } else if (variant->vt == VT_UNKNOWN || variant->vt == VT_DISPATCH) {
-        if (variant->punkVal != nullptr) {
+        if (variant->punkVal) {
             variant->punkVal->Release();
         }
     }
@@ -97,9 +97,9 @@ HRESULT VariantCopy(VARIANT* target, const VARIANT* source) {
         // A null string becomes an empty one.
         target->bstrVal = SysAllocStringByteLen(reinterpret_cast<const char*>(source->bstrVal),
                                                 SysStringByteLen(source->bstrVal));
-        hr = target->bstrVal == nullptr ? E_OUTOFMEMORY : S_OK;
+        hr = target->bstrVal ? S_OK : E_OUTOFMEMORY;
     } else if (source->vt == VT_UNKNOWN || source->vt == VT_DISPATCH) {
-        if (source->punkVal != nullptr) {
+        if (source->punkVal) {
             source->punkVal->AddRef();
         }
     }

@@ -1,11 +1,11 @@
-// What the variant functions share: which type tags are variant types.
+// Which type tags are variant types: used by all variant functions.
 #pragma once
 
 #include <zrkey/automation.h>
 
 namespace zr {
 
-/// @retval S_OK               a type a variant may have.
+/// @retval S_OK               a type that a variant may have.
 /// @retval DISP_E_BADVARTYPE  any other tag.
 HRESULT validateType(VARTYPE type);
 

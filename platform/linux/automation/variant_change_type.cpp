@@ -1,10 +1,10 @@
-// VariantChangeType: finds the value of the source and the conversion to the type asked for.
+// VariantChangeType: finds the value of the source and converts it to the requested type.
 #include <algorithm>
 #include <string_view>
 
-#include "number.h"
-#include "number_text.h"
-#include "variant.h"
+#include "platform/linux/automation/number.h"
+#include "platform/linux/automation/number_text.h"
+#include "platform/linux/automation/variant.h"
 
 namespace {
 
@@ -12,13 +12,13 @@ constexpr VARTYPE kBytes = VT_ARRAY | VT_UI1;
 constexpr USHORT kKnownFlags = VARIANT_NOVALUEPROP | VARIANT_ALPHABOOL | VARIANT_LOCALBOOL;
 constexpr LCID kUserDefaultLocale = 0x400;
 
-// A view of the value a variant refers to; it owns nothing.
+// The value that a variant holds or refers to, as a shallow copy that owns nothing.
 HRESULT dereference(const VARIANT& source, VARIANT* value) {
     *value = source;
     if ((source.vt & VT_BYREF) == 0) {
         return S_OK;
     }
-    if (source.byref == nullptr) {
+    if (!source.byref) {
         return DISP_E_TYPEMISMATCH;
     }
     if (source.vt == (VT_BYREF | VT_VARIANT)) {
@@ -50,7 +50,7 @@ HRESULT dereference(const VARIANT& source, VARIANT* value) {
             size = 4;
             break;
         case VT_DECIMAL:
-            // Not a value that a variant of ours can hold.
+            // This platform has no decimals.
             return DISP_E_TYPEMISMATCH;
         default:
             break;
@@ -62,7 +62,7 @@ HRESULT dereference(const VARIANT& source, VARIANT* value) {
 HRESULT ownText(BSTR text, VARIANT* target) {
     target->vt = VT_BSTR;
     target->bstrVal = text;
-    return text == nullptr ? E_OUTOFMEMORY : S_OK;
+    return text ? S_OK : E_OUTOFMEMORY;
 }
 
 HRESULT toText(const VARIANT& source, USHORT flags, VARIANT* target) {
@@ -77,7 +77,7 @@ HRESULT toText(const VARIANT& source, USHORT flags, VARIANT* target) {
         case VT_CY:
             return ownText(zr::textOfCurrency(source.cyVal.int64), target);
         case VT_DATE:
-            // The form of a date is the locale's; there is none here.
+            // The format of a date depends on the locale, and there is none here.
             return DISP_E_TYPEMISMATCH;
         case VT_BOOL:
             if ((flags & (VARIANT_ALPHABOOL | VARIANT_LOCALBOOL)) != 0) {
@@ -112,12 +112,12 @@ HRESULT textToBool(const OLECHAR* text, VARIANT* target) {
 }
 
 HRESULT fromText(BSTR source, VARTYPE type, VARIANT* target) {
-    const OLECHAR* text = source == nullptr ? OLESTR("") : source;
+    const OLECHAR* text = source ? source : OLESTR("");
     switch (type) {
         case VT_BOOL:
             return textToBool(text, target);
         case VT_DATE:
-            // As in toText.
+            // As in toText: there is no locale.
             return DISP_E_TYPEMISMATCH;
         default:
             return zr::storeText(text, type, target);
@@ -127,7 +127,7 @@ HRESULT fromText(BSTR source, VARTYPE type, VARIANT* target) {
 HRESULT textToBytes(BSTR text, VARIANT* target) {
     SAFEARRAYBOUND bound = {SysStringByteLen(text), 0};
     SAFEARRAY* bytes = SafeArrayCreate(VT_UI1, 1, &bound);
-    if (bytes == nullptr) {
+    if (!bytes) {
         return E_OUTOFMEMORY;
     }
     if (bound.cElements > 0) {
@@ -139,7 +139,7 @@ HRESULT textToBytes(BSTR text, VARIANT* target) {
 }
 
 HRESULT bytesToText(const SAFEARRAY* bytes, VARIANT* target) {
-    if (bytes == nullptr || bytes->cDims != 1 || bytes->cbElements != 1) {
+    if (!bytes || bytes->cDims != 1 || bytes->cbElements != 1) {
         return E_INVALIDARG;
     }
     return ownText(SysAllocStringByteLen(static_cast<const char*>(bytes->pvData),
@@ -149,7 +149,7 @@ HRESULT bytesToText(const SAFEARRAY* bytes, VARIANT* target) {
 
 HRESULT toInterface(IUnknown* object, VARTYPE type, VARIANT* target) {
     target->vt = type;
-    if (object == nullptr) {
+    if (!object) {
         return S_OK;
     }
     const IID& iid = type == VT_DISPATCH ? IID_IDispatch : IID_IUnknown;
@@ -169,7 +169,7 @@ HRESULT defaultProperty(IDispatch* object, VARIANT* value) {
     return FAILED(hr) ? DISP_E_TYPEMISMATCH : S_OK;
 }
 
-// An object stands for the value of its default property, which may be an object in turn.
+// Converts the default property of an object, which may be an object again.
 HRESULT fromObject(IDispatch* object, USHORT flags, VARTYPE type, VARIANT* target) {
     constexpr int kMaxObjects = 32;
     VARIANT held;
@@ -180,7 +180,7 @@ HRESULT fromObject(IDispatch* object, USHORT flags, VARTYPE type, VARIANT* targe
     view.pdispVal = object;
     HRESULT hr = S_OK;
     for (int i = 0; SUCCEEDED(hr) && view.vt == VT_DISPATCH; ++i) {
-        if (view.pdispVal == nullptr || i == kMaxObjects) {
+        if (!view.pdispVal || i == kMaxObjects) {
             hr = DISP_E_BADVARTYPE;
             break;
         }
@@ -244,7 +244,7 @@ HRESULT convert(const VARIANT& source, USHORT flags, VARTYPE type, VARIANT* targ
 
 extern "C" HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT flags,
                                      VARTYPE type) {
-    if (target == nullptr || source == nullptr || (flags & ~kKnownFlags) != 0) {
+    if (!target || !source || (flags & ~kKnownFlags) != 0) {
         return E_INVALIDARG;
     }
     if (FAILED(zr::validateType(source->vt)) || FAILED(zr::validateType(type))) {

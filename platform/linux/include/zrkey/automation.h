@@ -1,8 +1,8 @@
 // The automation types and functions of the target: on Linux those of libzrautomation.
 //
-// Names, widths, layouts and results are those of Windows x64, so that one source serves both.
-// BSTRs, arrays and the contents of variants are made and freed by these functions alone; a host
-// and the library share the one allocator behind them.
+// Names, widths, layouts and results are those of Windows x64, so that one source builds on both
+// targets. Create and free BSTRs, arrays and the contents of variants with these functions only: a
+// host and the library share their allocator.
 #ifndef ZRKEY_AUTOMATION_H
 #define ZRKEY_AUTOMATION_H
 
@@ -324,52 +324,88 @@ static const IID IID_NULL = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
 
 extern "C" {
 
-/// A new string of the terminated text; null for null or when memory is short.
+/// Creates a string of terminated text.
+/// @return owned by the caller; null for null and when out of memory.
 BSTR SysAllocString(const OLECHAR* text);
-/// A new string of exactly length units, copied from text, or zeroed when text is null.
+/// Creates a string of length UTF-16 units.
+/// @param text  the units to copy; null zeroes the string.
+/// @return owned by the caller; null when out of memory.
 BSTR SysAllocStringLen(const OLECHAR* text, UINT length);
-/// A new string of exactly length bytes, copied from bytes, or zeroed when bytes is null.
+/// Creates a string of length bytes.
+/// @param bytes  the bytes to copy; null zeroes the string.
+/// @return owned by the caller; null when out of memory.
 BSTR SysAllocStringByteLen(const char* bytes, UINT length);
 /// Frees a string; null is ignored.
 void SysFreeString(BSTR text);
-/// Length in UTF-16 units without the terminator; 0 for null.
+/// @return the length in UTF-16 units without the terminator; 0 for null.
 UINT SysStringLen(BSTR text);
-/// Length in bytes without the terminator; 0 for null.
+/// @return the length in bytes without the terminator; 0 for null.
 UINT SysStringByteLen(BSTR text);
 
-/// Makes the variant VT_EMPTY without looking at what it held.
+/// Sets a variant to VT_EMPTY without freeing what it holds.
 void VariantInit(VARIANT* variant);
-/// Frees what the variant holds and makes it VT_EMPTY.
+/// Frees what a variant holds and sets it to VT_EMPTY.
 /// @retval S_OK               done.
-/// @retval DISP_E_BADVARTYPE  not a variant type; unchanged.
-/// @retval DISP_E_ARRAYISLOCKED  holds a locked array; unchanged.
+/// @retval DISP_E_BADVARTYPE     vt is not a variant type; the variant is unchanged.
+/// @retval DISP_E_ARRAYISLOCKED  the variant holds a locked array and is unchanged.
 HRESULT VariantClear(VARIANT* variant);
-/// Clears target and makes it a deep copy of source; interfaces gain a reference.
+/// Clears target and copies source into it. Strings and arrays are copied, interfaces gain a
+/// reference.
+/// @retval S_OK  done. Otherwise the failure of VariantClear or of the copy.
 HRESULT VariantCopy(VARIANT* target, const VARIANT* source);
-/// Converts source to a type into target, which may be source itself.
-/// @param flags  0, or VARIANT_NOVALUEPROP, VARIANT_ALPHABOOL.
-/// @retval S_OK  done.
-/// @retval DISP_E_TYPEMISMATCH  no such conversion, or a text that is not such a value.
+/// Converts a variant to another type.
+/// @param target  receives the converted value; may be source. Unchanged on failure.
+/// @param flags   0, or any of VARIANT_NOVALUEPROP, VARIANT_ALPHABOOL and VARIANT_LOCALBOOL.
+/// @retval S_OK                 done.
+/// @retval DISP_E_TYPEMISMATCH  there is no such conversion, or the text is no value of the type.
 /// @retval DISP_E_OVERFLOW      the value does not fit.
-/// @retval DISP_E_BADVARTYPE    a type is not a variant type.
+/// @retval DISP_E_BADVARTYPE    one of the types is not a variant type.
 HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT flags, VARTYPE type);
 
-/// A new array, its elements zeroed; null when the type is not an element type, a bound is too
-/// large or memory is short. Freed by SafeArrayDestroy, or by VariantClear of its variant.
+/// Creates an array of zeroed elements.
+/// @return owned by the caller, who frees it with SafeArrayDestroy or with the variant that holds
+///         it; null when elements cannot have the type, a bound is too large or out of memory.
 SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds);
+/// Frees an array and its elements; null is ignored.
+/// @retval S_OK                  done.
+/// @retval DISP_E_ARRAYISLOCKED  the array is locked and unchanged.
 HRESULT SafeArrayDestroy(SAFEARRAY* array);
+/// @retval S_OK          one lock more.
+/// @retval E_INVALIDARG  array is null.
+/// @retval E_UNEXPECTED  there are 65,535 locks already.
 HRESULT SafeArrayLock(SAFEARRAY* array);
+/// @retval S_OK          one lock less.
+/// @retval E_INVALIDARG  array is null.
+/// @retval E_UNEXPECTED  the array is not locked.
 HRESULT SafeArrayUnlock(SAFEARRAY* array);
-/// Locks the array and hands out its elements; balanced by SafeArrayUnaccessData.
+/// Locks an array and returns its elements. Call SafeArrayUnaccessData afterwards.
+/// @param data  receives the first element; owned by the array.
+/// @retval S_OK          done. Otherwise a result of SafeArrayLock; E_INVALIDARG also for null
+///                       data.
 HRESULT SafeArrayAccessData(SAFEARRAY* array, void** data);
+/// As SafeArrayUnlock.
 HRESULT SafeArrayUnaccessData(SAFEARRAY* array);
-/// A deep copy, owned by the caller.
+/// Makes a deep copy.
+/// @param copy  receives the copy, owned by the caller; null for a null array and on failure.
+/// @retval S_OK           done.
+/// @retval E_INVALIDARG   copy is null.
+/// @retval E_OUTOFMEMORY  out of memory. Otherwise the failure of copying an element.
 HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy);
+/// @param type  receives the type of the elements.
+/// @retval S_OK          done.
+/// @retval E_INVALIDARG  an argument is null, or the array does not record its type.
 HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type);
+/// @return the number of dimensions; 0 for null.
 UINT SafeArrayGetDim(SAFEARRAY* array);
+/// @return the size of an element in bytes; 0 for null.
 UINT SafeArrayGetElemsize(SAFEARRAY* array);
-/// @param dimension  counted from 1.
+/// @param dimension  from 1.
+/// @param bound      receives the lowest index.
+/// @retval S_OK             done.
+/// @retval E_INVALIDARG     array or bound is null.
+/// @retval DISP_E_BADINDEX  there is no such dimension.
 HRESULT SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound);
+/// As SafeArrayGetLBound, for the highest index.
 HRESULT SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound);
 
 }  // extern "C"

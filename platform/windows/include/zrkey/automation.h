@@ -1,4 +1,4 @@
-// The automation types and functions of the target: on Windows the system's own.
+// The automation types and functions of the target: on Windows those of the system.
 #ifndef ZRKEY_AUTOMATION_H
 #define ZRKEY_AUTOMATION_H
 

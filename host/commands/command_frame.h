@@ -1,0 +1,72 @@
+// What all commands but run share: their options, and the frame that runs a command and writes its
+// report.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "host/commands/commands.h"
+#include "host/output/failure.h"
+#include "host/output/report.h"
+#include "host/token/token_options.h"
+
+// The parser's own header is not included here: it takes many seconds to compile.
+namespace CLI {
+class Option;
+}
+
+namespace zr::host {
+
+/// --json and -v.
+void addReportOptions(CLI::App& command, ReportOptions& options);
+/// --module and --workdir.
+void addModuleOptions(CLI::App& command, ModuleOptions& options);
+/// All of the above, and --index, --label, --serial.
+void addTokenOptions(CLI::App& command, TokenOptions& options);
+/// --pin and --so.
+void addPinOptions(CLI::App& command, PinOptions& options);
+/// Adds an option that names a PIN source.
+CLI::Option* addPinSource(CLI::App& command, const std::string& name,
+                          std::optional<PinSource>& source, const std::string& help);
+/// --cert and --cert-index.
+void addCertificateOptions(CLI::App& command, CertificateChoice& choice);
+/// -i; the default is "-".
+void addInputOption(CLI::App& command, std::string& path);
+/// --signature, which is required.
+void addSignatureOption(CLI::App& command, std::string& path);
+/// --method; its default is the value of method.
+void addMethodOption(CLI::App& command, std::string& method);
+/// -o and --format; --json excludes both.
+void addByteOutput(CLI::App& command, ByteOutput& output);
+/// The number that names a file of the token.
+/// @param last  the largest number that the command accepts.
+void addFileName(CLI::App& command, std::string& name, unsigned last);
+
+/// Runs a command's body and writes its report or its failure.
+/// @return the exit code.
+int runCommand(const std::string& name, const ReportOptions& options,
+               const std::function<Report()>& body);
+
+/// Adds a command; run becomes the action when the command is chosen.
+/// @param path  the name of the command in JSON: "file read".
+CLI::App* addCommandRunning(CLI::App& parent, Action& action, const std::string& path,
+                            const std::string& help, const Action& run);
+
+/// Adds a command that runs body and writes its report.
+/// @return the command, and its options for the addXOptions functions; Options has a member report.
+template <class Options>
+std::pair<CLI::App*, std::shared_ptr<Options>> addCommand(CLI::App& parent, Action& action,
+                                                          const std::string& path,
+                                                          const std::string& help,
+                                                          Report (*body)(const Options&)) {
+    auto options = std::make_shared<Options>();
+    const Action run = [options, path, body] {
+        return runCommand(path, options->report, [&] { return body(*options); });
+    };
+    return {addCommandRunning(parent, action, path, help, run), std::move(options)};
+}
+
+}  // namespace zr::host

@@ -1,0 +1,56 @@
+// What the functions that a script calls share: the console, the limits, the objects it holds.
+#pragma once
+
+#include <duktape.h>
+#include <zrkey/zrkey.hpp>
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+
+#include "host/output/console.h"
+#include "host/script/limits.h"
+#include "host/script/watchdog.h"
+
+namespace zr::host {
+
+/// The library's objects that a script holds, each under a number. Objects are found by number, not
+/// by pointer: a script that tampers with a number reaches another live object at most.
+class ObjectRegistry {
+public:
+    /// A number that no object has.
+    std::uint32_t newNumber();
+    /// Takes over the reference.
+    /// @param number  from newNumber.
+    void add(std::uint32_t number, zrkey::ComRef<IDispatch> object);
+    /// @return null when no object has the number.
+    zrkey::ComRef<IDispatch> find(std::uint32_t number) const;
+    /// Takes the object out.
+    /// @return its reference; null when no object has the number.
+    zrkey::ComRef<IDispatch> remove(std::uint32_t number);
+
+private:
+    std::unordered_map<std::uint32_t, zrkey::ComRef<IDispatch>> m_objects;
+    std::uint32_t m_lastNumber = 0;
+};
+
+/// Kept beside the script engine's heap for its whole life.
+struct ScriptContext {
+    Console& console;
+    ScriptUse use = ScriptUse(ScriptLimits());
+    LibraryCalls libraryCalls = 0;
+    ObjectRegistry objects = {};
+};
+
+/// The context that belongs to an engine.
+ScriptContext& contextOf(duk_context* script);
+
+/// Throws the engine's own error into the script when its time is up. For functions that a script
+/// may call repeatedly without the engine checking the time in between.
+void stopInTime(duk_context* script);
+
+/// Throws an error into the script and never returns; the return type lets callers return it.
+/// @param kind  one of DUK_ERR_*.
+duk_ret_t throwError(duk_context* script, duk_errcode_t kind, const std::string& message);
+
+}  // namespace zr::host

@@ -1,0 +1,39 @@
+// Whole files and streams of bytes.
+#include "host/system/byte_io.h"
+
+#include <vector>
+
+#include "host/system/system.h"
+
+namespace zr::host {
+
+std::string readBytes(const std::string& path, std::error_code& error) {
+    error.clear();
+    const bool isStream = path == kStandardStream;
+    const int descriptor = isStream ? kStandardInput : openForReading(path, error);
+    if (error) {
+        return {};
+    }
+    std::string content;
+    std::vector<char> block(65536);
+    while (const std::size_t count = readSome(descriptor, block.data(), block.size(), error)) {
+        content.append(block.data(), count);
+    }
+    if (!isStream) {
+        closeDescriptor(descriptor);
+    }
+    return content;
+}
+
+std::error_code writeFile(const std::string& path, std::string_view bytes) {
+    std::error_code error;
+    const int descriptor = openForWriting(path, error);
+    if (error) {
+        return error;
+    }
+    error = writeAll(descriptor, bytes);
+    const std::error_code closeError = closeDescriptor(descriptor);
+    return error ? error : closeError;
+}
+
+}  // namespace zr::host

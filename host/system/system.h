@@ -1,0 +1,64 @@
+// What the command needs of the operating system; one implementation per target in a folder of its
+// own.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+namespace zr::host {
+
+inline constexpr int kStandardInput = 0;
+inline constexpr int kStandardOutput = 1;
+inline constexpr int kStandardError = 2;
+
+/// The arguments of the process in UTF-8, without the name of the program.
+std::vector<std::string> commandLineArguments(int argc, char** argv);
+
+/// A variable of the environment in UTF-8; nullopt when it is not set.
+std::optional<std::string> environmentVariable(const std::string& name);
+
+/// How large the stack of the calling thread may become, at least.
+std::size_t stackSize();
+
+/// Overwrites memory with zeros; the compiler cannot optimise this away.
+void secureErase(void* memory, std::size_t size);
+
+/// Opens the null device for each standard stream that the caller closed, so that no file opened
+/// later gets its number. Reading or writing such a stream still fails.
+void holdStandardStreams();
+
+bool isDescriptorOpen(int descriptor);
+
+/// Opens a file to read its bytes, or to replace them.
+/// @return -1 when it cannot be opened; error says why.
+int openForReading(const std::string& path, std::error_code& error);
+int openForWriting(const std::string& path, std::error_code& error);
+
+/// Reads bytes unchanged.
+/// @return how many; 0 at the end, and when they cannot be read: error says why then.
+std::size_t readSome(int descriptor, char* bytes, std::size_t size, std::error_code& error);
+
+/// A second descriptor of the same file, which writes bytes unchanged; -1 on failure.
+int duplicateDescriptor(int descriptor);
+
+/// Makes descriptor target write where source does.
+void redirectDescriptor(int target, int source);
+
+/// @return an error when bytes written before may be lost.
+std::error_code closeDescriptor(int descriptor);
+
+/// Writes all bytes.
+/// @return an error when some could not be written: a closed pipe, a full disk.
+std::error_code writeAll(int descriptor, std::string_view bytes);
+
+/// Opens a descriptor for output that nobody reads; -1 on failure.
+int openDroppedOutput();
+
+/// Lets new output replace what was written to openDroppedOutput's descriptor.
+void rewindDroppedOutput(int descriptor);
+
+}  // namespace zr::host

@@ -1,0 +1,20 @@
+// Prompting on the controlling terminal, wherever the standard streams lead; one implementation per
+// target.
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace zr::host {
+
+enum class PromptResult { kAnswered, kNoTerminal, kCancelled, kTooLong };
+
+/// Whether there is a terminal to prompt on.
+bool hasTerminal();
+
+/// Prompts for a line that is not shown while it is typed. Every copy of the line is erased.
+/// @param take  gets the line byte by byte in UTF-8, without its end; returns false when it takes
+///              no more, which makes the line too long.
+PromptResult promptHidden(const std::string& prompt, const std::function<bool(char)>& take);
+
+}  // namespace zr::host

@@ -1,0 +1,25 @@
+// The certificates of a token: their names, and the choice of one.
+#pragma once
+
+#include <zrkey/zrkey.hpp>
+
+#include <string>
+#include <vector>
+
+#include "host/token/token_options.h"
+
+namespace zr::host {
+
+/// The names, in the token's order.
+std::vector<std::string> listCertificates(IKeyObject& token);
+
+struct ChosenCertificate {
+    std::string name;
+    zrkey::ComRef<IKeyCertificate> certificate;
+};
+
+/// Opens the chosen certificate. Throws a Failure when none matches, or when several have its name:
+/// the library finds a certificate and its keys by the name alone.
+ChosenCertificate openCertificate(IKeyObject& token, const CertificateChoice& choice);
+
+}  // namespace zr::host

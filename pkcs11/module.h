@@ -1,0 +1,58 @@
+// Module: a loaded Cryptoki module and the private copy of its entry points.
+//
+// A provider holds the module that it loaded last; sessions keep theirs, whatever the provider loads
+// afterwards. Sessions call the module (pkcs11/session.h); a Module calls it only to start and to
+// finalise it.
+#pragma once
+
+#include <memory>
+
+#include "pkcs11/cryptoki.h"
+#include "pkcs11/module_epoch.h"
+#include "platform/kernel.h"
+
+class Module {
+public:
+    struct Started;
+
+    /// Copies the entry points of a loaded library and initialises it as a Cryptoki module.
+    /// @param library  taken over; freed when the module cannot be started.
+    static Started start(HMODULE library);
+
+    /// For start only.
+    explicit Module(HMODULE library);
+    Module(const Module&) = delete;
+    Module& operator=(const Module&) = delete;
+    /// Frees the copy of the entry points. The library stays loaded: unload() is a host's decision.
+    ~Module();
+
+    /// Finalises the module for the whole process and frees the library. Every session of this
+    /// Cryptoki module is dead afterwards, whichever provider opened it.
+    void unload();
+
+    /// @return the function; null when the module has no such entry point or was unloaded.
+    template <class Function>
+    Function entry(Function CK_FUNCTIONS::*member) const {
+        return m_pFunctionTable ? m_pFunctionTable->*member : nullptr;
+    }
+
+    /// Changes whenever the library finalises this Cryptoki module.
+    std::uint64_t epoch() const { return m_epoch.value(); }
+
+private:
+    HRESULT copyFunctionList();
+    HRESULT initialize() const;
+    void freeFunctionTable();
+
+    HMODULE m_hModule;
+    CK_FUNCTIONS* m_pFunctionTable = nullptr;
+    ModuleEpoch m_epoch;
+};
+
+struct Module::Started {
+    /// E_OUTOFMEMORY for a library without a usable function list, and out of memory; E_FAIL when
+    /// the module does not initialise.
+    HRESULT result;
+    /// Null on failure.
+    std::shared_ptr<Module> module;
+};

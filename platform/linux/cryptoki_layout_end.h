@@ -1,1 +1,0 @@
-// Ends what cryptoki_layout_begin.h began: nothing.

@@ -1,2 +1,0 @@
-// Ends what cryptoki_layout_begin.h began.
-#pragma pack(pop)
