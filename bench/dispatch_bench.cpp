@@ -1,23 +1,21 @@
 // A member by its virtual operation, by Invoke, and by name.
 #include <benchmark/benchmark.h>
+#include <zrkey/zrkey.hpp>
 
-#include "pkcs11/token_provider.h"
+#include "pkcs11/provider_pkcs11.h"
 
 namespace {
 
-/// A provider without a module: its operations answer at once.
-class Provider {
-public:
-    Provider() { m_provider->AddRef(); }
-    ~Provider() { m_provider->Release(); }
-    ITokenProvider* operator->() const { return m_provider; }
-
-private:
-    ITokenProvider* m_provider = new TokenProvider_pkcs11();
-};
+/// A provider without a module: its operations return at once.
+zrkey::ComRef<ITokenProvider> makeProvider() {
+    zrkey::ComRef<ITokenProvider> provider;
+    provider.reset(new TokenProvider_pkcs11());
+    provider->AddRef();
+    return provider;
+}
 
 void directCall(benchmark::State& state) {
-    const Provider provider;
+    const auto provider = makeProvider();
     for (auto _ : state) {
         INT count = 0;
         benchmark::DoNotOptimize(provider->GetKeyCount(&count));
@@ -26,18 +24,18 @@ void directCall(benchmark::State& state) {
 BENCHMARK(directCall);
 
 void invoke(benchmark::State& state) {
-    const Provider provider;
+    const auto provider = makeProvider();
     DISPPARAMS params = {};
     for (auto _ : state) {
-        VARIANT result;
-        benchmark::DoNotOptimize(
-            provider->Invoke(4, IID_NULL, 0, DISPATCH_METHOD, &params, &result, nullptr, nullptr));
+        zrkey::Variant result;
+        benchmark::DoNotOptimize(provider->Invoke(4, IID_NULL, 0, DISPATCH_METHOD, &params,
+                                                  result.receive(), nullptr, nullptr));
     }
 }
 BENCHMARK(invoke);
 
 void getIdsOfNames(benchmark::State& state) {
-    const Provider provider;
+    const auto provider = makeProvider();
     OLECHAR name[] = OLESTR("GetKeyCount");
     LPOLESTR names = name;
     for (auto _ : state) {

@@ -1,5 +1,6 @@
 // Text between UTF-8 and UTF-16, and MD5.
 #include <benchmark/benchmark.h>
+#include <zrkey/zrkey.hpp>
 
 #include <cstring>
 #include <vector>
@@ -22,20 +23,19 @@ BENCHMARK(copyText);
 
 void utf8ToBstr(benchmark::State& state) {
     for (auto _ : state) {
-        BSTR text = ZSysAllocUTF8String(kText);
-        benchmark::DoNotOptimize(text);
-        SysFreeString(text);
+        zrkey::Text text;
+        text.reset(ZSysAllocUTF8String(kText));
+        benchmark::DoNotOptimize(text.get());
     }
 }
 BENCHMARK(utf8ToBstr);
 
 void bstrToUtf8(benchmark::State& state) {
-    BSTR text = ZSysAllocUTF8String(kText);
+    const zrkey::Text text(kText);
     char narrow[64];
     for (auto _ : state) {
-        benchmark::DoNotOptimize(ZBstrToUtf8(text, narrow, sizeof narrow));
+        benchmark::DoNotOptimize(ZBstrToUtf8(text.get(), narrow, sizeof narrow));
     }
-    SysFreeString(text);
 }
 BENCHMARK(bstrToUtf8);
 

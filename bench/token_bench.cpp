@@ -1,7 +1,8 @@
-// Signing and listing over a module that answers at once, and signing over SoftHSM2, against the bare
-// calls of that module.
+// Signing and listing with a module that returns at once, and signing with SoftHSM2, compared with
+// the bare calls of the module.
 #include <benchmark/benchmark.h>
 #include <dlfcn.h>
+#include <zrkey/zrkey.hpp>
 
 #include <cstdlib>
 #include <cstring>
@@ -10,42 +11,34 @@
 #include <stdexcept>
 #include <string>
 
-#include "pkcs11/byte_array.h"
-#include "pkcs11/key_object.h"
-#include "runtime/zcom_bstr.h"
+#include "pkcs11/token_pkcs11.h"
 
 namespace {
 
-/// A provider with a module loaded, and its first token that takes the PIN, logged in.
+/// A provider with a module loaded, and its first token that accepts the PIN, logged in.
 class BenchToken {
 public:
     explicit BenchToken(const std::string& module) {
         std::ofstream("config.xml") << "<driver/>";
-        const std::string path = std::filesystem::relative(module).generic_string();
+        const zrkey::Text path(std::filesystem::relative(module).generic_string());
+        provider.reset(new TokenProvider_pkcs11());
         provider->AddRef();
         INT count = 0;
-        provider->Load(zrapi::ZComBSTR(path.c_str()));
+        provider->Load(path.get());
         provider->GetKeyCount(&count);
         for (LONG i = 0; i < count && !token; ++i) {
-            provider->OpenKey(i, reinterpret_cast<void**>(&token));
-            if (token && FAILED(token->VerifyPIN(zrapi::ZComBSTR("1234"), 0))) {
-                token->Release();
-                token = nullptr;
+            provider->OpenKey(i, token.receive());
+            if (token && FAILED(token->VerifyPIN(zrkey::Text("1234").get(), 0))) {
+                token.reset();
             }
         }
         if (!token) {
-            throw std::runtime_error("no token of " + module + " takes the PIN");
+            throw std::runtime_error("no token of " + module + " accepts the PIN");
         }
     }
-    BenchToken(const BenchToken&) = delete;
-    BenchToken& operator=(const BenchToken&) = delete;
-    ~BenchToken() {
-        token->Release();
-        provider->Release();
-    }
 
-    TokenProvider_pkcs11* provider = new TokenProvider_pkcs11();
-    IKeyObject* token = nullptr;
+    zrkey::ComRef<ITokenProvider> provider;
+    zrkey::ComRef<IKeyObject> token;
 };
 
 class InstantToken : public BenchToken {
@@ -80,7 +73,7 @@ public:
     CK_SESSION_HANDLE session = 0;
 };
 
-/// The walk to a key and the signature, as few calls as a host needs.
+/// The walk to a key and the signature, with as few calls as a host needs.
 void bareSignature(benchmark::State& state, const char* module) {
     const BenchToken token(module);
     const BareModule bare(module);
@@ -111,31 +104,21 @@ void bareSignature(benchmark::State& state, const char* module) {
 
 void signature(benchmark::State& state, const char* module) {
     const BenchToken bench(module);
-    VARIANT which;
-    VariantInit(&which);
-    which.vt = VT_I4;
-    which.lVal = 0;
-    IKeyContainer* container = nullptr;
-    IKeyCertificate* certificate = nullptr;
-    if (FAILED(bench.token->OpenContainer(which, reinterpret_cast<void**>(&container))) ||
-        FAILED(container->GetKeyCert(true, reinterpret_cast<void**>(&certificate)))) {
+    zrkey::ComRef<IKeyContainer> container;
+    zrkey::ComRef<IKeyCertificate> certificate;
+    if (FAILED(bench.token->OpenContainer(zrkey::Variant::fromNumber(0), container.receive())) ||
+        FAILED(container->GetKeyCert(true, certificate.receive()))) {
         state.SkipWithError("no certificate");
         return;
     }
-    const unsigned char bytes[32] = {};
-    VARIANT data;
-    zr::storeBytes(bytes, sizeof bytes, VT_UI1, &data);
+    const zrkey::ByteArray data(std::string(32, '\0'));
     for (auto _ : state) {
-        VARIANT result;
-        if (FAILED(bench.token->SignData(nullptr, data, certificate, &result))) {
+        zrkey::ByteArray result;
+        if (FAILED(bench.token->SignData(nullptr, data, certificate.get(), result.receive()))) {
             state.SkipWithError("no signature");
             break;
         }
-        VariantClear(&result);
     }
-    VariantClear(&data);
-    certificate->Release();
-    container->Release();
 }
 
 BENCHMARK_CAPTURE(bareSignature, instant, ZRKEY_INSTANT_MODULE);
@@ -171,12 +154,11 @@ BENCHMARK(bareCertificateList)->Arg(32)->Arg(1024)->Arg(16384);
 void certificateList(benchmark::State& state) {
     const InstantToken instant(state.range(0));
     for (auto _ : state) {
-        VARIANT result;
-        if (FAILED(instant.token->EnumContainer(0, &result))) {
+        zrkey::Variant result;
+        if (FAILED(instant.token->EnumContainer(0, result.receive()))) {
             state.SkipWithError("no list");
             break;
         }
-        VariantClear(&result);
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }

@@ -1,10 +1,10 @@
-// What the hooks of both targets share: whose an allocation is, whether it is its turn to fail, and
-// which blocks are out.
+// Shared by the hooks of both targets: who made an allocation, whether it must fail, and which
+// blocks are allocated.
 //
-// An allocation is the library's when, going up the stack, the library is met before the test and
-// before the recording module; the automation platform and the system's libraries work for whoever
-// called them. What the dynamic loader keeps for itself is nobody's: it does not always give it
-// back after a failure.
+// An allocation is the library's when, going up the stack, the library comes before the test and
+// before the recording module; the automation platform and the system's libraries count for their
+// callers. Memory of the dynamic loader is not counted: the loader does not always free it after
+// a failure.
 #pragma once
 
 #include <cstddef>
@@ -28,7 +28,7 @@ struct CodeRanges {
     const CodeRange* of(std::uintptr_t address) const;
 };
 
-/// What stands behind the hooks.
+/// The functions that the hooks call.
 struct AllocatorFunctions {
     void* (*malloc)(std::size_t) = nullptr;
     void* (*calloc)(std::size_t, std::size_t) = nullptr;
@@ -36,17 +36,17 @@ struct AllocatorFunctions {
     void (*free)(void*) = nullptr;
 };
 
-/// Of the target: sets the hooks, if they do not stand yet, and finds the parts of the process.
+/// Of the target: installs the hooks, unless installed, and finds the parts of the process.
 CodeRanges prepareHooks();
 
 /// Of the target: goes up the stack.
-/// @param caller  where the allocation was asked for; what lies below it is the hook.
-/// @return the first of the parts that is met; null without one.
+/// @param caller  the caller of the hook.
+/// @return the first part on the stack; null without one.
 const CodeRange* firstMet(const CodeRanges& ranges, std::uintptr_t caller);
 
-/// Counts an allocation that is asked for.
-/// @param isNoted  whether its block is to be noted.
-/// @return false when it has to fail.
+/// Counts an allocation.
+/// @param isNoted  whether to record its block.
+/// @return false when it must fail.
 bool beginAllocation(const void* caller, bool* isNoted);
 
 void noteBlock(void* block);

@@ -1,4 +1,4 @@
-// The count of allocations, and the blocks that are out.
+// The count of allocations, and the allocated blocks.
 #include "tests/allocation/allocations.h"
 
 #include <cstdlib>
@@ -12,7 +12,7 @@ namespace {
 
 struct Count {
     bool isOn = false;
-    Allocations::Whose whose = Allocations::ofLibrary;
+    Allocations::Whose whose = Allocations::kOfLibrary;
     std::size_t failing = 0;
     std::size_t made = 0;
     std::size_t live = 0;
@@ -23,7 +23,7 @@ Count g_count;
 CodeRanges g_ranges;
 bool g_isInHook = false;
 
-// By open addressing: no allocation may be made here.
+// Uses open addressing, because it must not allocate.
 constexpr std::size_t kSlots = std::size_t{1} << 16;
 void* g_blocks[kSlots];
 void* const kRemoved = &g_blocks;
@@ -35,7 +35,7 @@ std::size_t slotOf(const void* block) {
 bool isCounted(const void* caller) {
     const CodeRange* met = firstMet(g_ranges, reinterpret_cast<std::uintptr_t>(caller));
     return met == &g_ranges.library ||
-           (g_count.whose == Allocations::ofEverything && met == &g_ranges.test);
+           (g_count.whose == Allocations::kOfEverything && met == &g_ranges.test);
 }
 
 }  // namespace

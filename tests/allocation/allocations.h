@@ -1,10 +1,10 @@
-// Counts the allocations of the code under test, fails one of them by number, and tells what was
-// not given back.
+// Counts the allocations of the code under test, fails one of them by number, and reports what was
+// not freed.
 //
 //     for (std::size_t number = 1;; ++number) {
-//         Allocations allocations(Allocations::ofLibrary, number);
+//         Allocations allocations(Allocations::kOfLibrary, number);
 //         ...                                    // run the scenario
-//         if (!allocations.hasFailed()) break;   // it makes fewer
+//         if (!allocations.hasFailed()) break;   // fewer allocations than that
 //         EXPECT_EQ(0u, allocations.live());
 //     }
 #pragma once
@@ -16,8 +16,8 @@ namespace zr::test {
 class Allocations {
 public:
     enum Whose {
-        ofLibrary,    ///< made on behalf of the library, not of the test or of a Cryptoki module
-        ofEverything  ///< the test's too: the code under test is linked into it
+        kOfLibrary,    ///< made on behalf of the library, not of the test or of a Cryptoki module
+        kOfEverything  ///< also of the test: the code under test is linked into it
     };
 
     /// @param failing  the allocation that fails, from 1; 0 for none.
@@ -26,15 +26,15 @@ public:
     Allocations& operator=(const Allocations&) = delete;
     ~Allocations() { stop(); }
 
-    /// Counts no longer; what is given back is still noted.
+    /// Stops counting; frees are still recorded.
     void stop();
     std::size_t made() const;
     bool hasFailed() const;
-    /// Blocks that were counted and not given back.
+    /// Blocks that were counted and not freed.
     std::size_t live() const;
 };
 
-/// The one number of ZRKEY_TEST_ALLOCATION to which a run is limited; 0 for all.
+/// The only number to run, from ZRKEY_TEST_ALLOCATION; 0 for all.
 std::size_t onlyAllocation();
 
 }  // namespace zr::test

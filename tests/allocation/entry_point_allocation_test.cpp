@@ -1,18 +1,18 @@
-// The export and the class factory when the object itself cannot be made.
+// The export and the class factory when they are out of memory for the object.
 #include "tests/allocation/allocations.h"
-#include "tests/contract/library.h"
 #include "tests/support/console_capture.h"
+#include "tests/support/fixtures/library.h"
 #include "tests/support/hresult.h"
 
 namespace zr::test {
 namespace {
 
-TEST(EntryPointAllocationTest, AFactoryThatCannotBeMadeIsTold) {
-    getFactory()->Release();
+TEST(EntryPointAllocationTest, GetClassObjectOutOfMemoryPrintsAMessage) {
+    getFactory();
     int poison = 0;
     void* factory = &poison;
     ConsoleCapture console;
-    Allocations allocations(Allocations::ofLibrary, 1);
+    Allocations allocations(Allocations::kOfLibrary, 1);
     EXPECT_HR(E_OUTOFMEMORY, ZCLGetClassObject(LIBID_ZRKey, IID_IClassFactory, &factory));
     EXPECT_TRUE(allocations.hasFailed());
     allocations.stop();
@@ -22,12 +22,12 @@ TEST(EntryPointAllocationTest, AFactoryThatCannotBeMadeIsTold) {
     EXPECT_EQ("", text.out);
 }
 
-TEST(EntryPointAllocationTest, AProviderThatCannotBeMadeIsNotTold) {
-    IClassFactory* factory = getFactory();
+TEST(EntryPointAllocationTest, CreateInstanceOutOfMemoryPrintsNothing) {
+    const ComRef<IClassFactory> factory = getFactory();
     int poison = 0;
     void* provider = &poison;
     ConsoleCapture console;
-    Allocations allocations(Allocations::ofLibrary, 1);
+    Allocations allocations(Allocations::kOfLibrary, 1);
     EXPECT_HR(E_OUTOFMEMORY, factory->CreateInstance(nullptr, IID_ITokenProvider, &provider));
     EXPECT_TRUE(allocations.hasFailed());
     allocations.stop();
@@ -35,7 +35,6 @@ TEST(EntryPointAllocationTest, AProviderThatCannotBeMadeIsNotTold) {
     const auto text = console.stop();
     EXPECT_EQ("", text.error);
     EXPECT_EQ("", text.out);
-    factory->Release();
 }
 
 }  // namespace

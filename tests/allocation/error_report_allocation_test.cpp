@@ -1,4 +1,4 @@
-// The error service, once for each allocation that it makes, with that one failing.
+// The error service, once for each of its allocations, which fails.
 #include "runtime/error_info.h"
 #include "tests/allocation/fail_each.h"
 #include "tests/support/console_capture.h"
@@ -7,7 +7,7 @@
 namespace zr::test {
 namespace {
 
-/// The result of a report, thrown or answered.
+/// The result of a report, thrown or returned.
 template <class Report>
 HRESULT outcomeOf(Report report, bool* isThrown) {
     *isThrown = false;
@@ -19,7 +19,7 @@ HRESULT outcomeOf(Report report, bool* isThrown) {
     }
 }
 
-TEST(ErrorReportAllocationTest, AnErrorObjectIsMadeWholeOrNotAtAll) {
+TEST(ErrorReportAllocationTest, CreateErrorInfoOutOfMemoryReturnsNoObject) {
     failEach([](const Allocations& allocations) {
         ICreateErrorInfo* create = nullptr;
         const HRESULT hr = ZCreateErrorInfo(&create);
@@ -31,7 +31,7 @@ TEST(ErrorReportAllocationTest, AnErrorObjectIsMadeWholeOrNotAtAll) {
     });
 }
 
-TEST(ErrorReportAllocationTest, AStringThatCannotBeReplacedLeavesNone) {
+TEST(ErrorReportAllocationTest, SetDescriptionOutOfMemoryRemovesTheDescription) {
     OLECHAR first[] = OLESTR("first");
     OLECHAR second[] = OLESTR("second");
     failEach([&](const Allocations& allocations) {
@@ -92,7 +92,7 @@ Outcomes reportEach(Report report) {
 
 constexpr int kRunsOfEach = 2;
 
-TEST(ErrorReportAllocationTest, AReportWithoutAnObjectIsAnsweredAndAnyOtherThrown) {
+TEST(ErrorReportAllocationTest, ReportErrorOutOfMemoryForTheObjectReturnsACodeAndOtherwiseThrows) {
     const Outcomes outcomes =
         reportEach([] { return ZCLReportError(IID_NULL, OLESTR("text"), IID_NULL, E_POINTER); });
     EXPECT_EQ(0, outcomes.withoutText);
@@ -100,7 +100,7 @@ TEST(ErrorReportAllocationTest, AReportWithoutAnObjectIsAnsweredAndAnyOtherThrow
     EXPECT_LE(kRunsOfEach * 2, outcomes.thrown);  // what is lost is the description
 }
 
-TEST(ErrorReportAllocationTest, AReportWhoseTextCannotBeConvertedIsAnswered) {
+TEST(ErrorReportAllocationTest, ReportErrorUtf8OutOfMemoryForTheTextReturnsACode) {
     const ConsoleCapture quiet;
     const Outcomes outcomes =
         reportEach([] { return ZCLReportErrorUTF8(IID_NULL, "text", IID_NULL, E_POINTER); });

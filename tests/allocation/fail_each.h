@@ -1,4 +1,4 @@
-// Calls into code that is linked into the test, once for each of their allocations.
+// Runs code that is linked into the test, once for each of its allocations, which fails.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -14,9 +14,9 @@ namespace zr::test {
 inline void failEach(const std::function<void(const Allocations&)>& run) {
     for (std::size_t number = 1;; ++number) {
         SCOPED_TRACE("allocation " + std::to_string(number));
-        // The first time makes what the language's libraries keep, such as an exception's place.
-        run(Allocations(Allocations::ofEverything, number));
-        Allocations allocations(Allocations::ofEverything, number);
+        // The first run allocates memory that the language libraries keep, as for exceptions.
+        run(Allocations(Allocations::kOfEverything, number));
+        Allocations allocations(Allocations::kOfEverything, number);
         run(allocations);
         allocations.stop();
         EXPECT_EQ(0u, allocations.live());

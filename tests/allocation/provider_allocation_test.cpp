@@ -1,29 +1,24 @@
-// The whole work with a token, once for each allocation that the library makes, with that one
-// failing: the step that meets it fails as documented and hands out nothing, succeeds when it is
-// repeated, and nothing is left over at the end.
+// A full session with a token, once for each allocation of the library, which fails: the step that
+// makes the allocation fails as documented and hands out nothing, succeeds when it is repeated, and
+// all memory is free at the end.
 //
-// ZRKEY_TEST_ALLOCATION=17 runs the one number.
+// ZRKEY_TEST_ALLOCATION=17 runs number 17 only.
 #include <algorithm>
 #include <functional>
 
 #include "tests/allocation/allocations.h"
-#include "tests/contract/token.h"
+#include "tests/support/fixtures/token.h"
+#include "tests/support/log_file.h"
 
 namespace zr::test {
 namespace {
 
-template <class Interface>
-void** receive(Interface** out) {
-    *out = nullptr;
-    return reinterpret_cast<void**>(out);
-}
-
-/// One run through the work, with one allocation failing.
+/// One session in which one allocation fails.
 class Work {
 public:
-    /// @param isLogged  a log is written: for want of memory a line is lost, and no call fails.
+    /// @param isLogged  a log is written: out of memory, a line is missing and no call fails.
     Work(Recording& module, std::size_t failing, bool isLogged = false)
-        : m_module(module), m_isLogged(isLogged), m_allocations(Allocations::ofLibrary, failing) {}
+        : m_module(module), m_isLogged(isLogged), m_allocations(Allocations::kOfLibrary, failing) {}
 
     void run() {
         load();
@@ -42,8 +37,8 @@ public:
 private:
     using Call = std::function<HRESULT()>;
 
-    /// Makes one call, and once more when it met the failing allocation and failed.
-    /// @param outcomes  what it may answer then.
+    /// Makes one call, and repeats it when it made the failing allocation and failed.
+    /// @param outcomes  the results that are allowed then.
     void step(const char* name, std::initializer_list<HRESULT> outcomes, const Call& call) {
         const bool hadFailed = m_allocations.hasFailed();
         HRESULT hr = call();
@@ -61,11 +56,11 @@ private:
 
     /// A step that hands out an object.
     template <class Interface>
-    void open(const char* name, std::initializer_list<HRESULT> outcomes, Interface** out,
+    void open(const char* name, std::initializer_list<HRESULT> outcomes, ComRef<Interface>* out,
               const std::function<HRESULT(void**)>& call) {
         step(name, outcomes, [&] {
-            const HRESULT hr = call(receive(out));
-            EXPECT_EQ(SUCCEEDED(hr), *out != nullptr) << name;
+            const HRESULT hr = call(out->receive());
+            EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(*out)) << name;
             return hr;
         });
         ASSERT_TRUE(*out) << name;
@@ -74,25 +69,22 @@ private:
     /// A step that hands out a string.
     void text(const char* name, const std::function<HRESULT(BSTR*)>& call) {
         step(name, {E_OUTOFMEMORY}, [&] {
-            BSTR out = nullptr;
-            const HRESULT hr = call(&out);
-            EXPECT_EQ(SUCCEEDED(hr), out != nullptr) << name;
-            SysFreeString(out);
+            Text out;
+            const HRESULT hr = call(out.receive());
+            EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(out)) << name;
             return hr;
         });
     }
 
-    /// A step that fills a variant; on failure it is as it was, or empty.
+    /// A step that fills a variant; a failure leaves the variant unchanged or empty.
     void value(const char* name, std::initializer_list<HRESULT> outcomes,
                const std::function<HRESULT(VARIANT*)>& call) {
         step(name, outcomes, [&] {
-            VARIANT out;
-            VariantInit(&out);
-            const HRESULT hr = call(&out);
+            Variant out;
+            const HRESULT hr = call(out.receive());
             if (FAILED(hr)) {
-                EXPECT_EQ(0u, out.ullVal) << name;
+                EXPECT_EQ(0u, out.get().ullVal) << name;
             }
-            VariantClear(&out);
             return hr;
         });
     }
@@ -112,7 +104,7 @@ private:
         });
     }
 
-    /// Ends a search that FileExists left open, too.
+    /// Also ends a search that FileExists left open.
     void countContainers() {
         // A certificate that cannot be read ends the count.
         value("GetContainerCount", {S_OK},
@@ -131,22 +123,22 @@ private:
     Recording& m_module;
     bool m_isLogged;
     Allocations m_allocations;
-    IClassFactory* m_factory = nullptr;
-    ITokenProvider* m_provider = nullptr;
-    IKeyObject* m_token = nullptr;
-    IKeyFile* m_file = nullptr;
-    IKeyContainer* m_container = nullptr;
-    IKeyCertificate* m_certificate = nullptr;
-    VARIANT m_signature = {};
+    ComRef<IClassFactory> m_factory;
+    ComRef<ITokenProvider> m_provider;
+    ComRef<IKeyObject> m_token;
+    ComRef<IKeyFile> m_file;
+    ComRef<IKeyContainer> m_container;
+    ComRef<IKeyCertificate> m_certificate;
+    Variant m_signature;
 };
 
 void Work::load() {
     open("ZCLGetClassObject", {E_OUTOFMEMORY}, &m_factory,
          [](void** out) { return ZCLGetClassObject(LIBID_ZRKey, IID_IClassFactory, out); });
-    // Without memory for its log a provider works without one.
+    // Out of memory for its log, a provider works without a log.
     open("CreateInstance", {S_OK, E_OUTOFMEMORY}, &m_provider,
          [&](void** out) { return m_factory->CreateInstance(nullptr, IID_ITokenProvider, out); });
-    // The configuration is read without a buffer when there is none for it.
+    // Out of memory for its buffer, the configuration is read without a buffer.
     step("Load", {S_OK, E_FAIL, E_OUTOFMEMORY},
          [&] { return m_provider->Load(Text(m_module.path())); });
     text("GetName", [&](BSTR* out) { return m_provider->GetName(out); });
@@ -176,12 +168,12 @@ void Work::changePins() {
 }
 
 void Work::useFiles() {
-    IKeyFile* created = nullptr;
+    ComRef<IKeyFile> created;
     open("CreateFile", {S_OK, E_FAIL, E_OUTOFMEMORY}, &created,
          [&](void** out) { return m_token->CreateFile(Text("7"), 0, 0, 0, 0, out); });
     step("Flush", {}, [&] { return created->Flush(); });
     step("Close", {}, [&] { return created->Close(); });
-    created->Release();
+    created.reset();
     value("FileExists", {E_FAIL}, [&](VARIANT* out) {
         const HRESULT hr = m_token->FileExists(Text("8"), out);
         EXPECT_EQ(SUCCEEDED(hr) ? 1 : 0, out->lVal);
@@ -193,10 +185,11 @@ void Work::useFiles() {
          [&](void** out) { return m_token->OpenFile(Text("101"), out); });
     value("GetSize", {}, [&](VARIANT* out) { return m_file->GetSize(out); });
     step("Seek", {}, [&] { return m_file->Seek(9, 0); });
-    // Reading without memory for the array leaves the result unset and is S_OK.
+    // Out of memory for the array, Read returns S_OK and leaves the result unset.
     value("Read", {S_OK}, [&](VARIANT* out) { return m_file->Read(6, out); });
     step("Flush", {}, [&] { return m_file->Flush(); });
-    step("Write", {}, [&] { return m_file->Write(Bytes("x")) == E_INVALIDARG ? S_OK : E_FAIL; });
+    step("Write", {},
+         [&] { return m_file->Write(ByteArray("x")) == E_INVALIDARG ? S_OK : E_FAIL; });
 }
 
 void Work::useContainers() {
@@ -207,20 +200,17 @@ void Work::useContainers() {
     countContainers();
     value("EnumContainer", {S_OK, E_FAIL},
           [&](VARIANT* out) { return m_token->EnumContainer(0, out); });
-    IKeyContainer* nameless = nullptr;
-    VARIANT index;
-    VariantInit(&index);
-    index.vt = VT_I4;
-    index.lVal = 1;
+    ComRef<IKeyContainer> nameless;
+    const Variant index = Variant::fromNumber(1);
     open("OpenContainer", {E_FAIL, E_OUTOFMEMORY}, &nameless,
          [&](void** out) { return m_token->OpenContainer(index, out); });
-    IKeyCertificate* certificate = nullptr;
+    ComRef<IKeyCertificate> certificate;
     open("GetKeyCert", {E_OUTOFMEMORY}, &certificate,
          [&](void** out) { return nameless->GetKeyCert(true, out); });
-    nameless->Release();
+    nameless.reset();
     value("GetPubKeyData", {E_FAIL, E_OUTOFMEMORY},
-          [&](VARIANT* out) { return m_token->GetPubKeyData(certificate, out); });
-    certificate->Release();
+          [&](VARIANT* out) { return m_token->GetPubKeyData(certificate.get(), out); });
+    certificate.reset();
 
     const Text name("a");
     open("OpenContainer", {E_FAIL, E_OUTOFMEMORY}, &m_container,
@@ -231,18 +221,17 @@ void Work::useContainers() {
     text("GetCertID", [&](BSTR* out) { return m_certificate->GetCertID(out); });
     value("GetCertData", {E_FAIL}, [&](VARIANT* out) { return m_certificate->GetCertData(out); });
     value("GetCertData", {E_FAIL},
-          [&](VARIANT* out) { return m_token->GetCertData(m_certificate, out); });
+          [&](VARIANT* out) { return m_token->GetCertData(m_certificate.get(), out); });
 }
 
 void Work::signAndDigest() {
-    const Bytes data("data to sign");
+    const ByteArray data("data to sign");
     step("SignData", {E_FAIL, E_OUTOFMEMORY}, [&] {
-        VariantInit(&m_signature);
-        return m_token->SignData(nullptr, data, m_certificate, &m_signature);
+        return m_token->SignData(nullptr, data, m_certificate.get(), m_signature.receive());
     });
     step("VerifyData", {E_FAIL, E_OUTOFMEMORY},
-         [&] { return m_token->VerifyData(data, m_certificate, nullptr, m_signature); });
-    VariantClear(&m_signature);
+         [&] { return m_token->VerifyData(data, m_certificate.get(), nullptr, m_signature); });
+    m_signature.reset();
     // A name that cannot be converted is not "MD5".
     value("DigestData", {E_FAIL, E_INVALIDARG},
           [&](VARIANT* out) { return m_token->DigestData(Text("MD5"), data, out); });
@@ -252,33 +241,33 @@ void Work::callByName() {
     const Text pin("1234");
     const Text fileName("8");
     const auto byName = {E_FAIL, E_OUTOFMEMORY};
-    member(m_provider, "GetKeyCount", {}, byName);
-    member(m_provider, "OpenKey", {number(0)}, byName);
-    member(m_token, "GetLabel", {}, byName);
-    member(m_token, "GetTotalSize", {}, byName);
-    member(m_token, "VerifyPIN", {string(pin), number(0)}, byName);
-    member(m_token, "FileExists", {string(fileName)}, byName);
+    member(m_provider.get(), "GetKeyCount", {}, byName);
+    member(m_provider.get(), "OpenKey", {number(0)}, byName);
+    member(m_token.get(), "GetLabel", {}, byName);
+    member(m_token.get(), "GetTotalSize", {}, byName);
+    member(m_token.get(), "VerifyPIN", {string(pin), number(0)}, byName);
+    member(m_token.get(), "FileExists", {string(fileName)}, byName);
     countContainers();
-    member(m_container, "GetKeyCert", {number(1)}, byName);
-    member(m_certificate, "GetCertID", {}, byName);
-    member(m_certificate, "GetCertData", {}, byName);
+    member(m_container.get(), "GetKeyCert", {number(1)}, byName);
+    member(m_certificate.get(), "GetCertID", {}, byName);
+    member(m_certificate.get(), "GetCertData", {}, byName);
 }
 
 void Work::unload() {
-    m_file->Release();
-    m_certificate->Release();
-    m_container->Release();
-    EXPECT_EQ(0u, m_token->Release());
+    m_file.reset();
+    m_certificate.reset();
+    m_container.reset();
+    EXPECT_EQ(0u, m_token.release()->Release());
     step("Unload", {}, [&] { return m_provider->Unload(); });
-    EXPECT_EQ(0u, m_provider->Release());
-    EXPECT_EQ(0u, m_factory->Release());
+    EXPECT_EQ(0u, m_provider.release()->Release());
+    EXPECT_EQ(0u, m_factory.release()->Release());
 }
 
 class ProviderAllocationTest : public ModuleTest {
 protected:
-    /// The work once for each allocation; nothing of the library is left after any.
+    /// Runs one session for each allocation; each must free all memory of the library.
     void failEach(bool isLogged) {
-        // What the language's libraries make once and keep: the time zone, the first exception's.
+        // The language libraries allocate some memory once and keep it: time zone, first exception.
         Work(module, 0, isLogged).run();
         module->reset();
         Work(module, 1, isLogged).run();
@@ -297,7 +286,7 @@ protected:
     }
 };
 
-TEST_F(ProviderAllocationTest, WithoutAFailureTheLibraryGivesAllBack) {
+TEST_F(ProviderAllocationTest, SessionWithoutAFailureFreesAllMemory) {
     for (int run = 0; run < 2; ++run) {
         module->reset();
         Work work(module, 0);
@@ -307,22 +296,46 @@ TEST_F(ProviderAllocationTest, WithoutAFailureTheLibraryGivesAllBack) {
     }
 }
 
-TEST_F(ProviderAllocationTest, EachAllocationFailsOnce) {
+TEST_F(ProviderAllocationTest, SessionWithEachAllocationFailingOnceFreesAllMemory) {
     failEach(false);
 }
 
-TEST_F(ProviderAllocationTest, EachAllocationFailsOnceWhileALogIsWritten) {
+TEST_F(ProviderAllocationTest, LoggedSessionWithEachAllocationFailingOnceFreesAllMemory) {
     folder.enableLog();
     failEach(true);
 }
 
-// Apart from the work: a deletion that succeeds keeps its token.
-TEST_F(LoggedInTokenTest, ADeletionThatFailsForWantOfMemoryDeletesAndKeepsNothing) {
+// Not part of the session: a provider whose logger is out of memory.
+TEST_F(ModuleTest, ProviderOutOfMemoryForItsLoggerMakesTheLogFoldersAndNoFile) {
+    folder.enableLog();
+    const std::filesystem::path directory = folder.home() / "log" / "level" / "work";
+    const ComRef<IClassFactory> factory = getFactory();
+    std::size_t withoutLogger = 0;
+    for (std::size_t number = 1;; ++number) {
+        SCOPED_TRACE("allocation " + std::to_string(number));
+        ComRef<ITokenProvider> provider;
+        Allocations allocations(Allocations::kOfLibrary, number);
+        factory->CreateInstance(nullptr, IID_ITokenProvider, provider.receive());
+        allocations.stop();
+        if (provider) {
+            const bool hasFolders = std::filesystem::is_directory(directory);
+            withoutLogger += hasFolders && findLogFiles(folder.home()).empty() ? 1 : 0;
+        }
+        if (!allocations.hasFailed()) {
+            break;
+        }
+        std::filesystem::remove_all(folder.home() / "log");
+    }
+    EXPECT_EQ(1u, withoutLogger);
+}
+
+// Not part of the session: a deletion that succeeds keeps its token.
+TEST_F(LoggedInTokenTest, DeleteFileOutOfMemoryKeepsTheObject) {
     module.addData("100", "contents");
     const Text name("101");
     for (std::size_t number = 1;; ++number) {
         SCOPED_TRACE("allocation " + std::to_string(number));
-        Allocations allocations(Allocations::ofLibrary, number);
+        Allocations allocations(Allocations::kOfLibrary, number);
         const HRESULT hr = token->DeleteFile(name);
         allocations.stop();
         if (!allocations.hasFailed()) {

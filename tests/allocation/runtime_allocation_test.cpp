@@ -1,4 +1,4 @@
-// Strings, variants and proxies, once for each allocation that they make, with that one failing.
+// Strings, variants and proxies, once for each of their allocations, which fails.
 #include "runtime/path_utils.h"
 #include "runtime/zcom_bstr.h"
 #include "runtime/zcom_variant.h"
@@ -30,14 +30,14 @@ protected:
     ZComBSTR text{"text"};
 };
 
-TEST_F(RuntimeAllocationTest, AStringIsMadeWholeOrNotAtAll) {
+TEST_F(RuntimeAllocationTest, StringOutOfMemoryIsNull) {
     failEach([](const Allocations& allocations) {
         const ZComBSTR made("text");
         EXPECT_EQ(allocations.hasFailed(), static_cast<BSTR>(made) == nullptr);
     });
 }
 
-TEST_F(RuntimeAllocationTest, AViewThatCannotBeMadeIsNull) {
+TEST_F(RuntimeAllocationTest, StringViewOutOfMemoryIsNull) {
     failEach([this](const Allocations& allocations) {
         BSTR source = text;
         ZComBSTR copy(source);
@@ -45,7 +45,7 @@ TEST_F(RuntimeAllocationTest, AViewThatCannotBeMadeIsNull) {
     });
 }
 
-TEST_F(RuntimeAllocationTest, ACopyThatCannotBeCountedIsNullAndLeavesTheOriginal) {
+TEST_F(RuntimeAllocationTest, StringCopyOutOfMemoryIsNullAndLeavesTheOriginal) {
     failEach([this](const Allocations& allocations) {
         {
             const ZComBSTR copy(text);
@@ -55,7 +55,7 @@ TEST_F(RuntimeAllocationTest, ACopyThatCannotBeCountedIsNullAndLeavesTheOriginal
     });
 }
 
-TEST_F(RuntimeAllocationTest, AVariantThatCannotCopyATextHoldsTheError) {
+TEST_F(RuntimeAllocationTest, VariantOfATextOutOfMemoryHoldsTheError) {
     failEach([this](const Allocations& allocations) {
         expectTextOrError(allocations, ZComVariant(wide));
     });
@@ -67,7 +67,7 @@ TEST_F(RuntimeAllocationTest, AVariantThatCannotCopyATextHoldsTheError) {
     });
 }
 
-TEST_F(RuntimeAllocationTest, AVariantThatCannotBeCopiedHoldsTheError) {
+TEST_F(RuntimeAllocationTest, VariantCopyOutOfMemoryHoldsTheError) {
     const ZComVariant source(wide);
     failEach([&](const Allocations& allocations) {
         expectTextOrError(allocations, ZComVariant(source));
@@ -80,7 +80,7 @@ TEST_F(RuntimeAllocationTest, AVariantThatCannotBeCopiedHoldsTheError) {
     });
 }
 
-TEST_F(RuntimeAllocationTest, AVariantThatCannotCopyAnArrayHoldsTheError) {
+TEST_F(RuntimeAllocationTest, VariantOfAnArrayOutOfMemoryHoldsTheError) {
     SAFEARRAYBOUND bound = {4, 0};
     SAFEARRAY* array = SafeArrayCreate(VT_UI1, 1, &bound);
     failEach([&](const Allocations& allocations) {
@@ -93,7 +93,7 @@ TEST_F(RuntimeAllocationTest, AVariantThatCannotCopyAnArrayHoldsTheError) {
     SafeArrayDestroy(array);
 }
 
-TEST_F(RuntimeAllocationTest, AnElementThatCannotBeAddedLeavesTheListAsItIs) {
+TEST_F(RuntimeAllocationTest, AddOutOfMemoryLeavesTheList) {
     failEach([](const Allocations& allocations) {
         ZComVariantArray list;
         ZComVariant element(1);
@@ -102,7 +102,7 @@ TEST_F(RuntimeAllocationTest, AnElementThatCannotBeAddedLeavesTheListAsItIs) {
     });
 }
 
-TEST_F(RuntimeAllocationTest, AListThatCannotBeParsedKeepsItsElements) {
+TEST_F(RuntimeAllocationTest, ParseOutOfMemoryKeepsTheElements) {
     ZComVariantArray list;
     ZComVariant element(1);
     list.Add(element);
@@ -117,7 +117,7 @@ TEST_F(RuntimeAllocationTest, AListThatCannotBeParsedKeepsItsElements) {
     });
 }
 
-TEST_F(RuntimeAllocationTest, APathThatCannotBeResolvedIsNotWritten) {
+TEST_F(RuntimeAllocationTest, GetAbsolutionPathOutOfMemoryLeavesTheBuffer) {
     const std::string path = "/" + std::string(50, 'd') + "/../" + std::string(50, 'd') + "/x";
     failEach([&](const Allocations& allocations) {
         char out[200] = "untouched";
@@ -132,7 +132,7 @@ protected:
     Proxy proxy;
 };
 
-TEST_F(ProxyAllocationTest, AProxyThatCannotBeAddedIsNotKept) {
+TEST_F(ProxyAllocationTest, AddProxyDispatchOutOfMemoryDoesNotKeepTheProxy) {
     failEach([this](const Allocations& allocations) {
         EXPECT_EQ(allocations.hasFailed() ? 0 : 1, thing->AddProxyDispatch(&proxy, 0, 1, "name"));
         EXPECT_EQ(allocations.hasFailed() ? 0u : 1u, proxy.references);
@@ -140,8 +140,8 @@ TEST_F(ProxyAllocationTest, AProxyThatCannotBeAddedIsNotKept) {
     });
 }
 
-TEST_F(ProxyAllocationTest, AProxyThatCannotBeAskedEndsTheLookUp) {
-    // The name is an own member's, too, which is not taken for the proxy's.
+TEST_F(ProxyAllocationTest, GetIdsOfNamesOutOfMemoryForAProxyFails) {
+    // The object has a member of the same name, which must not be found instead.
     for (const int stage : {1, 0}) {
         proxy.name = stage == 1 ? OLESTR("Keep") : OLESTR("Proxied");
         thing->AddProxyDispatch(&proxy, 100, stage, nullptr);
@@ -156,11 +156,11 @@ TEST_F(ProxyAllocationTest, AProxyThatCannotBeAskedEndsTheLookUp) {
     }
 }
 
-TEST_F(ProxyAllocationTest, NoProxyIsAskedForMoreNamesThanThereIsRoomFor) {
+TEST_F(ProxyAllocationTest, GetIdsOfNamesOfTooManyNamesCallsNoProxy) {
     thing->AddProxyDispatch(&proxy, 100, 1, nullptr);
     LPOLESTR name = proxy.name.data();
     DISPID id = 99;
-    const Allocations allocations(Allocations::ofEverything, 1);
+    const Allocations allocations(Allocations::kOfEverything, 1);
     EXPECT_HR(E_FAIL, thing->GetIDsOfNames(IID_NULL, &name, 0xFFFFFFFF, 0, &id));
     EXPECT_TRUE(allocations.hasFailed());
     EXPECT_EQ(0, proxy.lookUps);
@@ -168,18 +168,18 @@ TEST_F(ProxyAllocationTest, NoProxyIsAskedForMoreNamesThanThereIsRoomFor) {
     thing->RemoveProxyDispatch(&proxy);
 }
 
-TEST_F(ProxyAllocationTest, AFewNamesAreAskedForWithoutAnAllocation) {
+TEST_F(ProxyAllocationTest, GetIdsOfNamesOf16NamesAllocatesNothing) {
     thing->AddProxyDispatch(&proxy, 100, 1, nullptr);
     DISPID id = 0;
     std::vector<LPOLESTR> names(16, proxy.name.data());
-    const Allocations allocations(Allocations::ofEverything, 1);
+    const Allocations allocations(Allocations::kOfEverything, 1);
     EXPECT_HR(S_OK, thing->GetIDsOfNames(IID_NULL, names.data(), 16, 0, &id));
     EXPECT_EQ(0u, allocations.made());
     EXPECT_EQ(101, id);
     thing->RemoveProxyDispatch(&proxy);
 }
 
-TEST_F(ProxyAllocationTest, ACallWhoseArgumentsCannotBeCopiedIsNotMade) {
+TEST_F(ProxyAllocationTest, CloneOutOfMemoryForATextFails) {
     BSTR text = SysAllocString(OLESTR("text"));
     VARIANT argument = {};
     argument.vt = VT_BSTR;
@@ -196,11 +196,11 @@ TEST_F(ProxyAllocationTest, ACallWhoseArgumentsCannotBeCopiedIsNotMade) {
     SysFreeString(text);
 }
 
-TEST_F(ProxyAllocationTest, AnArrayOfArgumentsThatCannotBeMadeIsTold) {
+TEST_F(ProxyAllocationTest, CloneOutOfMemoryForTheArrayPrintsAMessage) {
     VARIANT argument = {};
     DISPPARAMS params = {&argument, nullptr, 1, 0};
     DISPPARAMS clone = {};
-    Allocations allocations(Allocations::ofEverything, 1);
+    Allocations allocations(Allocations::kOfEverything, 1);
     EXPECT_EQ(0, thing->CloneDispParams(1, &params, &clone));
     EXPECT_TRUE(allocations.hasFailed());
     allocations.stop();
@@ -211,13 +211,13 @@ TEST_F(ProxyAllocationTest, AnArrayOfArgumentsThatCannotBeMadeIsTold) {
         quiet.stop().out);
 }
 
-TEST_F(ProxyAllocationTest, ACopyOfATextThatCannotBeMadeFailsTheCallWithoutALineOfItsOwn) {
+TEST_F(ProxyAllocationTest, InvokeOutOfMemoryForATextDoesNotCallTheMember) {
     BSTR text = SysAllocString(OLESTR("text"));
     VARIANT argument = {};
     argument.vt = VT_BSTR;
     argument.bstrVal = text;
     DISPPARAMS params = {&argument, nullptr, 1, 0};
-    Allocations allocations(Allocations::ofEverything, 2);
+    Allocations allocations(Allocations::kOfEverything, 2);
     EXPECT_HR(E_FAIL, thing->Invoke(1, IID_NULL, 0, 1, &params, nullptr, nullptr, nullptr));
     EXPECT_TRUE(allocations.hasFailed());
     allocations.stop();

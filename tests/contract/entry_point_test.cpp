@@ -1,11 +1,11 @@
 // The export and the class factory: results, references, console texts, slots.
-#include "tests/contract/library.h"
 #include "tests/support/console_capture.h"
+#include "tests/support/fixtures/library.h"
 #include "tests/support/hresult.h"
 
 namespace zr::test {
 
-/// The dispatch members as the factory's table has them: after its own two. Not in the unnamed
+/// The dispatch members in the factory's table, which follow its own two. Not in the unnamed
 /// namespace, where the compiler knows that nothing derives from it and drops the calls.
 struct FactorySlots : IClassFactory {
     virtual HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) = 0;
@@ -25,7 +25,7 @@ namespace {
 int s_untouched;
 void* const kPoison = &s_untouched;
 
-TEST(EntryPointTest, NullPointerIsRefusedBeforeTheIdentifiersAreLookedAt) {
+TEST(EntryPointTest, GetClassObjectWithoutAResultIsRefusedBeforeTheIdentifiersAreRead) {
     ConsoleCapture console;
     EXPECT_HR(E_INVALIDARG, ZCLGetClassObject(IID_NULL, IID_NULL, nullptr));
     const auto text = console.stop();
@@ -33,7 +33,7 @@ TEST(EntryPointTest, NullPointerIsRefusedBeforeTheIdentifiersAreLookedAt) {
     EXPECT_EQ("", text.out);
 }
 
-TEST(EntryPointTest, AnotherClassIsNotImplementedWithoutAWord) {
+TEST(EntryPointTest, GetClassObjectOfAnotherClassReturnsNotImplementedAndPrintsNothing) {
     for (const IID& iid : {IID_IClassFactory, IID_ITokenProvider, IID_NULL}) {
         void* object = kPoison;
         ConsoleCapture console;
@@ -45,7 +45,7 @@ TEST(EntryPointTest, AnotherClassIsNotImplementedWithoutAWord) {
     }
 }
 
-TEST(EntryPointTest, TheProviderIsReachedThroughTheFactoryOnly) {
+TEST(EntryPointTest, GetClassObjectOfTheProviderInterfaceFails) {
     void* object = kPoison;
     ConsoleCapture console;
     EXPECT_HR(E_NOINTERFACE, ZCLGetClassObject(LIBID_ZRKey, IID_ITokenProvider, &object));
@@ -55,30 +55,30 @@ TEST(EntryPointTest, TheProviderIsReachedThroughTheFactoryOnly) {
     EXPECT_EQ(kPoison, object);
 }
 
-TEST(EntryPointTest, EveryCallMakesAFactoryWithOneReference) {
+TEST(EntryPointTest, GetClassObjectTwiceReturnsTwoFactories) {
     ConsoleCapture console;
-    IClassFactory* first = getFactory();
-    IClassFactory* second = getFactory();
+    ComRef<IClassFactory> first = getFactory();
+    ComRef<IClassFactory> second = getFactory();
     const auto text = console.stop();
     EXPECT_EQ("", text.error);
     EXPECT_EQ("", text.out);
-    EXPECT_NE(first, second);
+    EXPECT_NE(first.get(), second.get());
     EXPECT_EQ(2u, first->AddRef());
     EXPECT_EQ(1u, first->Release());
-    EXPECT_EQ(0u, first->Release());
-    EXPECT_EQ(0u, second->Release());
+    EXPECT_EQ(0u, first.release()->Release());
+    EXPECT_EQ(0u, second.release()->Release());
 }
 
-TEST(ClassFactoryTest, ItHandsItselfOutWithoutAReference) {
-    IClassFactory* factory = getFactory();
+TEST(ClassFactoryTest, CreateInstanceOfTheFactoryReturnsItselfWithoutAReference) {
+    ComRef<IClassFactory> factory = getFactory();
     void* self = nullptr;
     EXPECT_HR(S_OK, factory->CreateInstance(nullptr, IID_IClassFactory, &self));
-    EXPECT_EQ(factory, self);
-    EXPECT_EQ(0u, factory->Release());
+    EXPECT_EQ(factory.get(), self);
+    EXPECT_EQ(0u, factory.release()->Release());
 }
 
-TEST(ClassFactoryTest, ItRefusesOtherInterfacesAndANullPointer) {
-    IClassFactory* factory = getFactory();
+TEST(ClassFactoryTest, CreateInstanceOfAnotherInterfaceOrWithoutAResultFails) {
+    ComRef<IClassFactory> factory = getFactory();
     for (const IID& iid : {IID_IKeyObject, IID_IUnknown, IID_IDispatch, IID_NULL}) {
         void* object = kPoison;
         EXPECT_HR(E_NOINTERFACE, factory->CreateInstance(nullptr, iid, &object));
@@ -88,54 +88,51 @@ TEST(ClassFactoryTest, ItRefusesOtherInterfacesAndANullPointer) {
     for (const IID& iid : {IID_ITokenProvider, IID_IClassFactory}) {
         EXPECT_HR(E_INVALIDARG, factory->CreateInstance(nullptr, iid, nullptr));
     }
-    factory->Release();
 }
 
-TEST(ClassFactoryTest, AnOuterObjectIsIgnored) {
-    IClassFactory* factory = getFactory();
-    ITokenProvider* provider = nullptr;
-    EXPECT_HR(S_OK, factory->CreateInstance(factory, IID_ITokenProvider,
-                                            reinterpret_cast<void**>(&provider)));
-    EXPECT_EQ(0u, provider->Release());
-    EXPECT_EQ(0u, factory->Release());
+TEST(ClassFactoryTest, CreateInstanceIgnoresAnOuterObject) {
+    ComRef<IClassFactory> factory = getFactory();
+    ComRef<ITokenProvider> provider;
+    EXPECT_HR(S_OK, factory->CreateInstance(factory.get(), IID_ITokenProvider, provider.receive()));
+    EXPECT_EQ(0u, provider.release()->Release());
+    EXPECT_EQ(0u, factory.release()->Release());
 }
 
-TEST(ClassFactoryTest, ProvidersAreIndependentAndOutliveTheFactory) {
-    ITokenProvider* first = makeProvider();
-    ITokenProvider* second = makeProvider();
-    EXPECT_NE(first, second);
-    EXPECT_EQ(0u, first->Release());
+TEST(ClassFactoryTest, ReleaseOfOneProviderLeavesTheOther) {
+    ComRef<ITokenProvider> first = makeProvider();
+    ComRef<ITokenProvider> second = makeProvider();
+    EXPECT_NE(first.get(), second.get());
+    EXPECT_EQ(0u, first.release()->Release());
     INT count = 5;
     EXPECT_HR(E_FAIL, second->GetKeyCount(&count));
     EXPECT_EQ(0, count);
-    EXPECT_EQ(0u, second->Release());
+    EXPECT_EQ(0u, second.release()->Release());
 }
 
 TEST(ClassFactoryTest, LockServerKeepsNoCount) {
-    IClassFactory* factory = getFactory();
+    ComRef<IClassFactory> factory = getFactory();
     EXPECT_HR(S_OK, factory->LockServer(1));
     EXPECT_HR(S_OK, factory->LockServer(0));
-    EXPECT_EQ(0u, factory->Release());
+    EXPECT_EQ(0u, factory.release()->Release());
 }
 
-TEST(ClassFactoryTest, ItAnswersOnlyTheErrorInformationInterface) {
-    IClassFactory* factory = getFactory();
+TEST(ClassFactoryTest, QueryInterfaceSupportsTheErrorInformationInterfaceOnly) {
+    ComRef<IClassFactory> factory = getFactory();
     void* object = kPoison;
     EXPECT_HR(E_NOTIMPL, factory->QueryInterface(IID_IClassFactory, &object));
     EXPECT_HR(E_NOTIMPL, factory->QueryInterface(IID_IUnknown, &object));
     EXPECT_EQ(kPoison, object);
     EXPECT_HR(E_INVALIDARG, factory->QueryInterface(IID_ISupportErrorInfo, nullptr));
-    ISupportErrorInfo* support = nullptr;
-    EXPECT_HR(S_OK,
-              factory->QueryInterface(IID_ISupportErrorInfo, reinterpret_cast<void**>(&support)));
+    ComRef<ISupportErrorInfo> support;
+    EXPECT_HR(S_OK, factory->QueryInterface(IID_ISupportErrorInfo, support.receive()));
     EXPECT_HR(S_OK, support->InterfaceSupportsErrorInfo(IID_NULL));
-    EXPECT_EQ(1u, support->Release());
-    EXPECT_EQ(0u, factory->Release());
+    EXPECT_EQ(1u, support.release()->Release());
+    EXPECT_EQ(0u, factory.release()->Release());
 }
 
-TEST(ClassFactoryTest, DispatchSlotsFollowItsOwn) {
+TEST(ClassFactoryTest, DispatchSlotsFollowTheSlotsOfTheFactory) {
     ConsoleCapture console;
-    auto* factory = static_cast<FactorySlots*>(getFactory());
+    auto* factory = static_cast<FactorySlots*>(getFactory().release());
     UINT count = 7;
     EXPECT_HR(E_NOTIMPL, factory->GetTypeInfoCount(&count));
     EXPECT_EQ(7u, count);

@@ -1,44 +1,42 @@
-// The path of a module: its length, and paths that are none.
+// The path of a module: its maximum length, null paths, paths above the root.
 #include <filesystem>
 
-#include "tests/contract/token.h"
+#include "tests/support/fixtures/token.h"
 
 namespace zr::test {
 namespace {
 
 class ModulePathTest : public ModuleTest {
 protected:
-    ~ModulePathTest() override { provider->Release(); }
-
-    ITokenProvider* provider = makeProvider();
+    ComRef<ITokenProvider> provider = makeProvider();
 };
 
-TEST_F(ModulePathTest, WithTheDirectory259BytesAreTheLongest) {
-    // Names of both lengths, so that steps of two bytes reach every length.
+TEST_F(ModulePathTest, LoadOfAPathLongerThan259BytesFails) {
+    // Names of two lengths, so that "./" of two bytes reaches every length.
     std::filesystem::copy_file(module.file(), "m.dll");
     std::filesystem::copy_file(module.file(), "mm.dll");
     const std::size_t directory = std::filesystem::current_path().string().size() + 1;
-    for (const std::size_t whole : {258, 259, 260, 261}) {
-        ASSERT_LT(directory + 6, whole);
-        const std::size_t length = whole - directory;
+    for (const std::size_t total : {258, 259, 260, 261}) {
+        ASSERT_LT(directory + 6, total);
+        const std::size_t length = total - directory;
         std::string path = length % 2 ? "m.dll" : "mm.dll";
         while (path.size() < length) {
             path.insert(0, "./");
         }
-        EXPECT_HR(whole <= 259 ? S_OK : E_FAIL, provider->Load(Text(path))) << whole;
+        EXPECT_HR(total <= 259 ? S_OK : E_FAIL, provider->Load(Text(path))) << total;
         provider->Unload();
     }
 }
 
-TEST_F(ModulePathTest, WithoutAPathTheDirectoryIsNotAskedFor) {
-    // On Windows the loader completes the path of a directory by this name.
+TEST_F(ModulePathTest, LoadOfANullPathFails) {
+    // On Windows the loader would complete the path of the directory to this file.
     std::filesystem::copy_file(module.file(), ".dll");
     EXPECT_HR(E_FAIL, provider->Load(nullptr));
     INT count = 0;
     EXPECT_HR(E_FAIL, provider->GetKeyCount(&count));
 }
 
-TEST_F(ModulePathTest, APathAboveTheRootMayLeaveAnAbsoluteOne) {
+TEST_F(ModulePathTest, LoadOfAPathAboveTheRootReachesAnAbsolutePath) {
     const std::string file = std::filesystem::path(module.file()).generic_string();
     EXPECT_HR(S_OK, provider->Load(Text(aboveTheRoot(file))));
     EXPECT_EQ(Lines{"C_Initialize(null)"}, module.takeCalls());

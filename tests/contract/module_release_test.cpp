@@ -1,14 +1,14 @@
-// When the library gives a module back to the system.
+// When the library frees a module.
 #include <filesystem>
 #include <stdexcept>
 
-#include "tests/contract/token.h"
+#include "tests/support/fixtures/token.h"
 
 namespace zr::test {
 namespace {
 
-/// A module's file in the current directory, which this test and the library load: its mark is lost
-/// when the last of them frees it.
+/// A copy of a module in the current directory, loaded by this test and the library: it loses its
+/// mark when both have freed it.
 class ModuleCopy {
 public:
     explicit ModuleCopy(const std::string& file) {
@@ -26,7 +26,7 @@ public:
         return reinterpret_cast<RecordingModule* (*)()>(entry("GetRecordingModule"))();
     }
 
-    /// Whether nobody but the test had it loaded.
+    /// Whether only the test had it loaded.
     bool isFree() {
         FreeLibrary(m_module);
         hold();
@@ -34,6 +34,9 @@ public:
         *mark() = 1;
         return wasFreed;
     }
+
+    /// Frees a reference that the library keeps: Windows does not remove a loaded file.
+    void giveBackOneReference() { FreeLibrary(m_module); }
 
 private:
     void hold() {
@@ -52,15 +55,9 @@ private:
 
 class ModuleReleaseTest : public ModuleTest {
 protected:
-    ~ModuleReleaseTest() override {
-        if (provider) {
-            provider->Release();
-        }
-    }
-
     HRESULT load() { return provider->Load(Text(ModuleCopy::path())); }
 
-    ITokenProvider* provider = makeProvider();
+    ComRef<ITokenProvider> provider = makeProvider();
 };
 
 TEST_F(ModuleReleaseTest, UnloadFreesTheModule) {
@@ -71,35 +68,51 @@ TEST_F(ModuleReleaseTest, UnloadFreesTheModule) {
     EXPECT_TRUE(copy.isFree());
 }
 
-TEST_F(ModuleReleaseTest, TheLastReleaseFreesTheModule) {
+TEST_F(ModuleReleaseTest, LastReleaseFreesTheModule) {
     ModuleCopy copy(module.file());
     EXPECT_HR(S_OK, load());
-    provider->Release();
-    provider = nullptr;
+    provider.reset();
     EXPECT_TRUE(copy.isFree());
 }
 
-TEST_F(ModuleReleaseTest, ALibraryWithoutAFunctionListIsFreed) {
+TEST_F(ModuleReleaseTest, LoadOfALibraryWithoutAFunctionListFreesIt) {
     ModuleCopy copy(module.noListFile());
     EXPECT_HR(E_OUTOFMEMORY, load());
     EXPECT_TRUE(copy.isFree());
 }
 
-TEST_F(ModuleReleaseTest, AModuleWhoseFunctionListFailsIsFreed) {
+TEST_F(ModuleReleaseTest, LoadWithAFailedFunctionListFreesTheModule) {
     ModuleCopy copy(module.file());
     copy->settings().functionListResult = CKR_GENERAL_ERROR;
     EXPECT_HR(E_OUTOFMEMORY, load());
     EXPECT_TRUE(copy.isFree());
 }
 
-TEST_F(ModuleReleaseTest, AModuleThatDoesNotInitialiseIsFreed) {
+TEST_F(ModuleReleaseTest, LoadWithAFailedInitialisationFreesTheModule) {
     ModuleCopy copy(module.file());
     copy->fail("C_Initialize", 1, CKR_GENERAL_ERROR);
     EXPECT_HR(E_FAIL, load());
     EXPECT_TRUE(copy.isFree());
 }
 
-TEST_F(ModuleReleaseTest, AModuleWithoutAConfigurationStays) {
+TEST_F(ModuleReleaseTest, SecondLoadKeepsTheFirstModuleLoaded) {
+    ModuleCopy copy(module.file());
+    EXPECT_HR(S_OK, load());
+    EXPECT_HR(S_OK, provider->Load(Text(module.path())));
+    EXPECT_FALSE(copy.isFree());
+    copy.giveBackOneReference();
+}
+
+TEST_F(ModuleReleaseTest, SecondLoadOfOneModuleAddsAReferenceToIt) {
+    ModuleCopy copy(module.file());
+    EXPECT_HR(S_OK, load());
+    EXPECT_HR(S_OK, load());
+    provider->Unload();
+    EXPECT_FALSE(copy.isFree());
+    copy.giveBackOneReference();
+}
+
+TEST_F(ModuleReleaseTest, LoadWithoutAConfigurationKeepsTheModule) {
     ModuleCopy copy(module.file());
     std::filesystem::remove("config.xml");
     EXPECT_HR(E_FAIL, load());

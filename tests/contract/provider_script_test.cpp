@@ -1,8 +1,9 @@
 // A provider without a module, as scripts and plug-in hosts see it.
+#include <cstring>
 #include <limits>
 
-#include "tests/contract/token.h"
 #include "tests/support/console_capture.h"
+#include "tests/support/fixtures/token.h"
 #include "tests/support/hresult.h"
 #include "tests/support/temp_dir.h"
 
@@ -11,7 +12,7 @@ namespace {
 
 class ProviderScriptTest : public testing::Test {
 protected:
-    ~ProviderScriptTest() override { EXPECT_EQ(0u, provider->Release()); }
+    ~ProviderScriptTest() override { EXPECT_EQ(0u, provider.release()->Release()); }
 
     void expectResult(VARTYPE type, LONGLONG value) const {
         EXPECT_EQ(type, result.vt);
@@ -29,53 +30,61 @@ protected:
 
     TempDir folder;
     ConsoleCapture console;
-    ITokenProvider* provider = makeProvider();
+    ComRef<ITokenProvider> provider = makeProvider();
     VARIANT result = poisoned();
 };
 
-TEST_F(ProviderScriptTest, ItKnowsFourMembersByTheirExactNames) {
-    EXPECT_EQ(1, idOf(provider, "Load"));
-    EXPECT_EQ(2, idOf(provider, "Unload"));
-    EXPECT_EQ(3, idOf(provider, "OpenKey"));
-    EXPECT_EQ(4, idOf(provider, "GetKeyCount"));
+TEST_F(ProviderScriptTest, GetIdsOfNamesKnowsFourMembersByTheirExactNames) {
+    EXPECT_EQ(1, idOf(provider.get(), "Load"));
+    EXPECT_EQ(2, idOf(provider.get(), "Unload"));
+    EXPECT_EQ(3, idOf(provider.get(), "OpenKey"));
+    EXPECT_EQ(4, idOf(provider.get(), "GetKeyCount"));
     for (const char* name : {"load", "LOAD", "Load ", "", "GetName", "GetKeySN", "LoadFinish"}) {
-        EXPECT_EQ(0, idOf(provider, name)) << name;
+        EXPECT_EQ(0, idOf(provider.get(), name)) << name;
     }
 }
 
 TEST_F(ProviderScriptTest, LoadWithANumberIsRefusedAndTheResultIsFalse) {
-    EXPECT_HR(E_INVALIDARG, invoke(provider, 1, {number(3)}, &result));
+    EXPECT_HR(E_INVALIDARG, invoke(provider.get(), 1, {number(3)}, &result));
     expectResult(VT_BOOL, 0);
 }
 
 TEST_F(ProviderScriptTest, LoadOfAMissingFileFailsAndTheResultIsFalse) {
     const Text path("missing.so");
-    EXPECT_HR(E_FAIL, invoke(provider, 1, {string(path)}, &result));
+    EXPECT_HR(E_FAIL, invoke(provider.get(), 1, {string(path)}, &result));
     expectResult(VT_BOOL, 0);
 }
 
 TEST_F(ProviderScriptTest, UnloadSucceedsWithoutAModule) {
-    EXPECT_HR(S_OK, invoke(provider, 2, {}, &result));
+    EXPECT_HR(S_OK, invoke(provider.get(), 2, {}, &result));
     expectResult(VT_BOOL, -1);
 }
 
 TEST_F(ProviderScriptTest, OpenKeyFailsWithoutAModule) {
-    EXPECT_HR(E_FAIL, invoke(provider, 3, {number(0)}, &result));
+    EXPECT_HR(E_FAIL, invoke(provider.get(), 3, {number(0)}, &result));
     expectResult(VT_DISPATCH, 0);
 }
 
-TEST_F(LoadedProviderTest, AScriptOpensATokenAndGetsItsReference) {
+TEST_F(LoadedProviderTest, ScriptOpenKeyReturnsATokenWithOneReference) {
     const ConsoleCapture quiet;
-    VARIANT opened;
-    VariantInit(&opened);
-    EXPECT_HR(S_OK, invoke(provider, 3, {number(0)}, &opened));
+    VARIANT opened = {};
+    EXPECT_HR(S_OK, invoke(provider.get(), 3, {number(0)}, &opened));
     ASSERT_EQ(VT_DISPATCH, opened.vt);
     ASSERT_TRUE(opened.pdispVal);
     EXPECT_EQ(3, idOf(opened.pdispVal, "GetLabel"));
     EXPECT_EQ(0u, opened.pdispVal->Release());
 }
 
-TEST_F(LoadedProviderTest, OpenKeyTakesANumberAsTheIndexAndAnythingElseAsTheFirst) {
+TEST_F(LoadedProviderTest, ScriptOpenKeyAfterTheSlotsChangedReturnsANullObject) {
+    const ConsoleCapture quiet;
+    module->settings().slotCountWhenListed = 0;
+    VARIANT opened = poisoned();
+    EXPECT_HR(S_OK, invoke(provider.get(), 3, {number(0)}, &opened));
+    EXPECT_EQ(VT_DISPATCH, opened.vt);
+    EXPECT_EQ(nullptr, opened.pdispVal);
+}
+
+TEST_F(LoadedProviderTest, ScriptOpenKeyWithAnotherTypeThanANumberOpensTheFirstToken) {
     const ConsoleCapture quiet;
     module->settings().slotCount = module->settings().slotCountWhenListed = 2;
     const Text text("1");
@@ -92,7 +101,7 @@ TEST_F(LoadedProviderTest, OpenKeyTakesANumberAsTheIndexAndAnythingElseAsTheFirs
     for (const auto& [argument, call] : calls) {
         module.takeCalls();
         VARIANT opened = poisoned();
-        EXPECT_HR(S_OK, invoke(provider, 3, {argument}, &opened));
+        EXPECT_HR(S_OK, invoke(provider.get(), 3, {argument}, &opened));
         ASSERT_EQ(VT_DISPATCH, opened.vt);
         EXPECT_TRUE(module.takeCalls().back().starts_with(call)) << call;
         EXPECT_EQ(0u, opened.pdispVal->Release());
@@ -100,22 +109,22 @@ TEST_F(LoadedProviderTest, OpenKeyTakesANumberAsTheIndexAndAnythingElseAsTheFirs
 }
 
 TEST_F(ProviderScriptTest, OpenKeyWithANegativeIndexIsRefused) {
-    EXPECT_HR(E_INVALIDARG, invoke(provider, 3, {number(-1)}, &result));
+    EXPECT_HR(E_INVALIDARG, invoke(provider.get(), 3, {number(-1)}, &result));
     expectResult(VT_DISPATCH, 0);
 }
 
-TEST_F(ProviderScriptTest, OpenKeyWithATextAsksForTheFirstToken) {
+TEST_F(ProviderScriptTest, OpenKeyWithATextRequestsTheFirstToken) {
     const Text text("-1");
-    EXPECT_HR(E_FAIL, invoke(provider, 3, {string(text)}, &result));
+    EXPECT_HR(E_FAIL, invoke(provider.get(), 3, {string(text)}, &result));
     expectResult(VT_DISPATCH, 0);
 }
 
 TEST_F(ProviderScriptTest, GetKeyCountFailsWithoutAModule) {
-    EXPECT_HR(E_FAIL, invoke(provider, 4, {}, &result));
+    EXPECT_HR(E_FAIL, invoke(provider.get(), 4, {}, &result));
     expectResult(VT_I4, 0);
 }
 
-TEST_F(ProviderScriptTest, AWrongNumberOfArgumentsIsRefused) {
+TEST_F(ProviderScriptTest, InvokeWithAWrongNumberOfArgumentsIsRefused) {
     const Text path("x");
     const struct {
         DISPID id;
@@ -132,39 +141,52 @@ TEST_F(ProviderScriptTest, AWrongNumberOfArgumentsIsRefused) {
     };
     for (const auto& entry : cases) {
         result = poisoned();
-        EXPECT_HR(E_INVALIDARG, invoke(provider, entry.id, entry.arguments, &result));
+        EXPECT_HR(E_INVALIDARG, invoke(provider.get(), entry.id, entry.arguments, &result));
         expectResult(entry.type, 0);
     }
 }
 
-TEST_F(ProviderScriptTest, ACallWithoutAResultIsRefused) {
+TEST_F(ProviderScriptTest, InvokeWithoutAResultIsRefused) {
     EXCEPINFO excep = {};
     DISPPARAMS params = {};
     EXPECT_HR(E_INVALIDARG, provider->Invoke(4, IID_NULL, 0, 1, &params, nullptr, &excep, nullptr));
 }
 
-TEST_F(ProviderScriptTest, ACallWithoutParametersFailsAndTheResultIsEmpty) {
+TEST_F(ProviderScriptTest, FailedInvokeLeavesTheExceptionRecordAndTheArgumentIndex) {
+    const Text path("missing.so");
+    VARIANT argument = string(path);
+    DISPPARAMS params = {&argument, nullptr, 1, 0};
+    EXCEPINFO poison;
+    std::memset(&poison, 0x5A, sizeof poison);
+    EXCEPINFO excep = poison;
+    UINT argErr = 0x5A5A5A5A;
+    EXPECT_HR(E_FAIL, provider->Invoke(1, IID_NULL, 0, 1, &params, &result, &excep, &argErr));
+    EXPECT_EQ(0, std::memcmp(&poison, &excep, sizeof poison));
+    EXPECT_EQ(0x5A5A5A5Au, argErr);
+}
+
+TEST_F(ProviderScriptTest, InvokeWithoutParametersFailsAndEmptiesTheResult) {
     EXPECT_HR(E_FAIL, provider->Invoke(4, IID_NULL, 0, 1, nullptr, &result, nullptr, nullptr));
     EXPECT_EQ(VT_EMPTY, result.vt);
 }
 
-TEST_F(ProviderScriptTest, IdsBelowOneAreRefusedAndLeaveTheResult) {
+TEST_F(ProviderScriptTest, InvokeOfAnIdBelowOneIsRefusedAndLeavesTheResult) {
     for (const DISPID id : {std::numeric_limits<DISPID>::min(), DISPID{-1}, DISPID{0}}) {
         result = poisoned();
-        EXPECT_HR(E_INVALIDARG, invoke(provider, id, {}, &result));
+        EXPECT_HR(E_INVALIDARG, invoke(provider.get(), id, {}, &result));
         EXPECT_EQ(VT_UI1, result.vt);
     }
 }
 
-TEST_F(ProviderScriptTest, UnknownIdsFailAndEmptyTheResult) {
+TEST_F(ProviderScriptTest, InvokeOfAnUnknownIdFailsAndEmptiesTheResult) {
     for (const DISPID id : {DISPID{5}, DISPID{1000}, std::numeric_limits<DISPID>::max()}) {
         result = poisoned();
-        EXPECT_HR(E_FAIL, invoke(provider, id, {number(1)}, &result));
+        EXPECT_HR(E_FAIL, invoke(provider.get(), id, {number(1)}, &result));
         EXPECT_EQ(VT_EMPTY, result.vt);
     }
 }
 
-TEST_F(ProviderScriptTest, AProbeTellsMethodsFromProperties) {
+TEST_F(ProviderScriptTest, InvokeWithoutParametersAndResultSucceedsForMethodsOnly) {
     const auto probe = [this](DISPID id, WORD flags) {
         return provider->Invoke(id, IID_NULL, 0, flags, nullptr, nullptr, nullptr, nullptr);
     };
@@ -175,11 +197,11 @@ TEST_F(ProviderScriptTest, AProbeTellsMethodsFromProperties) {
     EXPECT_HR(E_FAIL, probe(5, DISPATCH_METHOD));
 }
 
-TEST_F(ProviderScriptTest, TheConsoleTellsEachStepOfALookUp) {
+TEST_F(ProviderScriptTest, GetIdsOfNamesPrintsEachStep) {
     console.stop();
     ConsoleCapture lookUp;
-    EXPECT_EQ(1, idOf(provider, "Load"));
-    EXPECT_EQ(0, idOf(provider, "load"));
+    EXPECT_EQ(1, idOf(provider.get(), "Load"));
+    EXPECT_EQ(0, idOf(provider.get(), "load"));
     EXPECT_EQ(
         "[ZComponentImpl::GetIDsOfNames] call in...\n"
         "[ZComponentImpl::GetIDsOfNames] lpszName = [Load] ...\n"
@@ -194,12 +216,12 @@ TEST_F(ProviderScriptTest, TheConsoleTellsEachStepOfALookUp) {
         lookUp.stop().out);
 }
 
-TEST_F(ProviderScriptTest, TheConsoleTellsEachStepOfACall) {
+TEST_F(ProviderScriptTest, InvokePrintsEachStep) {
     console.stop();
     ConsoleCapture call;
-    invoke(provider, 2, {}, &result);
-    invoke(provider, 9, {}, &result);
-    invoke(provider, 0, {}, &result);
+    invoke(provider.get(), 2, {}, &result);
+    invoke(provider.get(), 9, {}, &result);
+    invoke(provider.get(), 0, {}, &result);
     const auto text = call.stop();
     EXPECT_EQ(
         "[ZComponentImpl::Invoke] call in...\n"
@@ -213,16 +235,16 @@ TEST_F(ProviderScriptTest, TheConsoleTellsEachStepOfACall) {
     EXPECT_EQ("GetDipatchInfo() fail\n", text.error);
 }
 
-TEST_F(ProviderScriptTest, ItsOwnInterfaceIsHandedOutButRefused) {
+TEST_F(ProviderScriptTest, QueryInterfaceOfTheProviderReturnsItAndNotImplemented) {
     void* object = nullptr;
     EXPECT_HR(E_NOTIMPL, provider->QueryInterface(IID_ITokenProvider, &object));
-    EXPECT_EQ(provider, object);
+    EXPECT_EQ(provider.get(), object);
     EXPECT_EQ(2u, provider->AddRef());
     EXPECT_EQ(1u, provider->Release());
     EXPECT_HR(E_INVALIDARG, provider->QueryInterface(IID_ITokenProvider, nullptr));
 }
 
-TEST_F(ProviderScriptTest, OtherInterfacesAreRefusedAndLeaveThePointer) {
+TEST_F(ProviderScriptTest, QueryInterfaceOfAnotherInterfaceFailsAndLeavesThePointer) {
     for (const GUID& riid : {IID_IUnknown, IID_IDispatch, IID_IKeyObject, IID_NULL}) {
         void* object = this;
         EXPECT_HR(E_NOTIMPL, provider->QueryInterface(riid, &object));
@@ -233,23 +255,21 @@ TEST_F(ProviderScriptTest, OtherInterfacesAreRefusedAndLeaveThePointer) {
     EXPECT_EQ(1u, provider->Release());
 }
 
-TEST_F(ProviderScriptTest, TheFaceForErrorInformationComesWithItsReference) {
-    ISupportErrorInfo* face = nullptr;
-    EXPECT_HR(S_OK,
-              provider->QueryInterface(IID_ISupportErrorInfo, reinterpret_cast<void**>(&face)));
+TEST_F(ProviderScriptTest, QueryInterfaceOfTheErrorInformationInterfaceAddsAReference) {
+    ComRef<ISupportErrorInfo> face;
+    EXPECT_HR(S_OK, provider->QueryInterface(IID_ISupportErrorInfo, face.receive()));
     ASSERT_TRUE(face);
     EXPECT_EQ(3u, provider->AddRef());
     EXPECT_EQ(2u, provider->Release());
     EXPECT_HR(S_OK, face->InterfaceSupportsErrorInfo(IID_ITokenProvider));
-    EXPECT_EQ(1u, face->Release());
+    EXPECT_EQ(1u, face.release()->Release());
 }
 
-TEST_F(ProviderScriptTest, VirtualOperationsAnswerWithoutAModule) {
-    BSTR name = nullptr;
-    EXPECT_HR(S_OK, provider->GetName(&name));
+TEST_F(ProviderScriptTest, OperationsWithoutAModuleReturnTheirResults) {
+    Text name;
+    EXPECT_HR(S_OK, provider->GetName(name.receive()));
     EXPECT_EQ(7u, SysStringLen(name));
     EXPECT_EQ(0, std::char_traits<OLECHAR>::compare(name, OLESTR("PKCS#11"), 8));
-    SysFreeString(name);
     EXPECT_HR(E_INVALIDARG, provider->GetName(nullptr));
 
     BSTR serial = reinterpret_cast<BSTR>(this);
@@ -267,7 +287,7 @@ TEST_F(ProviderScriptTest, VirtualOperationsAnswerWithoutAModule) {
     EXPECT_HR(S_OK, provider->Unload());
 }
 
-TEST_F(ProviderScriptTest, PathsThatNameNoLibraryFailToLoad) {
+TEST_F(ProviderScriptTest, LoadOfAPathWithoutALibraryFails) {
     folder.write("text.so", "no library\n");
     const std::string paths[] = {
         "", ".", "..", "text.so", "missing/x.so", std::string(259, 'a'), std::string(100000, 'a')};

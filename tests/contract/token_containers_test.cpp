@@ -1,5 +1,5 @@
 // Containers and certificates.
-#include "tests/contract/token.h"
+#include "tests/support/fixtures/token.h"
 
 namespace zr::test {
 namespace {
@@ -31,52 +31,47 @@ protected:
         return result.ulVal;
     }
 
-    HRESULT open(const VARIANT& which, IKeyContainer** container) {
-        return token->OpenContainer(which, reinterpret_cast<void**>(container));
+    ComRef<IKeyContainer> open(const VARIANT& which) {
+        ComRef<IKeyContainer> container;
+        EXPECT_HR(S_OK, token->OpenContainer(which, container.receive()));
+        return container;
+    }
+
+    void expectNotOpened(const VARIANT& which) {
+        ComRef<IKeyContainer> container;
+        EXPECT_HR(E_FAIL, token->OpenContainer(which, container.receive()));
+        EXPECT_FALSE(container);
     }
 
     static VARIANT index(LONG value, VARTYPE type = VT_I4) {
-        VARIANT variant;
-        VariantInit(&variant);
+        VARIANT variant = {};
         variant.vt = type;
         variant.lVal = value;
         return variant;
     }
 
     std::string typeOf(const VARIANT& which) {
-        IKeyContainer* container = nullptr;
-        EXPECT_HR(S_OK, open(which, &container));
-        BSTR text = nullptr;
-        EXPECT_HR(S_OK, container->GetType(&text));
-        container->Release();
-        const std::string type = narrow(text);
-        SysFreeString(text);
-        return type;
+        Text text;
+        EXPECT_HR(S_OK, open(which)->GetType(text.receive()));
+        return narrow(text);
     }
 
-    std::string certificateOf(const VARIANT& which) {
-        IKeyContainer* container = nullptr;
-        EXPECT_HR(S_OK, open(which, &container));
-        IKeyCertificate* certificate = nullptr;
-        EXPECT_HR(S_OK, container->GetKeyCert(false, reinterpret_cast<void**>(&certificate)));
-        container->Release();
-        VARIANT data;
-        VariantInit(&data);
-        EXPECT_HR(S_OK, token->GetCertData(certificate, &data));
-        certificate->Release();
-        return takeBytes(&data);
+    std::optional<std::string> certificateOf(const VARIANT& which) {
+        ComRef<IKeyCertificate> certificate;
+        EXPECT_HR(S_OK, open(which)->GetKeyCert(false, certificate.receive()));
+        ByteArray data;
+        EXPECT_HR(S_OK, token->GetCertData(certificate.get(), data.receive()));
+        return data.bytes();
     }
 };
 
-TEST_F(TokenContainersTest, ATokenWithoutCertificatesHasNone) {
+TEST_F(TokenContainersTest, TokenWithoutCertificatesHasNoContainer) {
     EXPECT_EQ(0u, count());
     EXPECT_EQ(Lines{}, list());
-    IKeyContainer* container = nullptr;
-    EXPECT_HR(E_FAIL, open(index(0), &container));
-    EXPECT_EQ(nullptr, container);
+    expectNotOpened(index(0));
 }
 
-TEST_F(TokenContainersTest, TheWalkAsksForOneCertificateAfterTheOther) {
+TEST_F(TokenContainersTest, GetContainerCountReadsOneCertificateAtATime) {
     module.addCertificate("a", "A");
     module.takeCalls();
     EXPECT_EQ(1u, count());
@@ -87,7 +82,7 @@ TEST_F(TokenContainersTest, TheWalkAsksForOneCertificateAfterTheOther) {
               module.takeCalls());
 }
 
-TEST_F(TokenContainersTest, MoreThanThirtyTwoAreListedInOrder) {
+TEST_F(TokenContainersTest, EnumContainerOf100CertificatesKeepsTheOrder) {
     Lines expected;
     for (int i = 0; i < 100; ++i) {
         expected.push_back("container " + std::to_string(i));
@@ -97,7 +92,7 @@ TEST_F(TokenContainersTest, MoreThanThirtyTwoAreListedInOrder) {
     EXPECT_EQ(100u, count());
 }
 
-TEST_F(TokenContainersTest, NamesEndAtTheFirstZero) {
+TEST_F(TokenContainersTest, EnumContainerEndsNamesAtTheFirstZero) {
     module.addCertificate(std::string("ab\0cd", 5), "first");
     module.addCertificate("", "second");
     EXPECT_EQ((Lines{"ab", ""}), list());
@@ -105,7 +100,7 @@ TEST_F(TokenContainersTest, NamesEndAtTheFirstZero) {
     EXPECT_EQ("second", certificateOf(string(Text(""))));
 }
 
-TEST_F(TokenContainersTest, OpenedByNameOrByIndex) {
+TEST_F(TokenContainersTest, OpenContainerByNameOrIndexOpensTheCertificate) {
     module.addCertificate("a", "first");
     module.addCertificate("b", "second");
     EXPECT_EQ("first", certificateOf(string(Text("a"))));
@@ -114,21 +109,19 @@ TEST_F(TokenContainersTest, OpenedByNameOrByIndex) {
     EXPECT_EQ("second", certificateOf(index(1)));
 }
 
-TEST_F(TokenContainersTest, WhatDoesNotMatchIsNotOpened) {
+TEST_F(TokenContainersTest, OpenContainerWithoutAMatchFails) {
     module.addCertificate("a", "first");
-    IKeyContainer* container = nullptr;
     const Text wrongName("A");
     for (const VARIANT& which : {index(1), index(-1), index(0, VT_I2), index(0, VT_UI4),
                                  index(0, VT_EMPTY), string(wrongName), string(nullptr)}) {
-        EXPECT_HR(E_FAIL, open(which, &container));
+        expectNotOpened(which);
     }
-    EXPECT_EQ(nullptr, container);
     EXPECT_HR(E_INVALIDARG, token->OpenContainer(index(0), nullptr));
     EXPECT_EQ(2u, token->AddRef());
-    token->Release();
+    EXPECT_EQ(1u, token->Release());
 }
 
-TEST_F(TokenContainersTest, TwoCertificatesOfOneNameGiveTheFirstsBytes) {
+TEST_F(TokenContainersTest, GetCertDataOfTwoEqualNamesReturnsTheFirst) {
     module.addCertificate("same", "first");
     module.addCertificate("same", "second");
     EXPECT_EQ((Lines{"same", "same"}), list());
@@ -136,7 +129,7 @@ TEST_F(TokenContainersTest, TwoCertificatesOfOneNameGiveTheFirstsBytes) {
     EXPECT_EQ("first", certificateOf(index(1)));
 }
 
-TEST_F(TokenContainersTest, OfTwoCertificatesOfOneNameTheFirstIsOpened) {
+TEST_F(TokenContainersTest, OpenContainerOfTwoEqualNamesOpensTheFirst) {
     for (const char* type : {"one", "two"}) {
         module->setAttribute(module.addCertificate("same", type), CKA_CERTIFICATE_TYPE, type, 3);
     }
@@ -146,7 +139,7 @@ TEST_F(TokenContainersTest, OfTwoCertificatesOfOneNameTheFirstIsOpened) {
     EXPECT_EQ("two", typeOf(index(1)));
 }
 
-TEST_F(TokenContainersTest, TypesAreTextUpToAZeroOr63Bytes) {
+TEST_F(TokenContainersTest, GetTypeReturnsTheTextUpToAZeroOr63Bytes) {
     const CK_OBJECT_HANDLE object = module.addCertificate("a", "A");
     for (const std::size_t length : {62, 63, 64, 65, 1000}) {
         const std::string type(length, 'T');
@@ -157,14 +150,14 @@ TEST_F(TokenContainersTest, TypesAreTextUpToAZeroOr63Bytes) {
     EXPECT_EQ("x", typeOf(index(0)));
 }
 
-TEST_F(TokenContainersTest, TheReservedArgumentMakesNoDifference) {
+TEST_F(TokenContainersTest, EnumContainerIgnoresItsReservedArgument) {
     module.addCertificate("a", "A");
     module.addCertificate("b", "B");
     EXPECT_EQ((Lines{"a", "b"}), list(1));
     EXPECT_EQ((Lines{"a", "b"}), list(0));
 }
 
-TEST_F(TokenContainersTest, LongNamesAreListedButOpenedUpTo127Bytes) {
+TEST_F(TokenContainersTest, OpenContainerOfANameLongerThan127BytesFails) {
     const std::string fits(127, 'a');
     const std::string tooLong(128, 'b');
     const std::string huge(4096, 'c');
@@ -173,68 +166,59 @@ TEST_F(TokenContainersTest, LongNamesAreListedButOpenedUpTo127Bytes) {
     }
     EXPECT_EQ((Lines{fits, tooLong, huge}), list());
     EXPECT_EQ("x", certificateOf(index(0)));
-    IKeyContainer* container = nullptr;
-    EXPECT_HR(E_FAIL, open(index(1), &container));
-    EXPECT_HR(E_FAIL, open(string(Text(huge)), &container));
+    expectNotOpened(index(1));
+    expectNotOpened(string(Text(huge)));
 }
 
-TEST_F(TokenContainersTest, AContainerAnswersItsOperations) {
+TEST_F(TokenContainersTest, ContainerOperationsReturnTheirResults) {
     module.addCertificate("a", "first");
-    IKeyContainer* container = nullptr;
-    EXPECT_HR(S_OK, open(index(0), &container));
-    BSTR type = nullptr;
-    EXPECT_HR(S_OK, container->GetType(&type));
+    ComRef<IKeyContainer> container = open(index(0));
+    Text type;
+    EXPECT_HR(S_OK, container->GetType(type.receive()));
     EXPECT_EQ("", narrow(type));
-    SysFreeString(type);
     EXPECT_HR(E_INVALIDARG, container->GetType(nullptr));
     EXPECT_HR(E_INVALIDARG, container->GetKeyCert(true, nullptr));
     EXPECT_HR(E_NOTIMPL, container->GenKeyPair(nullptr));
     EXPECT_HR(E_NOTIMPL, container->ExportCertificate(true, nullptr));
     EXPECT_HR(E_NOTIMPL, container->ImportCertificate(true, index(0)));
-    IKeyCertificate* first = nullptr;
-    IKeyCertificate* second = nullptr;
-    container->GetKeyCert(true, reinterpret_cast<void**>(&first));
-    container->GetKeyCert(false, reinterpret_cast<void**>(&second));
-    EXPECT_NE(first, second);
+    ComRef<IKeyCertificate> first;
+    ComRef<IKeyCertificate> second;
+    container->GetKeyCert(true, first.receive());
+    container->GetKeyCert(false, second.receive());
+    EXPECT_NE(first.get(), second.get());
     EXPECT_HR(S_OK, container->Close());
-    EXPECT_EQ(2u, container->Release());
-    BSTR id = nullptr;
-    EXPECT_HR(S_OK, first->GetCertID(&id));
+    EXPECT_EQ(2u, container.release()->Release());
+    Text id;
+    EXPECT_HR(S_OK, first->GetCertID(id.receive()));
     EXPECT_EQ("a", narrow(id));
-    SysFreeString(id);
     EXPECT_HR(E_INVALIDARG, first->GetCertID(nullptr));
     EXPECT_HR(E_INVALIDARG, first->GetCertData(nullptr));
     module->removeObject(1);
     VARIANT data = poisoned();
     EXPECT_HR(E_FAIL, first->GetCertData(&data));
     EXPECT_EQ(VT_UI1, data.vt);
-    first->Release();
-    second->Release();
 }
 
-TEST_F(TokenContainersTest, ScriptsReachTheCertificate) {
+TEST_F(TokenContainersTest, ScriptsGetTheCertificateOfAContainer) {
     const ConsoleCapture console;
     module.addCertificate("a", "first");
-    IKeyContainer* container = nullptr;
-    EXPECT_HR(S_OK, open(index(0), &container));
-    EXPECT_EQ(1, idOf(container, "GetKeyCert"));
-    VARIANT result;
-    EXPECT_HR(S_OK, invoke(container, 1, {index(-1, VT_BOOL)}, &result));
-    ASSERT_EQ(VT_DISPATCH, result.vt);
-    IDispatch* certificate = result.pdispVal;
+    ComRef<IKeyContainer> container = open(index(0));
+    EXPECT_EQ(1, idOf(container.get(), "GetKeyCert"));
+    Variant result;
+    EXPECT_HR(S_OK, invoke(container.get(), 1, {index(-1, VT_BOOL)}, result.receive()));
+    ASSERT_EQ(VT_DISPATCH, result.type());
+    IDispatch* certificate = result.get().pdispVal;
     EXPECT_EQ(1, idOf(certificate, "GetCertID"));
     EXPECT_EQ(2, idOf(certificate, "GetCertData"));
-    VARIANT value;
-    EXPECT_HR(S_OK, invoke(certificate, 1, {}, &value));
-    EXPECT_EQ("a", narrow(value.bstrVal));
-    VariantClear(&value);
-    EXPECT_HR(S_OK, invoke(certificate, 2, {}, &value));
-    EXPECT_EQ("first", takeBytes(&value));
-    VariantClear(&result);
-    container->Release();
+    Variant id;
+    EXPECT_HR(S_OK, invoke(certificate, 1, {}, id.receive()));
+    EXPECT_EQ("a", id.toText());
+    ByteArray data;
+    EXPECT_HR(S_OK, invoke(certificate, 2, {}, data.receive()));
+    EXPECT_EQ("first", data.bytes());
 }
 
-TEST_F(TokenContainersTest, EveryFailingCallEndsTheWalkAndClosesIt) {
+TEST_F(TokenContainersTest, GetContainerCountAfterAFailedCallEndsAndClosesTheSearch) {
     module.addCertificate("a", "A");
     module.addCertificate("b", "B");
     for (unsigned int nth = 1; nth <= 4; ++nth) {
@@ -242,8 +226,8 @@ TEST_F(TokenContainersTest, EveryFailingCallEndsTheWalkAndClosesIt) {
         EXPECT_EQ(nth <= 2 ? 0u : 1u, count()) << nth;
         EXPECT_FALSE(module->isSearchOpen());
         module->reset();
-        token->Release();
-        EXPECT_HR(S_OK, provider->OpenKey(0, reinterpret_cast<void**>(&token)));
+        token.reset();
+        EXPECT_HR(S_OK, provider->OpenKey(0, token.receive()));
         module.addCertificate("a", "A");
         module.addCertificate("b", "B");
     }
@@ -253,12 +237,12 @@ TEST_F(TokenContainersTest, EveryFailingCallEndsTheWalkAndClosesIt) {
     EXPECT_EQ(0u, count());
 }
 
-TEST_F(TokenContainersTest, LengthsThatLieStayInBounds) {
+TEST_F(TokenContainersTest, EnumContainerWithAWrongLengthFromTheModuleStaysInBounds) {
     module.addCertificate("abc", "A");
     auto& settings = module->settings();
     settings.lyingType = CKA_ID;
-    for (const auto lie : {RecordingModule::Settings::onQuery, RecordingModule::Settings::onRead,
-                           RecordingModule::Settings::always}) {
+    for (const auto lie : {RecordingModule::Settings::kOnQuery, RecordingModule::Settings::kOnRead,
+                           RecordingModule::Settings::kAlways}) {
         settings.lie = lie;
         for (const CK_ULONG length : {CK_ULONG{0}, CK_ULONG{1}, CK_ULONG{2}, CK_ULONG{1000},
                                       CK_ULONG{0x80000000}, CK_UNAVAILABLE_INFORMATION}) {
@@ -269,7 +253,7 @@ TEST_F(TokenContainersTest, LengthsThatLieStayInBounds) {
     }
 }
 
-TEST_F(TokenContainersTest, AWalkContinuesAndClosesASearchLeftOpen) {
+TEST_F(TokenContainersTest, GetContainerCountContinuesAndClosesAnOpenSearch) {
     module.addData("6", "x");
     module.addCertificate("a", "A");
     VARIANT exists;
@@ -280,7 +264,7 @@ TEST_F(TokenContainersTest, AWalkContinuesAndClosesASearchLeftOpen) {
     EXPECT_EQ(1u, count());
 }
 
-TEST_F(TokenContainersTest, MissingResultsAreRefusedWithoutACall) {
+TEST_F(TokenContainersTest, ContainerOperationsWithoutAResultAreRefusedWithoutACall) {
     VARIANT result = poisoned();
     EXPECT_HR(E_INVALIDARG, token->GetContainerCount(nullptr));
     EXPECT_HR(E_INVALIDARG, token->EnumContainer(0, nullptr));
@@ -289,8 +273,8 @@ TEST_F(TokenContainersTest, MissingResultsAreRefusedWithoutACall) {
     EXPECT_EQ(VT_UI1, result.vt);
 }
 
-TEST_F(SigningTokenTest, CertificateDataWithoutAResultAreRefused) {
-    EXPECT_HR(E_INVALIDARG, token->GetCertData(certificate, nullptr));
+TEST_F(SigningTokenTest, GetCertDataWithoutAResultIsRefused) {
+    EXPECT_HR(E_INVALIDARG, token->GetCertData(certificate.get(), nullptr));
     EXPECT_EQ(Lines{}, module.takeCalls());
 }
 

@@ -1,5 +1,5 @@
-// Which data object a look-up takes.
-#include "tests/contract/token_files.h"
+// Which data object a look-up finds.
+#include "tests/support/fixtures/token_files.h"
 
 namespace zr::test {
 namespace {
@@ -13,7 +13,7 @@ protected:
     }
 };
 
-TEST_F(TokenFilesSearchTest, TheFirstOfTwoEqualLabelsWins) {
+TEST_F(TokenFilesSearchTest, OpenFileOfTwoEqualLabelsOpensTheFirst) {
     module.addData("6", "first");
     module.addData("6", "second");
     EXPECT_EQ("first", contents("7"));
@@ -23,7 +23,7 @@ TEST_F(TokenFilesSearchTest, TheFirstOfTwoEqualLabelsWins) {
     EXPECT_EQ(1u, module.count("C_FindObjects"));
 }
 
-TEST_F(TokenFilesSearchTest, ALabelIsComparedWhole) {
+TEST_F(TokenFilesSearchTest, LookUpsCompareTheFullLabel) {
     for (const char* label : {"60", "06", "6 ", " 6", ""}) {
         module.addData(label, "another");
     }
@@ -35,20 +35,20 @@ TEST_F(TokenFilesSearchTest, ALabelIsComparedWhole) {
     expectExists();
 }
 
-TEST_F(TokenFilesSearchTest, ALabelEndsAtItsFirstZero) {
+TEST_F(TokenFilesSearchTest, LookUpsCompareTheLabelUpToItsFirstZero) {
     module.addData(std::string("6\0x", 3), "ends");
     EXPECT_EQ("ends", contents("7"));
     expectExists();
 }
 
-TEST_F(TokenFilesSearchTest, AnObjectWithTheHandleZeroIsOneLikeOthers) {
+TEST_F(TokenFilesSearchTest, LookUpsFindAnObjectWithTheHandleZero) {
     module.addDataAt(0, "6", "zero");
     module.addData("6", "one");
     EXPECT_EQ("zero", contents("7"));
     expectExists();
 }
 
-TEST_F(TokenFilesSearchTest, AnObjectWithTheHandleZeroIsNotDestroyed) {
+TEST_F(TokenFilesSearchTest, DeleteFileOfAnObjectWithTheHandleZeroFails) {
     module.addDataAt(0, "6", "zero");
     EXPECT_HR(E_FAIL, token->DeleteFile(Text("7")));
     EXPECT_EQ(0u, module.count("C_DestroyObject"));

@@ -1,5 +1,5 @@
 // Data files: names, look-ups, reading and seeking.
-#include "tests/contract/token_files.h"
+#include "tests/support/fixtures/token_files.h"
 #include "tests/support/log_file.h"
 
 namespace zr::test {
@@ -7,12 +7,11 @@ namespace {
 
 using TokenFilesTest = TokenFilesFixture;
 
-TEST_F(TokenFilesTest, ALookUpAsksForTheNumberBelowAndStaysOpenOnAMatch) {
+TEST_F(TokenFilesTest, FileExistsSearchesForTheNameMinusOneAndLeavesTheSearchOpenOnAMatch) {
     module.addData("7", "x");
     module.addData("6", "y");
     module.takeCalls();
-    VARIANT exists;
-    VariantInit(&exists);
+    VARIANT exists = {};
     EXPECT_HR(S_OK, token->FileExists(Text("7"), &exists));
     EXPECT_EQ(VT_I4, exists.vt);
     EXPECT_EQ(1, exists.lVal);
@@ -22,13 +21,13 @@ TEST_F(TokenFilesTest, ALookUpAsksForTheNumberBelowAndStaysOpenOnAMatch) {
                      "C_GetAttributeValue(1, 2, {0x3[1]})"}),
               module.takeCalls());
     EXPECT_TRUE(module->isSearchOpen());
-    // A second search is refused, and left to the one that is open.
+    // The module refuses a second search; the open search stays open.
     EXPECT_HR(E_FAIL, token->FileExists(Text("7"), &exists));
     EXPECT_EQ(0, exists.lVal);
     EXPECT_EQ(Lines{"C_FindObjectsInit(1, {0x0=0 0x1=1})"}, module.takeCalls());
 }
 
-TEST_F(TokenFilesTest, AMissingFileIsAFailureAndClosesTheSearch) {
+TEST_F(TokenFilesTest, FileExistsOfAMissingFileFailsAndClosesTheSearch) {
     VARIANT exists = poisoned();
     EXPECT_HR(E_FAIL, token->FileExists(Text("7"), &exists));
     EXPECT_EQ(VT_I4, exists.vt);
@@ -39,7 +38,7 @@ TEST_F(TokenFilesTest, AMissingFileIsAFailureAndClosesTheSearch) {
     EXPECT_HR(E_INVALIDARG, token->FileExists(Text("7"), nullptr));
 }
 
-TEST_F(TokenFilesTest, NamesOutOfRangeAreRejectedWithoutACall) {
+TEST_F(TokenFilesTest, FileOperationsWithANameOutOfRangeFailWithoutACall) {
     for (const std::string& name :
          {std::string("0"), std::string("abc"), std::string("65537"), std::string("-1"),
           std::string(""), std::string("4294967297"), std::string("99999999999999999999"),
@@ -57,7 +56,7 @@ TEST_F(TokenFilesTest, NamesOutOfRangeAreRejectedWithoutACall) {
     EXPECT_EQ(0u, module->objectCount());
 }
 
-TEST_F(TokenFilesTest, SignsBlanksAndTrailingTextAreRead) {
+TEST_F(TokenFilesTest, FileExistsWithSignsBlanksOrTrailingTextReadsTheNumber) {
     module.addData("65535", "x");
     module.addData("4", "x");
     VARIANT exists;
@@ -66,9 +65,9 @@ TEST_F(TokenFilesTest, SignsBlanksAndTrailingTextAreRead) {
     EXPECT_HR(S_OK, token->FileExists(Text(" +5x"), &exists));
 }
 
-TEST_F(TokenFilesTest, CreationKeepsTheNameAsItIs) {
-    IKeyFile* file = nullptr;
-    EXPECT_HR(S_OK, token->CreateFile(Text("07"), 1, 2, 3, 4, reinterpret_cast<void**>(&file)));
+TEST_F(TokenFilesTest, CreateFileWritesTheNameUnchangedAsLabel) {
+    ComRef<IKeyFile> file;
+    EXPECT_HR(S_OK, token->CreateFile(Text("07"), 1, 2, 3, 4, file.receive()));
     EXPECT_EQ((Lines{"C_FindObjectsInit(1, {0x0=0 0x1=1})", "C_FindObjects(1, 1)",
                      "C_FindObjectsFinal(1)", "C_CreateObject(1, {0x0=0 0x1=1 0x3[2] 0x11[0]})"}),
               module.takeCalls());
@@ -79,22 +78,22 @@ TEST_F(TokenFilesTest, CreationKeepsTheNameAsItIs) {
     EXPECT_EQ("", read(file, 0));
     EXPECT_HR(E_FAIL, file->Read(1, &size));
     EXPECT_HR(S_OK, file->Flush());
-    EXPECT_EQ(Lines{"C_SetAttributeValue(1, 1, {0x11[0]})"}, module.takeCalls());
-    EXPECT_EQ(0u, file->Release());
+    // Without "[0]", the pointer is null.
+    EXPECT_EQ(Lines{"C_SetAttributeValue(1, 1, {0x11})"}, module.takeCalls());
+    EXPECT_EQ(0u, file.release()->Release());
     EXPECT_HR(E_INVALIDARG, token->CreateFile(Text("1"), 0, 0, 0, 0, nullptr));
 }
 
-TEST_F(TokenFilesTest, AnExistingNameGetsASecondObject) {
+TEST_F(TokenFilesTest, CreateFileOfAnExistingNameCreatesASecondObject) {
     module.addData("3", "x");
-    void* file = nullptr;
-    EXPECT_HR(S_OK, token->CreateFile(Text("4"), 0, 0, 0, 0, &file));
+    ComRef<IKeyFile> file;
+    EXPECT_HR(S_OK, token->CreateFile(Text("4"), 0, 0, 0, 0, file.receive()));
     EXPECT_EQ(2u, module->objectCount());
-    static_cast<IKeyFile*>(file)->Release();
 }
 
-TEST_F(TokenFilesTest, AnOpenedFileIsReadOnce) {
+TEST_F(TokenFilesTest, OpenFileReadsTheContentsOnce) {
     module.addData("6", "0123456789");
-    IKeyFile* file = open("7");
+    ComRef<IKeyFile> file = open("7");
     EXPECT_EQ((Lines{"C_FindObjectsInit(1, {0x0=0 0x1=1})", "C_FindObjects(1, 1)",
                      "C_GetAttributeValue(1, 1, {0x0 0x3})",
                      "C_GetAttributeValue(1, 1, {0x0 0x3[1]})", "C_FindObjectsFinal(1)",
@@ -111,28 +110,25 @@ TEST_F(TokenFilesTest, AnOpenedFileIsReadOnce) {
     EXPECT_HR(E_INVALIDARG, file->GetSize(nullptr));
     EXPECT_HR(E_INVALIDARG, file->Write(data));
     EXPECT_TRUE(module.takeCalls().empty());
-    file->Release();
 }
 
-TEST_F(TokenFilesTest, ReadGivesSignedElementsUnderAnUnsignedType) {
+TEST_F(TokenFilesTest, ReadReturnsSignedElementsUnderAnUnsignedType) {
     module.addData("6", "ab");
-    IKeyFile* file = open("7");
-    VARIANT data;
-    EXPECT_HR(S_OK, file->Read(2, &data));
-    EXPECT_EQ(VT_ARRAY | VT_UI1, data.vt);
+    ComRef<IKeyFile> file = open("7");
+    Variant data;
+    EXPECT_HR(S_OK, file->Read(2, data.receive()));
+    EXPECT_EQ(VT_ARRAY | VT_UI1, data.type());
     VARTYPE element = VT_EMPTY;
-    SafeArrayGetVartype(data.parray, &element);
+    SafeArrayGetVartype(data.get().parray, &element);
     EXPECT_EQ(VT_I1, element);
-    VariantClear(&data);
-    file->Release();
 }
 
-TEST_F(TokenFilesTest, SeekMovesInsideTheFileOnly) {
+TEST_F(TokenFilesTest, SeekOutsideTheFileKeepsThePosition) {
     module.addData("6", "0123456789");
-    IKeyFile* file = open("7");
+    ComRef<IKeyFile> file = open("7");
     const auto next = [&](LONG offset, INT origin) {
         EXPECT_HR(S_OK, file->Seek(offset, origin));
-        const std::string byte = read(file, 1);
+        const std::optional<std::string> byte = read(file, 1);
         file->Seek(-1, 1);
         return byte;
     };
@@ -151,12 +147,11 @@ TEST_F(TokenFilesTest, SeekMovesInsideTheFileOnly) {
     EXPECT_EQ("0", next(0, 2));
     EXPECT_EQ("9", next(9, 0));
     EXPECT_EQ("0", next(0, 0));
-    file->Release();
 }
 
-TEST_F(TokenFilesTest, FlushWritesTheWholeValueAndAClosedFileNothing) {
+TEST_F(TokenFilesTest, FlushWritesTheValueAndFailsAfterClose) {
     module.addData("6", "abc");
-    IKeyFile* file = open("7");
+    ComRef<IKeyFile> file = open("7");
     module->setAttribute(1, CKA_VALUE, "other", 5);
     module.takeCalls();
     EXPECT_HR(S_OK, file->Flush());
@@ -172,33 +167,30 @@ TEST_F(TokenFilesTest, FlushWritesTheWholeValueAndAClosedFileNothing) {
     EXPECT_HR(E_FAIL, file->Read(1, &data));
     EXPECT_EQ("", read(file, 0));
     EXPECT_TRUE(module.takeCalls().empty());
-    file->Release();
 }
 
-TEST_F(TokenFilesTest, AValueThatCannotBeReadOpensAsEmpty) {
+TEST_F(TokenFilesTest, OpenFileOfAnUnreadableValueOpensAnEmptyFile) {
     module.addData("6", "abc");
     module->fail("C_GetAttributeValue", 3, CKR_ATTRIBUTE_SENSITIVE);
-    IKeyFile* file = open("7");
+    ComRef<IKeyFile> file = open("7");
     VARIANT size;
     EXPECT_HR(S_OK, file->GetSize(&size));
     EXPECT_EQ(0, size.lVal);
-    file->Release();
 }
 
-TEST_F(TokenFilesTest, AnEndThatDoesNotFit32BitsIsRefused) {
+TEST_F(TokenFilesTest, ReadPast32BitsFails) {
     module.addData("6", "abc");
-    IKeyFile* file = open("7");
+    ComRef<IKeyFile> file = open("7");
     file->Seek(1, 0);
     VARIANT data = poisoned();
     EXPECT_HR(E_FAIL, file->Read(0xFFFFFFFF, &data));
     EXPECT_EQ(VT_UI1, data.vt);
     EXPECT_EQ("bc", read(file, 2));
-    file->Release();
 }
 
-TEST_F(TokenFilesTest, AnEmptyValueIsReadAndWrittenBack) {
+TEST_F(TokenFilesTest, FlushOfAnEmptyFileWritesAnEmptyValue) {
     const CK_OBJECT_HANDLE object = module.addData("6", "");
-    IKeyFile* file = open("7");
+    ComRef<IKeyFile> file = open("7");
     EXPECT_EQ("C_GetAttributeValue(1, 1, {0x11[0]})", module.takeCalls().back());
     EXPECT_EQ(0, sizeOf(file));
     EXPECT_EQ("", read(file, 0));
@@ -207,16 +199,16 @@ TEST_F(TokenFilesTest, AnEmptyValueIsReadAndWrittenBack) {
     EXPECT_HR(E_FAIL, file->Read(1, &data));
     module->setAttribute(object, CKA_VALUE, "x", 1);
     EXPECT_HR(S_OK, file->Flush());
-    EXPECT_EQ(Lines{"C_SetAttributeValue(1, 1, {0x11[0]})"}, module.takeCalls());
+    // Without "[0]", the pointer is null.
+    EXPECT_EQ(Lines{"C_SetAttributeValue(1, 1, {0x11})"}, module.takeCalls());
     EXPECT_EQ("", module.read(object, CKA_VALUE));
-    file->Release();
 }
 
-TEST_F(TokenFilesTest, LengthsThatLieStayInBounds) {
+TEST_F(TokenFilesTest, OpenFileWithAWrongLengthFromTheModuleStaysInBounds) {
     module.addData("6", "abc");
     auto& settings = module->settings();
     settings.lyingType = CKA_VALUE;
-    settings.lie = RecordingModule::Settings::onQuery;
+    settings.lie = RecordingModule::Settings::kOnQuery;
     for (const CK_ULONG length : {CK_ULONG{0x80000000}, CK_UNAVAILABLE_INFORMATION}) {
         settings.lyingLength = length;
         void* file = nullptr;
@@ -224,16 +216,15 @@ TEST_F(TokenFilesTest, LengthsThatLieStayInBounds) {
     }
     for (const CK_ULONG length : {CK_ULONG{0}, CK_ULONG{1}, CK_ULONG{1000}}) {
         settings.lyingLength = length;
-        settings.lie = RecordingModule::Settings::onQuery;
-        open("7")->Release();
-        settings.lie = RecordingModule::Settings::onRead;
-        IKeyFile* file = open("7");
+        settings.lie = RecordingModule::Settings::kOnQuery;
+        open("7");
+        settings.lie = RecordingModule::Settings::kOnRead;
+        ComRef<IKeyFile> file = open("7");
         EXPECT_EQ(std::string("abc").substr(0, length), read(file, length < 3 ? length : 3));
-        file->Release();
     }
 }
 
-TEST_F(TokenFilesTest, EveryFailingCallOfALookUpClosesTheSearch) {
+TEST_F(TokenFilesTest, FileOperationsAfterAFailedCallFailAndCloseTheSearch) {
     module.addData("6", "abc");
     for (const char* function : {"C_FindObjects", "C_GetAttributeValue"}) {
         module->fail(function, 1, CKR_DEVICE_REMOVED);
@@ -247,23 +238,23 @@ TEST_F(TokenFilesTest, EveryFailingCallOfALookUpClosesTheSearch) {
     EXPECT_EQ(nullptr, file);
 }
 
-TEST_F(TokenFilesTest, DeletionDestroysTheObjectAndKeepsAReference) {
+TEST_F(TokenFilesTest, DeleteFileDestroysTheObjectAndKeepsATokenReference) {
     module.addData("6", "abc");
     EXPECT_HR(S_OK, token->DeleteFile(Text("7")));
     EXPECT_EQ("C_DestroyObject(1, 1)", module.takeCalls().back());
     EXPECT_EQ(0u, module->objectCount());
-    // The file that was opened for it still holds the token.
+    // The file that DeleteFile opened still holds the token.
     EXPECT_EQ(3u, token->AddRef());
     EXPECT_EQ(2u, token->Release());
     EXPECT_HR(E_FAIL, token->DeleteFile(Text("7")));
 }
 
-TEST_F(ModuleTest, ALookUpsStepsAreLogged) {
+TEST_F(ModuleTest, FileLookUpsLogEachStep) {
     folder.enableLog();
-    ITokenProvider* provider = makeProvider();
+    ComRef<ITokenProvider> provider = makeProvider();
     provider->Load(Text(module.path()));
-    IKeyObject* token = nullptr;
-    provider->OpenKey(0, reinterpret_cast<void**>(&token));
+    ComRef<IKeyObject> token;
+    provider->OpenKey(0, token.receive());
     const std::size_t before = readLogLines(folder.home()).size();
     VARIANT exists;
     token->FileExists(Text("7"), &exists);
@@ -299,33 +290,30 @@ TEST_F(ModuleTest, ALookUpsStepsAreLogged) {
                   "[Release] [KeyObject::Release] count=1",
               }),
               lines);
-    token->Release();
-    provider->Release();
 }
 
-TEST_F(TokenFilesTest, MissingResultsAreRefusedWithoutACall) {
+TEST_F(TokenFilesTest, FileOperationsWithoutAResultAreRefusedWithoutACall) {
     EXPECT_HR(E_INVALIDARG, token->FileExists(Text("7"), nullptr));
     EXPECT_HR(E_INVALIDARG, token->OpenFile(Text("7"), nullptr));
     EXPECT_HR(E_INVALIDARG, token->CreateFile(Text("7"), 0, 0, 0, 0, nullptr));
     EXPECT_EQ(Lines{}, module.takeCalls());
 }
 
-TEST_F(TokenFilesTest, AnObjectDestroyedMeanwhileIsNotWritten) {
+TEST_F(TokenFilesTest, FlushOfADestroyedObjectFails) {
     const CK_OBJECT_HANDLE object = module.addData("6", "contents");
-    IKeyFile* file = open("7");
+    ComRef<IKeyFile> file = open("7");
     module->removeObject(object);
     EXPECT_EQ("contents", read(file, 8));
     EXPECT_HR(E_FAIL, file->Flush());
-    file->Release();
+    file.reset();
     EXPECT_HR(E_FAIL, token->DeleteFile(Text("7")));
 }
 
-TEST_F(TokenFilesTest, SixtyFourMebibytesAreReadWhole) {
+TEST_F(TokenFilesTest, ReadOf64MiBReturnsAllBytes) {
     const std::string contents(64 << 20, 'x');
     module.addData("6", contents);
-    IKeyFile* file = open("7");
+    ComRef<IKeyFile> file = open("7");
     EXPECT_TRUE(contents == read(file, 64 << 20));
-    file->Release();
 }
 
 }  // namespace

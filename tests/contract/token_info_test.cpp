@@ -1,7 +1,7 @@
-// What a token tells about itself, and what this backend does not do.
+// Token information, and operations that this backend does not implement.
 #include <cstring>
 
-#include "tests/contract/token.h"
+#include "tests/support/fixtures/token.h"
 #include "tests/support/log_file.h"
 
 namespace zr::test {
@@ -12,11 +12,9 @@ protected:
     using Getter = HRESULT (STDMETHODCALLTYPE IKeyObject::*)(BSTR*);
 
     std::string read(Getter getter) {
-        BSTR text = nullptr;
-        EXPECT_HR(S_OK, (token->*getter)(&text));
-        const std::string result = narrow(text);
-        SysFreeString(text);
-        return result;
+        Text text;
+        EXPECT_HR(S_OK, (token.get()->*getter)(text.receive()));
+        return narrow(text);
     }
 
     template <std::size_t Size>
@@ -26,7 +24,7 @@ protected:
     }
 };
 
-TEST_F(TokenInfoTest, TextsAreReadFromTheTokensSlot) {
+TEST_F(TokenInfoTest, TextGettersReadTheSlotOfTheToken) {
     EXPECT_EQ("0123456789", read(&IKeyObject::GetSerialNumber));
     EXPECT_EQ("Recording Token", read(&IKeyObject::GetLabel));
     EXPECT_EQ("Test Maker", read(&IKeyObject::GetManufacturerID));
@@ -34,7 +32,7 @@ TEST_F(TokenInfoTest, TextsAreReadFromTheTokensSlot) {
     EXPECT_EQ(Lines(4, "C_GetTokenInfo(10)"), module.takeCalls());
 }
 
-TEST_F(TokenInfoTest, BlanksAndZerosAtTheEndAreCutAndThoseInsideStay) {
+TEST_F(TokenInfoTest, TextGettersRemoveBlanksAndZerosAtTheEnd) {
     auto& info = module->settings().tokenInfo;
     set(info.label, "abc");
     EXPECT_EQ("abc", read(&IKeyObject::GetLabel));
@@ -42,7 +40,7 @@ TEST_F(TokenInfoTest, BlanksAndZerosAtTheEndAreCutAndThoseInsideStay) {
     EXPECT_EQ(" a b", read(&IKeyObject::GetLabel));
 }
 
-TEST_F(TokenInfoTest, FullAndEmptyFieldsAreRead) {
+TEST_F(TokenInfoTest, TextGettersReadFullAndEmptyFields) {
     auto& info = module->settings().tokenInfo;
     set(info.label, std::string(32, 'L'));
     set(info.manufacturerID, std::string(32, 'M'));
@@ -58,20 +56,19 @@ TEST_F(TokenInfoTest, FullAndEmptyFieldsAreRead) {
     EXPECT_EQ("", read(&IKeyObject::GetModelID));
 }
 
-TEST_F(TokenInfoTest, AFailureLeavesTheString) {
+TEST_F(TokenInfoTest, FailedTextGettersLeaveTheString) {
     module->fail("C_GetTokenInfo", 0, CKR_DEVICE_REMOVED);
     for (const Getter getter : {&IKeyObject::GetSerialNumber, &IKeyObject::GetLabel,
                                 &IKeyObject::GetManufacturerID, &IKeyObject::GetModelID}) {
         BSTR text = reinterpret_cast<BSTR>(this);
-        EXPECT_HR(E_FAIL, (token->*getter)(&text));
+        EXPECT_HR(E_FAIL, (token.get()->*getter)(&text));
         EXPECT_EQ(reinterpret_cast<BSTR>(this), text);
-        EXPECT_HR(E_INVALIDARG, (token->*getter)(nullptr));
+        EXPECT_HR(E_INVALIDARG, (token.get()->*getter)(nullptr));
     }
 }
 
-TEST_F(TokenInfoTest, SizesAreThoseOfThePublicMemory) {
-    VARIANT size;
-    VariantInit(&size);
+TEST_F(TokenInfoTest, SizeGettersReturnThePublicMemory) {
+    VARIANT size = {};
     EXPECT_HR(S_OK, token->GetTotalSize(&size));
     EXPECT_EQ(VT_UI4, size.vt);
     EXPECT_EQ(65536u, size.ulVal);
@@ -82,10 +79,9 @@ TEST_F(TokenInfoTest, SizesAreThoseOfThePublicMemory) {
     EXPECT_HR(E_INVALIDARG, token->GetFreeSize(nullptr));
 }
 
-TEST_F(TokenInfoTest, AnUnknownSizeIsPassedOnAsItIs) {
+TEST_F(TokenInfoTest, SizeGettersReturnAnUnknownSizeUnchanged) {
     module->settings().tokenInfo.ulTotalPublicMemory = CK_UNAVAILABLE_INFORMATION;
-    VARIANT size;
-    VariantInit(&size);
+    VARIANT size = {};
     EXPECT_HR(S_OK, token->GetTotalSize(&size));
     EXPECT_EQ(0xFFFFFFFFu, size.ulVal);
     module->fail("C_GetTokenInfo", 0, CKR_DEVICE_REMOVED);
@@ -95,23 +91,23 @@ TEST_F(TokenInfoTest, AnUnknownSizeIsPassedOnAsItIs) {
     EXPECT_EQ(VT_UI1, size.vt);
 }
 
-TEST_F(TokenInfoTest, TheVariantOfASizeIsClearedFirst) {
+TEST_F(TokenInfoTest, SizeGettersClearTheVariantFirst) {
     for (const auto getter : {&IKeyObject::GetTotalSize, &IKeyObject::GetFreeSize}) {
         const ULONG references = provider->AddRef();
         VARIANT size = {};
         size.vt = VT_DISPATCH;
-        size.pdispVal = provider;
-        EXPECT_HR(S_OK, (token->*getter)(&size));
+        size.pdispVal = provider.get();
+        EXPECT_HR(S_OK, (token.get()->*getter)(&size));
         EXPECT_EQ(VT_UI4, size.vt);
         EXPECT_EQ(references, provider->AddRef());
         provider->Release();
         size.vt = 0xFFF;  // no variant type
-        EXPECT_HR(DISP_E_BADVARTYPE, (token->*getter)(&size));
+        EXPECT_HR(DISP_E_BADVARTYPE, (token.get()->*getter)(&size));
         EXPECT_EQ(0xFFF, size.vt);
     }
 }
 
-TEST_F(TokenInfoTest, WhatTheBackendLacksIsNotImplementedAndChangesNothing) {
+TEST_F(TokenInfoTest, UnimplementedOperationsLeaveTheirResults) {
     VARIANT result = poisoned();
     EXPECT_HR(E_NOTIMPL, token->SetLabel(nullptr, &result));
     EXPECT_HR(E_NOTIMPL, token->GetMaxRetryCount(0, &result));
@@ -133,7 +129,7 @@ TEST_F(TokenInfoTest, WhatTheBackendLacksIsNotImplementedAndChangesNothing) {
     EXPECT_TRUE(module.takeCalls().empty());
 }
 
-TEST_F(TokenInfoTest, ScriptsFindThirtyMembers) {
+TEST_F(TokenInfoTest, ScriptsFind30Members) {
     const ConsoleCapture console;
     const char* names[] = {"GetSerialNumber",  "SetLabel",
                            "GetLabel",         "GetManufacturerID",
@@ -152,19 +148,19 @@ TEST_F(TokenInfoTest, ScriptsFindThirtyMembers) {
                            "VerifyData",       "GetSignAlgo"};
     DISPID expected = 0;
     for (const char* name : names) {
-        EXPECT_EQ(++expected, idOf(token, name)) << name;
+        EXPECT_EQ(++expected, idOf(token.get(), name)) << name;
     }
     EXPECT_EQ(30, expected);
     for (const char* name : {"GetCertData", "GetPubKeyData", "CloseKey", "GetAlgoList"}) {
-        EXPECT_EQ(0, idOf(token, name)) << name;
+        EXPECT_EQ(0, idOf(token.get(), name)) << name;
     }
 }
 
-TEST_F(TokenInfoTest, ListedMembersThatScriptsCannotCallFailAndCallNothing) {
+TEST_F(TokenInfoTest, ScriptCallsOfUncallableMembersFailWithoutACall) {
     const ConsoleCapture console;
     for (const DISPID id : {2, 8, 16, 18, 19, 20, 22, 23, 24, 25, 26, 27, 28, 29}) {
         VARIANT result = poisoned();
-        EXPECT_HR(E_FAIL, invoke(token, id, {}, &result)) << id;
+        EXPECT_HR(E_FAIL, invoke(token.get(), id, {}, &result)) << id;
         EXPECT_EQ(VT_EMPTY, result.vt);
     }
     EXPECT_TRUE(module.takeCalls().empty());
@@ -172,41 +168,39 @@ TEST_F(TokenInfoTest, ListedMembersThatScriptsCannotCallFailAndCallNothing) {
 
 TEST_F(TokenInfoTest, ScriptsReadTextsAndSizes) {
     const ConsoleCapture console;
-    VARIANT result;
+    Variant result;
     for (const DISPID id : {1, 3, 4, 5, 21, 30}) {
-        EXPECT_HR(S_OK, invoke(token, id, {number(1)}, &result)) << id;
-        EXPECT_EQ(VT_BSTR, result.vt) << id;
-        VariantClear(&result);
+        EXPECT_HR(S_OK, invoke(token.get(), id, {number(1)}, result.receive())) << id;
+        EXPECT_EQ(VT_BSTR, result.type()) << id;
     }
     for (const DISPID id : {6, 7}) {
-        EXPECT_HR(S_OK, invoke(token, id, {}, &result));
-        EXPECT_EQ(VT_UI4, result.vt);
+        EXPECT_HR(S_OK, invoke(token.get(), id, {}, result.receive()));
+        EXPECT_EQ(VT_UI4, result.type());
     }
     for (const DISPID id : {9, 10, 11, 14, 15}) {
-        EXPECT_HR(E_NOTIMPL, invoke(token, id, {number(0)}, &result)) << id;
+        EXPECT_HR(E_NOTIMPL, invoke(token.get(), id, {number(0)}, result.receive())) << id;
     }
 }
 
-TEST_F(TokenInfoTest, AStringGetterWithoutAResultStillSucceeds) {
+TEST_F(TokenInfoTest, ScriptTextGetterWithoutAResultSucceeds) {
     const ConsoleCapture console;
     EXCEPINFO excep = {};
     DISPPARAMS params = {};
     EXPECT_HR(S_OK, token->Invoke(3, IID_NULL, 0, 1, &params, nullptr, &excep, nullptr));
 }
 
-TEST_F(ModuleTest, ATokensLifeIsToldLineByLine) {
+TEST_F(ModuleTest, TokenLogsCreationAndRelease) {
     folder.enableLog();
-    ITokenProvider* provider = makeProvider();
+    ComRef<ITokenProvider> provider = makeProvider();
     provider->Load(Text(module.path()));
-    IKeyObject* token = nullptr;
+    ComRef<IKeyObject> token;
     const std::size_t before = readLogLines(folder.home()).size();
-    provider->OpenKey(0, reinterpret_cast<void**>(&token));
-    BSTR text = nullptr;
-    token->GetLabel(&text);
-    SysFreeString(text);
+    provider->OpenKey(0, token.receive());
+    Text text;
+    token->GetLabel(text.receive());
     token->SetLabel(nullptr, nullptr);
     token->VerifyPIN(nullptr, 2);
-    token->Release();
+    token.reset();
     Lines lines = readLogLines(folder.home());
     lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(before));
     EXPECT_EQ((Lines{
@@ -241,14 +235,13 @@ TEST_F(ModuleTest, ATokensLifeIsToldLineByLine) {
                   "[Release] [KeyObject::Release] count=0",
               }),
               lines);
-    provider->Release();
 }
 
-TEST_F(TokenInfoTest, AFailingStringGetterLeavesTheScriptsResultEmpty) {
+TEST_F(TokenInfoTest, FailedScriptTextGetterLeavesTheResultEmpty) {
     const ConsoleCapture console;
     module->fail("C_GetTokenInfo", 0, CKR_DEVICE_REMOVED);
     VARIANT result = poisoned();
-    EXPECT_HR(E_FAIL, invoke(token, idOf(token, "GetLabel"), {}, &result));
+    EXPECT_HR(E_FAIL, invoke(token.get(), idOf(token.get(), "GetLabel"), {}, &result));
     EXPECT_EQ(VT_EMPTY, result.vt);
 }
 

@@ -1,7 +1,7 @@
 // Signing, verifying, digests and the algorithm list.
 #include <algorithm>
 
-#include "tests/contract/token.h"
+#include "tests/support/fixtures/token.h"
 #include "tests/support/log_file.h"
 
 namespace zr::test {
@@ -10,7 +10,7 @@ namespace {
 class TokenSignTest : public SigningTokenTest {
 protected:
     HRESULT sign(const VARIANT& data) {
-        return token->SignData(nullptr, data, certificate, &result);
+        return token->SignData(nullptr, data, certificate.get(), result.receive());
     }
 
     std::string signature(CK_ULONG length) {
@@ -22,37 +22,36 @@ protected:
     }
 };
 
-TEST_F(TokenSignTest, ASignatureIsMadeInOneCall) {
-    EXPECT_HR(S_OK, sign(Bytes("data")));
+TEST_F(TokenSignTest, SignDataSignsInOneCall) {
+    EXPECT_HR(S_OK, sign(ByteArray("data")));
     EXPECT_EQ((Lines{"C_FindObjectsInit(1, {0x0=3 0x1=1 0x100=0})", "C_FindObjects(1, 1)",
                      "C_GetAttributeValue(1, 2, {0x0 0x102})",
                      "C_GetAttributeValue(1, 2, {0x0=0 0x102[]})", "C_FindObjectsFinal(1)",
                      "C_SignInit(1, 6/0, 2)", "C_Sign(1, [data], 1024)"}),
               module.takeCalls());
     VARTYPE element = VT_EMPTY;
-    SafeArrayGetVartype(result.parray, &element);
+    SafeArrayGetVartype(result.get().parray, &element);
     EXPECT_EQ(VT_I1, element);
-    EXPECT_EQ(signature(256), takeBytes(&result));
+    EXPECT_EQ(signature(256), result.bytes());
 }
 
-TEST_F(TokenSignTest, WhateverTheAlgorithmIsCalled) {
+TEST_F(TokenSignTest, SignDataIgnoresTheAlgorithmName) {
     for (const char* name : {"SM3WithSM2", "", "RSA"}) {
-        EXPECT_HR(S_OK, token->SignData(Text(name), Bytes("x"), certificate, &result));
-        EXPECT_EQ(signature(256), takeBytes(&result));
+        EXPECT_HR(S_OK,
+                  token->SignData(Text(name), ByteArray("x"), certificate.get(), result.receive()));
+        EXPECT_EQ(signature(256), result.bytes());
         EXPECT_EQ(1u, module.count("C_SignInit"));
         module.takeCalls();
     }
 }
 
-TEST_F(TokenSignTest, EmptyDataIsTheTokensToDecide) {
-    EXPECT_HR(S_OK, sign(Bytes("")));
+TEST_F(TokenSignTest, SignDataOfEmptyDataReachesTheToken) {
+    EXPECT_HR(S_OK, sign(ByteArray("")));
     EXPECT_EQ("C_Sign(1, [], 1024)", module.takeCalls().back());
-    VariantClear(&result);
 }
 
-TEST_F(TokenSignTest, WrongArgumentsAreRefused) {
-    VARIANT empty;
-    VariantInit(&empty);
+TEST_F(TokenSignTest, OperationsWithWrongArgumentsAreRefusedWithoutACall) {
+    VARIANT empty = {};
     VARIANT noArray = empty;
     noArray.vt = VT_ARRAY | VT_UI1;
     noArray.parray = nullptr;
@@ -60,138 +59,133 @@ TEST_F(TokenSignTest, WrongArgumentsAreRefused) {
     VARIANT twoDimensions = empty;
     twoDimensions.vt = VT_ARRAY | VT_UI1;
     twoDimensions.parray = SafeArrayCreate(VT_UI1, 2, bounds);
-    const Bytes wrongElements("x", VT_I1);
-    for (const VARIANT& data :
-         {empty, noArray, twoDimensions, static_cast<const VARIANT&>(wrongElements)}) {
+    const Variant signedElements = Variant::fromArray(VT_I1, SafeArrayCreate(VT_I1, 1, bounds));
+    for (const VARIANT& data : {empty, noArray, twoDimensions, signedElements.get()}) {
         EXPECT_HR(E_INVALIDARG, sign(data));
-        EXPECT_HR(E_INVALIDARG, token->VerifyData(data, certificate, nullptr, Bytes("x")));
-        EXPECT_HR(E_INVALIDARG, token->VerifyData(Bytes("x"), certificate, nullptr, data));
-        EXPECT_HR(E_INVALIDARG, token->DigestData(Text("MD5"), data, &result));
+        EXPECT_HR(E_INVALIDARG,
+                  token->VerifyData(data, certificate.get(), nullptr, ByteArray("x")));
+        EXPECT_HR(E_INVALIDARG,
+                  token->VerifyData(ByteArray("x"), certificate.get(), nullptr, data));
+        EXPECT_HR(E_INVALIDARG, token->DigestData(Text("MD5"), data, result.receive()));
     }
-    EXPECT_HR(E_INVALIDARG, token->SignData(nullptr, Bytes("x"), certificate, nullptr));
-    EXPECT_HR(E_INVALIDARG, token->SignData(nullptr, Bytes("x"), nullptr, &result));
-    EXPECT_HR(E_INVALIDARG, token->VerifyData(Bytes("x"), nullptr, nullptr, Bytes("x")));
-    EXPECT_HR(E_INVALIDARG, token->DigestData(Text("MD5"), Bytes("x"), nullptr));
+    EXPECT_HR(E_INVALIDARG, token->SignData(nullptr, ByteArray("x"), certificate.get(), nullptr));
+    EXPECT_HR(E_INVALIDARG, token->SignData(nullptr, ByteArray("x"), nullptr, result.receive()));
+    EXPECT_HR(E_INVALIDARG, token->VerifyData(ByteArray("x"), nullptr, nullptr, ByteArray("x")));
+    EXPECT_HR(E_INVALIDARG, token->DigestData(Text("MD5"), ByteArray("x"), nullptr));
     EXPECT_TRUE(module.takeCalls().empty());
     VariantClear(&twoDimensions);
 }
 
-TEST_F(TokenSignTest, WithoutALoginItsOwnCodeIsAnswered) {
+TEST_F(TokenSignTest, SignDataAndVerifyDataWithoutALoginReturnCantCallOut) {
     EXPECT_HR(E_FAIL, token->VerifyPIN(Text("wrong"), 0));
     module.takeCalls();
-    EXPECT_HR(RPC_E_CANTCALLOUT_INEXTERNALCALL, sign(Bytes("x")));
+    EXPECT_HR(RPC_E_CANTCALLOUT_INEXTERNALCALL, sign(ByteArray("x")));
     EXPECT_HR(RPC_E_CANTCALLOUT_INEXTERNALCALL,
-              token->VerifyData(Bytes("x"), certificate, nullptr, Bytes("x")));
+              token->VerifyData(ByteArray("x"), certificate.get(), nullptr, ByteArray("x")));
     EXPECT_TRUE(module.takeCalls().empty());
 }
 
-TEST_F(TokenSignTest, EveryFailingCallFailsTheSignature) {
+TEST_F(TokenSignTest, SignDataAfterAFailedCallFails) {
     for (const char* function :
          {"C_FindObjectsInit", "C_FindObjects", "C_GetAttributeValue", "C_SignInit", "C_Sign"}) {
         module->fail(function, 1, CKR_DEVICE_REMOVED);
-        EXPECT_HR(E_FAIL, sign(Bytes("x"))) << function;
+        EXPECT_HR(E_FAIL, sign(ByteArray("x"))) << function;
         EXPECT_FALSE(module->isSearchOpen());
-        EXPECT_EQ(VT_EMPTY, result.vt);
+        EXPECT_EQ(VT_EMPTY, result.get().vt);
     }
     module->removeObject(privateKey);
-    EXPECT_HR(E_FAIL, sign(Bytes("x")));
+    EXPECT_HR(E_FAIL, sign(ByteArray("x")));
 }
 
-TEST_F(TokenSignTest, AKeyIsNotTakenFromASearchLeftOpen) {
+TEST_F(TokenSignTest, SignDataWithAnOpenSearchFailsAndClosesIt) {
     module.addData("6", "x");
     VARIANT exists;
     EXPECT_HR(S_OK, token->FileExists(Text("7"), &exists));
-    EXPECT_HR(E_FAIL, sign(Bytes("x")));
+    EXPECT_HR(E_FAIL, sign(ByteArray("x")));
     EXPECT_FALSE(module->isSearchOpen());
-    EXPECT_HR(S_OK, sign(Bytes("x")));
-    VariantClear(&result);
+    EXPECT_HR(S_OK, sign(ByteArray("x")));
 }
 
-TEST_F(TokenSignTest, SignaturesUpTo1024BytesFit) {
+TEST_F(TokenSignTest, SignDataWithASignatureLongerThan1024BytesFails) {
     module->settings().signatureLength = 1024;
-    EXPECT_HR(S_OK, sign(Bytes("x")));
-    EXPECT_EQ(1024u, takeBytes(&result).size());
+    EXPECT_HR(S_OK, sign(ByteArray("x")));
+    EXPECT_EQ(1024u, result.bytes()->size());
     module->settings().signatureLength = 1025;
-    EXPECT_HR(E_FAIL, sign(Bytes("x")));
+    EXPECT_HR(E_FAIL, sign(ByteArray("x")));
 }
 
-TEST_F(TokenSignTest, ASignatureVerifiesWithThePublicKey) {
-    EXPECT_HR(S_OK, token->VerifyData(Bytes("data"), certificate, nullptr, Bytes(signature(256))));
+TEST_F(TokenSignTest, VerifyDataVerifiesWithThePublicKey) {
+    EXPECT_HR(S_OK, token->VerifyData(ByteArray("data"), certificate.get(), nullptr,
+                                      ByteArray(signature(256))));
     EXPECT_EQ((Lines{"C_FindObjectsInit(1, {0x0=2 0x1=1 0x100=0})", "C_FindObjects(1, 1)",
                      "C_GetAttributeValue(1, 3, {0x0 0x102})",
                      "C_GetAttributeValue(1, 3, {0x0=0 0x102[]})", "C_FindObjectsFinal(1)",
                      "C_VerifyInit(1, 6/0, 3)", "C_Verify(1, [data], 256)"}),
               module.takeCalls());
-    EXPECT_HR(E_FAIL,
-              token->VerifyData(Bytes(signature(256)), certificate, nullptr, Bytes("data")));
+    EXPECT_HR(E_FAIL, token->VerifyData(ByteArray(signature(256)), certificate.get(), nullptr,
+                                        ByteArray("data")));
     module->fail("C_VerifyInit", 1, CKR_GENERAL_ERROR);
-    EXPECT_HR(E_FAIL,
-              token->VerifyData(Bytes("data"), certificate, nullptr, Bytes(signature(256))));
+    EXPECT_HR(E_FAIL, token->VerifyData(ByteArray("data"), certificate.get(), nullptr,
+                                        ByteArray(signature(256))));
     module->removeObject(publicKey);
-    EXPECT_HR(E_FAIL,
-              token->VerifyData(Bytes("data"), certificate, nullptr, Bytes(signature(256))));
+    EXPECT_HR(E_FAIL, token->VerifyData(ByteArray("data"), certificate.get(), nullptr,
+                                        ByteArray(signature(256))));
 }
 
-TEST_F(TokenSignTest, AVerificationIgnoresTheAlgorithmsName) {
+TEST_F(TokenSignTest, VerifyDataIgnoresTheAlgorithmName) {
     for (const char* name : {"SM3WithSM2", "", "RSA"}) {
-        EXPECT_HR(S_OK,
-                  token->VerifyData(Bytes("data"), certificate, Text(name), Bytes(signature(256))));
-        EXPECT_HR(E_FAIL,
-                  token->VerifyData(Bytes("data"), certificate, Text(name), Bytes("wrong")));
+        EXPECT_HR(S_OK, token->VerifyData(ByteArray("data"), certificate.get(), Text(name),
+                                          ByteArray(signature(256))));
+        EXPECT_HR(E_FAIL, token->VerifyData(ByteArray("data"), certificate.get(), Text(name),
+                                            ByteArray("wrong")));
         const Lines calls = module.takeCalls();
         EXPECT_EQ(2, std::count(calls.begin(), calls.end(), "C_VerifyInit(1, 6/0, 3)"));
     }
 }
 
-TEST_F(TokenSignTest, TwoOperationsVerifyNothing) {
-    VARIANT empty;
-    VariantInit(&empty);
+TEST_F(TokenSignTest, VerifyDataByCertAndByPubKeyVerifyNothing) {
+    VARIANT empty = {};
     EXPECT_HR(S_OK, token->VerifyDataByCert(empty, nullptr, empty, nullptr, empty));
     EXPECT_HR(E_FAIL, token->VerifyDataByPubKey(empty, nullptr, empty, nullptr, empty));
     EXPECT_TRUE(module.takeCalls().empty());
 }
 
-TEST_F(TokenSignTest, DigestsAreMd5Only) {
-    EXPECT_HR(S_OK, token->DigestData(Text("MD5"), Bytes(""), &result));
+TEST_F(TokenSignTest, DigestDataAcceptsMd5Only) {
+    EXPECT_HR(S_OK, token->DigestData(Text("MD5"), ByteArray(""), result.receive()));
     EXPECT_EQ(std::string("\xd4\x1d\x8c\xd9\x8f\x00\xb2\x04\xe9\x80\x09\x98\xec\xf8\x42\x7e", 16),
-              takeBytes(&result));
+              result.bytes());
     for (const char* name : {"md5", "MD5 ", "SHA1", ""}) {
-        EXPECT_HR(E_INVALIDARG, token->DigestData(Text(name), Bytes("x"), &result));
+        EXPECT_HR(E_INVALIDARG, token->DigestData(Text(name), ByteArray("x"), result.receive()));
     }
-    EXPECT_HR(E_INVALIDARG, token->DigestData(nullptr, Bytes("x"), &result));
-    BSTR text = nullptr;
-    EXPECT_HR(S_OK, token->GetDigestMethod(&text));
+    EXPECT_HR(E_INVALIDARG, token->DigestData(nullptr, ByteArray("x"), result.receive()));
+    Text text;
+    EXPECT_HR(S_OK, token->GetDigestMethod(text.receive()));
     EXPECT_EQ("MD5", narrow(text));
-    SysFreeString(text);
     EXPECT_HR(E_INVALIDARG, token->GetDigestMethod(nullptr));
 }
 
-TEST_F(TokenSignTest, TheAlgorithmListIsToldTwice) {
+TEST_F(TokenSignTest, GetSignAlgoAndGetAlgoListReturnTheSameList) {
     for (const auto getter : {&IKeyObject::GetSignAlgo, &IKeyObject::GetAlgoList}) {
-        BSTR text = nullptr;
-        EXPECT_HR(S_OK, (token->*getter)(&text));
+        Text text;
+        EXPECT_HR(S_OK, (token.get()->*getter)(text.receive()));
         EXPECT_EQ("RSA", narrow(text));
-        SysFreeString(text);
-        EXPECT_HR(E_INVALIDARG, (token->*getter)(nullptr));
+        EXPECT_HR(E_INVALIDARG, (token.get()->*getter)(nullptr));
     }
 }
 
-TEST_F(TokenSignTest, TheDigestMethodIsNotThatOfTheConfiguration) {
+TEST_F(TokenSignTest, GetDigestMethodIgnoresTheConfiguration) {
     folder.writeConfig("", "SHA256");
-    ITokenProvider* other = makeProvider();
-    IKeyObject* opened = nullptr;
+    ComRef<ITokenProvider> other = makeProvider();
+    ComRef<IKeyObject> opened;
     EXPECT_HR(S_OK, other->Load(Text(module.path())));
-    EXPECT_HR(S_OK, other->OpenKey(0, reinterpret_cast<void**>(&opened)));
-    BSTR text = nullptr;
-    EXPECT_HR(S_OK, opened->GetDigestMethod(&text));
+    EXPECT_HR(S_OK, other->OpenKey(0, opened.receive()));
+    Text text;
+    EXPECT_HR(S_OK, opened->GetDigestMethod(text.receive()));
     EXPECT_EQ("MD5", narrow(text));
-    SysFreeString(text);
-    EXPECT_HR(E_INVALIDARG, opened->DigestData(Text("SHA256"), Bytes("x"), &result));
-    opened->Release();
-    other->Release();
+    EXPECT_HR(E_INVALIDARG, opened->DigestData(Text("SHA256"), ByteArray("x"), result.receive()));
 }
 
-TEST_F(TokenSignTest, PublicKeyDataAreThoseOfTheFirstKeyWhoseTypeReadsAsTheName) {
+TEST_F(TokenSignTest, GetPubKeyDataReturnsTheFirstKeyWhoseTypeReadsAsTheName) {
     const auto add = [&](const std::string& type, const std::string& id) {
         module->setAttribute(module.addKey(CKO_PUBLIC_KEY, id), CKA_KEY_TYPE, type.data(),
                              type.size());
@@ -200,51 +194,40 @@ TEST_F(TokenSignTest, PublicKeyDataAreThoseOfTheFirstKeyWhoseTypeReadsAsTheName)
     add(std::string("a\0b", 3), "this one");
     add("a", "a later one");
     module.takeCalls();
-    EXPECT_HR(S_OK, token->GetPubKeyData(certificate, &result));
-    EXPECT_EQ("this one", takeBytes(&result));
+    EXPECT_HR(S_OK, token->GetPubKeyData(certificate.get(), result.receive()));
+    EXPECT_EQ("this one", result.bytes());
     EXPECT_EQ(3u, module.count("C_FindObjects"));
-    // Each key is asked with lengths of zero.
+    // Each key is read with lengths of zero.
     EXPECT_EQ("C_GetAttributeValue(1, 5, {0x0 0x100 0x102})", module.takeCalls().at(8));
 }
 
-TEST_F(TokenSignTest, PublicKeyDataIsFoundForAnEmptyNameOnly) {
-    EXPECT_HR(E_FAIL, token->GetPubKeyData(certificate, &result));
+TEST_F(TokenSignTest, GetPubKeyDataSucceedsForAnEmptyNameOnly) {
+    EXPECT_HR(E_FAIL, token->GetPubKeyData(certificate.get(), result.receive()));
     EXPECT_FALSE(module->isSearchOpen());
-    EXPECT_HR(E_INVALIDARG, token->GetPubKeyData(nullptr, &result));
-    EXPECT_HR(E_INVALIDARG, token->GetPubKeyData(certificate, nullptr));
+    EXPECT_HR(E_INVALIDARG, token->GetPubKeyData(nullptr, result.receive()));
+    EXPECT_HR(E_INVALIDARG, token->GetPubKeyData(certificate.get(), nullptr));
     module.addCertificate("", "E");
-    const Text name("");
-    IKeyContainer* container = nullptr;
-    IKeyCertificate* unnamed = nullptr;
-    EXPECT_HR(S_OK, token->OpenContainer(string(name), reinterpret_cast<void**>(&container)));
-    container->GetKeyCert(true, reinterpret_cast<void**>(&unnamed));
-    container->Release();
-    EXPECT_HR(S_OK, token->GetPubKeyData(unnamed, &result));
-    EXPECT_EQ("a", takeBytes(&result));
-    unnamed->Release();
+    const auto unnamed = openCertificate(token.get(), Variant::fromText(Text("")));
+    EXPECT_HR(S_OK, token->GetPubKeyData(unnamed.get(), result.receive()));
+    EXPECT_EQ("a", result.bytes());
 }
 
-TEST_F(ModuleTest, APublicKeyLookUpIsLoggedStepByStep) {
+TEST_F(ModuleTest, GetPubKeyDataAndSignDataLogEachStep) {
     folder.enableLog();
     module.addCertificate("a", "A");
     module.addKey(CKO_PUBLIC_KEY, "a");
-    ITokenProvider* provider = makeProvider();
+    ComRef<ITokenProvider> provider = makeProvider();
     provider->Load(Text(module.path()));
-    IKeyObject* token = nullptr;
-    provider->OpenKey(0, reinterpret_cast<void**>(&token));
-    IKeyContainer* container = nullptr;
-    IKeyCertificate* certificate = nullptr;
-    const Text name("a");
-    token->OpenContainer(string(name), reinterpret_cast<void**>(&container));
-    container->GetKeyCert(true, reinterpret_cast<void**>(&certificate));
+    ComRef<IKeyObject> token;
+    provider->OpenKey(0, token.receive());
+    const auto certificate = openCertificate(token.get(), Variant::fromText(Text("a")));
     const std::size_t before = readLogLines(folder.home()).size();
-    VARIANT result;
-    VariantInit(&result);
-    token->GetPubKeyData(certificate, &result);
+    Variant result;
+    token->GetPubKeyData(certificate.get(), result.receive());
     module->fail("C_GetAttributeValue", 1, 0x30);
-    token->GetPubKeyData(certificate, &result);
-    token->SignData(nullptr, Bytes("x"), certificate, &result);
-    token->SignData(nullptr, result, certificate, &result);
+    token->GetPubKeyData(certificate.get(), result.receive());
+    token->SignData(nullptr, ByteArray("x"), certificate.get(), result.receive());
+    token->SignData(nullptr, result, certificate.get(), result.receive());
     Lines lines = readLogLines(folder.home());
     lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(before));
     EXPECT_EQ((Lines{
@@ -263,13 +246,9 @@ TEST_F(ModuleTest, APublicKeyLookUpIsLoggedStepByStep) {
                   "[SignData] Error: parameter error ",
               }),
               lines);
-    certificate->Release();
-    container->Release();
-    token->Release();
-    provider->Release();
 }
 
-TEST_F(TokenSignTest, TheLowerBoundOfAnArrayDoesNotMatter) {
+TEST_F(TokenSignTest, SignDataIgnoresTheLowerBound) {
     SAFEARRAYBOUND bound = {4, 5};
     VARIANT data = {};
     data.vt = VT_ARRAY | VT_UI1;
@@ -280,38 +259,34 @@ TEST_F(TokenSignTest, TheLowerBoundOfAnArrayDoesNotMatter) {
     SafeArrayUnaccessData(data.parray);
     EXPECT_HR(S_OK, sign(data));
     EXPECT_EQ("C_Sign(1, [data], 1024)", module.takeCalls().back());
-    VariantClear(&result);
     VariantClear(&data);
 }
 
-TEST_F(TokenSignTest, ALockedArrayIsRead) {
-    const Bytes bytes("data");
+TEST_F(TokenSignTest, SignDataAndDigestDataOfALockedArraySucceedAndKeepTheLock) {
+    const ByteArray bytes("data");
     const VARIANT& data = bytes;
     SafeArrayLock(data.parray);
     EXPECT_HR(S_OK, sign(data));
     EXPECT_EQ("C_Sign(1, [data], 1024)", module.takeCalls().back());
-    VariantClear(&result);
-    EXPECT_HR(S_OK, token->DigestData(Text("MD5"), data, &result));
-    VariantClear(&result);
+    EXPECT_HR(S_OK, token->DigestData(Text("MD5"), data, result.receive()));
     EXPECT_EQ(1u, data.parray->cLocks);
     SafeArrayUnlock(data.parray);
 }
 
-TEST_F(TokenSignTest, SixtyFourMebibytesAreDigested) {
-    const Bytes data(std::string(64 << 20, '\0'));
-    EXPECT_HR(S_OK, token->DigestData(Text("MD5"), data, &result));
-    EXPECT_EQ("\x7f\x61\x4d\xa9\x32\x9c\xd3\xae\xbf\x59\xb9\x1a\xad\xc3\x0b\xf0",
-              takeBytes(&result));
+TEST_F(TokenSignTest, DigestDataOf64MiBUsesAllBytes) {
+    const ByteArray data(std::string(64 << 20, '\0'));
+    EXPECT_HR(S_OK, token->DigestData(Text("MD5"), data, result.receive()));
+    EXPECT_EQ("\x7f\x61\x4d\xa9\x32\x9c\xd3\xae\xbf\x59\xb9\x1a\xad\xc3\x0b\xf0", result.bytes());
 }
 
-TEST_F(SigningTokenTest, AnArrayThatCannotBeReadIsNotTakenForAnEmptyOne) {
-    const Bytes locked("data to sign");
+TEST_F(SigningTokenTest, OperationsOnAnUnreadableArrayFail) {
+    const ByteArray locked("data to sign");
     const VARIANT& variant = locked;
     variant.parray->cLocks = 0xFFFF;
-    EXPECT_HR(E_FAIL, token->SignData(nullptr, variant, certificate, &result));
-    EXPECT_HR(E_FAIL, token->VerifyData(variant, certificate, nullptr, Bytes("x")));
-    EXPECT_HR(E_FAIL, token->VerifyData(Bytes("x"), certificate, nullptr, variant));
-    EXPECT_HR(E_FAIL, token->DigestData(Text("MD5"), variant, &result));
+    EXPECT_HR(E_FAIL, token->SignData(nullptr, variant, certificate.get(), result.receive()));
+    EXPECT_HR(E_FAIL, token->VerifyData(variant, certificate.get(), nullptr, ByteArray("x")));
+    EXPECT_HR(E_FAIL, token->VerifyData(ByteArray("x"), certificate.get(), nullptr, variant));
+    EXPECT_HR(E_FAIL, token->DigestData(Text("MD5"), variant, result.receive()));
     EXPECT_EQ(0u, module.count("C_SignInit"));
     EXPECT_EQ(0u, module.count("C_VerifyInit"));
     variant.parray->cLocks = 0;

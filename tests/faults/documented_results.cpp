@@ -1,4 +1,4 @@
-// What an operation answers when one of its Cryptoki calls fails, on a token that is in order.
+// The results of operations when one of their Cryptoki calls fails, on a working token.
 #include "tests/faults/documented_results.h"
 
 #include <algorithm>
@@ -18,7 +18,7 @@ constexpr Row kRows[] = {
     {"Unload", "C_Finalize", 0, S_OK},
     {"GetKeyCount", "C_GetSlotList", 0, E_FAIL},
     {"OpenKey", "C_GetSlotList", 1, E_FAIL},
-    // Hosts see it by the pointer alone.
+    // Hosts detect it by the null pointer only.
     {"OpenKey", "C_GetSlotList", 2, S_OK},
     {"OpenKey", "C_OpenSession", 0, E_FAIL},
 
@@ -30,7 +30,7 @@ constexpr Row kRows[] = {
     {"GetFreeSize", "C_GetTokenInfo", 0, E_FAIL},
 
     {"VerifyPIN", "C_Login", 0, E_FAIL},
-    // A second login that finds the first one still there is as good.
+    // A second login that finds the first login still active also succeeds.
     {"VerifyPIN", "C_Logout", 0, S_OK},
     {"ModifyPIN", "C_Logout", 0, S_OK},
     {"ModifyPIN", "C_Login", 0, E_FAIL},
@@ -49,7 +49,7 @@ constexpr Row kRows[] = {
     {"OpenFile", "C_FindObjectsInit", 0, E_FAIL},
     {"OpenFile", "C_FindObjects", 0, E_FAIL},
     {"OpenFile", "C_FindObjectsFinal", 0, S_OK},
-    // The labels of two objects, then the value: one without a length is empty.
+    // The labels of two objects, then the value: a value without a length is empty.
     {"OpenFile", "C_GetAttributeValue", 5, S_OK},
     {"OpenFile", "C_GetAttributeValue", 0, E_FAIL},
     {"OpenFile of none", "C_FindObjectsInit", 0, E_FAIL},
@@ -65,7 +65,7 @@ constexpr Row kRows[] = {
     {"DeleteFile", "C_GetAttributeValue", 0, E_FAIL},
     {"DeleteFile", "C_DestroyObject", 0, E_FAIL},
 
-    // A failure ends a walk, and what was found counts.
+    // A failure ends the listing; the objects found before it count.
     {"GetContainerCount", "C_FindObjectsInit", 0, S_OK},
     {"GetContainerCount", "C_FindObjects", 0, S_OK},
     {"GetContainerCount", "C_GetAttributeValue", 0, S_OK},

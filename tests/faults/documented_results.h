@@ -1,4 +1,4 @@
-// What an operation answers when one of its Cryptoki calls fails, on a token that is in order.
+// The results of operations when one of their Cryptoki calls fails, on a working token.
 #pragma once
 
 #include <string>
@@ -8,11 +8,11 @@
 
 namespace zr::test {
 
-/// @return nothing when the answer of the step in which the fault of a run fell is the documented
-///         one; else what is wrong with it.
+/// @return empty when the step with the fault returned the documented result; else the
+///         difference.
 std::string checkDocumentedResult(const RunContext& context);
 
-/// The documented results that no call of a run stands for: "OpenFile by C_Login".
+/// The documented results without a call in the run: "OpenFile by C_Login".
 std::vector<std::string> resultsWithoutCall(const std::vector<MadeCall>& calls);
 
 }  // namespace zr::test

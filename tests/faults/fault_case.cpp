@@ -1,4 +1,4 @@
-// The cases: everything that can go wrong in one Cryptoki call.
+// The cases: every fault of one Cryptoki call.
 #include "tests/faults/fault_case.h"
 
 #include <cstddef>
@@ -23,19 +23,19 @@ struct NamedLie {
     const char* name;
 };
 constexpr NamedLie kLengths[] = {
-    {RecordingFault::lengthLess, "a length one too small"},
-    {RecordingFault::lengthMore, "a length one too large"},
-    {RecordingFault::lengthZero, "a length of 0"},
-    {RecordingFault::lengthUnavailable, "CK_UNAVAILABLE_INFORMATION"},
-    {RecordingFault::lengthLargest, "the largest length"},
+    {RecordingFault::kLengthLess, "a length one too small"},
+    {RecordingFault::kLengthMore, "a length one too large"},
+    {RecordingFault::kLengthZero, "a length of 0"},
+    {RecordingFault::kLengthUnavailable, "CK_UNAVAILABLE_INFORMATION"},
+    {RecordingFault::kLengthLargest, "the largest length"},
 };
-constexpr NamedLie kPastRoom[] = {{RecordingFault::lengthPastRoom, "a length past the buffer"}};
+constexpr NamedLie kPastRoom[] = {{RecordingFault::kLengthPastRoom, "a length past the buffer"}};
 constexpr NamedLie kCounts[] = {
-    {RecordingFault::countZero, "a count of 0"},
-    {RecordingFault::countMore, "a count one too large"},
-    {RecordingFault::countLargest, "the largest count"},
+    {RecordingFault::kCountZero, "a count of 0"},
+    {RecordingFault::kCountMore, "a count one too large"},
+    {RecordingFault::kCountLargest, "the largest count"},
 };
-constexpr NamedLie kUnterminated[] = {{RecordingFault::unterminated, "bytes without terminators"}};
+constexpr NamedLie kUnterminated[] = {{RecordingFault::kUnterminated, "bytes without terminators"}};
 
 struct Entry {
     const char* function;
@@ -80,14 +80,14 @@ public:
     void addListFaults() {
         const std::string where = "C_GetFunctionList: ";
         for (const NamedResult& failure : kFailures) {
-            add(FaultCase::listFails, {RecordingFault::none, 0, failure.result, 0},
+            add(FaultCase::kListFails, {RecordingFault::kNone, 0, failure.result, 0},
                 where + failure.name);
         }
-        add(FaultCase::listIsNull, {}, where + "a null list");
+        add(FaultCase::kListIsNull, {}, where + "a null list");
     }
 
     void addMissing(const std::string& function) {
-        add(FaultCase::missingEntry, {}, function + ": a null pointer in the list");
+        add(FaultCase::kMissingEntry, {}, function + ": a null pointer in the list");
         m_cases.back().function = function;
     }
 
@@ -95,16 +95,16 @@ public:
         const std::string where =
             "call " + std::to_string(nth) + ", " + call.line + " in " + call.step + ": ";
         for (const NamedResult& failure : kFailures) {
-            add(FaultCase::inCall, {RecordingFault::failure, nth, failure.result, 0},
+            add(FaultCase::kInCall, {RecordingFault::kFailure, nth, failure.result, 0},
                 where + failure.name);
         }
         const std::string function = call.function();
-        // What the module keeps of these two is its own affair.
+        // For these two, the state of the module after a late failure is undefined.
         if (function != "C_SetAttributeValue" && function != "C_Finalize") {
-            add(FaultCase::inCall, {RecordingFault::lateFailure, nth, CKR_GENERAL_ERROR, 0},
+            add(FaultCase::kInCall, {RecordingFault::kLateFailure, nth, CKR_GENERAL_ERROR, 0},
                 where + "CKR_GENERAL_ERROR after the work");
         }
-        add(FaultCase::inCall, {RecordingFault::listCleared, nth, CKR_OK, 0},
+        add(FaultCase::kInCall, {RecordingFault::kListCleared, nth, CKR_OK, 0},
             where + "the list it handed out zeroed");
         if (function == "C_GetSlotList" || function == "C_FindObjects") {
             addLies(kCounts, nth, 1, where);
@@ -132,7 +132,7 @@ private:
                  const std::string& where) {
         for (std::size_t place = 0; place < places; ++place) {
             for (const NamedLie& lie : lies) {
-                add(FaultCase::inCall, {lie.kind, nth, CKR_OK, place},
+                add(FaultCase::kInCall, {lie.kind, nth, CKR_OK, place},
                     where + lie.name + " at " + std::to_string(place));
             }
         }
@@ -163,18 +163,18 @@ std::vector<FaultCase> makeFaultCases(const std::vector<MadeCall>& calls, bool i
 void applyFault(const FaultCase& fault, RunContext* context) {
     context->module->settings().isSearchExclusive = fault.isSearchExclusive;
     switch (fault.kind) {
-        case FaultCase::inCall:
+        case FaultCase::kInCall:
             context->module->setFault(fault.fault);
             context->faulty.nth = fault.fault.nth;
             break;
-        case FaultCase::missingEntry:
+        case FaultCase::kMissingEntry:
             context->missing = fault.function;
             context->module->removeEntry(indexOf(fault.function));
             break;
-        case FaultCase::listFails:
+        case FaultCase::kListFails:
             context->module->settings().functionListResult = fault.fault.result;
             break;
-        case FaultCase::listIsNull:
+        case FaultCase::kListIsNull:
             context->module->settings().functionListIsNull = true;
             break;
     }

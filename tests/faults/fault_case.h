@@ -1,4 +1,4 @@
-// The cases: everything that can go wrong in one Cryptoki call of a run without a fault.
+// The cases: every fault of one Cryptoki call in a session.
 #pragma once
 
 #include <string>
@@ -9,20 +9,20 @@
 namespace zr::test {
 
 struct FaultCase {
-    enum Kind { inCall, missingEntry, listFails, listIsNull };
-    bool isSearchExclusive;  ///< the module allows one search a session
+    enum Kind { kInCall, kMissingEntry, kListFails, kListIsNull };
+    bool isSearchExclusive;  ///< the module allows one search per session
     Kind kind;
-    RecordingFault fault;  ///< of inCall; listFails has its result alone
-    std::string function;  ///< of missingEntry
+    RecordingFault fault;  ///< for kInCall; kListFails uses its result only
+    std::string function;  ///< for kMissingEntry
     std::string description;
 };
 
-/// The cases of a module that allows one search a session, or one that allows a new one instead;
+/// The cases of a module that allows one search per session, or that replaces an open search;
 /// always in the same order.
 /// @param calls  of the run without a fault.
 std::vector<FaultCase> makeFaultCases(const std::vector<MadeCall>& calls, bool isSearchExclusive);
 
-/// Makes the module ready for a case.
+/// Prepares the module for a case.
 void applyFault(const FaultCase& fault, RunContext* context);
 
 }  // namespace zr::test

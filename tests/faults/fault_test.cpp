@@ -1,8 +1,9 @@
-// Every call fails once: a whole session is run again for each thing that one Cryptoki call can do
-// wrong. ZRKEY_FAULT_CASE=N runs the case of that number alone.
+// Runs a full session again for each fault of one Cryptoki call.
+// ZRKEY_FAULT_CASE=N runs case N only.
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <sstream>
 
 #include "tests/faults/documented_results.h"
@@ -15,10 +16,11 @@
 namespace zr::test {
 namespace {
 
-/// The number of the case that runs, in a file that only a crash leaves behind.
+/// The number of the running case, in a file that remains only after a crash.
 class CaseMark {
 public:
-    CaseMark() : m_file(std::fopen(m_path.string().c_str(), "w")) {}
+    explicit CaseMark(std::filesystem::path path)
+        : m_path(std::move(path)), m_file(std::fopen(m_path.string().c_str(), "w")) {}
     CaseMark(const CaseMark&) = delete;
     CaseMark& operator=(const CaseMark&) = delete;
     ~CaseMark() {
@@ -38,7 +40,7 @@ public:
     }
 
 private:
-    std::filesystem::path m_path = std::filesystem::absolute("fault_test.case");
+    std::filesystem::path m_path;
     std::FILE* m_file;
 };
 
@@ -50,17 +52,16 @@ protected:
         factory = getFactory();
         path = module.path();
     }
-    ~FaultTest() override { factory->Release(); }
 
     /// @param fault  null: none.
     /// @return the tokens that were kept.
     unsigned int run(RunContext* context, const FaultCase* fault) {
-        Scenario scenario(*context, factory, path);
+        Scenario scenario(*context, factory.get(), path);
         scenario.run();
-        if (fault && fault->kind == FaultCase::inCall && !module->wasFaultHit()) {
+        if (fault && fault->kind == FaultCase::kInCall && !module->wasFaultHit()) {
             context->problems.emplace_back("the fault was not met");
         }
-        if (fault && fault->fault.kind == RecordingFault::failure) {
+        if (fault && fault->fault.kind == RecordingFault::kFailure) {
             const std::string problem = checkDocumentedResult(*context);
             if (!problem.empty()) {
                 context->problems.push_back(problem);
@@ -88,7 +89,7 @@ protected:
         return cases;
     }
 
-    /// @return the problems, one a line.
+    /// @return the problems, one per line.
     std::string runCase(const FaultCase& fault) {
         std::string text;
         fillModule(&module);
@@ -111,8 +112,8 @@ protected:
         return text;
     }
 
-    /// What a run without a fault keeps for its one DeleteFile, where memory is counted. The first
-    /// run is not counted: it makes what stays for all.
+    /// The memory that DeleteFile keeps in a run without a fault, where memory is counted. The
+    /// first run is not counted: it allocates memory that all runs share.
     void measureKeptBytes() {
         for (int i = 0; i < 2; ++i) {
             fillModule(&module);
@@ -126,18 +127,18 @@ protected:
         }
     }
 
-    // Before the folder: it stands where the test was started.
-    CaseMark mark;
+    // Before the folder, which changes the current directory.
+    const std::filesystem::path start = std::filesystem::current_path();
     TempDir folder;
     Recording module;
-    IClassFactory* factory = nullptr;
+    ComRef<IClassFactory> factory;
     std::string path;
 
 private:
     std::size_t m_keptBytes = 0;
 };
 
-TEST_F(FaultTest, ARunWithoutAFaultFailsWhereItIsMeantTo) {
+TEST_F(FaultTest, RunWithoutAFaultFailsInTheExpectedStepsOnly) {
     std::vector<std::string> failed;
     for (const StepResult& step : cleanRun(true).results) {
         if (FAILED(step.result)) {
@@ -150,23 +151,40 @@ TEST_F(FaultTest, ARunWithoutAFaultFailsWhereItIsMeantTo) {
         failed);
 }
 
-TEST_F(FaultTest, EveryDocumentedResultIsMet) {
+TEST_F(FaultTest, RunWithoutAFaultReachesEveryDocumentedResult) {
     EXPECT_EQ(std::vector<std::string>{}, resultsWithoutCall(cleanRun(true).calls));
 }
 
-TEST_F(FaultTest, EveryCallFailsOnce) {
+/// The cases in parts of equal size, so that all cores have work.
+constexpr int kParts = 8;
+
+class FaultPartTest : public FaultTest, public testing::WithParamInterface<int> {};
+
+/// The number of the one case that is wanted; nothing when all are.
+std::optional<std::size_t> wantedCase() {
+    const char* const wanted = std::getenv("ZRKEY_FAULT_CASE");
+    if (!wanted) {
+        return std::nullopt;
+    }
+    std::istringstream text(wanted);
+    std::size_t number = 0;
+    EXPECT_TRUE(text >> number && text.eof()) << "no case " << wanted;
+    return number;
+}
+
+TEST_P(FaultPartTest, RunWithEachFaultReturnsTheExpectedResults) {
     const std::vector<FaultCase> cases = allCases();
     measureKeptBytes();
-    const char* const wanted = std::getenv("ZRKEY_FAULT_CASE");
-    std::size_t first = 0;
-    std::size_t end = cases.size();
-    if (wanted) {
-        std::istringstream text(wanted);
-        ASSERT_TRUE(text >> first && text.eof() && first < end) << "no case " << wanted;
-        end = first + 1;
-    }
+    const std::optional<std::size_t> wanted = wantedCase();
+    ASSERT_TRUE(!wanted || *wanted < cases.size()) << "no case " << *wanted;
+    CaseMark mark(start / ("fault_test_" + std::to_string(GetParam()) + ".case"));
+    std::size_t run = 0;
     std::size_t failed = 0;
-    for (std::size_t number = first; number < end; ++number) {
+    for (std::size_t number = GetParam(); number < cases.size(); number += kParts) {
+        if (wanted && number != *wanted) {
+            continue;
+        }
+        ++run;
         mark.set(number);
         const std::string problems = runCase(cases[number]);
         if (!problems.empty()) {
@@ -175,9 +193,11 @@ TEST_F(FaultTest, EveryCallFailsOnce) {
                           << problems;
         }
     }
-    std::printf("%zu of %zu cases, %zu failed\n", end - first, cases.size(), failed);
+    std::printf("%zu of %zu cases, %zu failed\n", run, cases.size(), failed);
     EXPECT_GT(cases.size(), 4000u);
 }
+
+INSTANTIATE_TEST_SUITE_P(Part, FaultPartTest, testing::Range(0, kParts));
 
 }  // namespace
 }  // namespace zr::test

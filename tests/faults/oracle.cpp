@@ -1,4 +1,4 @@
-// What an operation has to make of the module's answers.
+// The expected calls and results of each operation.
 #include "tests/faults/oracle.h"
 
 #include <algorithm>

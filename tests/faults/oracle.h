@@ -1,5 +1,5 @@
-// What an operation has to make of the module's answers, operation by operation: told by the calls
-// it makes and by what it reads, not by how it is built.
+// The expected calls and results of each operation for given answers of the module. Derived from
+// the documented behaviour, not from the implementation.
 #pragma once
 
 #include <functional>
@@ -11,7 +11,7 @@
 
 namespace zr::test {
 
-/// The values of attributes as they were read; nothing when they could not be.
+/// The values of attributes as they were read; nullopt when the read failed.
 using Values = std::optional<std::vector<std::string>>;
 
 /// The text of bytes: up to the first zero.
@@ -21,8 +21,8 @@ std::string textOf(const std::string& bytes);
 std::string callOn(const char* function, CK_SESSION_HANDLE session, CK_OBJECT_HANDLE object);
 std::string callOf(const char* function, CK_SESSION_HANDLE session);
 
-/// Lengths are asked for, then values. A value that is shorter when read than announced is the
-/// shorter; a length that cannot be told, or is over 256 MiB, fails the read.
+/// Lengths are read first, then values. A value that is shorter than its announced length stays
+/// shorter; an unavailable length, or one over 256 MiB, fails the read.
 /// @param first  the attributes before it are not read.
 Values readValues(Step& step, CK_SESSION_HANDLE session, CK_OBJECT_HANDLE object, std::size_t count,
                   std::size_t first = 0);

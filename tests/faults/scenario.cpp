@@ -1,8 +1,8 @@
 // A session from Load to Unload: the provider and its tokens.
 #include "tests/faults/scenario.h"
 
-#include "tests/contract/token.h"
 #include "tests/faults/oracle.h"
+#include "tests/support/fixtures/token.h"
 
 namespace zr::test {
 namespace {
@@ -26,7 +26,7 @@ void fillModule(Recording* module) {
 
 Scenario::Scenario(RunContext& context, IClassFactory* factory, const std::string& module)
     : m_context(context), m_modulePath(module) {
-    factory->CreateInstance(nullptr, IID_ITokenProvider, reinterpret_cast<void**>(&m_provider));
+    factory->CreateInstance(nullptr, IID_ITokenProvider, m_provider.receive());
 }
 
 void Scenario::run() {
@@ -107,7 +107,7 @@ Scenario::Token Scenario::openToken(LONG index) {
         step.problem("handed out no token");
         return Token{};
     }
-    token.object = static_cast<IKeyObject*>(opened);
+    token.object.reset(static_cast<IKeyObject*>(opened));
     token.session = session.handle;
     return token;
 }
@@ -115,7 +115,7 @@ Scenario::Token Scenario::openToken(LONG index) {
 void Scenario::releaseToken(Token* token, bool isKept) {
     Step step(m_context, isKept ? "Release of a kept token" : "Release of the token");
     step.equal("the count", isKept ? 1UL : 0UL,
-               static_cast<unsigned long>(token->object->Release()));
+               static_cast<unsigned long>(token->object.release()->Release()));
     if (isKept) {
         ++m_keptTokens;
         return;
@@ -136,9 +136,9 @@ void Scenario::unload() {
         m_context.isLoaded = false;
     }
     Step step(m_context, "Release of the provider");
-    // Each token that is kept holds the provider.
+    // Each token that is kept alive holds the provider.
     step.equal("the count", static_cast<unsigned long>(m_keptTokens),
-               static_cast<unsigned long>(m_provider->Release()));
+               static_cast<unsigned long>(m_provider.release()->Release()));
     step.equal("the number of open sessions", m_openSessions, m_context.module->openSessions());
 }
 

@@ -1,15 +1,15 @@
-// A session from Load to Unload with every operation that reaches the module. Each step says what
-// has to come of it; what follows a fault is told by the state that the fault left.
+// A session from Load to Unload with every operation that reaches the module. Each step states its
+// expected result; after a fault, the expected results depend on the state that the fault left.
 #pragma once
 
 #include <string>
 
-#include "tests/contract/library.h"
 #include "tests/faults/step.h"
+#include "tests/support/fixtures/library.h"
 
 namespace zr::test {
 
-/// The module, as each run begins: two slots, three files, three certificates with keys.
+/// Prepares the module for a run: two slots, three files, three certificates with keys.
 void fillModule(Recording* module);
 
 class Scenario {
@@ -22,28 +22,28 @@ public:
 
     void run();
 
-    /// Tokens that outlive their last reference.
+    /// The tokens that DeleteFile keeps alive.
     unsigned int keptTokens() const { return m_keptTokens; }
 
 private:
-    /// A token and what is known of it.
+    /// A token and its expected state.
     struct Token {
-        IKeyObject* object = nullptr;
+        ComRef<IKeyObject> object;
         CK_SLOT_ID slot = 0;
         CK_SESSION_HANDLE session = 0;
         bool isLoggedIn = false;
     };
-    /// A file and what is known of it.
+    /// A file and its expected state.
     struct File {
-        IKeyFile* object = nullptr;
+        ComRef<IKeyFile> object;
         CK_OBJECT_HANDLE handle = 0;
         std::string contents;
         std::size_t position = 0;
     };
     /// A container and its certificate.
     struct Container {
-        IKeyContainer* object = nullptr;
-        IKeyCertificate* certificate = nullptr;
+        ComRef<IKeyContainer> object;
+        ComRef<IKeyCertificate> certificate;
         std::string id;
         std::string type;
     };
@@ -95,7 +95,7 @@ private:
 
     RunContext& m_context;
     std::string m_modulePath;
-    ITokenProvider* m_provider = nullptr;
+    ComRef<ITokenProvider> m_provider;
     std::size_t m_openSessions = 0;
     unsigned int m_keptTokens = 0;
 };

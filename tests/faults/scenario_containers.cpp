@@ -1,7 +1,7 @@
-// A session from Load to Unload: containers, certificates and what their keys are good for.
-#include "tests/contract/token.h"
+// A session from Load to Unload: containers, certificates and the operations with their keys.
 #include "tests/faults/oracle.h"
 #include "tests/faults/scenario.h"
+#include "tests/support/fixtures/token.h"
 
 namespace zr::test {
 namespace {
@@ -9,28 +9,12 @@ namespace {
 constexpr std::size_t kLongestId = 127;
 constexpr std::size_t kLongestType = 63;
 
-VARIANT indexOf(LONG value) {
-    VARIANT variant;
-    VariantInit(&variant);
-    variant.vt = VT_I4;
-    variant.lVal = value;
-    return variant;
-}
-
 /// The names of a list, which is cleared; one name "(none)" when it is no list.
 Lines takeNames(VARIANT* variant) {
-    if (variant->vt != (VT_ARRAY | VT_BSTR)) {
-        return {"(none)"};
-    }
-    Lines names;
-    void* data = nullptr;
-    SafeArrayAccessData(variant->parray, &data);
-    for (ULONG i = 0; i < variant->parray->rgsabound[0].cElements; ++i) {
-        names.push_back(narrow(static_cast<BSTR*>(data)[i]));
-    }
-    SafeArrayUnaccessData(variant->parray);
-    VariantClear(variant);
-    return names;
+    Variant names;
+    names.reset(*variant);
+    VariantInit(variant);
+    return names.toTexts().value_or(Lines{"(none)"});
 }
 
 std::string joined(const Lines& names) {
@@ -59,7 +43,7 @@ Values expectCertificate(Step* step, CK_SESSION_HANDLE session, const std::strin
 void Scenario::useContainers(const Token& token) {
     countContainers(token);
     listContainers(token);
-    Container second = openContainer("OpenContainer by index", token, indexOf(1));
+    Container second = openContainer("OpenContainer by index", token, Variant::fromNumber(1));
     if (second.object) {
         readContainer(&second);
         releaseContainer(&second);
@@ -141,29 +125,26 @@ Scenario::Container Scenario::openContainer(const char* name, const Token& token
         step.problem("handed out no container");
         return {};
     }
-    container.object = static_cast<IKeyContainer*>(opened);
+    container.object.reset(static_cast<IKeyContainer*>(opened));
     return container;
 }
 
 void Scenario::readContainer(Container* container) {
     Step step(m_context, "GetKeyCert");
-    BSTR type = nullptr;
-    step.expect(S_OK, container->object->GetType(&type));
+    Text type;
+    step.expect(S_OK, container->object->GetType(type.receive()));
     step.equal("the type", container->type, narrow(type));
-    SysFreeString(type);
-    step.expect(S_OK, container->object->GetKeyCert(
-                          true, reinterpret_cast<void**>(&container->certificate)));
-    BSTR id = nullptr;
-    step.expect(S_OK, container->certificate->GetCertID(&id));
+    step.expect(S_OK, container->object->GetKeyCert(true, container->certificate.receive()));
+    Text id;
+    step.expect(S_OK, container->certificate->GetCertID(id.receive()));
     step.equal("the ID", container->id, narrow(id));
-    SysFreeString(id);
 }
 
 void Scenario::readCertificate(const Token& token, const Container& container) {
     for (const bool isByToken : {false, true}) {
         Step step(m_context, isByToken ? "GetCertData of the token" : "GetCertData");
         VARIANT data = poisoned();
-        const HRESULT hr = isByToken ? token.object->GetCertData(container.certificate, &data)
+        const HRESULT hr = isByToken ? token.object->GetCertData(container.certificate.get(), &data)
                                      : container.certificate->GetCertData(&data);
         const Values expected = expectCertificate(&step, token.session, container.id);
         step.expect(expected ? S_OK : E_FAIL, hr);
@@ -171,11 +152,11 @@ void Scenario::readCertificate(const Token& token, const Container& container) {
     }
 }
 
-/// The key's type, read as text, is what is compared with the ID: the ID of the key comes out.
+/// The library compares the type of the key, read as text, with the ID; it returns the key's ID.
 void Scenario::readPublicKey(const Token& token, const Container& container) {
     Step step(m_context, "GetPubKeyData");
     VARIANT data = poisoned();
-    const HRESULT hr = token.object->GetPubKeyData(container.certificate, &data);
+    const HRESULT hr = token.object->GetPubKeyData(container.certificate.get(), &data);
     Values expected;
     step.call(callOf("C_FindObjectsInit", token.session) + ", {0x0=2 0x1=1})");
     walkObjects(step, token.session, 3,
@@ -194,9 +175,10 @@ void Scenario::releaseContainer(Container* container) {
     Step step(m_context, "Release of a container");
     if (container->certificate) {
         step.equal("the certificate's count", 0UL,
-                   static_cast<unsigned long>(container->certificate->Release()));
+                   static_cast<unsigned long>(container->certificate.release()->Release()));
     }
-    step.equal("the count", 0UL, static_cast<unsigned long>(container->object->Release()));
+    step.equal("the count", 0UL,
+               static_cast<unsigned long>(container->object.release()->Release()));
     *container = {};
 }
 

@@ -1,7 +1,7 @@
 // A session from Load to Unload: files.
-#include "tests/contract/token.h"
 #include "tests/faults/oracle.h"
 #include "tests/faults/scenario.h"
+#include "tests/support/fixtures/token.h"
 
 namespace zr::test {
 namespace {
@@ -51,7 +51,7 @@ bool expectOpening(Step* step, CK_SESSION_HANDLE session, const std::string& lab
 
 void Scenario::useFiles(Token& token) {
     createFile(token, "40");
-    // On a match the search stays open: the walk after it goes on with it, and closes it.
+    // On a match the search stays open: countContainers continues and closes it.
     findFile(token, "41", "40");
     countContainers(token);
     findFile(token, "99", "98");
@@ -79,7 +79,7 @@ void Scenario::createFile(const Token& token, const std::string& name) {
     void* const untouched = this;
     void* created = untouched;
     const HRESULT hr = token.object->CreateFile(Text(name), 0, 0, 0, 0, &created);
-    // Whether the name is there does not matter.
+    // An existing name does not matter.
     expectLookUp(&step, token.session, std::to_string(std::stoi(name) - 1));
     const std::string attributes = "{0x0=0 0x1=1 0x3[" + std::to_string(name.size()) + "] 0x11[0]}";
     const RecordingAnswer answer =
@@ -96,10 +96,11 @@ void Scenario::createFile(const Token& token, const std::string& name) {
         return;
     }
     VARIANT size = poisoned();
-    auto* file = static_cast<IKeyFile*>(created);
+    ComRef<IKeyFile> file;
+    file.reset(static_cast<IKeyFile*>(created));
     file->GetSize(&size);
     step.equal("the size", LONG{0}, size.lVal);
-    step.equal("the file's count", 0UL, static_cast<unsigned long>(file->Release()));
+    step.equal("the file's count", 0UL, static_cast<unsigned long>(file.release()->Release()));
 }
 
 void Scenario::findFile(const Token& token, const std::string& name, const std::string& label) {
@@ -129,7 +130,7 @@ Scenario::File Scenario::openFile(const char* name, const Token& token, const st
         step.problem("handed out no file");
         return {};
     }
-    file.object = static_cast<IKeyFile*>(opened);
+    file.object.reset(static_cast<IKeyFile*>(opened));
     return file;
 }
 
@@ -150,7 +151,7 @@ void Scenario::readFile(File* file, ULONG length) {
 void Scenario::seekFile(File* file, LONG offset, INT origin, std::size_t position) {
     Step step(m_context, "Seek");
     step.expect(S_OK, file->object->Seek(offset, origin));
-    // A position outside the file changes nothing; the file's end always goes to its beginning.
+    // A position outside the file changes nothing; a seek to the end always goes to the beginning.
     if (position < file->contents.size() || (offset == 0 && origin == 2)) {
         file->position = position;
     }
@@ -168,9 +169,11 @@ void Scenario::flushFile(const Token& token, const File& file) {
     Step step(m_context, "Flush");
     const std::string before = m_context.module.read(file.handle, CKA_VALUE);
     const HRESULT hr = file.object->Flush();
-    const std::string length = std::to_string(file.contents.size());
+    // An empty value is passed as a null pointer.
+    const std::string length =
+        file.contents.empty() ? "" : "[" + std::to_string(file.contents.size()) + "]";
     const bool isWritten = step.isOk(callOn("C_SetAttributeValue", token.session, file.handle) +
-                                     ", {0x11[" + length + "]})");
+                                     ", {0x11" + length + "})");
     step.expect(isWritten ? S_OK : E_FAIL, hr);
     step.equal("the value", isWritten ? file.contents : before,
                m_context.module.read(file.handle, CKA_VALUE));
@@ -184,18 +187,17 @@ void Scenario::closeFile(File* file) {
     if (file->contents.empty()) {
         return;
     }
-    // The contents are gone: nothing can be written back, and the object keeps its value.
+    // Close freed the contents: nothing is written, and the object keeps its value.
     Step step(m_context, "Flush after Close");
     step.expect(E_FAIL, file->object->Flush());
 }
 
 void Scenario::releaseFile(File* file) {
     Step step(m_context, "Release of a file");
-    step.equal("the count", 0UL, static_cast<unsigned long>(file->object->Release()));
-    file->object = nullptr;
+    step.equal("the count", 0UL, static_cast<unsigned long>(file->object.release()->Release()));
 }
 
-/// On a token of its own: the file that is opened for the deletion keeps it.
+/// Uses a separate token, because DeleteFile keeps the file that it opened, and with it the token.
 void Scenario::deleteFile(const std::string& name, const std::string& label) {
     Token token = openToken(0);
     if (!token.object) {

@@ -1,7 +1,7 @@
-// A session from Load to Unload: what a token tells, PINs, signatures and digests.
-#include "tests/contract/token.h"
+// A session from Load to Unload: token information, PINs, signatures and digests.
 #include "tests/faults/oracle.h"
 #include "tests/faults/scenario.h"
+#include "tests/support/fixtures/token.h"
 
 namespace zr::test {
 namespace {
@@ -56,10 +56,9 @@ void Scenario::readInformation(const Token& token) {
     readSize("GetFreeSize", token, &IKeyObject::GetFreeSize,
              [](Info info) { return CK_ULONG{info.ulFreePublicMemory}; });
     Step step(m_context, "GetSignAlgo");
-    BSTR list = nullptr;
-    step.expect(S_OK, token.object->GetSignAlgo(&list));
+    Text list;
+    step.expect(S_OK, token.object->GetSignAlgo(list.receive()));
     step.equal("the list", std::string("RSA"), narrow(list));
-    SysFreeString(list);
 }
 
 void Scenario::readText(const char* name, const Token& token, HRESULT (IKeyObject::*getter)(BSTR*),
@@ -67,11 +66,11 @@ void Scenario::readText(const char* name, const Token& token, HRESULT (IKeyObjec
     Step step(m_context, name);
     const Text preset("untouched");
     BSTR text = preset;
-    const HRESULT hr = (token.object->*getter)(&text);
+    const HRESULT hr = (token.object.get()->*getter)(&text);
     const RecordingAnswer info = step.call("C_GetTokenInfo(" + std::to_string(token.slot) + ")");
-    const bool isTold = info.result == CKR_OK;
-    step.expect(isTold ? S_OK : E_FAIL, hr);
-    step.equal("the text", isTold ? field(info.tokenInfo) : "untouched", narrow(text));
+    const bool isKnown = info.result == CKR_OK;
+    step.expect(isKnown ? S_OK : E_FAIL, hr);
+    step.equal("the text", isKnown ? field(info.tokenInfo) : "untouched", narrow(text));
     if (text != preset) {
         SysFreeString(text);
     }
@@ -82,12 +81,12 @@ void Scenario::readSize(const char* name, const Token& token,
                         CK_ULONG (*field)(const CK_TOKEN_INFO&)) {
     Step step(m_context, name);
     VARIANT size = poisoned();
-    const HRESULT hr = (token.object->*getter)(&size);
+    const HRESULT hr = (token.object.get()->*getter)(&size);
     const RecordingAnswer info = step.call("C_GetTokenInfo(" + std::to_string(token.slot) + ")");
-    const bool isTold = info.result == CKR_OK;
-    step.expect(isTold ? S_OK : E_FAIL, hr);
-    step.equal("the type", static_cast<int>(isTold ? VT_UI4 : VT_UI1), static_cast<int>(size.vt));
-    step.equal("the size", isTold ? static_cast<ULONG>(field(info.tokenInfo)) : poisoned().ulVal,
+    const bool isKnown = info.result == CKR_OK;
+    step.expect(isKnown ? S_OK : E_FAIL, hr);
+    step.equal("the type", static_cast<int>(isKnown ? VT_UI4 : VT_UI1), static_cast<int>(size.vt));
+    step.equal("the size", isKnown ? static_cast<ULONG>(field(info.tokenInfo)) : poisoned().ulVal,
                size.ulVal);
 }
 
@@ -114,7 +113,7 @@ void Scenario::sign(const Token& token, const Container& container) {
     Step step(m_context, "SignData");
     VARIANT result = poisoned();
     const HRESULT hr =
-        token.object->SignData(nullptr, Bytes("data"), container.certificate, &result);
+        token.object->SignData(nullptr, ByteArray("data"), container.certificate.get(), &result);
     const auto fail = [&](HRESULT expected) {
         step.expect(expected, hr);
         step.equal("the type", static_cast<int>(VT_UI1), static_cast<int>(result.vt));
@@ -139,8 +138,8 @@ void Scenario::sign(const Token& token, const Container& container) {
 void Scenario::verify(const char* name, const Token& token, const Container& container,
                       std::size_t length) {
     Step step(m_context, name);
-    const HRESULT hr = token.object->VerifyData(Bytes("data"), container.certificate, nullptr,
-                                                Bytes(signatureOf(length)));
+    const HRESULT hr = token.object->VerifyData(ByteArray("data"), container.certificate.get(),
+                                                nullptr, ByteArray(signatureOf(length)));
     if (!token.isLoggedIn) {
         step.expect(RPC_E_CANTCALLOUT_INEXTERNALCALL, hr);
         return;
@@ -156,7 +155,7 @@ void Scenario::verify(const char* name, const Token& token, const Container& con
 void Scenario::digest(const Token& token) {
     Step step(m_context, "DigestData");
     VARIANT result = poisoned();
-    step.expect(S_OK, token.object->DigestData(Text("MD5"), Bytes("abc"), &result));
+    step.expect(S_OK, token.object->DigestData(Text("MD5"), ByteArray("abc"), &result));
     step.equal("the digest",
                std::string("\x90\x01\x50\x98\x3c\xd2\x4f\xb0\xd6\x96\x3f\x7d\x28\xe1\x7f\x72"),
                takeBytes(&result));

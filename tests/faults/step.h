@@ -1,4 +1,4 @@
-// One step of the scenario: an operation of the library, held against the calls it made.
+// One step of the scenario: an operation of the library, compared with the calls it made.
 //
 //     Step step(context, "GetKeyCount");
 //     INT count = 77;
@@ -6,8 +6,8 @@
 //     const RecordingAnswer slots = step.call("C_GetSlotList(1, null)");
 //     step.expect(slots.result == CKR_OK ? S_OK : E_FAIL, hr);
 //
-// What follows the operation says which calls it has to make, in order, and what has to come out of
-// the module's answers to them.
+// The statements after the operation state the expected calls, in order, and the expected result
+// for the module's answers.
 #pragma once
 
 #include <optional>
@@ -25,12 +25,12 @@ struct MadeCall {
     std::string step;
     unsigned int nthInStep;  ///< of the calls of its function in this step, from 1
     std::string line;
-    RecordingAnswer answer;  ///< its bytes are gone
+    RecordingAnswer answer;  ///< its bytes are no longer valid
 
     std::string function() const { return line.substr(0, line.find('(')); }
 };
 
-/// Where the fault of a run fell, and what came of it.
+/// The call with the fault of a run, and the result of its step.
 struct FaultyCall {
     unsigned int nth = 0;  ///< of all calls, from 1; 0 none
     std::string step;
@@ -44,7 +44,7 @@ struct StepResult {
     HRESULT result;
 };
 
-/// What the steps of one run share.
+/// The state that the steps of one run share.
 struct RunContext {
     explicit RunContext(Recording& recording) : module(recording) {}
 
@@ -64,11 +64,11 @@ public:
     Step(RunContext& context, const char* name);
     Step(const Step&) = delete;
     Step& operator=(const Step&) = delete;
-    /// No call may be left over, and no search that the step began may be open.
+    /// Every call must have been expected, and the step's searches must be closed.
     ~Step();
 
-    /// The next call, which has to begin like this: "C_Login(1, 1, 1234)".
-    /// @return the module's answer, or the one that takes its place where no call can be made.
+    /// The next call, which must begin with a text: "C_Login(1, 1, 1234)".
+    /// @return the module's answer; a failure where no call can be made.
     RecordingAnswer call(const std::string& line);
     bool isOk(const std::string& line) { return call(line).result == CKR_OK; }
 

@@ -114,7 +114,7 @@ void AnyVariants::setArray(VARIANT* variant, int depth) {
         SafeArrayLock(variant->parray);
         m_locked.push_back(variant->parray);
     } else if (kind >= 210 && kind < 220) {
-        // As the library itself hands out bytes: the variant names another type than the array has.
+        // Like the bytes that the library returns: the variant has another type than the array.
         variant->vt = VT_ARRAY | VT_UI1;
     }
 }
@@ -139,7 +139,7 @@ void AnyVariants::setReference(VARIANT* variant, int depth) {
     if (depth >= kDeepest) {
         return;
     }
-    // A deque does not move what it holds.
+    // A deque does not move its elements.
     auto* target = const_cast<VARIANT*>(&make(depth + 1));
     const bool isValue = m_input.flag() && (target->vt & VT_BYREF) == 0;
     variant->vt = static_cast<VARTYPE>(VT_BYREF | (isValue ? target->vt : VARTYPE{VT_VARIANT}));

@@ -1,7 +1,7 @@
 // Variants of any type for the arguments of a call, made from a fuzzer's input.
 //
-// Whatever a variant refers to is there and has the type it says: a caller in the same process can
-// pass any of them. Types that do not exist come with a value of zeros.
+// Every variant refers to existing data of its stated type: a caller in the same process can
+// pass any of them. Unknown types have a value of zeros.
 #pragma once
 
 #include <zrkey/automation.h>
@@ -13,7 +13,7 @@
 
 namespace zr::fuzz {
 
-/// Makes variants, and clears them at the end of its life.
+/// Makes variants, and clears them on destruction.
 class AnyVariants {
 public:
     /// @param objects  what variants may refer to; borrowed.
@@ -22,7 +22,7 @@ public:
     AnyVariants& operator=(const AnyVariants&) = delete;
     ~AnyVariants();
 
-    /// The maker's own; a copy of its 24 bytes is good as long as the maker lives.
+    /// Owned by this object; a copy of its 24 bytes is valid as long as this object lives.
     const VARIANT& make(int depth = 0);
 
 private:
@@ -38,7 +38,7 @@ private:
     std::vector<SAFEARRAY*> m_locked;
 };
 
-/// A string of any bytes, null or with an odd number of bytes too; the caller's.
+/// A string of any bytes, also null or with an odd number of bytes; the caller frees it.
 BSTR makeAnyString(Input& input);
 
 }  // namespace zr::fuzz

@@ -17,33 +17,33 @@ using bridge::Handle;
 using bridge::Ulong;
 using bridge::windows::Attribute;
 
-/// Entry points by their place in the list.
+/// Entry points by their index in the list.
 enum Place {
-    infoAt = 2,
-    slotListAt = 4,
-    slotInfoAt = 5,
-    tokenInfoAt = 6,
-    mechanismListAt = 7,
-    mechanismInfoAt = 8,
-    openAt = 12,
-    sessionInfoAt = 15,
-    createAt = 20,
-    copyAt = 21,
-    destroyAt = 22,
-    readAt = 24,
-    writeAt = 25,
-    findInitAt = 26,
-    findAt = 27,
-    findFinalAt = 28,
-    signInitAt = 42,
-    signAt = 43,
-    generateKeyAt = 58,
-    generateKeyPairAt = 59,
-    unwrapKeyAt = 61,
-    deriveKeyAt = 62
+    kInfoAt = 2,
+    kSlotListAt = 4,
+    kSlotInfoAt = 5,
+    kTokenInfoAt = 6,
+    kMechanismListAt = 7,
+    kMechanismInfoAt = 8,
+    kOpenAt = 12,
+    kSessionInfoAt = 15,
+    kCreateAt = 20,
+    kCopyAt = 21,
+    kDestroyAt = 22,
+    kReadAt = 24,
+    kWriteAt = 25,
+    kFindInitAt = 26,
+    kFindAt = 27,
+    kFindFinalAt = 28,
+    kSignInitAt = 42,
+    kSignAt = 43,
+    kGenerateKeyAt = 58,
+    kGenerateKeyPairAt = 59,
+    kUnwrapKeyAt = 61,
+    kDeriveKeyAt = 62
 };
 
-/// Room for a call's bytes, with a guard behind it.
+/// A buffer for a call, with a guard after it.
 class Room {
 public:
     explicit Room(std::size_t size) : m_bytes(size + kGuard, '#') {}
@@ -105,27 +105,27 @@ void getLists(Input& input) {
     const bool isSafe = count <= 6;
     Ulong* const items = isSafe ? room.data() : nullptr;
     if (input.flag()) {
-        call<CK_BBOOL, Handle*, Ulong*>(slotListAt, CK_TRUE, reinterpret_cast<Handle*>(items),
+        call<CK_BBOOL, Handle*, Ulong*>(kSlotListAt, CK_TRUE, reinterpret_cast<Handle*>(items),
                                         &count);
     } else {
-        call<Handle, Ulong*, Ulong*>(mechanismListAt, Handle{1}, items, &count);
+        call<Handle, Ulong*, Ulong*>(kMechanismListAt, Handle{1}, items, &count);
     }
     expect(room[6] == 0x23232323 && room[7] == 0x23232323);
 }
 
 void findObjects(Input& input) {
     Template search(input);
-    call<Handle, Attribute*, Ulong>(findInitAt, Handle{1}, search.data(), search.count());
+    call<Handle, Attribute*, Ulong>(kFindInitAt, Handle{1}, search.data(), search.count());
     Room found(4 * input.below(4));
     Ulong count = 0;
-    call<Handle, Handle*, Ulong, Ulong*>(findAt, Handle{1}, static_cast<Handle*>(found.data()),
+    call<Handle, Handle*, Ulong, Ulong*>(kFindAt, Handle{1}, static_cast<Handle*>(found.data()),
                                          found.size() / 4, &count);
-    call<Handle>(findFinalAt, Handle{1});
+    call<Handle>(kFindFinalAt, Handle{1});
 }
 
 void readAttributes(Input& input) {
     Template values(input);
-    call<Handle, Handle, Attribute*, Ulong>(input.flag() ? readAt : writeAt, Handle{1},
+    call<Handle, Handle, Attribute*, Ulong>(input.flag() ? kReadAt : kWriteAt, Handle{1},
                                             Handle{input.number<Ulong>()}, values.data(),
                                             values.count());
 }
@@ -138,66 +138,67 @@ void makeObject(Input& input) {
     switch (input.below(6)) {
         case 0:
             call<Handle, Handle, Attribute*, Ulong, Handle*>(
-                copyAt, session, Handle{2}, values.data(), values.count(), &object);
+                kCopyAt, session, Handle{2}, values.data(), values.count(), &object);
             break;
         case 1:
             call<Handle, bridge::windows::Mechanism*, Attribute*, Ulong, Handle*>(
-                generateKeyAt, session, &mechanism, values.data(), values.count(), &object);
+                kGenerateKeyAt, session, &mechanism, values.data(), values.count(), &object);
             break;
         case 2: {
             Template others(input);
             Handle other{};
             call<Handle, bridge::windows::Mechanism*, Attribute*, Ulong, Attribute*, Ulong, Handle*,
-                 Handle*>(generateKeyPairAt, session, &mechanism, values.data(), values.count(),
+                 Handle*>(kGenerateKeyPairAt, session, &mechanism, values.data(), values.count(),
                           others.data(), others.count(), &object, &other);
             break;
         }
         case 3:
             call<Handle, bridge::windows::Mechanism*, Handle, CK_BYTE*, Ulong, Attribute*, Ulong,
-                 Handle*>(unwrapKeyAt, session, &mechanism, Handle{2}, nullptr, 0u, values.data(),
+                 Handle*>(kUnwrapKeyAt, session, &mechanism, Handle{2}, nullptr, 0u, values.data(),
                           values.count(), &object);
             break;
         case 4:
             call<Handle, bridge::windows::Mechanism*, Handle, Attribute*, Ulong, Handle*>(
-                deriveKeyAt, session, &mechanism, Handle{2}, values.data(), values.count(),
+                kDeriveKeyAt, session, &mechanism, Handle{2}, values.data(), values.count(),
                 &object);
             break;
         default:
-            call<Handle, Attribute*, Ulong, Handle*>(createAt, session, values.data(),
+            call<Handle, Attribute*, Ulong, Handle*>(kCreateAt, session, values.data(),
                                                      values.count(), &object);
     }
-    call<Handle, Handle>(destroyAt, session, object);
+    call<Handle, Handle>(kDestroyAt, session, object);
 }
 
 void sign(Input& input) {
     bridge::windows::Mechanism mechanism = {6, nullptr, 0};
-    call<Handle, bridge::windows::Mechanism*, Handle>(signInitAt, Handle{1}, &mechanism, Handle{2});
+    call<Handle, bridge::windows::Mechanism*, Handle>(kSignInitAt, Handle{1}, &mechanism,
+                                                      Handle{2});
     Room signature(input.below(200));
     Ulong length = signature.size();
     call<Handle, CK_BYTE*, Ulong, CK_BYTE*, Ulong*>(
-        signAt, Handle{1}, nullptr, 0u, static_cast<CK_BYTE*>(signature.data()), &length);
+        kSignAt, Handle{1}, nullptr, 0u, static_cast<CK_BYTE*>(signature.data()), &length);
 }
 
 template <class Info, class... Arguments>
-void tell(Place place, Arguments... arguments) {
+void readInfo(Place place, Arguments... arguments) {
     Room info(sizeof(Info));
     call<Arguments..., Info*>(place, arguments..., static_cast<Info*>(info.data()));
 }
 
 void tellInfo(Input& input) {
     const Handle handle{input.number<Ulong>()};
-    tell<bridge::windows::Info>(infoAt);
-    tell<bridge::windows::SlotInfo>(slotInfoAt, handle);
-    tell<bridge::windows::TokenInfo>(tokenInfoAt, handle);
-    tell<bridge::windows::SessionInfo>(sessionInfoAt, handle);
-    tell<bridge::windows::MechanismInfo>(mechanismInfoAt, handle, Ulong{6});
+    readInfo<bridge::windows::Info>(kInfoAt);
+    readInfo<bridge::windows::SlotInfo>(kSlotInfoAt, handle);
+    readInfo<bridge::windows::TokenInfo>(kTokenInfoAt, handle);
+    readInfo<bridge::windows::SessionInfo>(kSessionInfoAt, handle);
+    readInfo<bridge::windows::MechanismInfo>(kMechanismInfoAt, handle, Ulong{6});
 }
 
 void openSession(Input& input) {
     Handle session{};
     void* application = nullptr;
     const Ulong opened = call<Handle, Ulong, void*, void*, Handle*>(
-        openAt, Handle{input.number<Ulong>()}, 6u, &application, nullptr, &session);
+        kOpenAt, Handle{input.number<Ulong>()}, 6u, &application, nullptr, &session);
     expect(opened == CKR_OK || session == Handle{}, "what fails opens no session");
 }
 

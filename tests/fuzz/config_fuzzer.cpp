@@ -1,5 +1,5 @@
-// "config.xml" of any content: Load answers one of two results, and the lists stay in their fields.
-// An input that begins with a zero is a text instead, which is written as a list and read back.
+// "config.xml" with any content: Load returns one of two results, and lists stay in their fields.
+// An input that begins with a zero is written as a list and read back.
 #include <algorithm>
 
 #include "runtime/string_convert.h"
@@ -19,18 +19,18 @@ std::string escape(const std::string& text) {
     return escaped;
 }
 
-/// Takes the string over.
+/// Takes over the string.
 std::basic_string<OLECHAR> takeText(BSTR text) {
     std::basic_string<OLECHAR> taken(text, SysStringLen(text));
     SysFreeString(text);
     return taken;
 }
 
-/// The algorithm list of a token opened now.
+/// The algorithm list of a new token.
 std::basic_string<OLECHAR> readList(ITokenProvider* provider) {
-    // Also without a configuration the module stays loaded.
-    Ref<IKeyObject> token;
-    expect(provider->OpenKey(0, token.out()) == S_OK && token);
+    // The module stays loaded even without a configuration.
+    ComRef<IKeyObject> token;
+    expect(provider->OpenKey(0, token.receive()) == S_OK && token);
     BSTR list = nullptr;
     expect(token->GetSignAlgo(&list) == S_OK && list);
     const std::basic_string<OLECHAR> text = takeText(list);
@@ -40,9 +40,8 @@ std::basic_string<OLECHAR> readList(ITokenProvider* provider) {
 
 void loadAny(const std::string& content) {
     writeConfig(content);
-    Ref<ITokenProvider> provider;
-    makeProvider(&provider);
-    const HRESULT hr = provider->Load(String::ascii(modulePath()));
+    const ComRef<ITokenProvider> provider = makeProvider();
+    const HRESULT hr = provider->Load(Text(modulePath()).get());
     expect(hr == S_OK || hr == E_FAIL);
     readList(provider.get());
 }
@@ -51,19 +50,18 @@ void loadAny(const std::string& content) {
 void loadText(Input& input) {
     const std::size_t loads = 1 + input.below(4);
     std::string text = input.rest();
-    // What the reader of XML takes for a line end is not kept as it is.
+    // The XML reader changes line ends.
     text.erase(std::remove_if(text.begin(), text.end(), [](char c) { return c == '\r' || !c; }),
                text.end());
     if (text.find_first_not_of(" \t\n\v\f") == text.npos) {
         text.clear();
     }
     writeConfig("<driver><algo>" + escape(text) + "</algo></driver>");
-    Ref<ITokenProvider> provider;
-    makeProvider(&provider);
+    const ComRef<ITokenProvider> provider = makeProvider();
     std::string list;
     for (std::size_t i = 0; i < loads; ++i) {
         const bool fits = list.size() + text.size() < kListSize;
-        expect(provider->Load(String::ascii(modulePath())) == (fits ? S_OK : E_FAIL),
+        expect(provider->Load(Text(modulePath()).get()) == (fits ? S_OK : E_FAIL),
                "a list is refused exactly when it does not fit");
         list += fits ? text : "";
         expect(readList(provider.get()) == takeText(ZSysAllocUTF8String(list.c_str())),

@@ -9,7 +9,7 @@
 namespace zr::fuzz {
 namespace {
 
-// Kept from before the fuzzer begins: what runs in it may lead standard error elsewhere.
+// Copied before the fuzzer starts: the code under test may redirect standard error.
 const int s_error = dup(STDERR_FILENO);
 
 }  // namespace

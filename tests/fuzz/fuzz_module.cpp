@@ -12,7 +12,7 @@
 namespace zr::fuzz {
 namespace {
 
-// Of the values that a module announces the longest take too long to write whole.
+// Writing the longest announced values completely would take too long.
 constexpr CK_ULONG kMostWritten = 4096;
 
 Input* s_input = nullptr;
@@ -83,9 +83,9 @@ CK_RV getTokenInfo(CK_SLOT_ID, CK_TOKEN_INFO* info) {
     return result();
 }
 
-/// What a module, slot, session or mechanism tells of itself.
+/// The information of a module, slot, session or mechanism.
 template <class Info>
-CK_RV tell(Info* info) {
+CK_RV answerInfo(Info* info) {
     fill(info, sizeof *info);
     return result();
 }
@@ -130,14 +130,14 @@ CK_RV getAttributeValue(CK_SESSION_HANDLE, CK_OBJECT_HANDLE, CK_ATTRIBUTE* attri
         const CK_ULONG truth = attribute.type == CKA_CLASS || attribute.type == CKA_KEY_TYPE
                                    ? sizeof(CK_ULONG)
                                    : CK_ULONG{s_input ? s_input->byte() % 8u : 1u};
-        const CK_ULONG told = about(attribute.pValue ? attribute.ulValueLen : truth);
+        const CK_ULONG length = about(attribute.pValue ? attribute.ulValueLen : truth);
         if (attribute.pValue) {
             std::memset(attribute.pValue, '6', std::min(attribute.ulValueLen, kMostWritten));
             if (s_input && s_input->flag()) {
                 fill(attribute.pValue, std::min(attribute.ulValueLen, kMostWritten));
             }
         }
-        attribute.ulValueLen = told;
+        attribute.ulValueLen = length;
     }
     return result();
 }
@@ -152,7 +152,7 @@ CK_RV findObjectsInit(CK_SESSION_HANDLE, CK_ATTRIBUTE*, CK_ULONG) {
 }
 
 CK_RV findObjects(CK_SESSION_HANDLE, CK_OBJECT_HANDLE* object, CK_ULONG, CK_ULONG* count) {
-    // An input at its end has no further object: no walk goes on for ever.
+    // At the end of the input no further object is found, so that every listing ends.
     const bool isThere = s_input ? !s_input->isAtEnd() && s_input->byte() < 200 : s_next < 1;
     *object = about(++s_next);
     *count = isThere ? about(1) : 0;
@@ -204,15 +204,15 @@ CK_RV deriveKey(CK_SESSION_HANDLE, CK_MECHANISM*, CK_OBJECT_HANDLE, CK_ATTRIBUTE
     return result();
 }
 
-/// What only a caller through the bridge asks for.
+/// Functions that only callers through the bridge use.
 void addBridgeFunctions(CK_FUNCTIONS* functions) {
-    functions->C_GetInfo = tell<CK_INFO>;
-    functions->C_GetSlotInfo = [](CK_SLOT_ID, CK_SLOT_INFO* info) { return tell(info); };
+    functions->C_GetInfo = answerInfo<CK_INFO>;
+    functions->C_GetSlotInfo = [](CK_SLOT_ID, CK_SLOT_INFO* info) { return answerInfo(info); };
     functions->C_GetSessionInfo = [](CK_SESSION_HANDLE, CK_SESSION_INFO* info) {
-        return tell(info);
+        return answerInfo(info);
     };
     functions->C_GetMechanismInfo = [](CK_SLOT_ID, CK_MECHANISM_TYPE, CK_MECHANISM_INFO* info) {
-        return tell(info);
+        return answerInfo(info);
     };
     functions->C_GetMechanismList = getMechanismList;
     functions->C_CopyObject = copyObject;
@@ -270,7 +270,7 @@ void prepareRelay() {
 void answerFrom(Input* input) {
     s_input = input;
     s_list = s_whole;
-    // Now and then one entry is missing.
+    // Sometimes one entry is missing.
     if (input && input->byte() == 255) {
         std::memset(reinterpret_cast<char*>(&s_list.functions) + input->below(68) * sizeof(void*),
                     0, sizeof(void*));

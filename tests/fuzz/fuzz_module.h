@@ -1,5 +1,5 @@
 // A Cryptoki module whose every answer comes from the input of a fuzzer: results, lengths, counts,
-// handles, bytes. It never writes past what it was given room for, and tells what it likes.
+// handles, bytes. It never writes outside the caller's buffers, but may report any number.
 #pragma once
 
 #include <string>
@@ -8,11 +8,11 @@
 
 namespace zr::fuzz {
 
-/// Sets what the module answers from now on; borrowed. Null: the module answers success, and one
+/// Sets the input for the module's answers; borrowed. Null: every call succeeds, and there is one
 /// token with an object of each kind.
 void answerFrom(Input* input);
 
-/// The module's path relative to the current directory, as the library wants it.
+/// The module's path relative to the current directory, as Load expects it.
 const std::string& modulePath();
 
 }  // namespace zr::fuzz

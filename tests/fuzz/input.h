@@ -1,4 +1,4 @@
-// What a fuzzer reads its decisions from. Past the end everything is zero.
+// The input of a fuzzer, read as decisions. Past the end everything is zero.
 #pragma once
 
 #include <algorithm>
@@ -25,7 +25,7 @@ public:
         std::memcpy(&value, bytes.data(), bytes.size());
         return value;
     }
-    /// At most so many bytes.
+    /// At most that many bytes.
     std::string text(std::size_t most) {
         const std::size_t length = std::min(most, m_size - m_at);
         m_at += length;

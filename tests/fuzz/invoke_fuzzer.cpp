@@ -12,10 +12,9 @@ namespace {
 void lookUp(Input& input, IDispatch* object) {
     static const char* const names[] = {"Load",      "OpenKey",    "GetLabel",
                                         "VerifyPIN", "GetKeyCert", "GetCertData"};
-    const std::string bytes = input.text();
-    const String any(bytes);
-    const String known = String::ascii(names[input.below(std::size(names))]);
-    LPOLESTR list[] = {input.flag() ? BSTR(any) : BSTR(known), any};
+    const Text any = textOfUnits(input.text());
+    const Text known(names[input.below(std::size(names))]);
+    LPOLESTR list[] = {input.flag() ? any.get() : known.get(), any.get()};
     DISPID ids[2] = {-7, -7};
     const HRESULT hr =
         object->GetIDsOfNames(IID_NULL, list, 1 + static_cast<UINT>(input.below(2)), 0, ids);
@@ -50,37 +49,32 @@ void call(Input& input, std::vector<IDispatch*>& objects) {
     const WORD flags =
         input.byte() < 250 ? static_cast<WORD>(input.below(16)) : input.number<WORD>();
     object->Invoke(id, IID_NULL, 0, flags, (given & 1) != 0 ? nullptr : &params,
-                   (given & 2) != 0 ? nullptr : result.get(), (given & 4) != 0 ? nullptr : &excep,
-                   (given & 8) != 0 ? nullptr : &argErr);
+                   (given & 2) != 0 ? nullptr : result.receive(),
+                   (given & 4) != 0 ? nullptr : &excep, (given & 8) != 0 ? nullptr : &argErr);
     expect(argErr == 7);
     expect(passed.empty() ||
                std::memcmp(passed.data(), arguments.data(), passed.size() * sizeof(VARIANT)) == 0,
            "arguments stay as they are");
-    if (result->vt == VT_DISPATCH && result->pdispVal && objects.size() < 16) {
-        objects.push_back(result->pdispVal);
-        result->vt = VT_EMPTY;
+    ComRef<IDispatch> made = result.toObject();
+    if (made && objects.size() < 16) {
+        objects.push_back(made.release());
     }
 }
 
 /// The objects of a session, each with one reference.
 std::vector<IDispatch*> openObjects() {
-    Ref<ITokenProvider> provider;
-    makeProvider(&provider);
-    const String path = String::ascii(modulePath());
-    expect(provider->Load(path) == S_OK);
-    IKeyObject* token = nullptr;
-    IKeyFile* file = nullptr;
-    IKeyContainer* container = nullptr;
-    IKeyCertificate* certificate = nullptr;
-    Variant which;
-    which->vt = VT_I4;
-    which->lVal = 0;
-    expect(provider->OpenKey(0, reinterpret_cast<void**>(&token)) == S_OK);
-    expect(token->OpenFile(String::ascii("7"), reinterpret_cast<void**>(&file)) == S_OK);
-    expect(token->OpenContainer(which, reinterpret_cast<void**>(&container)) == S_OK);
-    expect(container->GetKeyCert(true, reinterpret_cast<void**>(&certificate)) == S_OK);
-    provider->AddRef();
-    return {provider.get(), token, file, container, certificate};
+    ComRef<ITokenProvider> provider = makeProvider();
+    expect(provider->Load(Text(modulePath()).get()) == S_OK);
+    ComRef<IKeyObject> token;
+    ComRef<IKeyFile> file;
+    ComRef<IKeyContainer> container;
+    ComRef<IKeyCertificate> certificate;
+    expect(provider->OpenKey(0, token.receive()) == S_OK);
+    expect(token->OpenFile(Text("7").get(), file.receive()) == S_OK);
+    expect(token->OpenContainer(Variant::fromNumber(0), container.receive()) == S_OK);
+    expect(container->GetKeyCert(true, certificate.receive()) == S_OK);
+    return {provider.release(), token.release(), file.release(), container.release(),
+            certificate.release()};
 }
 
 }  // namespace

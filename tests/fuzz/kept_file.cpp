@@ -1,9 +1,9 @@
-// The file that DeleteFile opens and keeps: found as the memory it was made in.
+// Finds the file object that DeleteFile leaks, by its memory.
 #include "tests/fuzz/kept_file.h"
 
 #include <new>
 
-#include "pkcs11/key_file.h"
+#include "pkcs11/file_pkcs11.h"
 #include "tests/fuzz/expect.h"
 
 namespace {
@@ -17,7 +17,7 @@ ULONG countReferences(IUnknown* object) {
 
 }  // namespace
 
-/// Replaces the standard's: what is as large as a file may be one.
+/// Replaces operator new: a block of the size of a file object may be one.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     try {
         void* made = ::operator new(size);
@@ -35,7 +35,7 @@ namespace zr::fuzz {
 HRESULT deleteFile(IKeyObject* token, BSTR name) {
     const ULONG before = countReferences(token);
     const HRESULT hr = token->DeleteFile(name);
-    // A file that is kept has the token; one that could not be opened is gone.
+    // A leaked file holds the token; a file that could not be opened is already destroyed.
     if (countReferences(token) > before) {
         expect(static_cast<KeyFile_pkcs11*>(s_lastFile)->Release() == 0,
                "DeleteFile keeps one reference of its file");

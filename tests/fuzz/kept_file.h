@@ -1,12 +1,12 @@
-// The file that DeleteFile opens and keeps for the life of the process: a fuzzer releases it, for
-// it deletes files a million times and has other leaks to find.
+// The file that DeleteFile opens and leaks. Fuzzers release it, because they delete files millions
+// of times and search for other leaks.
 #pragma once
 
 #include <zrkey/zrkey.h>
 
 namespace zr::fuzz {
 
-/// Deletes a file and releases what that kept.
+/// Deletes a file and releases the leaked file object.
 HRESULT deleteFile(IKeyObject* token, BSTR name);
 
 }  // namespace zr::fuzz

@@ -1,5 +1,5 @@
-// The logger: every text is written whole behind the time, up to the size of the buffer, and a
-// provider's file lies where the environment says.
+// The logger: every text is written completely after the time, up to the size of the buffer, and a
+// provider writes its file below the home in the environment.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -42,7 +42,7 @@ void checkMessage(zr::fuzz::Input& input, const ZRLog& log) {
     expect(written.front() == '[' && written[kTimeLength - 2] == ']', "the time stands before it");
 }
 
-/// Logging into a file of any name is on or off, and never more than that.
+/// Logging into a file of any name is on or off, without other effects.
 void checkPath(const std::string& path) {
     const std::string name = "d/" + std::string(path.c_str());
     if (name.find("..") != name.npos) {
@@ -58,7 +58,7 @@ void checkPath(const std::string& path) {
     std::filesystem::create_directory("d");
 }
 
-/// A provider logs below its home or not at all, whatever the environment names.
+/// A provider logs below its home or not at all, for any home.
 void checkHome(const std::string& name) {
     const std::string home = "d/" + std::string(name.c_str());
     if (home.find("..") != home.npos) {
@@ -69,8 +69,7 @@ void checkHome(const std::string& name) {
     std::error_code ignored;
     std::filesystem::create_directories(home, ignored);
     {
-        zr::fuzz::Ref<ITokenProvider> provider;
-        zr::fuzz::makeProvider(&provider);
+        const auto provider = zr::fuzz::makeProvider();
         expect(provider->Unload() == S_OK);
     }
     unsetenv("ZRKEY_HOME_X64");

@@ -1,4 +1,4 @@
-// A whole session over a module that answers as the input says.
+// A full session over a module whose answers come from the input.
 #include "tests/fuzz/fuzz_module.h"
 #include "tests/fuzz/session.h"
 

@@ -1,5 +1,5 @@
-// Paths: what is resolved fits its buffer, is normalised, and means what an independent reading of
-// the path means.
+// Paths: a resolved path fits its buffer, is normalised, and equals the result of an independent
+// implementation.
 #include <algorithm>
 #include <cstring>
 #include <string>
@@ -13,7 +13,7 @@ namespace {
 
 using zr::fuzz::expect;
 
-/// The path resolved from its end: every ".." takes one component before it, "." none.
+/// Resolves the path from its end: every ".." removes one component before it, "." none.
 std::string resolveBackwards(std::string path) {
     for (char& c : path) {
         c = c == '\\' ? '/' : c;
@@ -43,7 +43,7 @@ std::string resolveBackwards(std::string path) {
 }
 
 void checkResolution(const std::string& path, int size) {
-    // Exactly as large as said, on the heap: a byte beyond it is an error.
+    // On the heap, with the exact size: the sanitizer finds a write past its end.
     const auto room = static_cast<std::size_t>(size < 0 ? 0 : size);
     std::vector<char> out(room, 'u');
     expect(ZGetAbsolutionPath(path.c_str(), out.data(), size) == 0, "resolving ends with 0");

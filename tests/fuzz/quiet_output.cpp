@@ -1,5 +1,5 @@
-// Before a fuzzer begins: the library's lines on standard output go nowhere, and the one leak that is
-// intended is not reported.
+// Runs before the fuzzer: discards the library's lines on standard output and suppresses the
+// intended leak.
 #include <cstdio>
 #include <cstdlib>
 

@@ -1,4 +1,4 @@
-// A Cryptoki module without a token of its own: it hands out the functions that it was given.
+// A Cryptoki module that hands out a function list set by the fuzzer.
 #include "pkcs11/cryptoki.h"
 
 namespace {

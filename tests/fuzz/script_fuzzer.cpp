@@ -6,15 +6,15 @@
 #include <iterator>
 #include <string>
 
-#include "console.h"
-#include "script_engine.h"
+#include "host/output/console.h"
+#include "host/script/engine.h"
 #include "tests/fuzz/fuzz_module.h"
 #include "tests/fuzz/input.h"
 #include "tests/fuzz/objects.h"
 
 namespace {
 
-/// A console whose every stream leads nowhere; the fuzzer's own reports still go where they went.
+/// A console whose streams are discarded; the fuzzer's own reports are still printed.
 zr::host::Console& quietConsole() {
     const int report = dup(STDERR_FILENO);
     const int nowhere = open("/dev/null", O_WRONLY);
@@ -112,7 +112,7 @@ constexpr const char* kStatements[] = {
     "v = v.message",
 };
 
-/// Any order of the statements, one for each byte; an error of one does not end the others.
+/// The statements in any order, one for each byte; an error in one does not stop the others.
 std::string compose(zr::fuzz::Input& input) {
     std::string script = "var p, k, f, v;\n";
     while (!input.isAtEnd()) {

@@ -2,6 +2,7 @@
 #include "tests/fuzz/session.h"
 
 #include <string>
+#include <utility>
 
 #include "tests/fuzz/fuzz_module.h"
 #include "tests/fuzz/kept_file.h"
@@ -20,8 +21,8 @@ void expectBytes(const VARIANT& variant) {
 }  // namespace
 
 Session::Session(Input& input) : m_input(input) {
-    makeProvider(&m_provider);
-    m_provider->Load(String::ascii(modulePath()));
+    m_provider = makeProvider();
+    m_provider->Load(Text(modulePath()).get());
     open(m_tokens, [this](void** out) { return m_provider->OpenKey(0, out); });
 }
 
@@ -51,12 +52,11 @@ void Session::step() {
 
 BSTR Session::text() {
     static const char* const texts[] = {"1", "2", "7", "1234", "12345678", "MD5", "65536", "-1"};
-    VARIANT* argument = m_arguments.emplace_back().get();
-    argument->vt = VT_BSTR;
     const std::size_t choice = m_input.below(12);
-    argument->bstrVal =
-        choice < std::size(texts) ? String::ascii(texts[choice]).release() : makeAnyString(m_input);
-    return argument->bstrVal;
+    Text text;
+    text.reset(choice < std::size(texts) ? Text(texts[choice]).release() : makeAnyString(m_input));
+    m_arguments.push_back(Variant::fromText(std::move(text)));
+    return m_arguments.back().get().bstrVal;
 }
 
 const VARIANT& Session::data() {
@@ -64,14 +64,14 @@ const VARIANT& Session::data() {
         return m_variants->make();
     }
     Variant& bytes = m_arguments.emplace_back();
-    bytes.setBytes(m_input.text());
+    bytes.reset(ByteArray(m_input.text()).release());
     return bytes;
 }
 
 template <class Interface, class Call>
 HRESULT Session::open(Refs<Interface>& objects, Call call) {
-    Ref<Interface>& made = objects.emplace_back();
-    const HRESULT hr = call(made.out());
+    ComRef<Interface>& made = objects.emplace_back();
+    const HRESULT hr = call(made.receive());
     expect(SUCCEEDED(hr) || !made, "what fails opens nothing");
     if (!made || objects.size() > kMostObjects) {
         objects.pop_back();
@@ -82,18 +82,17 @@ HRESULT Session::open(Refs<Interface>& objects, Call call) {
 template <class Call>
 void Session::readText(Call call) {
     const bool isAsked = m_input.byte() < 250;
-    BSTR text = nullptr;
-    const HRESULT hr = call(isAsked ? &text : nullptr);
+    Text text;
+    const HRESULT hr = call(isAsked ? text.receive() : nullptr);
     expect(SUCCEEDED(hr) || !text, "what fails hands out no text");
-    SysFreeString(text);
 }
 
 template <class Call>
 void Session::readValue(Call call) {
     const bool isAsked = m_input.byte() < 250;
     Variant value;
-    const HRESULT hr = call(isAsked ? value.get() : nullptr);
-    expect(SUCCEEDED(hr) || value->vt == VT_EMPTY || value->vt == VT_I4,
+    const HRESULT hr = call(isAsked ? value.receive() : nullptr);
+    expect(SUCCEEDED(hr) || value.type() == VT_EMPTY || value.type() == VT_I4,
            "what fails hands out at most a zero");
 }
 
@@ -101,7 +100,7 @@ void Session::useProvider() {
     ITokenProvider& provider = *m_provider.get();
     switch (m_input.below(8)) {
         case 0:
-            provider.Load(m_input.flag() ? text() : BSTR(String::ascii(modulePath())));
+            provider.Load(m_input.flag() ? text() : Text(modulePath()).get());
             break;
         case 1:
             expect(provider.Unload() == S_OK);
@@ -190,9 +189,9 @@ void Session::useCertificateOf(IKeyObject& token) {
     switch (m_input.below(8)) {
         case 0:
         case 1:
-            if (token.SignData(text(), data(), certificate, result.get()) == S_OK) {
+            if (token.SignData(text(), data(), certificate, result.receive()) == S_OK) {
                 expectBytes(result);
-                expect(result->parray->rgsabound[0].cElements <= 1024);
+                expect(result.get().parray->rgsabound[0].cElements <= 1024);
             }
             break;
         case 2:
@@ -205,28 +204,28 @@ void Session::useCertificateOf(IKeyObject& token) {
             expect(token.VerifyDataByPubKey(data(), certificate, data(), text(), data()) == E_FAIL);
             break;
         case 5:
-            if (token.GetPubKeyData(certificate, result.get()) == S_OK) {
+            if (token.GetPubKeyData(certificate, result.receive()) == S_OK) {
                 expectBytes(result);
             }
             break;
         case 6:
-            if (token.GetCertData(certificate, result.get()) == S_OK) {
+            if (token.GetCertData(certificate, result.receive()) == S_OK) {
                 expectBytes(result);
             }
             break;
         default:
-            if (token.DigestData(text(), data(), result.get()) == S_OK) {
+            if (token.DigestData(text(), data(), result.receive()) == S_OK) {
                 expectBytes(result);
-                expect(result->parray->rgsabound[0].cElements == 16);
+                expect(result.get().parray->rgsabound[0].cElements == 16);
             }
     }
 }
 
 void Session::askToken(IKeyObject& token) {
-    using Text = HRESULT (STDMETHODCALLTYPE IKeyObject::*)(BSTR*);
+    using TextGetter = HRESULT (STDMETHODCALLTYPE IKeyObject::*)(BSTR*);
     using Value = HRESULT (STDMETHODCALLTYPE IKeyObject::*)(VARIANT*);
     using Typed = HRESULT (STDMETHODCALLTYPE IKeyObject::*)(INT, VARIANT*);
-    static constexpr Text texts[] = {
+    static constexpr TextGetter texts[] = {
         &IKeyObject::GetSerialNumber,      &IKeyObject::GetLabel,    &IKeyObject::GetManufacturerID,
         &IKeyObject::GetModelID,           &IKeyObject::GetSignAlgo, &IKeyObject::GetDigestMethod,
         &IKeyObject::GetAlgoList,          &IKeyObject::GetCSPName,  &IKeyObject::GetCaLibPath,
@@ -250,7 +249,7 @@ void Session::askToken(IKeyObject& token) {
         BSTR label = text();
         Variant result;
         void* api = nullptr;
-        expect(token.SetLabel(&label, result.get()) == E_NOTIMPL);
+        expect(token.SetLabel(&label, result.receive()) == E_NOTIMPL);
         expect(token.UnlockPIN(text(), text()) == S_OK);
         expect(token.CreateContainer(text(), &api) == E_NOTIMPL && !api);
         expect(token.DeleteContainer(m_variants->make()) == E_NOTIMPL);
@@ -270,9 +269,9 @@ void Session::useFile(IKeyFile& file) {
             file.Write(data());
             break;
         case 3: {
-            // Files are short: a small offset reaches their ends more often.
-            const LONG offset = m_input.flag() ? m_input.number<LONG>()
-                                               : static_cast<LONG>(m_input.below(40)) - 8;
+            // Files are short: small offsets reach their ends more often.
+            const LONG offset =
+                m_input.flag() ? m_input.number<LONG>() : static_cast<LONG>(m_input.below(40)) - 8;
             expect(file.Seek(offset, static_cast<INT>(m_input.below(5)) - 1) == S_OK);
             break;
         }
@@ -281,13 +280,14 @@ void Session::useFile(IKeyFile& file) {
             break;
         default: {
             Variant size;
-            file.GetSize(size.get());
+            file.GetSize(size.receive());
             const ULONG length = m_input.byte() < 240 ? m_input.byte() : m_input.number<ULONG>();
             Variant contents;
-            if (file.Read(length, contents.get()) == S_OK && contents->vt != VT_EMPTY) {
+            if (file.Read(length, contents.receive()) == S_OK && contents.type() != VT_EMPTY) {
                 expectBytes(contents);
-                expect(contents->parray->rgsabound[0].cElements == length && length <= size->ulVal,
-                       "a read gives what was asked for, out of the file");
+                expect(contents.get().parray->rgsabound[0].cElements == length &&
+                           length <= size.get().ulVal,
+                       "a read returns the requested length, from inside the file");
             }
             file.Read(0, nullptr);
         }
@@ -307,10 +307,10 @@ void Session::useContainer(IKeyContainer& container) {
             expect(container.ImportCertificate(m_input.flag(), data()) == E_NOTIMPL);
             break;
         case 3:
-            expect(container.ExportCertificate(m_input.flag(), result.get()) == E_NOTIMPL);
+            expect(container.ExportCertificate(m_input.flag(), result.receive()) == E_NOTIMPL);
             break;
         case 4:
-            expect(container.GenKeyPair(result.get()) == E_NOTIMPL);
+            expect(container.GenKeyPair(result.receive()) == E_NOTIMPL);
             break;
         default:
             open(m_certificates, [&](void** out) { return container.GetKeyCert(true, out); });
@@ -321,12 +321,12 @@ void Session::useCertificate(IKeyCertificate& certificate) {
     Variant result;
     if (m_input.flag()) {
         readText([&](BSTR* out) { return certificate.GetCertID(out); });
-    } else if (certificate.GetCertData(result.get()) == S_OK) {
+    } else if (certificate.GetCertData(result.receive()) == S_OK) {
         expectBytes(result);
     }
 }
 
-/// The oldest object of a kind; those that came from it live on and keep it.
+/// Releases the oldest object of a kind; objects opened from it keep it alive.
 void Session::releaseOne() {
     const auto release = [](auto& objects) {
         if (!objects.empty()) {

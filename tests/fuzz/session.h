@@ -1,4 +1,4 @@
-// A host that calls the operations of all objects in any order, as a fuzzer's input says.
+// A host that calls the operations of all objects in any order, chosen by the input.
 #pragma once
 
 #include <deque>
@@ -18,12 +18,12 @@ public:
 
 private:
     template <class Interface>
-    using Refs = std::deque<Ref<Interface>>;
+    using Refs = std::deque<ComRef<Interface>>;
     template <class Interface>
     Interface* any(const Refs<Interface>& objects) {
         return objects.empty() ? nullptr : objects[m_input.below(objects.size())].get();
     }
-    /// Calls what opens an object, and keeps the object.
+    /// Calls an operation that opens an object, and keeps the object.
     /// @return the result.
     template <class Interface, class Call>
     HRESULT open(Refs<Interface>& objects, Call call);
@@ -47,13 +47,13 @@ private:
     const VARIANT& data();
 
     Input& m_input;
-    Ref<ITokenProvider> m_provider;
+    ComRef<ITokenProvider> m_provider;
     Refs<IKeyObject> m_tokens;
     Refs<IKeyContainer> m_containers;
     Refs<IKeyCertificate> m_certificates;
     Refs<IKeyFile> m_files;
     std::vector<IDispatch*> m_none;
-    /// What the arguments of the current call are made of.
+    /// Owns the arguments of the current call.
     std::deque<Variant> m_arguments;
     AnyVariants* m_variants = nullptr;
 };

@@ -1,10 +1,10 @@
-// Conversions between UTF-8 and UTF-16: lengths told and lengths written agree, what is valid
-// comes back as it was, and what is damaged differs no more the second time.
+// Conversions between UTF-8 and UTF-16: reported and written lengths agree, valid text
+// converts back unchanged, and a second conversion of malformed text changes nothing more.
 #include <cstring>
 #include <string>
 #include <vector>
 
-#include "kernel.h"
+#include "platform/kernel.h"
 #include "runtime/string_convert.h"
 #include "runtime/zcom_bstr.h"
 #include "tests/fuzz/expect.h"
@@ -17,14 +17,14 @@ using Wide = std::basic_string<OLECHAR>;
 
 constexpr int kAll = -1;
 
-/// The units that a text of bytes is the memory of; an odd byte at the end is dropped.
+/// Reads bytes as UTF-16 units; an odd byte at the end is dropped.
 Wide unitsOf(const std::string& bytes) {
     Wide units(bytes.size() / sizeof(OLECHAR), OLECHAR{});
     std::memcpy(units.data(), bytes.data(), units.size() * sizeof(OLECHAR));
     return units;
 }
 
-/// Converts with a buffer of the size told, and shows that a smaller one is refused.
+/// Converts with a buffer of the reported size, and checks that a smaller one is refused.
 Wide toWide(const std::string& text, DWORD flags = 0) {
     const auto length = static_cast<int>(text.size());
     const int needed = MultiByteToWideChar(CP_UTF8, flags, text.data(), length, nullptr, 0);
@@ -33,7 +33,7 @@ Wide toWide(const std::string& text, DWORD flags = 0) {
     }
     Wide wide(static_cast<std::size_t>(needed), OLECHAR{});
     expect(MultiByteToWideChar(CP_UTF8, flags, text.data(), length, wide.data(), needed) == needed,
-           "the units told are written");
+           "the reported number of units is written");
     expect(needed <= length, "UTF-16 takes no more units than UTF-8 bytes");
     return wide;
 }
@@ -48,7 +48,7 @@ std::string toNarrow(const Wide& wide, DWORD flags = 0) {
     std::string text(static_cast<std::size_t>(needed), '\0');
     expect(WideCharToMultiByte(CP_UTF8, flags, wide.data(), length, text.data(), needed, nullptr,
                                nullptr) == needed,
-           "the bytes told are written");
+           "the reported number of bytes is written");
     std::string small(text.size() - 1, '\0');
     expect(small.empty() || WideCharToMultiByte(CP_UTF8, flags, wide.data(), length, small.data(),
                                                 needed - 1, nullptr, nullptr) == 0,
@@ -56,7 +56,7 @@ std::string toNarrow(const Wide& wide, DWORD flags = 0) {
     return text;
 }
 
-/// Whether no surrogate stands alone; read unit by unit, without the library.
+/// Whether all surrogates are paired; checked without the library.
 bool isWellFormed(const Wide& wide) {
     for (std::size_t i = 0; i < wide.size(); ++i) {
         const bool isHigh = (wide[i] & 0xFC00) == 0xD800;
@@ -87,7 +87,7 @@ void checkWide(const Wide& wide) {
     expect(isStrict == isWellFormed(wide), "strictness refuses lone surrogates");
 }
 
-/// The library's own functions, which read up to a terminator.
+/// The functions of the library that read up to a terminator.
 void checkStrings(const std::string& text, unsigned int cut) {
     const std::string used = text.c_str();
     const BSTR string = ZSysAllocUTF8String(used.c_str());

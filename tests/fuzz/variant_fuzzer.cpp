@@ -1,5 +1,5 @@
-// Conversions of variants: between numbers as a small independent model says, between all other
-// types without harm, and nothing is lost.
+// Conversions of variants: numbers convert as in a small independent model, all other types convert
+// without a crash or a leak.
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -17,7 +17,7 @@ namespace {
 using zr::fuzz::expect;
 using Wide = __int128;
 
-/// The value of a whole number's variant.
+/// The value of an integer variant.
 std::optional<Wide> integerOf(const VARIANT& variant) {
     switch (variant.vt) {
         case VT_I1:
@@ -80,14 +80,14 @@ std::optional<Range> rangeOf(VARTYPE type) {
     }
 }
 
-/// Between two types of one width the bits are kept, whatever their sign then is.
+/// Conversions between two types of one width keep the bits.
 bool areOfOneWidth(VARTYPE a, VARTYPE b) {
     const std::optional<Range> first = rangeOf(a);
     const std::optional<Range> second = rangeOf(b);
     return first && second && first->most - first->least == second->most - second->least;
 }
 
-/// Whole numbers keep their value where it fits and overflow where not.
+/// Integers keep their value or overflow.
 void checkInteger(const VARIANT& source, Wide value, VARTYPE type) {
     const std::optional<Range> range = rangeOf(type);
     zrapi::ZComVariant result;
@@ -106,11 +106,11 @@ void checkInteger(const VARIANT& source, Wide value, VARTYPE type) {
     }
 }
 
-/// A double is rounded to the even of two neighbours equally near.
+/// A double halfway between two integers is rounded to the even one.
 void checkReal(const VARIANT& source, VARTYPE type) {
     const std::optional<Range> range = rangeOf(type);
     const double rounded = std::nearbyint(source.dblVal);
-    // The ends of the 64-bit range have rules of their own, shown elsewhere.
+    // The ends of the 64-bit range have other rules, tested elsewhere.
     if (!range || type == VT_I8 || type == VT_UI8 || !std::isfinite(rounded) ||
         std::fabs(rounded) > 1e15) {
         return;
@@ -150,7 +150,7 @@ void checkConversion(VARIANT source, VARTYPE type, USHORT flags) {
     }
 }
 
-/// Whole numbers as texts, by the C++ library's own digits, and back.
+/// Integers to text, as by the C++ library, and back.
 void checkDigits(const VARIANT& source, Wide value) {
     const bool isNegative = value < 0;
     const auto magnitude = static_cast<unsigned long long>(isNegative ? -value : value);
@@ -164,7 +164,7 @@ void checkDigits(const VARIANT& source, Wide value) {
            "a number comes back from its text");
 }
 
-/// Reals as texts of 15 digits, and back.
+/// Reals to text of 15 digits, and back.
 void checkRealText(double value) {
     if (!std::isfinite(value) || (value != 0 && std::fabs(value) < 1e-290)) {
         return;
@@ -183,14 +183,14 @@ void checkRealText(double value) {
            "a real comes back from its text in 15 digits");
 }
 
-/// Reals from whole numbers: the nearest one.
+/// Integers to reals: the nearest real.
 void checkToReal(const VARIANT& source, Wide value) {
     zrapi::ZComVariant real;
     expect(real.ChangeType(VT_R8, &source) == S_OK && real.dblVal == static_cast<double>(value),
-           "a whole number becomes the nearest real");
+           "an integer becomes the nearest real");
 }
 
-/// What any variant owns is copied, moved and freed once; whatever it is converted to, it stays.
+/// The data of any variant is copied, moved and freed once; conversions keep the source.
 void checkOwnership(const VARIANT& source, VARTYPE type, USHORT flags) {
     const VARIANT before = source;
     zrapi::ZComVariant copy(source);

@@ -1,5 +1,5 @@
-// Starts the zrkey command as a child process and keeps what it wrote, stream by stream.
-#include "child_command.h"
+// Starts the zrkey command as a child process and captures its streams.
+#include "tests/host/child_command.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -10,7 +10,7 @@ namespace fs = std::filesystem;
 namespace zr::test {
 namespace {
 
-/// The two command processors differ in how they take quotes and give exit codes.
+/// The two command processors handle quotes and exit codes differently.
 constexpr bool kDosShell = fs::path::preferred_separator != '/';
 
 std::string inQuotes(const std::string& word) {

@@ -1,4 +1,4 @@
-// Starts the zrkey command as a child process and keeps what it wrote, stream by stream.
+// Starts the zrkey command as a child process and captures its streams.
 #pragma once
 
 #include <filesystem>
@@ -15,19 +15,19 @@ struct CommandResult {
     std::string errors;
 };
 
-/// Gives each test a fresh current directory and goes back after it.
+/// Runs each test in a fresh current directory.
 class ChildCommandTest : public testing::Test {
 protected:
     void SetUp() override;
     void TearDown() override;
 
-    /// Runs zrkey. Words with blanks are fine, words with quotes are not.
-    /// @param input  what it reads on standard input.
+    /// Runs zrkey. Words may contain blanks, but no quotes.
+    /// @param input  becomes standard input.
     static CommandResult zrkey(const std::vector<std::string>& words,
                                const std::string& input = {});
-    /// Runs a line of the shell's.
+    /// Runs a line of the shell.
     static CommandResult shell(std::string line);
-    /// Runs tests/host/scripts/NAME, with options before it and arguments after it.
+    /// Runs tests/host/script/scripts/NAME, with options before it and arguments after it.
     static CommandResult runScript(const std::string& name,
                                    const std::vector<std::string>& arguments = {},
                                    const std::vector<std::string>& options = {});
@@ -41,7 +41,7 @@ private:
     std::filesystem::path m_before;
 };
 
-/// Reads and writes a file as it is.
+/// Reads and writes the bytes of a file.
 std::string readFile(const std::filesystem::path& path);
 void writeFile(const std::filesystem::path& path, const std::string& content);
 

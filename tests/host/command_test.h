@@ -1,14 +1,14 @@
-// A fixture for the commands of zrkey in the test's own process, over the recording module: every
-// answer of a module can be had, and every text is compared whole.
+// A fixture for the commands of zrkey in the test's own process, over the recording module: a test
+// chooses what the module returns, and compares every text as a whole.
 #pragma once
 
-#include "command_line.h"
-#include "tests/contract/token.h"
+#include "host/commands/command_line.h"
 #include "tests/host/child_command.h"
+#include "tests/support/fixtures/token.h"
 
 namespace zr::test {
 
-/// Fills a field of a token with blanks behind a text.
+/// Fills a field of a token with a text and blanks.
 template <std::size_t size>
 void setText(unsigned char (&field)[size], const std::string& text) {
     std::fill_n(field, size, static_cast<unsigned char>(' '));
@@ -47,7 +47,7 @@ protected:
         EXPECT_EQ(output, result.output);
         EXPECT_EQ("", result.errors);
     }
-    /// @param members  of the result's JSON object, behind those that all have.
+    /// @param members  the members of the JSON object after those that all commands have.
     static void expectJson(std::vector<std::string> words, const std::string& command,
                            const std::string& members) {
         words.emplace_back("--json");
@@ -55,7 +55,7 @@ protected:
                                 R"(","result":{"name":"S_OK","hex":"0x00000000"},)" + members +
                                 "}\n");
     }
-    /// @param line  what stands behind "zrkey: cannot ".
+    /// @param line  the text after "zrkey: cannot ".
     static void expectFailure(const std::vector<std::string>& words, int exitCode,
                               const std::string& line) {
         const CommandResult result = zrkey(words);
@@ -63,7 +63,7 @@ protected:
         EXPECT_EQ("", result.output);
         EXPECT_EQ("zrkey: cannot " + line + "\n", result.errors);
     }
-    /// @param line  what stands between "zrkey: " and where help is.
+    /// @param line  the text between "zrkey: " and the hint to the help.
     static void expectUsageError(const std::vector<std::string>& words, const std::string& line) {
         const CommandResult result = zrkey(words);
         EXPECT_EQ(2, result.exitCode);

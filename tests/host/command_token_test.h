@@ -2,9 +2,9 @@
 // a configuration in the current directory.
 #pragma once
 
-#include "child_command.h"
+#include "tests/host/child_command.h"
+#include "tests/support/fixtures/soft_token.h"
 #include "tests/support/temp_dir.h"
-#include "tests/token/soft_token.h"
 
 namespace zr::test {
 
@@ -33,7 +33,7 @@ inline void expectOutput(const CommandResult& result, const std::string& output)
     EXPECT_EQ("", result.errors);
 }
 
-/// A failure is one line on standard error that holds a text, and nothing on standard output.
+/// A failure is one line on standard error that contains a text, and nothing on standard output.
 inline void expectFailure(const CommandResult& result, int exitCode, const std::string& part) {
     EXPECT_EQ(exitCode, result.exitCode);
     EXPECT_EQ("", result.output);

@@ -1,7 +1,7 @@
-// Shows descriptors that were left open: the next one is then a higher number.
+// Detects descriptors that were left open: the next one then has a higher number.
 #pragma once
 
-#include "system.h"
+#include "host/system/system.h"
 
 namespace zr::test {
 

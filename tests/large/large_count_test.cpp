@@ -1,5 +1,7 @@
 // Many providers, tokens, certificates and files.
-#include "tests/contract/token.h"
+#include <algorithm>
+
+#include "tests/support/fixtures/token.h"
 
 namespace zr::test {
 namespace {
@@ -8,16 +10,16 @@ constexpr int kProviders = 10000;
 constexpr CK_ULONG kSlots = 1000;
 constexpr int kObjects = 10000;
 
-/// A name of its own for each of many objects.
+/// A different name for each object.
 std::string nameOf(int number) {
     return "id" + std::to_string(number);
 }
 
-TEST(LargeCountTest, TenThousandProvidersLiveSideBySide) {
+TEST(LargeCountTest, CreateInstanceOf10000ProvidersReturnsDistinctObjects) {
     const TempDir folder;
     std::vector<ITokenProvider*> providers;
     for (int i = 0; i < kProviders; ++i) {
-        providers.push_back(makeProvider());
+        providers.push_back(makeProvider().release());
     }
     std::sort(providers.begin(), providers.end());
     EXPECT_EQ(providers.end(), std::adjacent_find(providers.begin(), providers.end()));
@@ -26,11 +28,11 @@ TEST(LargeCountTest, TenThousandProvidersLiveSideBySide) {
     }
 }
 
-TEST_F(ModuleTest, AModuleIsLoadedByAThousandProviders) {
+TEST_F(ModuleTest, LoadOfOneModuleBy1000ProvidersSucceeds) {
     std::vector<ITokenProvider*> providers;
     const Text path(module.path());
     for (int i = 0; i < 1000; ++i) {
-        providers.push_back(makeProvider());
+        providers.push_back(makeProvider().release());
         ASSERT_HR(S_OK, providers.back()->Load(path));
     }
     for (ITokenProvider* provider : providers) {
@@ -39,7 +41,7 @@ TEST_F(ModuleTest, AModuleIsLoadedByAThousandProviders) {
     EXPECT_EQ(1000u, module.count("C_Finalize"));
 }
 
-TEST_F(LoadedProviderTest, EachOfAThousandTokensIsOpenedFromItsSlot) {
+TEST_F(LoadedProviderTest, OpenKeyOf1000TokensOpensEachSlot) {
     module->settings().slotCount = module->settings().slotCountWhenListed = kSlots;
     INT count = 0;
     EXPECT_HR(S_OK, provider->GetKeyCount(&count));
@@ -47,18 +49,17 @@ TEST_F(LoadedProviderTest, EachOfAThousandTokensIsOpenedFromItsSlot) {
     std::vector<IKeyObject*> tokens;
     for (CK_ULONG i = 0; i < kSlots; ++i) {
         module.takeCalls();
-        IKeyObject* token = nullptr;
-        ASSERT_HR(S_OK, provider->OpenKey(static_cast<LONG>(i), reinterpret_cast<void**>(&token)));
+        ComRef<IKeyObject> token;
+        ASSERT_HR(S_OK, provider->OpenKey(static_cast<LONG>(i), token.receive()));
         // The recording module's slots are numbered from 10.
         const std::string call = "C_OpenSession(" + std::to_string(10 + i) + ",";
         ASSERT_EQ(0u, module.takeCalls().back().find(call));
-        tokens.push_back(token);
+        tokens.push_back(token.release());
     }
     EXPECT_EQ(kSlots, module->openSessions());
-    IKeyObject* none = nullptr;
-    EXPECT_HR(E_FAIL,
-              provider->OpenKey(static_cast<LONG>(kSlots), reinterpret_cast<void**>(&none)));
-    EXPECT_EQ(nullptr, none);
+    ComRef<IKeyObject> none;
+    EXPECT_HR(E_FAIL, provider->OpenKey(static_cast<LONG>(kSlots), none.receive()));
+    EXPECT_FALSE(none);
     for (IKeyObject* token : tokens) {
         EXPECT_EQ(0u, token->Release());
     }
@@ -75,42 +76,31 @@ protected:
     }
 };
 
-TEST_F(CrowdedTokenTest, EveryCertificateIsCountedAndListedInItsOrder) {
-    VARIANT result;
-    VariantInit(&result);
-    EXPECT_HR(S_OK, token->GetContainerCount(&result));
-    EXPECT_EQ(static_cast<ULONG>(kObjects), result.ulVal);
-    EXPECT_HR(S_OK, token->EnumContainer(0, &result));
-    ASSERT_EQ(VT_ARRAY | VT_BSTR, result.vt);
-    ASSERT_EQ(static_cast<ULONG>(kObjects), result.parray->rgsabound[0].cElements);
-    void* data = nullptr;
-    SafeArrayAccessData(result.parray, &data);
+TEST_F(CrowdedTokenTest, EnumContainerOf10000CertificatesKeepsTheOrder) {
+    VARIANT count = {};
+    EXPECT_HR(S_OK, token->GetContainerCount(&count));
+    EXPECT_EQ(static_cast<ULONG>(kObjects), count.ulVal);
+    Variant names;
+    EXPECT_HR(S_OK, token->EnumContainer(0, names.receive()));
+    Lines expected;
     for (int i = 0; i < kObjects; ++i) {
-        ASSERT_EQ(nameOf(i), narrow(static_cast<BSTR*>(data)[i]));
+        expected.push_back(nameOf(i));
     }
-    SafeArrayUnaccessData(result.parray);
-    VariantClear(&result);
+    EXPECT_TRUE(expected == names.toTexts());
 }
 
-TEST_F(CrowdedTokenTest, TheLastCertificateAndTheLastFileAreOpened) {
-    const Text name(nameOf(kObjects - 1));
-    IKeyContainer* container = nullptr;
-    ASSERT_HR(S_OK, token->OpenContainer(string(name), reinterpret_cast<void**>(&container)));
-    IKeyCertificate* certificate = nullptr;
-    ASSERT_HR(S_OK, container->GetKeyCert(true, reinterpret_cast<void**>(&certificate)));
-    VARIANT data;
-    VariantInit(&data);
-    EXPECT_HR(S_OK, certificate->GetCertData(&data));
-    EXPECT_EQ("certificate " + std::to_string(kObjects - 1), takeBytes(&data));
-    certificate->Release();
-    container->Release();
+TEST_F(CrowdedTokenTest, OpenContainerAndOpenFileFindTheLastOf10000) {
+    const ComRef<IKeyCertificate> certificate =
+        openCertificate(token.get(), Variant::fromText(Text(nameOf(kObjects - 1))));
+    ASSERT_TRUE(certificate);
+    ByteArray data;
+    EXPECT_HR(S_OK, certificate->GetCertData(data.receive()));
+    EXPECT_EQ("certificate " + std::to_string(kObjects - 1), data.bytes());
 
-    IKeyFile* file = nullptr;
-    ASSERT_HR(S_OK,
-              token->OpenFile(Text(std::to_string(kObjects + 1)), reinterpret_cast<void**>(&file)));
-    EXPECT_HR(S_OK, file->Read(10, &data));
-    EXPECT_EQ("file 10000", takeBytes(&data));
-    file->Release();
+    ComRef<IKeyFile> file;
+    ASSERT_HR(S_OK, token->OpenFile(Text(std::to_string(kObjects + 1)), file.receive()));
+    EXPECT_HR(S_OK, file->Read(10, data.receive()));
+    EXPECT_EQ("file 10000", data.bytes());
 }
 
 }  // namespace

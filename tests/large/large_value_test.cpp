@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "runtime/md5.h"
-#include "tests/contract/token.h"
+#include "tests/support/fixtures/token.h"
 
 namespace zr::test {
 namespace {
@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kLarge = std::size_t{64} << 20;
 
 std::string largeContent() {
-    // Without a zero, which would end the module's record of it.
+    // No zero byte: it would end the text in the record of the module.
     std::string content(kLarge, '\0');
     for (std::size_t i = 0; i < content.size(); ++i) {
         content[i] = static_cast<char>(i % 251 + 1);
@@ -23,16 +23,16 @@ std::string largeContent() {
 
 class LargeValueTest : public SigningTokenTest {
 protected:
-    /// Signs, verifies and digests data as this very text.
+    /// Signs, verifies and digests an array; the module must receive the content.
     void expectUsedAs(const std::string& content, const VARIANT& data) {
         module.takeCalls();
-        EXPECT_HR(S_OK, token->SignData(nullptr, data, certificate, &result));
+        EXPECT_HR(S_OK, token->SignData(nullptr, data, certificate.get(), result.receive()));
         EXPECT_TRUE(module.takeCalls().back() == "C_Sign(1, [" + content + "], 1024)");
-        const std::string signature = takeBytes(&result);
-        EXPECT_HR(S_OK, token->VerifyData(data, certificate, nullptr, Bytes(signature)));
+        const ByteArray signature(result.bytes().value());
+        EXPECT_HR(S_OK, token->VerifyData(data, certificate.get(), nullptr, signature));
         EXPECT_TRUE(module.takeCalls().back() == "C_Verify(1, [" + content + "], 256)");
-        EXPECT_HR(S_OK, token->DigestData(Text("MD5"), data, &result));
-        EXPECT_EQ(md5Of(content), takeBytes(&result));
+        EXPECT_HR(S_OK, token->DigestData(Text("MD5"), data, result.receive()));
+        EXPECT_EQ(md5Of(content), result.bytes());
     }
 
     static std::string md5Of(const std::string& content) {
@@ -43,31 +43,30 @@ protected:
     }
 };
 
-TEST_F(LargeValueTest, AFileOf64MiBIsReadWholeAndFromItsEnd) {
+TEST_F(LargeValueTest, ReadOf64MiBReturnsAllBytesAndTheLastOnes) {
     const std::string content = largeContent();
     module.addData("1", content);
-    IKeyFile* file = nullptr;
-    ASSERT_HR(S_OK, token->OpenFile(Text("2"), reinterpret_cast<void**>(&file)));
-    EXPECT_HR(S_OK, file->GetSize(&result));
-    EXPECT_EQ(static_cast<LONG>(kLarge), result.lVal);
+    ComRef<IKeyFile> file;
+    ASSERT_HR(S_OK, token->OpenFile(Text("2"), file.receive()));
+    EXPECT_HR(S_OK, file->GetSize(result.receive()));
+    EXPECT_EQ(static_cast<LONG>(kLarge), result.get().lVal);
     EXPECT_HR(S_OK, file->Seek(-5, 2));
-    EXPECT_HR(S_OK, file->Read(5, &result));
-    EXPECT_EQ(content.substr(kLarge - 5), takeBytes(&result));
+    EXPECT_HR(S_OK, file->Read(5, result.receive()));
+    EXPECT_EQ(content.substr(kLarge - 5), result.bytes());
     EXPECT_HR(S_OK, file->Seek(0, 2));
-    EXPECT_HR(S_OK, file->Read(static_cast<ULONG>(kLarge), &result));
-    EXPECT_TRUE(content == takeBytes(&result));
+    EXPECT_HR(S_OK, file->Read(static_cast<ULONG>(kLarge), result.receive()));
+    EXPECT_TRUE(content == result.bytes());
     VARIANT untouched = poisoned();
     EXPECT_HR(E_FAIL, file->Read(1, &untouched));
     EXPECT_EQ(VT_UI1, untouched.vt);
-    file->Release();
 }
 
-TEST_F(LargeValueTest, AnArrayOf64MiBIsSignedVerifiedAndDigested) {
+TEST_F(LargeValueTest, SignVerifyAndDigestOf64MiBUseAllBytes) {
     const std::string content = largeContent();
-    expectUsedAs(content, Bytes(content));
+    expectUsedAs(content, ByteArray(content));
 }
 
-TEST(LargeDigestTest, APieceOf512MiBCountsMoreBitsThanOneWordHolds) {
+TEST(LargeDigestTest, Md5UpdateWith512MiBCarriesTheBitCount) {
     constexpr unsigned int length = 1u << 29;
     const std::unique_ptr<void, decltype(&std::free)> zeros(std::calloc(length, 1), std::free);
     ASSERT_TRUE(zeros);
@@ -78,14 +77,14 @@ TEST(LargeDigestTest, APieceOf512MiBCountsMoreBitsThanOneWordHolds) {
     EXPECT_EQ(1u, context.count[1]);
     unsigned char digest[16];
     MD5Final(digest, &context);
-    // As md5sum tells it.
+    // The result of md5sum.
     const unsigned char expected[16] = {0xaa, 0x55, 0x9b, 0x4e, 0x35, 0x23, 0xa6, 0xc9,
                                         0x31, 0xf0, 0x8f, 0x4d, 0xf5, 0x2d, 0x58, 0xf2};
     EXPECT_TRUE(std::equal(std::begin(expected), std::end(expected), digest));
 }
 
-TEST_F(LargeValueTest, AnArrayThatTheHostHasLockedIsUsedAndStaysLocked) {
-    const Bytes data("locked");
+TEST_F(LargeValueTest, SignVerifyAndDigestOfALockedArraySucceedAndKeepTheLock) {
+    const ByteArray data("locked");
     const VARIANT& variant = data;
     EXPECT_HR(S_OK, SafeArrayLock(variant.parray));
     expectUsedAs("locked", data);
@@ -93,24 +92,23 @@ TEST_F(LargeValueTest, AnArrayThatTheHostHasLockedIsUsedAndStaysLocked) {
     EXPECT_HR(S_OK, SafeArrayUnlock(variant.parray));
 }
 
-TEST_F(LargeValueTest, TheLowerBoundOfAnArrayDoesNotMatter) {
-    const Bytes data("from five on");
-    static_cast<const VARIANT&>(data).parray->rgsabound[0].lLbound = 5;
+TEST_F(LargeValueTest, SignVerifyAndDigestIgnoreTheLowerBound) {
+    const ByteArray data("from five on");
+    data.get().parray->rgsabound[0].lLbound = 5;
     expectUsedAs("from five on", data);
 }
 
-TEST_F(LargeValueTest, WriteRefusesEveryArray) {
+TEST_F(LargeValueTest, WriteOfAnyArrayIsRefused) {
     module.addData("1", "old");
-    IKeyFile* file = nullptr;
-    ASSERT_HR(S_OK, token->OpenFile(Text("2"), reinterpret_cast<void**>(&file)));
-    EXPECT_HR(E_INVALIDARG, file->Write(Bytes(std::string(kLarge, 'x'))));
-    const Bytes locked("locked");
-    SafeArrayLock(static_cast<const VARIANT&>(locked).parray);
+    ComRef<IKeyFile> file;
+    ASSERT_HR(S_OK, token->OpenFile(Text("2"), file.receive()));
+    EXPECT_HR(E_INVALIDARG, file->Write(ByteArray(std::string(kLarge, 'x'))));
+    const ByteArray locked("locked");
+    SafeArrayLock(locked.get().parray);
     EXPECT_HR(E_INVALIDARG, file->Write(locked));
-    SafeArrayUnlock(static_cast<const VARIANT&>(locked).parray);
-    EXPECT_HR(S_OK, file->Read(3, &result));
-    EXPECT_EQ("old", takeBytes(&result));
-    file->Release();
+    SafeArrayUnlock(locked.get().parray);
+    EXPECT_HR(S_OK, file->Read(3, result.receive()));
+    EXPECT_EQ("old", result.bytes());
 }
 
 }  // namespace

@@ -1,19 +1,19 @@
-// What is left of a PIN in the process's memory, and of what was signed in the log.
+// What remains of PINs in memory, and of PINs, data and signatures in the log.
 #include <vector>
 
-#include "tests/contract/token.h"
+#include "tests/support/fixtures/token.h"
 #include "tests/support/log_file.h"
 #include "tests/support/process_memory.h"
 
 namespace zr::test {
 namespace {
 
-// As long as PINs may be that are changed.
+// ModifyPIN accepts up to 8 characters.
 constexpr std::size_t kShortPin = 8;
-// What was freed is reused from its beginning: of a long PIN the end stays, and that is looked for.
+// Freed memory is reused from its beginning, so the tests search for the end of a long PIN.
 constexpr std::size_t kLongPin = 20;
 
-/// A text whose only readable copy is wiped at the end of its life; no literal holds it.
+/// A PIN that exists in one readable copy only; no literal holds it.
 class SecretPin {
 public:
     explicit SecretPin(int seed, std::size_t length = kLongPin) {
@@ -49,7 +49,7 @@ private:
         fill(m_wide.data(), m_wide.size() * sizeof(OLECHAR));
     }
 
-    // Room for all of it at once, so that no copy stays behind where it grew.
+    // Reserved at once: growing would leave copies in freed memory.
     std::vector<char> m_narrow = reserved<char>();
     std::vector<OLECHAR> m_wide = reserved<OLECHAR>();
     MaskedBytes m_maskedNarrow{"", 0};
@@ -71,35 +71,31 @@ protected:
         folder.enableLog();
         provider = makeProvider();
         EXPECT_HR(S_OK, provider->Load(Text(relativePath(ZR_INSTANT_MODULE))));
-        EXPECT_HR(S_OK, provider->OpenKey(0, reinterpret_cast<void**>(&token)));
+        EXPECT_HR(S_OK, provider->OpenKey(0, token.receive()));
     }
-    ~SecretsTest() override { release(); }
 
     void release() {
-        if (token) {
-            token->Release();
-            provider->Release();
-            token = nullptr;
-        }
+        token.reset();
+        provider.reset();
     }
 
     TempDir folder;
     ConsoleCapture console;
-    ITokenProvider* provider = nullptr;
-    IKeyObject* token = nullptr;
+    ComRef<ITokenProvider> provider;
+    ComRef<IKeyObject> token;
 };
 
-TEST_F(SecretsTest, TheSearchFindsWhatIsThere) {
+TEST_F(SecretsTest, SearchFindsThePinInMemory) {
     SecretPin pin(1);
     EXPECT_EQ(0u, pin.narrowCopies());
     EXPECT_EQ(1u, pin.wideCopies());
     EXPECT_HR(S_OK, token->VerifyPIN(pin.text(), 0));
-    EXPECT_EQ(1u, pin.narrowCopies());  // the token keeps the PIN of its login
+    EXPECT_EQ(1u, pin.narrowCopies());  // the token stores the PIN of its login
     pin.wipe();
     EXPECT_EQ(0u, pin.wideCopies());
 }
 
-TEST_F(SecretsTest, NothingOfALoginStaysAfterTheToken) {
+TEST_F(SecretsTest, ReleaseAfterVerifyPinLeavesNoPinInMemory) {
     SecretPin pin(2);
     EXPECT_HR(S_OK, token->VerifyPIN(pin.text(), 0));
     pin.wipe();
@@ -108,7 +104,7 @@ TEST_F(SecretsTest, NothingOfALoginStaysAfterTheToken) {
     EXPECT_EQ(0u, pin.wideCopies());
 }
 
-TEST_F(SecretsTest, TheNextLoginReplacesThePin) {
+TEST_F(SecretsTest, SecondVerifyPinLeavesNoFirstPinInMemory) {
     SecretPin pin(3);
     EXPECT_HR(S_OK, token->VerifyPIN(pin.text(), 0));
     pin.wipe();
@@ -116,7 +112,7 @@ TEST_F(SecretsTest, TheNextLoginReplacesThePin) {
     EXPECT_EQ(0u, pin.narrowCopies());
 }
 
-TEST_F(SecretsTest, NothingOfTheNewPinStaysAfterAChange) {
+TEST_F(SecretsTest, ModifyPinLeavesNoNewPinInMemory) {
     SecretPin oldPin(4, kShortPin);
     SecretPin newPin(5, kShortPin);
     EXPECT_HR(S_OK, token->ModifyPIN(oldPin.text(), newPin.text(), 0));
@@ -129,7 +125,7 @@ TEST_F(SecretsTest, NothingOfTheNewPinStaysAfterAChange) {
     EXPECT_EQ(0u, oldPin.wideCopies());
 }
 
-TEST_F(SecretsTest, ARefusedChangeLeavesNothing) {
+TEST_F(SecretsTest, RefusedModifyPinLeavesNoPinInMemory) {
     SecretPin oldPin(6, kShortPin);
     EXPECT_HR(E_INVALIDARG, token->ModifyPIN(oldPin.text(), Text("1"), 0));
     oldPin.wipe();
@@ -137,34 +133,29 @@ TEST_F(SecretsTest, ARefusedChangeLeavesNothing) {
     EXPECT_EQ(0u, oldPin.wideCopies());
 }
 
-TEST_F(SecretsTest, NothingOfAScriptsArgumentsStays) {
+TEST_F(SecretsTest, ScriptVerifyPinLeavesNoPinInMemory) {
     SecretPin pin(7);
     VARIANT result = {};
-    EXPECT_HR(S_OK,
-              invoke(token, idOf(token, "VerifyPIN"), {string(pin.text()), number(0)}, &result));
+    EXPECT_HR(S_OK, invoke(token.get(), idOf(token.get(), "VerifyPIN"),
+                           {string(pin.text()), number(0)}, &result));
     pin.wipe();
     release();
     EXPECT_EQ(0u, pin.narrowCopies());
     EXPECT_EQ(0u, pin.wideCopies());
 }
 
-TEST_F(SecretsTest, TheLogHoldsNoPinNoDataAndNoSignature) {
+TEST_F(SecretsTest, LogContainsNoPinDataOrSignature) {
     EXPECT_HR(S_OK, token->VerifyPIN(Text("PinInTheLog"), 0));
     EXPECT_HR(S_OK, token->ModifyPIN(Text("OldInLog"), Text("NewInLog"), 0));
-    IKeyContainer* container = nullptr;
-    IKeyCertificate* certificate = nullptr;
-    VARIANT which = {};
-    which.vt = VT_I4;
-    ASSERT_HR(S_OK, token->OpenContainer(which, reinterpret_cast<void**>(&container)));
-    EXPECT_HR(S_OK, container->GetKeyCert(true, reinterpret_cast<void**>(&certificate)));
-    VARIANT signature = {};
-    EXPECT_HR(S_OK, token->SignData(nullptr, Bytes("DataInTheLog"), certificate, &signature));
-    const std::string signatureBytes = takeBytes(&signature);
-    VARIANT digest = {};
-    EXPECT_HR(S_OK, token->DigestData(Text("MD5"), Bytes("DataInTheLog"), &digest));
-    const std::string digestBytes = takeBytes(&digest);
-    certificate->Release();
-    container->Release();
+    ComRef<IKeyCertificate> certificate = openCertificate(token.get(), Variant::fromNumber(0));
+    ByteArray signature;
+    EXPECT_HR(S_OK, token->SignData(nullptr, ByteArray("DataInTheLog"), certificate.get(),
+                                    signature.receive()));
+    const std::string signatureBytes = signature.bytes().value();
+    ByteArray digest;
+    EXPECT_HR(S_OK, token->DigestData(Text("MD5"), ByteArray("DataInTheLog"), digest.receive()));
+    const std::string digestBytes = digest.bytes().value();
+    certificate.reset();
     release();
     const auto files = findLogFiles(folder.home());
     ASSERT_EQ(1u, files.size());

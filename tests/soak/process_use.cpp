@@ -1,4 +1,4 @@
-// What this process uses, by /proc and the C library.
+// The resources of this process, from /proc and the C library.
 #include "tests/soak/process_use.h"
 
 #include <malloc.h>
@@ -16,7 +16,7 @@ ProcessUse processUse() {
     long pages = 0;
     std::ifstream("/proc/self/statm") >> pages >> pages;
     use.residentKiB = pages * (sysconf(_SC_PAGESIZE) / 1024);
-    // The one that lists the folder is counted at every time.
+    // The descriptor of the listing itself is always counted.
     const std::filesystem::directory_iterator folder("/proc/self/fd");
     use.descriptors = static_cast<int>(std::distance(begin(folder), end(folder)));
     return use;

@@ -1,4 +1,4 @@
-// What this process uses.
+// The resources of this process.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@ namespace zr::test {
 struct ProcessUse {
     long residentKiB;
     int descriptors;
-    std::size_t heapBytes;  ///< handed out by malloc and not given back
+    std::size_t heapBytes;  ///< allocated by malloc and not freed
 };
 
 ProcessUse processUse();

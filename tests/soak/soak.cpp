@@ -1,7 +1,7 @@
-// soak ROUNDS [WARM_UP]: repeats the whole work with a token and compares what the process uses
-// after the first WARM_UP rounds (1000) with what it uses at the end. Then measures what DeleteFile
+// soak ROUNDS [WARM_UP]: repeats a full session with a token and compares the process's resources
+// after the first WARM_UP rounds (1000) with those at the end. Then measures what DeleteFile
 // keeps. Fails when memory grew by more than 64 KiB, or descriptors or sessions grew at all. Without
-// a warm-up memory is not compared: that of a checking tool grows by itself.
+// a warm-up memory is not compared: checking tools use more and more memory.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -87,7 +87,7 @@ int run(std::FILE* report, long rounds, long warmUp) {
 int main(int argumentCount, char** arguments) {
     const long rounds = argumentCount > 1 ? std::atol(arguments[1]) : 100000;
     const long warmUp = argumentCount > 2 ? std::atol(arguments[2]) : 1000;
-    // The library writes its diagnostics to standard output; the report keeps the one of the start.
+    // The library writes its diagnostics to standard output; the report uses the original one.
     std::FILE* report = fdopen(dup(STDOUT_FILENO), "w");
     const int nowhere = open("/dev/null", O_WRONLY);
     if (!report || nowhere < 0) {

@@ -1,4 +1,4 @@
-// One round of the whole work with a token.
+// One full session with a token.
 #include "tests/soak/soak_work.h"
 
 #include <dlfcn.h>
@@ -6,44 +6,30 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "tests/contract/token.h"
+#include "tests/support/fixtures/token.h"
 
 namespace zr::test {
 namespace {
 
 void require(HRESULT hr, const char* step) {
     if (hr != S_OK) {
-        throw std::runtime_error(std::string(step) + " answers " +
+        throw std::runtime_error(std::string(step) + " returned " +
                                  std::to_string(static_cast<ULONG>(hr)));
     }
 }
 
-template <class Interface>
-void** receive(Interface** out) {
-    return reinterpret_cast<void**>(out);
-}
-
-/// A result that is given back.
-struct Value {
-    VARIANT variant = {};
-    ~Value() { VariantClear(&variant); }
-};
-
 using TextGetter = HRESULT (STDMETHODCALLTYPE IKeyObject::*)(BSTR*);
 
 std::string text(IKeyObject* token, TextGetter getter) {
-    BSTR out = nullptr;
-    require((token->*getter)(&out), "a text of the token");
-    const std::string result = narrow(out);
-    SysFreeString(out);
-    return result;
+    Text out;
+    require((token->*getter)(out.receive()), "a text of the token");
+    return narrow(out);
 }
 
 void createFile(IKeyObject* token) {
-    IKeyFile* file = nullptr;
-    require(token->CreateFile(Text("3"), 0, 0, 0, 0, receive(&file)), "CreateFile");
+    ComRef<IKeyFile> file;
+    require(token->CreateFile(Text("3"), 0, 0, 0, 0, file.receive()), "CreateFile");
     require(file->Close(), "Close");
-    file->Release();
 }
 
 void changePin(IKeyObject* token) {
@@ -54,46 +40,43 @@ void changePin(IKeyObject* token) {
 
 void useFile(IKeyObject* token) {
     createFile(token);
-    Value exists;
-    require(token->FileExists(Text("4"), &exists.variant), "FileExists");
-    Value count;  // its walk ends the search that FileExists left open
-    require(token->GetContainerCount(&count.variant), "GetContainerCount");
-    IKeyFile* file = nullptr;
-    require(token->OpenFile(Text("4"), receive(&file)), "OpenFile");
-    Value size;
-    require(file->GetSize(&size.variant), "GetSize");
+    Variant exists;
+    require(token->FileExists(Text("4"), exists.receive()), "FileExists");
+    Variant count;  // ends the search that FileExists left open
+    require(token->GetContainerCount(count.receive()), "GetContainerCount");
+    ComRef<IKeyFile> file;
+    require(token->OpenFile(Text("4"), file.receive()), "OpenFile");
+    Variant size;
+    require(file->GetSize(size.receive()), "GetSize");
     require(file->Seek(0, 2), "Seek");
-    Value data;
-    require(file->Read(0, &data.variant), "Read");
+    Variant data;
+    require(file->Read(0, data.receive()), "Read");
     file->Flush();  // SoftHSM2 refuses it
     require(file->Close(), "Close");
-    file->Release();
 }
 
 void callByName(IDispatch* object, const char* name, std::vector<VARIANT> arguments) {
-    Value result;
-    require(invoke(object, idOf(object, name), std::move(arguments), &result.variant), name);
+    Variant result;
+    require(invoke(object, idOf(object, name), std::move(arguments), result.receive()), name);
 }
 
 void useContainer(IKeyObject* token) {
-    Value names;
-    require(token->EnumContainer(0, &names.variant), "EnumContainer");
-    const Text name("container1");
-    IKeyContainer* container = nullptr;
-    require(token->OpenContainer(string(name), receive(&container)), "OpenContainer");
-    IKeyCertificate* certificate = nullptr;
-    require(container->GetKeyCert(true, receive(&certificate)), "GetKeyCert");
-    Value certificateData;
-    require(token->GetCertData(certificate, &certificateData.variant), "GetCertData");
-    callByName(certificate, "GetCertID", {});
-    const Bytes data("data to sign");
-    Value signature;
-    require(token->SignData(nullptr, data, certificate, &signature.variant), "SignData");
-    require(token->VerifyData(data, certificate, nullptr, signature.variant), "VerifyData");
-    Value digest;
-    require(token->DigestData(Text("MD5"), data, &digest.variant), "DigestData");
-    certificate->Release();
-    container->Release();
+    Variant names;
+    require(token->EnumContainer(0, names.receive()), "EnumContainer");
+    ComRef<IKeyContainer> container;
+    require(token->OpenContainer(Variant::fromText(Text("container1")), container.receive()),
+            "OpenContainer");
+    ComRef<IKeyCertificate> certificate;
+    require(container->GetKeyCert(true, certificate.receive()), "GetKeyCert");
+    Variant certificateData;
+    require(token->GetCertData(certificate.get(), certificateData.receive()), "GetCertData");
+    callByName(certificate.get(), "GetCertID", {});
+    const ByteArray data("data to sign");
+    Variant signature;
+    require(token->SignData(nullptr, data, certificate.get(), signature.receive()), "SignData");
+    require(token->VerifyData(data, certificate.get(), nullptr, signature), "VerifyData");
+    Variant digest;
+    require(token->DigestData(Text("MD5"), data, digest.receive()), "DigestData");
 }
 
 }  // namespace
@@ -105,9 +88,9 @@ SoakWork::~SoakWork() {
     finishDeleting();
 }
 
-/// Loads the module once in the library and once past it, to look at what the library leaves.
-ITokenProvider* SoakWork::load() {
-    ITokenProvider* provider = makeProvider();
+/// Loads the module in the library and a second time directly, to inspect what the library leaves.
+ComRef<ITokenProvider> SoakWork::load() {
+    ComRef<ITokenProvider> provider = makeProvider();
     require(provider->Load(Text(m_path)), "Load");
     m_handle = dlopen(m_module.c_str(), RTLD_NOW);
     const auto getList = reinterpret_cast<decltype(CK_FUNCTIONS::C_GetFunctionList)>(
@@ -120,24 +103,22 @@ ITokenProvider* SoakWork::load() {
     return provider;
 }
 
-/// The library is the last to let the module go, as in a host.
-void SoakWork::unload(ITokenProvider* provider) const {
+/// The library is the last to free the module, as in a host.
+void SoakWork::unload(ComRef<ITokenProvider> provider) const {
     dlclose(m_handle);
     require(provider->Unload(), "Unload");
-    provider->Release();
 }
 
-/// Opens the token by its label: SoftHSM2 shows an empty slot beside it.
-IKeyObject* SoakWork::open(ITokenProvider* provider) const {
+/// Opens the token by its label: SoftHSM2 also has an empty slot.
+ComRef<IKeyObject> SoakWork::open(const ComRef<ITokenProvider>& provider) const {
     INT count = 0;
     require(provider->GetKeyCount(&count), "GetKeyCount");
     for (LONG i = 0; i < count; ++i) {
-        IKeyObject* token = nullptr;
-        require(provider->OpenKey(i, receive(&token)), "OpenKey");
-        if (text(token, &IKeyObject::GetLabel) == "ZRKey Test") {
+        ComRef<IKeyObject> token;
+        require(provider->OpenKey(i, token.receive()), "OpenKey");
+        if (text(token.get(), &IKeyObject::GetLabel) == "ZRKey Test") {
             return token;
         }
-        token->Release();
     }
     throw std::runtime_error("no token");
 }
@@ -149,8 +130,8 @@ CK_SLOT_ID SoakWork::slot() const {
     return slots[0];
 }
 
-/// Handles count up from the load of the module, and SoftHSM2 does not tell its sessions: each that
-/// could be one is asked.
+/// SoftHSM2 does not list its sessions. It numbers them from 1 after loading, so every number up
+/// to that of a new session is tried.
 CK_ULONG SoakWork::sessions() const {
     CK_SESSION_HANDLE newest = 0;
     if (m_functions->C_OpenSession(slot(), CKF_SERIAL_SESSION, nullptr, nullptr, &newest) !=
@@ -185,23 +166,23 @@ void SoakWork::deleteObject(const std::string& label) const {
 }
 
 CK_ULONG SoakWork::round() {
-    ITokenProvider* provider = load();
-    IKeyObject* token = open(provider);
+    ComRef<ITokenProvider> provider = load();
+    ComRef<IKeyObject> token = open(provider);
     for (const TextGetter getter : {&IKeyObject::GetSerialNumber, &IKeyObject::GetManufacturerID,
                                     &IKeyObject::GetModelID, &IKeyObject::GetSignAlgo}) {
-        text(token, getter);
+        text(token.get(), getter);
     }
-    callByName(provider, "GetKeyCount", {});
-    callByName(token, "GetFreeSize", {});
-    changePin(token);
+    callByName(provider.get(), "GetKeyCount", {});
+    callByName(token.get(), "GetFreeSize", {});
+    changePin(token.get());
     const Text pin("1234");
-    callByName(token, "VerifyPIN", {string(pin), number(0)});
-    useFile(token);
+    callByName(token.get(), "VerifyPIN", {string(pin), number(0)});
+    useFile(token.get());
     deleteObject("3");
-    useContainer(token);
-    token->Release();
+    useContainer(token.get());
+    token.reset();
     const CK_ULONG open = sessions();
-    unload(provider);
+    unload(std::move(provider));
     return open;
 }
 
@@ -209,18 +190,17 @@ CK_ULONG SoakWork::deleteByLibrary() {
     if (!m_deleting) {
         m_deleting = load();
     }
-    IKeyObject* token = open(m_deleting);
+    ComRef<IKeyObject> token = open(m_deleting);
     require(token->VerifyPIN(Text("1234"), 0), "VerifyPIN");
-    createFile(token);
+    createFile(token.get());
     require(token->DeleteFile(Text("4")), "DeleteFile");
-    token->Release();
+    token.reset();
     return sessions();
 }
 
 void SoakWork::finishDeleting() {
     if (m_deleting) {
-        unload(m_deleting);
-        m_deleting = nullptr;
+        unload(std::move(m_deleting));
     }
 }
 

@@ -1,7 +1,7 @@
-// One round of the whole work with a token.
+// One full session with a token.
 #pragma once
 
-#include <zrkey/zrkey.h>
+#include <zrkey/zrkey.hpp>
 
 #include <string>
 
@@ -9,8 +9,8 @@
 
 namespace zr::test {
 
-/// Works with the token "ZRKey Test" of a module. Every step has to succeed: a failure is an
-/// exception that names it.
+/// Works with the token "ZRKey Test" of a module. Every step must succeed: a failure throws
+/// an exception that names the step.
 class SoakWork {
 public:
     explicit SoakWork(const std::string& module);
@@ -18,7 +18,7 @@ public:
     SoakWork& operator=(const SoakWork&) = delete;
     ~SoakWork();
 
-    /// From Load to Unload; the file is deleted past the library.
+    /// From Load to Unload; the file is deleted without the library.
     /// @return the sessions that are open when all objects are released.
     CK_ULONG round();
     /// Opens a token, creates a file and deletes it by DeleteFile, in a provider that stays loaded
@@ -28,9 +28,9 @@ public:
     void finishDeleting();
 
 private:
-    ITokenProvider* load();
-    void unload(ITokenProvider* provider) const;
-    IKeyObject* open(ITokenProvider* provider) const;
+    zrkey::ComRef<ITokenProvider> load();
+    void unload(zrkey::ComRef<ITokenProvider> provider) const;
+    zrkey::ComRef<IKeyObject> open(const zrkey::ComRef<ITokenProvider>& provider) const;
     CK_SLOT_ID slot() const;
     CK_ULONG sessions() const;
     void deleteObject(const std::string& label) const;
@@ -38,8 +38,8 @@ private:
     std::string m_module;
     std::string m_path;
     void* m_handle = nullptr;
-    CK_FUNCTIONS* m_functions = nullptr;  // the module's own, for what goes past the library
-    ITokenProvider* m_deleting = nullptr;
+    CK_FUNCTIONS* m_functions = nullptr;  // the module's own, for calls that bypass the library
+    zrkey::ComRef<ITokenProvider> m_deleting;
 };
 
 }  // namespace zr::test

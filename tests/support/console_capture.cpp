@@ -16,7 +16,7 @@ ConsoleCapture::ConsoleCapture() : m_out(redirect(stdout, 1)), m_error(redirect(
 ConsoleCapture::~ConsoleCapture() {
     const Text text = stop();
     if (testing::Test::HasFailure()) {
-        // What the test reported is among it.
+        // The output contains the test's own report.
         std::fputs(text.out.c_str(), stdout);
         std::fputs(text.error.c_str(), stderr);
     }

@@ -1,4 +1,4 @@
-// The few services of a process that tests need and that differ between the targets' C libraries.
+// Process services for tests that differ between the C libraries of the targets.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@ void closeDescriptor(int descriptor);
 int descriptorOf(std::FILE* file);
 /// A file open for reading and writing that is removed when it is closed; null on failure.
 std::FILE* temporaryFile();
-/// The bytes that are allocated now; 0 where nobody counts them.
+/// The bytes that are allocated now; 0 where they are not counted.
 std::size_t allocatedBytes();
 
 }  // namespace zr::test

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zr::test {
@@ -14,6 +15,9 @@ std::vector<std::filesystem::path> findLogFiles(const std::filesystem::path& hom
 
 /// The bytes of a file, line ends as "\n".
 std::string readText(const std::filesystem::path& file);
+
+/// Whether a text is like another: a 9 stands for any digit, every other character for itself.
+bool hasShape(std::string_view text, std::string_view shape);
 
 /// The lines of all log files below a home, reduced as above.
 std::vector<std::string> readLogLines(const std::filesystem::path& home);

@@ -1,4 +1,4 @@
-// Searches the memory of this process in pieces that overlap by the length of what is looked for.
+// Searches the memory of this process in pieces that overlap by the length of the searched bytes.
 #include "tests/support/process_memory.h"
 
 #include <algorithm>
@@ -25,7 +25,7 @@ std::size_t MaskedBytes::countIn(const unsigned char* bytes, std::size_t size) c
     if (size < m_masked.size()) {
         return 0;
     }
-    // One byte unmasked gives nothing away, and memchr passes the long empty parts quickly.
+    // One unmasked byte reveals nothing, and memchr skips the long empty parts quickly.
     const int first = m_masked[0] ^ kMask;
     const unsigned char* const end = bytes + size - m_masked.size() + 1;
     std::size_t count = 0;
@@ -56,7 +56,7 @@ std::size_t MaskedBytes::countInMemory() const {
     std::size_t count = 0;
     forEachWritableRegion([&](std::size_t begin, std::size_t size) {
         const std::size_t end = begin + size;
-        // What is read is copied to the piece: only what lies before and after it counts.
+        // The piece itself contains a copy of the memory: skip it.
         count += countInRange(begin, std::clamp(piece, begin, end));
         count += countInRange(std::clamp(piece + kPieceSize, begin, end), end);
     });

@@ -7,10 +7,10 @@
 
 namespace zr::test {
 
-/// Bytes that nobody else holds: each is masked, so that the search leaves no copy of them.
+/// Bytes to search for. They are stored masked, so that the search itself holds no copy.
 class MaskedBytes {
 public:
-    /// @param bytes  copied masked; what holds them is the caller's to wipe.
+    /// @param bytes  copied masked; the caller wipes its own copy.
     MaskedBytes(const void* bytes, std::size_t size);
 
     /// How often the writable memory of the process holds the bytes.
@@ -23,7 +23,7 @@ private:
     std::basic_string<unsigned char> m_masked;
 };
 
-/// Calls visit with the beginning and the size of each part of memory that can be written.
+/// Calls visit with the beginning and the size of each writable part of memory.
 void forEachWritableRegion(const std::function<void(std::size_t begin, std::size_t size)>& visit);
 
 /// Copies memory of the process as another process would.

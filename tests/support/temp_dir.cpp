@@ -10,8 +10,8 @@ namespace zr::test {
 
 TempDir::TempDir() : m_previous(std::filesystem::current_path()) {
     static int s_number = 0;
-    // Beside the test, not in the system's folder: a module is loaded by a path relative to it, and
-    // under Wine the two lie on different drives.
+    // Beside the test, not in the system's temporary folder: module paths are relative to the
+    // current directory, and under Wine the two are on different drives.
     m_root =
         m_previous / ("temp_" + std::to_string(processId()) + "_" + std::to_string(s_number++));
     std::filesystem::remove_all(m_root);
@@ -44,7 +44,7 @@ void TempDir::writeConfig(std::string_view algo, std::string_view digest) const 
 }
 
 std::string relativePath(const char* file) {
-    // Relative by components: the test's folder and the file may lie behind links.
+    // Compared by components: the test's folder and the file may be behind links.
     const std::filesystem::path target = std::filesystem::absolute(file).lexically_normal();
     return target.lexically_relative(std::filesystem::current_path()).generic_string();
 }

@@ -1,5 +1,5 @@
 // A fresh working directory for a test, with at least two levels below the root, and a log home
-// beside it. Both are removed, and directory and environment restored, at the end.
+// beside it. On destruction both are removed; directory and environment are restored.
 #pragma once
 
 #include <filesystem>
@@ -18,7 +18,7 @@ public:
 
     const std::filesystem::path& root() const { return m_root; }
     const std::filesystem::path& work() const { return m_work; }
-    /// The log home: a folder that is there, and empty.
+    /// The log home: an existing, empty folder.
     const std::filesystem::path& home() const { return m_home; }
 
     /// Names the log home in ZRKEY_HOME_X64.
@@ -40,5 +40,7 @@ std::string relativePath(const char* file);
 
 /// Sets a variable of the process's environment; empty removes it.
 void setEnvironment(const std::string& name, const std::string& value);
+/// Sets a variable of the process's environment to the empty text.
+void setEmptyEnvironment(const std::string& name);
 
 }  // namespace zr::test

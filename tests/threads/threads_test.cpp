@@ -1,10 +1,11 @@
-// What is promised to hosts with threads: atomic reference counts, and separate providers in separate
+// What hosts with threads may rely on: atomic reference counts, and separate providers in separate
 // threads.
 #include <atomic>
 #include <functional>
 #include <thread>
+#include <vector>
 
-#include "tests/contract/token.h"
+#include "tests/support/fixtures/token.h"
 #include "tests/support/log_file.h"
 
 namespace zr::test {
@@ -23,32 +24,27 @@ void inThreads(const std::function<void(int thread)>& work) {
     }
 }
 
-/// What a host does with a token, from loading to the last release.
-void useToken() {
-    ITokenProvider* provider = makeProvider();
-    ASSERT_HR(S_OK, provider->Load(Text(relativePath(ZR_INSTANT_MODULE))));
-    VARIANT result = {};
-    EXPECT_HR(S_OK, invoke(provider, idOf(provider, "GetKeyCount"), {}, &result));
-    EXPECT_EQ(1, result.lVal);
-    IKeyObject* token = nullptr;
-    ASSERT_HR(S_OK, provider->OpenKey(0, reinterpret_cast<void**>(&token)));
+ComRef<ITokenProvider> makeLoadedProvider() {
+    ComRef<ITokenProvider> provider = makeProvider();
+    EXPECT_HR(S_OK, provider->Load(Text(relativePath(ZR_INSTANT_MODULE))));
+    return provider;
+}
+
+/// What a host does with a token, from its opening to its release.
+void useToken(ITokenProvider* provider) {
+    Variant result;
+    EXPECT_HR(S_OK, invoke(provider, idOf(provider, "GetKeyCount"), {}, result.receive()));
+    EXPECT_EQ(1, result.toNumber());
+    ComRef<IKeyObject> token;
+    ASSERT_HR(S_OK, provider->OpenKey(0, token.receive()));
     EXPECT_HR(S_OK, token->VerifyPIN(Text("1234"), 0));
-    EXPECT_HR(S_OK, token->EnumContainer(0, &result));
-    VariantClear(&result);
-    IKeyContainer* container = nullptr;
-    IKeyCertificate* certificate = nullptr;
-    result.vt = VT_I4;
-    result.lVal = 0;
-    ASSERT_HR(S_OK, token->OpenContainer(result, reinterpret_cast<void**>(&container)));
-    EXPECT_HR(S_OK, container->GetKeyCert(true, reinterpret_cast<void**>(&certificate)));
-    EXPECT_HR(S_OK, token->SignData(nullptr, Bytes("data"), certificate, &result));
-    VariantClear(&result);
-    EXPECT_HR(S_OK, token->DigestData(Text("MD5"), Bytes("data"), &result));
-    VariantClear(&result);
-    certificate->Release();
-    container->Release();
-    EXPECT_EQ(0u, token->Release());
-    EXPECT_EQ(0u, provider->Release());
+    EXPECT_HR(S_OK, token->EnumContainer(0, result.receive()));
+    ComRef<IKeyCertificate> certificate = openCertificate(token.get(), Variant::fromNumber(0));
+    EXPECT_HR(S_OK,
+              token->SignData(nullptr, ByteArray("data"), certificate.get(), result.receive()));
+    EXPECT_HR(S_OK, token->DigestData(Text("MD5"), ByteArray("data"), result.receive()));
+    certificate.reset();
+    EXPECT_EQ(0u, token.release()->Release());
 }
 
 class ThreadsTest : public testing::Test {
@@ -59,8 +55,8 @@ protected:
     ConsoleCapture console;
 };
 
-TEST_F(ThreadsTest, ReferencesAreCountedWholeFromManyThreads) {
-    ITokenProvider* provider = makeProvider();
+TEST_F(ThreadsTest, AddRefAndReleaseInManyThreadsKeepTheCount) {
+    ComRef<ITokenProvider> provider = makeProvider();
     inThreads([&](int) {
         for (int i = 0; i < 100 * kRounds; ++i) {
             provider->AddRef();
@@ -69,12 +65,12 @@ TEST_F(ThreadsTest, ReferencesAreCountedWholeFromManyThreads) {
     });
     EXPECT_EQ(2u, provider->AddRef());
     EXPECT_EQ(1u, provider->Release());
-    EXPECT_EQ(0u, provider->Release());
+    EXPECT_EQ(0u, provider.release()->Release());
 }
 
-TEST_F(ThreadsTest, TheLastReferenceMayGoInAnyThread) {
+TEST_F(ThreadsTest, LastReleaseInAnyThreadDestroysTheProviderOnce) {
     for (int round = 0; round < kRounds; ++round) {
-        ITokenProvider* provider = makeProvider();
+        ITokenProvider* const provider = makeProvider().release();
         for (int i = 1; i < kThreads; ++i) {
             provider->AddRef();
         }
@@ -84,31 +80,61 @@ TEST_F(ThreadsTest, TheLastReferenceMayGoInAnyThread) {
     }
 }
 
-TEST_F(ThreadsTest, ProvidersOfTheirOwnAreUsedInManyThreads) {
-    inThreads([](int) {
+TEST_F(ThreadsTest, SeparateProvidersWorkInManyThreads) {
+    // Kept to the end: unloading a module ends the tokens of all providers over it.
+    std::vector<ComRef<ITokenProvider>> providers(kThreads * kRounds);
+    inThreads([&](int thread) {
         for (int i = 0; i < kRounds; ++i) {
-            useToken();
+            ComRef<ITokenProvider>& provider = providers[thread * kRounds + i];
+            provider = makeLoadedProvider();
+            useToken(provider.get());
         }
     });
+    for (ComRef<ITokenProvider>& provider : providers) {
+        EXPECT_EQ(0u, provider.release()->Release());
+    }
 }
 
-TEST_F(ThreadsTest, ProvidersMayLogAtOnce) {
+TEST_F(ThreadsTest, UnloadBesideTokensOfOtherThreadsEndsThemWithoutACrash) {
+    inThreads([](int) {
+        for (int i = 0; i < kRounds; ++i) {
+            ComRef<ITokenProvider> provider = makeLoadedProvider();
+            ComRef<IKeyObject> token;
+            // Another thread may unload the module at any time, also while this one opens a token.
+            provider->OpenKey(0, token.receive());
+            if (token) {
+                const HRESULT hr = token->VerifyPIN(Text("1234"), 0);
+                EXPECT_TRUE(hr == S_OK || hr == E_FAIL) << hr;
+                EXPECT_EQ(0u, token.release()->Release());
+            }
+            EXPECT_EQ(0u, provider.release()->Release());
+        }
+    });
+    const ComRef<ITokenProvider> provider = makeLoadedProvider();
+    useToken(provider.get());
+}
+
+TEST_F(ThreadsTest, ProvidersInManyThreadsLog) {
     folder.enableLog();
-    inThreads([](int) { useToken(); });
-    // Those of one second append to one file; on Windows a line can then take another's place.
+    std::vector<ComRef<ITokenProvider>> providers(kThreads);
+    inThreads([&](int thread) {
+        providers[thread] = makeLoadedProvider();
+        useToken(providers[thread].get());
+    });
+    // Providers created in one second append to one file; on Windows a line may overwrite another.
     const Lines lines = readLogLines(folder.home());
     EXPECT_LE(1, std::count(lines.begin(), lines.end(), "[SignData] End"));
 }
 
-TEST_F(ThreadsTest, AnObjectMayBeHandedToAnotherThread) {
-    ITokenProvider* provider = makeProvider();
+TEST_F(ThreadsTest, ProviderWorksInAnotherThread) {
+    ComRef<ITokenProvider> provider = makeProvider();
     std::thread([&] {
         EXPECT_HR(S_OK, provider->Load(Text(relativePath(ZR_INSTANT_MODULE))));
     }).join();
     INT count = 0;
     EXPECT_HR(S_OK, provider->GetKeyCount(&count));
     EXPECT_EQ(1, count);
-    EXPECT_EQ(0u, provider->Release());
+    EXPECT_EQ(0u, provider.release()->Release());
 }
 
 }  // namespace

@@ -1,84 +1,62 @@
 // Containers and certificates on a real token.
-#include "tests/token/soft_token.h"
+#include "tests/support/fixtures/soft_token.h"
 
 namespace zr::test {
 namespace {
 
-VARIANT integer(LONG value) {
-    VARIANT variant;
-    VariantInit(&variant);
-    variant.vt = VT_I4;
-    variant.lVal = value;
-    return variant;
-}
-
-HRESULT open(IKeyObject* token, const VARIANT& which, IKeyContainer** container) {
-    return token->OpenContainer(which, reinterpret_cast<void**>(container));
-}
-
-TEST_F(SoftTokenTest, TheCertificateIsTheOneContainer) {
-    VARIANT count;
-    VariantInit(&count);
+TEST_F(SoftTokenTest, GetContainerCountReturnsOne) {
+    VARIANT count = {};
     EXPECT_HR(S_OK, token->GetContainerCount(&count));
     EXPECT_EQ(VT_UI4, count.vt);
     EXPECT_EQ(1u, count.ulVal);
 }
 
-TEST_F(SoftTokenTest, TheContainerIsListedByItsId) {
-    VARIANT names;
-    VariantInit(&names);
-    EXPECT_HR(S_OK, token->EnumContainer(0, &names));
-    ASSERT_EQ(VT_ARRAY | VT_BSTR, names.vt);
-    ASSERT_EQ(1u, names.parray->rgsabound[0].cElements);
-    void* data = nullptr;
-    ASSERT_HR(S_OK, SafeArrayAccessData(names.parray, &data));
-    EXPECT_EQ("container1", narrow(*static_cast<BSTR*>(data)));
-    SafeArrayUnaccessData(names.parray);
-    VariantClear(&names);
+TEST_F(SoftTokenTest, EnumContainerListsTheId) {
+    Variant names;
+    EXPECT_HR(S_OK, token->EnumContainer(0, names.receive()));
+    EXPECT_EQ(Lines{"container1"}, names.toTexts());
 }
 
-TEST_F(SoftTokenTest, TheContainerOpensByNameAndByIndexOnly) {
+TEST_F(SoftTokenTest, OpenContainerAcceptsNameAndIndexOnly) {
     const Text name("container1");
     const Text otherName("container2");
-    for (const VARIANT& which : {string(name), integer(0)}) {
-        IKeyContainer* container = nullptr;
-        ASSERT_HR(S_OK, open(token, which, &container));
-        BSTR type = nullptr;
-        EXPECT_HR(S_OK, container->GetType(&type));
-        EXPECT_EQ("", take(type));
-        EXPECT_EQ(0u, container->Release());
+    for (const VARIANT& which : {string(name), Variant::fromNumber(0).get()}) {
+        ComRef<IKeyContainer> container;
+        ASSERT_HR(S_OK, token->OpenContainer(which, container.receive()));
+        Text type;
+        EXPECT_HR(S_OK, container->GetType(type.receive()));
+        EXPECT_EQ("", narrow(type));
+        EXPECT_EQ(0u, container.release()->Release());
     }
-    for (const VARIANT& which : {string(otherName), integer(1), integer(-1), number(0)}) {
-        IKeyContainer* container = nullptr;
-        EXPECT_HR(E_FAIL, open(token, which, &container));
-        EXPECT_EQ(nullptr, container);
+    for (const VARIANT& which : {string(otherName), Variant::fromNumber(1).get(),
+                                 Variant::fromNumber(-1).get(), number(0).get()}) {
+        ComRef<IKeyContainer> container;
+        EXPECT_HR(E_FAIL, token->OpenContainer(which, container.receive()));
+        EXPECT_FALSE(container);
     }
 }
 
-TEST_F(SoftTokenTest, TheCertificateIsTheOneThatOpensslMade) {
-    IKeyCertificate* certificate = openCertificate();
-    BSTR id = nullptr;
-    EXPECT_HR(S_OK, certificate->GetCertID(&id));
-    EXPECT_EQ("container1", take(id));
+TEST_F(SoftTokenTest, GetCertDataReturnsTheCertificateOfOpenssl) {
+    ComRef<IKeyCertificate> certificate = openCertificate();
+    Text id;
+    EXPECT_HR(S_OK, certificate->GetCertID(id.receive()));
+    EXPECT_EQ("container1", narrow(id));
     const std::string expected = readTokenFile("certificate.der");
-    VARIANT data;
-    VariantInit(&data);
-    EXPECT_HR(S_OK, certificate->GetCertData(&data));
-    EXPECT_EQ(expected, takeBytes(&data));
-    EXPECT_HR(S_OK, token->GetCertData(certificate, &data));
-    EXPECT_EQ(expected, takeBytes(&data));
-    EXPECT_EQ(0u, certificate->Release());
+    ByteArray data;
+    EXPECT_HR(S_OK, certificate->GetCertData(data.receive()));
+    EXPECT_EQ(expected, data.bytes());
+    EXPECT_HR(S_OK, token->GetCertData(certificate.get(), data.receive()));
+    EXPECT_EQ(expected, data.bytes());
+    EXPECT_EQ(0u, certificate.release()->Release());
 }
 
-TEST_F(SoftTokenTest, ACertificateKeepsItsContainerAndToken) {
-    IKeyCertificate* certificate = openCertificate();
-    EXPECT_EQ(1u, token->Release());
-    token = nullptr;
-    VARIANT data;
-    VariantInit(&data);
-    EXPECT_HR(S_OK, certificate->GetCertData(&data));
-    EXPECT_EQ(readTokenFile("certificate.der"), takeBytes(&data));
-    EXPECT_EQ(0u, certificate->Release());
+TEST_F(SoftTokenTest, ReleaseOfTheTokenKeepsItAliveForTheCertificate) {
+    ComRef<IKeyCertificate> certificate = openCertificate();
+    EXPECT_EQ(1u, token.release()->Release());
+    ByteArray data;
+    EXPECT_HR(S_OK, certificate->GetCertData(data.receive()));
+    EXPECT_EQ(readTokenFile("certificate.der"), data.bytes());
+    EXPECT_EQ(0u, certificate.release()->Release());
 }
 
 }  // namespace

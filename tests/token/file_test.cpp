@@ -1,5 +1,5 @@
 // Data files on a real token.
-#include "tests/token/soft_token.h"
+#include "tests/support/fixtures/soft_token.h"
 
 namespace zr::test {
 namespace {
@@ -7,24 +7,22 @@ namespace {
 class SoftFileTest : public LoggedInSoftTokenTest {
 protected:
     HRESULT create(const std::string& name) const {
-        IKeyFile* file = nullptr;
-        const HRESULT hr =
-            token->CreateFile(Text(name), 0, 0, 0, 0, reinterpret_cast<void**>(&file));
+        ComRef<IKeyFile> file;
+        const HRESULT hr = token->CreateFile(Text(name), 0, 0, 0, 0, file.receive());
         if (file) {
-            EXPECT_EQ(0u, file->Release());
+            EXPECT_EQ(0u, file.release()->Release());
         }
         return hr;
     }
 
-    IKeyFile* open(const std::string& name) const {
-        IKeyFile* file = nullptr;
-        EXPECT_HR(S_OK, token->OpenFile(Text(name), reinterpret_cast<void**>(&file)));
+    ComRef<IKeyFile> open(const std::string& name) const {
+        ComRef<IKeyFile> file;
+        EXPECT_HR(S_OK, token->OpenFile(Text(name), file.receive()));
         return file;
     }
 
     bool exists(const std::string& name) const {
-        VARIANT result;
-        VariantInit(&result);
+        VARIANT result = {};
         const HRESULT hr = token->FileExists(Text(name), &result);
         EXPECT_EQ(VT_I4, result.vt);
         EXPECT_EQ(hr == S_OK ? 1 : 0, result.lVal);
@@ -34,24 +32,23 @@ protected:
         return hr == S_OK;
     }
 
-    /// A match of FileExists leaves its search open, and SoftHSM2 allows one; a walk ends it.
+    /// FileExists leaves its search open on a match, and SoftHSM2 allows one search.
     void closeSearch() const {
         VARIANT count;
         EXPECT_HR(S_OK, token->GetContainerCount(&count));
     }
 
-    static std::string read(IKeyFile* file, ULONG length) {
-        VARIANT data;
-        VariantInit(&data);
-        EXPECT_HR(S_OK, file->Read(length, &data));
-        return takeBytes(&data);
+    static std::optional<std::string> read(const ComRef<IKeyFile>& file, ULONG length) {
+        ByteArray data;
+        EXPECT_HR(S_OK, file->Read(length, data.receive()));
+        return data.bytes();
     }
 };
 
-TEST_F(SoftFileTest, OneThatAnotherProgramWroteIsReadWhole) {
+TEST_F(SoftFileTest, ReadReturnsTheContentsWrittenByAnotherProgram) {
     const std::string content = readTokenFile("content.bin");
     ASSERT_EQ(256u, content.size());
-    IKeyFile* file = open("101");
+    ComRef<IKeyFile> file = open("101");
     ASSERT_TRUE(file);
     VARIANT size;
     EXPECT_HR(S_OK, file->GetSize(&size));
@@ -64,14 +61,14 @@ TEST_F(SoftFileTest, OneThatAnotherProgramWroteIsReadWhole) {
     EXPECT_EQ(VT_UI1, data.vt);
     EXPECT_HR(S_OK, file->Seek(-1, 2));
     EXPECT_EQ(content.substr(255), read(file, 1));
-    EXPECT_EQ(0u, file->Release());
+    EXPECT_EQ(0u, file.release()->Release());
 }
 
-TEST_F(SoftFileTest, OneIsCreatedUnderItsNameAndFoundUnderTheNext) {
+TEST_F(SoftFileTest, CreateFileMakesAFileFoundUnderTheNextNumber) {
     EXPECT_HR(S_OK, create("3"));
     EXPECT_FALSE(exists("3"));
     EXPECT_TRUE(exists("4"));
-    IKeyFile* file = open("4");
+    ComRef<IKeyFile> file = open("4");
     ASSERT_TRUE(file);
     VARIANT size;
     EXPECT_HR(S_OK, file->GetSize(&size));
@@ -79,21 +76,21 @@ TEST_F(SoftFileTest, OneIsCreatedUnderItsNameAndFoundUnderTheNext) {
     // SoftHSM2 refuses every later change of a value.
     EXPECT_HR(E_FAIL, file->Flush());
     EXPECT_HR(S_OK, file->Close());
-    EXPECT_EQ(0u, file->Release());
+    EXPECT_EQ(0u, file.release()->Release());
     EXPECT_HR(S_OK, token->DeleteFile(Text("4")));
     EXPECT_FALSE(exists("4"));
     EXPECT_HR(E_FAIL, token->DeleteFile(Text("4")));
-    // The deleted file keeps the token, and so the module: its login ends here.
+    // The deleted file keeps the token alive, and with it the login: Unload ends the login.
     EXPECT_HR(S_OK, provider->Unload());
 }
 
-TEST_F(SoftFileTest, TheNameIsWrittenAsItIsAndSoughtAsANumber) {
+TEST_F(SoftFileTest, CreateFileWritesTheNameUnchangedAndFileExistsReadsANumber) {
     // Checked afterwards by around-test: the object's label is "07".
     EXPECT_HR(S_OK, create("07"));
     EXPECT_FALSE(exists("8"));
 }
 
-TEST_F(SoftFileTest, ANameThatIsTakenGetsASecondObject) {
+TEST_F(SoftFileTest, CreateFileOfAnExistingNameCreatesASecondObject) {
     EXPECT_HR(S_OK, create("20"));
     EXPECT_HR(S_OK, create("20"));
     EXPECT_HR(S_OK, token->DeleteFile(Text("21")));
@@ -103,9 +100,8 @@ TEST_F(SoftFileTest, ANameThatIsTakenGetsASecondObject) {
     EXPECT_HR(S_OK, provider->Unload());
 }
 
-TEST_F(SoftFileTest, AMatchLeavesTheSearchOpenUntilAWalkEndsIt) {
-    VARIANT result;
-    VariantInit(&result);
+TEST_F(SoftFileTest, FileExistsOnAMatchLeavesTheSearchOpen) {
+    VARIANT result = {};
     EXPECT_HR(S_OK, token->FileExists(Text("101"), &result));
     EXPECT_HR(E_FAIL, token->FileExists(Text("101"), &result));
     closeSearch();

@@ -1,32 +1,32 @@
 // Logins and PINs on a real token.
-#include "tests/token/soft_token.h"
+#include "tests/support/fixtures/soft_token.h"
 
 namespace zr::test {
 namespace {
 
-TEST_F(SoftTokenTest, AWrongPinIsRefusedAndTheRightOneLogsIn) {
+TEST_F(SoftTokenTest, VerifyPinAcceptsTheRightPinOnly) {
     EXPECT_HR(E_FAIL, token->VerifyPIN(Text("9999"), 0));
     EXPECT_HR(E_FAIL, token->VerifyPIN(nullptr, 0));
     EXPECT_HR(S_OK, token->VerifyPIN(Text("1234"), 0));
 }
 
-TEST_F(LoggedInSoftTokenTest, ASecondLoginSucceeds) {
+TEST_F(LoggedInSoftTokenTest, SecondVerifyPinSucceeds) {
     EXPECT_HR(S_OK, token->VerifyPIN(Text("1234"), 0));
 }
 
-TEST_F(LoggedInSoftTokenTest, ATypeThatIsNeitherUserNorOfficerIsRefused) {
+TEST_F(LoggedInSoftTokenTest, VerifyPinWithAnotherTypeIsRefused) {
     EXPECT_HR(E_INVALIDARG, token->VerifyPIN(Text("1234"), 2));
     EXPECT_HR(E_INVALIDARG, token->VerifyPIN(Text("1234"), -1));
 }
 
-TEST_F(SoftTokenTest, TheSecurityOfficerLogsInWithHisPinOnly) {
+TEST_F(SoftTokenTest, VerifyPinOfTheOfficerAcceptsTheOfficersPinOnly) {
     EXPECT_HR(E_FAIL, token->VerifyPIN(Text("1234"), 1));
     EXPECT_HR(S_OK, token->VerifyPIN(Text("87654321"), 1));
-    // SoftHSM2 lets nobody else in then.
+    // SoftHSM2 then refuses the login of the user.
     EXPECT_HR(E_FAIL, token->VerifyPIN(Text("1234"), 0));
 }
 
-TEST_F(SoftTokenTest, TheUsersPinIsChangedAndChangedBack) {
+TEST_F(SoftTokenTest, ModifyPinOfTheUserChangesThePin) {
     EXPECT_HR(S_OK, token->ModifyPIN(Text("1234"), Text("56789012"), 0));
     EXPECT_HR(E_FAIL, token->VerifyPIN(Text("1234"), 0));
     EXPECT_HR(S_OK, token->VerifyPIN(Text("56789012"), 0));
@@ -34,30 +34,30 @@ TEST_F(SoftTokenTest, TheUsersPinIsChangedAndChangedBack) {
     EXPECT_HR(S_OK, token->VerifyPIN(Text("1234"), 0));
 }
 
-TEST_F(SoftTokenTest, TheOfficersPinIsChangedAndChangedBack) {
+TEST_F(SoftTokenTest, ModifyPinOfTheOfficerChangesThePin) {
     EXPECT_HR(S_OK, token->ModifyPIN(Text("87654321"), Text("12345"), 1));
     EXPECT_HR(E_FAIL, token->VerifyPIN(Text("87654321"), 1));
     EXPECT_HR(S_OK, token->ModifyPIN(Text("12345"), Text("87654321"), 1));
     EXPECT_HR(S_OK, token->VerifyPIN(Text("87654321"), 1));
 }
 
-TEST_F(SoftTokenTest, APinIsNotChangedWithTheWrongOldOne) {
+TEST_F(SoftTokenTest, ModifyPinWithTheWrongOldPinFails) {
     EXPECT_HR(E_FAIL, token->ModifyPIN(Text("4321"), Text("5678"), 0));
     EXPECT_HR(S_OK, token->VerifyPIN(Text("1234"), 0));
 }
 
-TEST_F(SoftTokenTest, PinsOfThreeAndOfNineCharactersAreRefused) {
+TEST_F(SoftTokenTest, ModifyPinToThreeOrNineCharactersIsRefused) {
     EXPECT_HR(E_INVALIDARG, token->ModifyPIN(Text("1234"), Text("567"), 0));
     EXPECT_HR(E_INVALIDARG, token->ModifyPIN(Text("1234"), Text("567890123"), 0));
     EXPECT_HR(S_OK, token->VerifyPIN(Text("1234"), 0));
 }
 
-TEST_F(SoftTokenTest, ReleasingTheTokenLogsOut) {
+TEST_F(SoftTokenTest, LastReleaseOfTheTokenLogsOut) {
     EXPECT_HR(S_OK, token->VerifyPIN(Text("87654321"), 1));
-    EXPECT_EQ(0u, token->Release());
+    EXPECT_EQ(0u, token.release()->Release());
     token = openToken(provider);
     ASSERT_TRUE(token);
-    // The officer's login would refuse the user's.
+    // With the officer logged in, SoftHSM2 would refuse the user.
     EXPECT_HR(S_OK, token->VerifyPIN(Text("1234"), 0));
 }
 

@@ -1,13 +1,13 @@
-// A token that goes away in the middle of the work: each operation then fails as documented, what
-// was handed out is released as ever, and the module unloads.
+// A token that is pulled while it is used: each operation then fails as documented, objects are
+// released as usual, and the module unloads.
 #include <filesystem>
 
-#include "tests/token/soft_token.h"
+#include "tests/support/fixtures/soft_token.h"
 
 namespace zr::test {
 namespace {
 
-/// Takes SoftHSM2's tokens away, and puts them back at the end.
+/// Removes the tokens of SoftHSM2 and restores them on destruction.
 class PulledToken {
 public:
     PulledToken() { std::filesystem::rename(tokenFile("tokens"), tokenFile("pulled")); }
@@ -22,18 +22,16 @@ public:
 class PulledTokenTest : public SoftTokenTest {
 protected:
     ~PulledTokenTest() override {
-        EXPECT_EQ(0u, token->Release());
-        token = nullptr;
+        EXPECT_EQ(0u, token.release()->Release());
         EXPECT_HR(S_OK, provider->Unload());
     }
 
     void expectNoFile(const char* name) const {
-        IKeyFile* file = nullptr;
-        EXPECT_HR(E_FAIL, token->OpenFile(Text(name), reinterpret_cast<void**>(&file)));
-        EXPECT_EQ(nullptr, file);
-        EXPECT_HR(E_FAIL,
-                  token->CreateFile(Text(name), 0, 0, 0, 0, reinterpret_cast<void**>(&file)));
-        EXPECT_EQ(nullptr, file);
+        ComRef<IKeyFile> file;
+        EXPECT_HR(E_FAIL, token->OpenFile(Text(name), file.receive()));
+        EXPECT_FALSE(file);
+        EXPECT_HR(E_FAIL, token->CreateFile(Text(name), 0, 0, 0, 0, file.receive()));
+        EXPECT_FALSE(file);
         VARIANT exists = poisoned();
         EXPECT_HR(E_FAIL, token->FileExists(Text(name), &exists));
         EXPECT_EQ(VT_I4, exists.vt);
@@ -42,7 +40,7 @@ protected:
     }
 };
 
-TEST_F(PulledTokenTest, AfterItWasOpenedNoLoginAndNoFileSucceeds) {
+TEST_F(PulledTokenTest, OperationsAfterTheTokenIsPulledFail) {
     const PulledToken pulled;
     BSTR label = nullptr;
     const HRESULT hr = token->GetLabel(&label);
@@ -59,43 +57,39 @@ TEST_F(PulledTokenTest, AfterItWasOpenedNoLoginAndNoFileSucceeds) {
     EXPECT_EQ(VT_UI1, names.vt);
 }
 
-TEST_F(PulledTokenTest, AfterTheLoginNothingIsSigned) {
+TEST_F(PulledTokenTest, SignDataAfterTheTokenIsPulledFails) {
     ASSERT_HR(S_OK, token->VerifyPIN(Text("1234"), 0));
-    IKeyCertificate* certificate = openCertificate();
+    ComRef<IKeyCertificate> certificate = openCertificate();
     const PulledToken pulled;
     VARIANT result = poisoned();
-    EXPECT_HR(E_FAIL, token->SignData(nullptr, Bytes("x"), certificate, &result));
-    EXPECT_HR(E_FAIL, token->GetCertData(certificate, &result));
+    EXPECT_HR(E_FAIL, token->SignData(nullptr, ByteArray("x"), certificate.get(), &result));
+    EXPECT_HR(E_FAIL, token->GetCertData(certificate.get(), &result));
     EXPECT_EQ(VT_UI1, result.vt);
     expectNoFile("9");
-    IKeyContainer* container = nullptr;
-    const Text name("container1");
-    EXPECT_HR(E_FAIL, token->OpenContainer(string(name), reinterpret_cast<void**>(&container)));
-    EXPECT_EQ(nullptr, container);
-    certificate->Release();
+    ComRef<IKeyContainer> container;
+    EXPECT_HR(E_FAIL,
+              token->OpenContainer(Variant::fromText(Text("container1")), container.receive()));
+    EXPECT_FALSE(container);
 }
 
-TEST_F(PulledTokenTest, InTheMiddleOfAFileWhatWasReadIsServedOn) {
+TEST_F(PulledTokenTest, ReadAfterTheTokenIsPulledReturnsTheLoadedContents) {
     ASSERT_HR(S_OK, token->VerifyPIN(Text("1234"), 0));
     const std::string content = readTokenFile("content.bin");
-    IKeyFile* file = nullptr;
-    ASSERT_HR(S_OK, token->OpenFile(Text("101"), reinterpret_cast<void**>(&file)));
+    ComRef<IKeyFile> file;
+    ASSERT_HR(S_OK, token->OpenFile(Text("101"), file.receive()));
     const PulledToken pulled;
-    VARIANT data;
-    VariantInit(&data);
-    EXPECT_HR(S_OK, file->Read(256, &data));
-    EXPECT_EQ(content, takeBytes(&data));
+    ByteArray data;
+    EXPECT_HR(S_OK, file->Read(256, data.receive()));
+    EXPECT_EQ(content, data.bytes());
     EXPECT_HR(E_FAIL, file->Flush());
     EXPECT_HR(S_OK, file->Close());
-    file->Release();
 }
 
-TEST_F(PulledTokenTest, AnotherCanNotBeOpened) {
+TEST_F(PulledTokenTest, OpenKeyAfterTheTokenIsPulledFindsNoToken) {
     const PulledToken pulled;
-    ITokenProvider* other = makeProvider();
+    ComRef<ITokenProvider> other = makeProvider();
     EXPECT_HR(S_OK, load(other));
-    EXPECT_EQ(nullptr, openToken(other));
-    other->Release();
+    EXPECT_FALSE(openToken(other));
 }
 
 }  // namespace

@@ -1,15 +1,15 @@
-// What stands behind the test's malloc and operator new.
+// The allocator behind the test's malloc and operator new.
 #pragma once
 
 #include <cstddef>
 
 namespace zr::test {
 
-/// @param caller  where the allocation was asked for.
-/// @return zeroed memory when isZeroed; null when the system has none or it is this one's turn to
+/// @param caller  the caller of the allocation.
+/// @return zeroed memory when isZeroed; null when the system has none or the allocation must
 /// fail.
 void* allocateCounted(std::size_t size, bool isZeroed, void* caller);
-/// The same for a block that is to grow or shrink; on failure it stays as it is.
+/// The same for a block that changes its size; a failure leaves it unchanged.
 void* reallocateCounted(void* block, std::size_t size, void* caller);
 void releaseCounted(void* block);
 

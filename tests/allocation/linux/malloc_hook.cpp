@@ -1,4 +1,4 @@
-// The process's malloc, before that of the C library and of the sanitizers.
+// The malloc of the process; it replaces those of the C library and the sanitizers.
 #include <dlfcn.h>
 #include <link.h>
 #include <unwind.h>
@@ -54,7 +54,7 @@ Function* next(const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
-// The dynamic loader may allocate while the functions behind these are looked up.
+// The dynamic loader may allocate while the original functions are looked up.
 AllocatorFunctions g_behind;
 bool g_isLookingUp = false;
 alignas(16) char g_early[8192];

@@ -1,4 +1,4 @@
-// operator new and delete of the whole process, over the counting allocator.
+// operator new and delete of the process, over the counting allocator.
 #include <new>
 
 #include "tests/allocation/linux/allocation_hook.h"

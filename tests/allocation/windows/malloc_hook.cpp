@@ -1,5 +1,5 @@
-// The C library's malloc, as the test and the library import it. operator new, which is linked into
-// each of them, ends there too.
+// Replaces the C library's malloc, as the test and the library import it. operator new, linked into
+// each of them, calls it too.
 #include <windows.h>
 
 #include <cstdlib>
@@ -11,7 +11,7 @@
 namespace zr::test {
 namespace {
 
-// This file's own imports are replaced like all others.
+// The imports of this file are replaced, too.
 AllocatorFunctions g_behind;
 
 void* note(bool isNoted, void* block) {
@@ -54,7 +54,7 @@ const IMAGE_NT_HEADERS* headersOf(const char* base) {
     return reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
 }
 
-/// @return the place that an imported function is called by; null when it is not imported.
+/// @return the import table entry of a function; null when it is not imported.
 void** importOf(char* base, const char* name) {
     const auto& directory =
         headersOf(base)->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];

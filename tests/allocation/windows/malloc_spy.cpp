@@ -1,4 +1,4 @@
-// Looks over the task allocator's shoulder by the means that it has for that.
+// Watches the task allocator through its spy interface.
 #include "tests/allocation/windows/malloc_spy.h"
 
 #include <windows.h>

@@ -3,7 +3,7 @@
 
 namespace zr::test {
 
-/// From now on strings, arrays and all else that comes from the task allocator is counted.
+/// Starts counting strings, arrays and all other memory of the task allocator.
 void watchTaskMemory();
 
 }  // namespace zr::test

@@ -1,5 +1,5 @@
-// The frame of a command: what its body throws is reported, on each stream in its form.
-#include "command_frame.h"
+// The frame of a command: what its body throws is reported on both streams.
+#include "host/commands/command_frame.h"
 
 #include <gtest/gtest.h>
 
@@ -12,8 +12,8 @@ namespace zr::test {
 namespace {
 
 /// Runs a body as the command "list" with --json.
-/// @return what stands on standard output.
-template <typename Body>
+/// @return its standard output.
+template <class Body>
 std::string outputOf(Body body) {
     host::ReportOptions options;
     options.json = true;
@@ -24,18 +24,18 @@ std::string outputOf(Body body) {
     return output;
 }
 
-TEST(CommandFrameTest, AnExceptionIsAFailureWithItsObject) {
+TEST(CommandFrameTest, ExceptionIsAFailureInJson) {
     EXPECT_EQ(
         "{\"schema\":1,\"command\":\"list\",\"failure\":{\"exit\":1,\"asked\":\"finish list\","
-        "\"cause\":\"no way\",\"advice\":\"nothing is known of how to mend it\"}}\n",
-        outputOf([]() -> host::Result { throw std::runtime_error("no way"); }));
+        "\"cause\":\"unexpected error: no way\",\"advice\":\"run it again with --verbose\"}}\n",
+        outputOf([]() -> host::Report { throw std::runtime_error("no way"); }));
 }
 
-TEST(CommandFrameTest, LackOfMemoryIsAFailureWithItsObject) {
+TEST(CommandFrameTest, OutOfMemoryIsAFailureInJson) {
     EXPECT_EQ(
         "{\"schema\":1,\"command\":\"list\",\"failure\":{\"exit\":1,\"asked\":\"finish list\","
-        "\"cause\":\"there is not enough memory\",\"advice\":\"free some, or ask for less\"}}\n",
-        outputOf([]() -> host::Result { throw std::bad_alloc(); }));
+        "\"cause\":\"out of memory\",\"advice\":\"free some memory, or use less data\"}}\n",
+        outputOf([]() -> host::Report { throw std::bad_alloc(); }));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The help of every command, to the last character, and the references that say more.
+// The help of every command, to the last character, and its reference.
 #include <regex>
 #include <sstream>
 
@@ -9,7 +9,7 @@ namespace {
 
 class CommandHelpTest : public CommandTest {
 protected:
-    /// Looks for every switch of a command's help in its reference; returns how many there are.
+    /// Expects every switch of a command's help in its reference; returns their number.
     static int expectSwitchesIn(const std::string& page, std::vector<std::string> command) {
         const std::string reference = readFile(std::string(ZRKEY_DOCS "/") + page);
         command.emplace_back("--help");
@@ -19,7 +19,7 @@ protected:
         for (std::sregex_iterator match(help.begin(), help.end(), pattern), end; match != end;
              ++match, ++switches) {
             const std::string name = (*match)[1].str();
-            // With its value behind it, or alone.
+            // Followed by its value, or alone.
             EXPECT_TRUE(reference.find('`' + name + '`') != std::string::npos ||
                         reference.find('`' + name + ' ') != std::string::npos)
                 << name;
@@ -34,7 +34,7 @@ std::vector<std::string> wordsOf(const std::string& line) {
     return {std::istream_iterator<std::string>(stream), {}};
 }
 
-TEST_F(CommandHelpTest, EveryPageIsAsItIsKept) {
+TEST_F(CommandHelpTest, EveryHelpPageMatchesTheKeptText) {
     const std::string mark = "$ zrkey ";
     std::string pages = readFile(ZRKEY_HELP);
     int count = 0;
@@ -47,15 +47,15 @@ TEST_F(CommandHelpTest, EveryPageIsAsItIsKept) {
         expectOutput(wordsOf(line), pages.substr(lineEnd + 1, end - lineEnd - 1));
         begin = end;
     }
-    // Three groups among them.
+    // Including three groups.
     EXPECT_EQ(18, count);
 }
 
-TEST_F(CommandHelpTest, EverySwitchOfRunStandsInItsReference) {
+TEST_F(CommandHelpTest, EverySwitchOfRunIsInItsReference) {
     EXPECT_GE(expectSwitchesIn("script-reference.md", {"run"}), 4);
 }
 
-TEST_F(CommandHelpTest, EverySwitchOfTheCommandsStandsInTheirReference) {
+TEST_F(CommandHelpTest, EverySwitchOfTheCommandsIsInTheirReference) {
     const std::vector<std::vector<std::string>> commands = {
         {"list"},           {"info"},         {"login"},          {"pin", "change"},
         {"file", "exists"}, {"file", "read"}, {"file", "create"}, {"file", "delete"},
@@ -66,7 +66,7 @@ TEST_F(CommandHelpTest, EverySwitchOfTheCommandsStandsInTheirReference) {
     }
 }
 
-TEST_F(CommandHelpTest, AGroupNeedsItsCommand) {
+TEST_F(CommandHelpTest, GroupWithoutACommandIsWrongUsage) {
     for (const char* group : {"pin", "file", "cert"}) {
         expectUsageError({group}, "A subcommand is required");
     }

@@ -1,5 +1,5 @@
-// The command line of zrkey as a process: what stands on which stream, and the exit code.
-#include "child_command.h"
+// The command line of zrkey as a process: its streams and exit codes.
+#include "tests/host/child_command.h"
 
 namespace zr::test {
 namespace {
@@ -13,21 +13,21 @@ TEST_F(CommandLineTest, VersionIsPrinted) {
     EXPECT_EQ(result.errors, "");
 }
 
-TEST_F(CommandLineTest, AWordTooManyIsNotRepeated) {
+TEST_F(CommandLineTest, UnexpectedWordIsNotRepeated) {
     // It may be a PIN.
     const CommandResult result = zrkey({"login", "97531"});
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.errors, "zrkey: an argument is not expected; zrkey --help shows the usage\n");
+    EXPECT_EQ(result.errors, "zrkey: unexpected argument; zrkey --help shows the usage\n");
 }
 
-TEST_F(CommandLineTest, AFailureHasItsExitCode) {
+TEST_F(CommandLineTest, FailureHasItsExitCode) {
     const CommandResult result = zrkey({"list", "--workdir", "missing", "--module", "any"});
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_EQ(result.output, "");
     EXPECT_EQ(result.errors,
-              "zrkey: cannot change to the folder \"missing\": the system refused it; give "
-              "--workdir with the folder of config.xml\n");
+              "zrkey: cannot change to the folder \"missing\": No such file or directory; check "
+              "--workdir, the folder that contains config.xml\n");
 }
 
 }  // namespace

@@ -1,14 +1,14 @@
 // zrkey file, cert, sign, verify and digest on a real token, with openssl and pkcs11-tool before
 // and after.
-#include "command_token_test.h"
+#include "tests/host/command_token_test.h"
 
 namespace zr::test {
 namespace {
 
 using ObjectCommandTest = CommandTokenTest;
 
-TEST_F(ObjectCommandTest, AFileIsCreatedUnderItsNameAndFoundUnderTheNext) {
-    // The object stays for pkcs11-tool to find.
+TEST_F(ObjectCommandTest, FileCreatedUnderANameIsFoundUnderTheNext) {
+    // The object stays: pkcs11-tool looks for it afterwards.
     expectOutput(zrkeyLoggedIn({"file", "create", "7"}), "created 7, found as 8\n");
     expectOutput(zrkeyLoggedIn({"file", "exists", "8"}), "8 exists\n");
     expectOutput(zrkeyLoggedIn({"file", "read", "8"}), "");
@@ -16,13 +16,13 @@ TEST_F(ObjectCommandTest, AFileIsCreatedUnderItsNameAndFoundUnderTheNext) {
                   "a file created as N is found as N + 1");
 }
 
-TEST_F(ObjectCommandTest, AFileIsDeletedOnce) {
+TEST_F(ObjectCommandTest, DeletedFileIsNotFoundAgain) {
     EXPECT_EQ(0, zrkeyLoggedIn({"file", "create", "20"}).exitCode);
     expectOutput(zrkeyLoggedIn({"file", "delete", "21"}), "deleted 21\n");
     expectFailure(zrkeyLoggedIn({"file", "delete", "21"}), 4, "cannot find the file 21");
 }
 
-TEST_F(ObjectCommandTest, AFileOfAnotherProgramIsReadByteByByte) {
+TEST_F(ObjectCommandTest, FileOfAnotherProgramIsReadUnchanged) {
     const std::string content = readTokenFile("content.bin");
     ASSERT_EQ(256u, content.size());
     expectOutput(zrkeyLoggedIn({"file", "read", "101"}), content);
@@ -33,28 +33,28 @@ TEST_F(ObjectCommandTest, AFileOfAnotherProgramIsReadByteByByte) {
     EXPECT_EQ(513u, hex.output.size());
 }
 
-TEST_F(ObjectCommandTest, AFileThatIsNotThereIsNotRead) {
+TEST_F(ObjectCommandTest, MissingFileIsNotRead) {
     expectFailure(zrkeyLoggedIn({"file", "read", "500"}), 4, "cannot open the file 500");
     expectFailure(zrkey({"file", "read", "500"}), 4, "give --pin");
 }
 
-TEST_F(ObjectCommandTest, AFileIsNotCreatedWithoutALogin) {
-    expectFailure(zrkey({"file", "create", "30"}), 7, "log in for it");
+TEST_F(ObjectCommandTest, CreateFileWithoutALoginFails) {
+    expectFailure(zrkey({"file", "create", "30"}), 7, "log in first");
 }
 
-TEST_F(ObjectCommandTest, ANameThatIsNoNumberIsWrongUsage) {
+TEST_F(ObjectCommandTest, NameThatIsNotANumberIsWrongUsage) {
     for (const char* name : {"0", "65537", "abc", "7x", "07", "+7", "99999999999"}) {
         expectFailure(zrkeyLoggedIn({"file", "read", name}), 2, "a number from 1 to 65536");
     }
 }
 
-TEST_F(ObjectCommandTest, AFileThatNoNameWouldFindIsNotCreated) {
+TEST_F(ObjectCommandTest, FileThatNoNameWouldFindIsNotCreated) {
     expectFailure(zrkeyLoggedIn({"file", "create", "65536"}), 2, "a number from 1 to 65535");
     expectOutput(zrkeyLoggedIn({"file", "create", "65535"}), "created 65535, found as 65536\n");
     expectOutput(zrkeyLoggedIn({"file", "delete", "65536"}), "deleted 65536\n");
 }
 
-TEST_F(ObjectCommandTest, OutputThatCannotBeWrittenIsAFailure) {
+TEST_F(ObjectCommandTest, UnwritableOutputIsAFailure) {
     expectFailure(zrkeyLoggedIn({"file", "read", "101", "-o", "no/folder/file"}), 1,
                   "cannot write to \"no/folder/file\"");
 }
@@ -66,38 +66,38 @@ TEST_F(ObjectCommandTest, CertificatesAreListedByName) {
                  "\"0x00000000\"},\"certificates\":[{\"index\":0,\"name\":\"container1\"}]}\n");
 }
 
-TEST_F(ObjectCommandTest, ACertificateIsTheOneThatOpensslMade) {
+TEST_F(ObjectCommandTest, CertificateEqualsTheOneMadeByOpenssl) {
     expectOutput(zrkey({"cert", "read"}), readTokenFile("certificate.der"));
     expectOutput(zrkey({"cert", "read", "--cert", "container1", "--format", "pem"}),
                  readTokenFile("certificate.pem"));
     expectOutput(zrkey({"cert", "read", "--cert-index", "0"}), readTokenFile("certificate.der"));
 }
 
-TEST_F(ObjectCommandTest, ACertificateThatIsNotThereIsNotRead) {
+TEST_F(ObjectCommandTest, MissingCertificateIsNotRead) {
     expectFailure(zrkey({"cert", "read", "--cert", "container2"}), 4,
-                  "there are: 0 \"container1\"");
+                  "the certificates are: 0 \"container1\"");
     expectFailure(zrkey({"cert", "read", "--cert-index", "1"}), 4, "index 1");
 }
 
-TEST_F(ObjectCommandTest, ASignatureIsLeftForOpensslToVerify) {
+TEST_F(ObjectCommandTest, SignatureIsLeftForOpensslToVerify) {
     expectOutput(zrkeyLoggedIn({"sign", "-o", tokenFile("by-token.bin")}, "signed by the token"),
                  "");
     EXPECT_EQ(256u, readTokenFile("by-token.bin").size());
 }
 
-TEST_F(ObjectCommandTest, WhatIsSignedIsVerifiedAndAChangeIsNot) {
+TEST_F(ObjectCommandTest, SignedDataVerifiesAndChangedDataDoesNot) {
     const std::string data("\0\r\n\x1a\xff", 5);
     writeFile("data.bin", data);
     expectOutput(zrkeyLoggedIn({"sign", "-i", "data.bin", "-o", "signature.bin"}), "");
     expectOutput(zrkeyLoggedIn({"verify", "--signature", "signature.bin"}, data),
                  "verified by the key of \"container1\"\n");
     expectFailure(zrkeyLoggedIn({"verify", "--signature", "signature.bin"}, data + "x"), 6,
-                  "the library answered E_FAIL (0x80004005)");
+                  "the library returned E_FAIL (0x80004005)");
     expectFailure(zrkeyLoggedIn({"verify", "-i", "signature.bin", "--signature", "data.bin"}), 6,
                   "cannot verify");
 }
 
-TEST_F(ObjectCommandTest, ASignatureOfOpensslIsVerifiedAndAChangedByteIsNot) {
+TEST_F(ObjectCommandTest, SignatureByOpensslVerifiesAndAChangedByteDoesNot) {
     std::string signature = readTokenFile("by-openssl.bin");
     writeFile("signature.bin", signature);
     EXPECT_EQ(
@@ -108,14 +108,14 @@ TEST_F(ObjectCommandTest, ASignatureOfOpensslIsVerifiedAndAChangedByteIsNot) {
                   "cannot verify");
 }
 
-TEST_F(ObjectCommandTest, WithoutALoginNothingIsSignedOrVerified) {
+TEST_F(ObjectCommandTest, SignAndVerifyWithoutALoginFail) {
     expectFailure(zrkey({"sign"}, "data"), 7, "RPC_E_CANTCALLOUT_INEXTERNALCALL (0x80010005)");
     writeFile("signature.bin", readTokenFile("by-openssl.bin"));
     expectFailure(zrkey({"verify", "--signature", "signature.bin"}, "data"), 7,
                   "RPC_E_CANTCALLOUT_INEXTERNALCALL (0x80010005)");
 }
 
-TEST_F(ObjectCommandTest, ASignatureInJsonIsBase64) {
+TEST_F(ObjectCommandTest, SignatureInJsonIsBase64) {
     const CommandResult result = zrkeyLoggedIn({"sign", "--json"}, "data");
     EXPECT_EQ(0, result.exitCode);
     const std::size_t begin = result.output.find("\"signature\":\"");
@@ -125,8 +125,8 @@ TEST_F(ObjectCommandTest, ASignatureInJsonIsBase64) {
     expectFailure(zrkeyLoggedIn({"sign", "--json", "-o", "signature.bin"}, "data"), 2, "--json");
 }
 
-TEST_F(ObjectCommandTest, AnUnknownFormatOrIndexIsWrongUsage) {
-    expectFailure(zrkeyLoggedIn({"sign", "--format", "der"}), 2, "raw, hex, base64 and pem");
+TEST_F(ObjectCommandTest, UnknownFormatOrIndexIsWrongUsage) {
+    expectFailure(zrkeyLoggedIn({"sign", "--format", "der"}), 2, "raw, hex, base64 or pem");
     for (const char* index : {"a", "-1", "+1", "", " 0", "0 ", "010", "0x0", "0b1", "1e0",
                               "2147483648", "4294967296", "99999999999999999999"}) {
         expectFailure(zrkey({"info", std::string("--index=") + index}), 2, "--index");
@@ -135,16 +135,16 @@ TEST_F(ObjectCommandTest, AnUnknownFormatOrIndexIsWrongUsage) {
     }
 }
 
-TEST_F(ObjectCommandTest, AnInputThatIsNotThereIsAFailure) {
+TEST_F(ObjectCommandTest, MissingInputIsAFailure) {
     expectFailure(zrkeyLoggedIn({"sign", "-i", "nowhere"}), 1, "cannot read \"nowhere\"");
 }
 
-TEST_F(ObjectCommandTest, StandardInputIsNotReadTwice) {
+TEST_F(ObjectCommandTest, TwoReadsOfStandardInputAreRefused) {
     expectFailure(zrkey({"sign", "--pin", "-"}, "1234\n"), 2, "standard input twice");
     expectFailure(zrkeyLoggedIn({"verify", "--signature", "-"}), 2, "standard input twice");
 }
 
-TEST_F(ObjectCommandTest, ADigestIsMd5InHex) {
+TEST_F(ObjectCommandTest, DigestIsMd5InHex) {
     // The test value of RFC 1321.
     expectOutput(zrkey({"digest"}, "abc"), "900150983cd24fb0d6963f7d28e17f72\n");
     expectOutput(zrkey({"digest", "--method", "MD5", "--format", "base64"}, "abc"),

@@ -1,10 +1,10 @@
-// What file, cert, sign, verify and digest say, to the last character.
+// The reports of file, cert, sign, verify and digest, to the last character.
 #include "tests/host/command_test.h"
 
 namespace zr::test {
 namespace {
 
-constexpr const char* kFailed = "the library answered E_FAIL (0x80004005); ";
+constexpr const char* kFailed = "the library returned E_FAIL (0x80004005); ";
 
 class ObjectReportTest : public CommandTest {
 protected:
@@ -22,14 +22,14 @@ protected:
     }
 };
 
-TEST_F(ObjectReportTest, AFileIsCreatedFoundReadAndDeleted) {
+TEST_F(ObjectReportTest, FileIsCreatedFoundReadAndDeleted) {
     expectOutput(withPin({"file", "create", "7"}), "created 7, found as 8\n");
     expectOutput(withPin({"file", "exists", "8"}), "8 exists\n");
     expectOutput(withPin({"file", "read", "8"}), "");
     expectOutput(withPin({"file", "delete", "8"}), "deleted 8\n");
 }
 
-TEST_F(ObjectReportTest, AFileInJson) {
+TEST_F(ObjectReportTest, FileCommandsReportInJson) {
     expectJson(withPin({"file", "create", "7"}), "file create", R"("name":"7","foundAs":"8")");
     expectJson(withPin({"file", "exists", "8"}), "file exists", R"("name":"8","exists":true)");
     module.addData("8", "abc");
@@ -37,7 +37,7 @@ TEST_F(ObjectReportTest, AFileInJson) {
     expectJson(withPin({"file", "delete", "9"}), "file delete", R"("name":"9")");
 }
 
-TEST_F(ObjectReportTest, AFileInTheFormats) {
+TEST_F(ObjectReportTest, FileContentIsWrittenInEachFormat) {
     module.addData("8", "abc");
     expectOutput(withPin({"file", "read", "9"}), "abc");
     expectOutput(withPin({"file", "read", "9", "--format", "raw"}), "abc");
@@ -49,9 +49,10 @@ TEST_F(ObjectReportTest, AFileInTheFormats) {
     EXPECT_EQ("abc", readFile("content.bin"));
 }
 
-TEST_F(ObjectReportTest, AFileThatIsNotFoundSaysWhatNamesMean) {
+TEST_F(ObjectReportTest, MissingFileExplainsTheNames) {
     const std::string advice = "a file created as N is found as N + 1";
-    const std::string more = advice + ", and private files are seen after a login: give --pin";
+    const std::string more =
+        advice + ", and private files are visible only after a login: give --pin";
     expectFailure(withPin({"file", "exists", "7"}), 4, "find the file 7: " + (kFailed + advice));
     expectFailure({"file", "exists", "7"}, 4, "find the file 7: " + (kFailed + more));
     expectFailure(withPin({"file", "read", "7"}), 4, "open the file 7: " + (kFailed + advice));
@@ -60,22 +61,22 @@ TEST_F(ObjectReportTest, AFileThatIsNotFoundSaysWhatNamesMean) {
     expectFailure({"file", "delete", "7"}, 4, "find the file 7: " + (kFailed + more));
 }
 
-TEST_F(ObjectReportTest, AFileThatIsNotCreatedSaysWhatIsMissing) {
+TEST_F(ObjectReportTest, RefusedCreateFileSaysWhatIsMissing) {
     module->fail("C_CreateObject", 0, CKR_GENERAL_ERROR);
     expectFailure(withPin({"file", "create", "7"}), 1,
                   std::string("create the file 7: ") + kFailed +
-                      "the token may be full or written by its user only");
+                      "the token may be full, or allow only its user to write");
     expectFailure({"file", "create", "7"}, 7,
-                  std::string("create the file 7: ") + kFailed + "log in for it: give --pin");
+                  std::string("create the file 7: ") + kFailed + "log in first: give --pin");
 }
 
-TEST_F(ObjectReportTest, AFileThatIsNotDeletedSaysWhatIsMissing) {
+TEST_F(ObjectReportTest, RefusedDeleteFileSaysWhatIsMissing) {
     module.addData("7", "abc");
     module->fail("C_DestroyObject", 0, CKR_GENERAL_ERROR);
     expectFailure(withPin({"file", "delete", "8"}), 1,
                   std::string("delete the file 8: ") + kFailed + "the file may be protected");
     expectFailure({"file", "delete", "8"}, 7,
-                  std::string("delete the file 8: ") + kFailed + "log in for it: give --pin");
+                  std::string("delete the file 8: ") + kFailed + "log in first: give --pin");
 }
 
 TEST_F(ObjectReportTest, CertificatesAreListed) {
@@ -86,7 +87,7 @@ TEST_F(ObjectReportTest, CertificatesAreListed) {
                R"("certificates":[{"index":0,"name":"one"},{"index":1,"name":"t\u001bwo"}])");
 }
 
-TEST_F(ObjectReportTest, ACertificateIsReadInItsFormats) {
+TEST_F(ObjectReportTest, CertificateIsReadInEachFormat) {
     addCertificate("one", "abc");
     expectOutput({"cert", "read"}, "abc");
     expectOutput({"cert", "read", "--format", "pem"},
@@ -94,14 +95,14 @@ TEST_F(ObjectReportTest, ACertificateIsReadInItsFormats) {
     expectJson({"cert", "read"}, "cert read", R"("certificate":"YWJj","name":"one")");
 }
 
-TEST_F(ObjectReportTest, ACertificateIsChosenByNameOrIndex) {
+TEST_F(ObjectReportTest, CertificateIsChosenByNameOrIndex) {
     addCertificate("one", "1");
     addCertificate("two", "2");
     expectOutput({"cert", "read", "--cert", "two"}, "2");
     expectOutput({"cert", "read", "--cert-index", "0"}, "1");
     expectOutput({"cert", "read", "--cert-index", "1"}, "2");
     const std::string there =
-        "there are: 0 \"one\", 1 \"two\"; choose one by --cert or --cert-index";
+        "the certificates are: 0 \"one\", 1 \"two\"; choose one with --cert or --cert-index";
     expectFailure({"cert", "read"}, 4, "choose a certificate: " + there);
     expectFailure({"cert", "read", "--cert", "three"}, 4,
                   "find the certificate \"three\": " + there);
@@ -109,21 +110,22 @@ TEST_F(ObjectReportTest, ACertificateIsChosenByNameOrIndex) {
                   "find the certificate with index 2: " + there);
 }
 
-TEST_F(ObjectReportTest, WithoutACertificateALoginMayShowSome) {
+TEST_F(ObjectReportTest, TokenWithoutCertificatesSuggestsALogin) {
     expectFailure({"cert", "read"}, 4,
-                  "choose a certificate: the token shows none; private ones are shown after a "
-                  "login: give --pin");
+                  "choose a certificate: the token shows no certificate; private certificates are "
+                  "visible only after a login: give --pin");
 }
 
-TEST_F(ObjectReportTest, ANameOfTwoCertificatesChoosesNeither) {
+TEST_F(ObjectReportTest, NameOfTwoCertificatesIsRefused) {
     addCertificate("one", "1");
     addCertificate("one", "2");
-    expectFailure({"cert", "read", "--cert-index", "1"}, 4,
-                  "open the certificate \"one\": several have this name; give each certificate "
-                  "and its keys an ID of their own");
+    expectFailure(
+        {"cert", "read", "--cert-index", "1"}, 4,
+        "open the certificate \"one\": several certificates have this name; give each certificate "
+        "and its keys an ID of their own");
 }
 
-TEST_F(ObjectReportTest, ACertificateThatDoesNotOpenSaysWhy) {
+TEST_F(ObjectReportTest, CertificateWithAnOverlongIdDoesNotOpen) {
     const std::string id(128, 'i');
     addCertificate(id, "1");
     const CommandResult list = zrkey({"cert", "list"});
@@ -132,25 +134,25 @@ TEST_F(ObjectReportTest, ACertificateThatDoesNotOpenSaysWhy) {
     const CommandResult result = zrkey({"cert", "read"});
     EXPECT_EQ(4, result.exitCode);
     EXPECT_EQ("zrkey: cannot open the certificate \"" + name +
-                  "\": the library answered E_FAIL (0x80004005); its ID may be longer than 127 "
-                  "bytes; see what cert list shows\n",
+                  "\": the library returned E_FAIL (0x80004005); its ID may be longer than 127 "
+                  "bytes\n",
               result.errors);
 }
 
-TEST_F(ObjectReportTest, ACertificateThatIsNotReadSaysSo) {
+TEST_F(ObjectReportTest, CertificateReadFailureIsReported) {
     addCertificate("one", "1");
-    // Two of the calls are those of GetCertData: for the length, for the value.
+    // GetCertData makes two of the calls: for the length and for the value.
     std::vector<std::string> lines;
     for (unsigned int nth = 1; nth < 20; ++nth) {
         module->fail("C_GetAttributeValue", nth, CKR_DEVICE_REMOVED);
         lines.push_back(zrkey({"cert", "read"}).errors);
     }
     EXPECT_EQ(2, std::count(lines.begin(), lines.end(),
-                            "zrkey: cannot read the certificate \"one\": the library answered "
-                            "E_FAIL (0x80004005); look whether the token is still connected\n"));
+                            "zrkey: cannot read the certificate \"one\": the library returned "
+                            "E_FAIL (0x80004005); check that the token is still connected\n"));
 }
 
-TEST_F(ObjectReportTest, ASignatureInItsFormats) {
+TEST_F(ObjectReportTest, SignatureIsWrittenInEachFormat) {
     addCertificate("one", "1");
     const std::vector<std::string> sign = withPin({"sign", "-i", "data.bin"});
     expectOutput(sign, std::string("\0\1\2\3", 4));
@@ -160,18 +162,18 @@ TEST_F(ObjectReportTest, ASignatureInItsFormats) {
     expectJson(sign, "sign", R"("signature":"AAECAw==","algorithm":"SHA1WithRSA","name":"one")");
 }
 
-TEST_F(ObjectReportTest, ASignatureThatIsNotMadeSaysWhatIsMissing) {
+TEST_F(ObjectReportTest, RefusedSignatureSaysWhatIsMissing) {
     addCertificate("one", "1");
     expectFailure({"sign", "-i", "data.bin"}, 7,
-                  "sign with the key of \"one\": the library answered "
-                  "RPC_E_CANTCALLOUT_INEXTERNALCALL (0x80010005); log in for it: give --pin");
+                  "sign with the key of \"one\": the library returned "
+                  "RPC_E_CANTCALLOUT_INEXTERNALCALL (0x80010005); log in first: give --pin");
     module->fail("C_Sign", 0, CKR_GENERAL_ERROR);
     expectFailure(withPin({"sign", "-i", "data.bin"}), 1,
                   std::string("sign with the key of \"one\": ") + kFailed +
-                      "look whether the token holds its private RSA key");
+                      "check that the token has its private RSA key");
 }
 
-TEST_F(ObjectReportTest, ASignatureIsVerified) {
+TEST_F(ObjectReportTest, SignatureVerifies) {
     addCertificate("one", "1");
     const std::vector<std::string> verify =
         withPin({"verify", "-i", "data.bin", "--signature", "signature.bin"});
@@ -179,18 +181,17 @@ TEST_F(ObjectReportTest, ASignatureIsVerified) {
     expectJson(verify, "verify", R"("verified":true,"algorithm":"SHA1WithRSA","name":"one")");
 }
 
-TEST_F(ObjectReportTest, ASignatureThatIsNotVerifiedSaysWhy) {
+TEST_F(ObjectReportTest, RefusedVerificationSaysWhy) {
     addCertificate("one", "1");
     expectFailure({"verify", "-i", "data.bin", "--signature", "signature.bin"}, 7,
-                  "verify the signature by the key of \"one\": the library answered "
-                  "RPC_E_CANTCALLOUT_INEXTERNALCALL (0x80010005); log in for it: give --pin");
+                  "verify the signature with the key of \"one\": the library returned "
+                  "RPC_E_CANTCALLOUT_INEXTERNALCALL (0x80010005); log in first: give --pin");
     expectFailure(withPin({"verify", "-i", "data.bin", "--signature", "data.bin"}), 6,
-                  std::string("verify the signature by the key of \"one\": ") + kFailed +
-                      "data or signature differ from what was signed, or the token lacks the "
-                      "public key");
+                  std::string("verify the signature with the key of \"one\": ") + kFailed +
+                      "the data or the signature was changed, or the token lacks the public key");
 }
 
-TEST_F(ObjectReportTest, ADigestInItsFormats) {
+TEST_F(ObjectReportTest, DigestIsWrittenInEachFormat) {
     // The digest of "data" as md5sum computes it.
     expectOutput({"digest", "-i", "data.bin"}, "8d777f385d3dfec8815d20f7496026dc\n");
     expectOutput({"digest", "-i", "data.bin", "--format", "pem"},
@@ -199,25 +200,26 @@ TEST_F(ObjectReportTest, ADigestInItsFormats) {
                R"("digest":"jXd/OF09/siBXSD3SWAm3A==","method":"MD5")");
 }
 
-TEST_F(ObjectReportTest, AnotherDigestSaysWhichThereIs) {
+TEST_F(ObjectReportTest, UnknownDigestMethodNamesTheOnlyOne) {
     expectFailure({"digest", "-i", "data.bin", "--method", "SHA1"}, 2,
-                  "digest by \"SHA1\": the library answered E_INVALIDARG (0x80070057); MD5 is the "
-                  "one method there is");
+                  "compute a digest with \"SHA1\": the library returned E_INVALIDARG (0x80070057); "
+                  "MD5 is the only method");
 }
 
-TEST_F(ObjectReportTest, InputAndOutputThatTheSystemRefusesAreNamed) {
+TEST_F(ObjectReportTest, UnreadableInputAndUnwritableOutputShowTheSystemsError) {
     expectFailure({"digest", "-i", "missing.bin"}, 1,
-                  "read \"missing.bin\": the system refused it; look whether it is there and "
-                  "readable");
-    expectFailure({"digest", "-i", "data.bin", "-o", "missing/digest.txt"}, 1,
-                  "write to \"missing/digest.txt\": the system refused it; the token's part is "
-                  "done; look for space and rights");
+                  "read \"missing.bin\": No such file or directory; check the path and its "
+                  "permissions");
+    expectFailure(
+        {"digest", "-i", "data.bin", "-o", "missing/digest.txt"}, 1,
+        "write to \"missing/digest.txt\": No such file or directory; the operation on the "
+        "token is complete; check free space and permissions");
 }
 
-TEST_F(ObjectReportTest, StandardInputGivesItsBytesOnce) {
+TEST_F(ObjectReportTest, TwoReadsOfStandardInputAreWrongUsage) {
     const std::string line =
-        "read standard input twice: it gives its bytes once; name a file by -i, or take the PIN "
-        "from elsewhere";
+        "read standard input twice: its data can be read only once; name a file with -i, or give "
+        "another source for the PIN";
     expectFailure({"sign", "--pin", "-"}, 2, line);
     expectFailure({"sign", "--pin", "fd:0"}, 2, line);
     expectFailure({"verify", "--signature", "-"}, 2, line);

@@ -1,5 +1,5 @@
 // zrkey list, info, login and pin change on a real token, and what every command has in common.
-#include "command_token_test.h"
+#include "tests/host/command_token_test.h"
 
 namespace zr::test {
 namespace {
@@ -10,7 +10,7 @@ void expectNoPin(const CommandResult& result) {
     }
 }
 
-TEST_F(CommandTokenTest, ListShowsTheTokenAndNotTheEmptySlot) {
+TEST_F(CommandTokenTest, ListShowsTheTokenWithoutTheEmptySlot) {
     const CommandResult result = zrkey({"list"});
     EXPECT_EQ(0, result.exitCode);
     EXPECT_EQ(1, std::count(result.output.begin(), result.output.end(), '\n'));
@@ -32,11 +32,11 @@ TEST_F(CommandTokenTest, InfoShowsTheTokenChosenByItsLabel) {
     EXPECT_EQ(0, result.exitCode);
     EXPECT_NE(std::string::npos, result.output.find("\nlabel:\tZRKey Test\n"));
     EXPECT_NE(std::string::npos, result.output.find("\nsignAlgorithms:\tSHA1WithRSA\n"));
-    EXPECT_NE(std::string::npos, result.output.find("\ntotalSize:\tnot told\n"));
+    EXPECT_NE(std::string::npos, result.output.find("\ntotalSize:\tnot reported\n"));
 }
 
-TEST_F(CommandTokenTest, ATokenThatIsNotThereIsNotChosen) {
-    expectFailure(zrkey({"info", "--label", "Other"}), 4, "there are only: ");
+TEST_F(CommandTokenTest, MissingTokenIsNotChosen) {
+    expectFailure(zrkey({"info", "--label", "Other"}), 4, "the tokens are: ");
     expectFailure(zrkey({"info", "--serial", "0"}), 4, "serial number \"0\"");
     expectFailure(zrkey({"info", "--index", "2"}), 4, "index 2");
 }
@@ -51,28 +51,28 @@ TEST_F(CommandTokenTest, LoginAcceptsTheRightPin) {
     expectNoPin(result);
 }
 
-TEST_F(CommandTokenTest, LoginTakesThePinFromFileAndStandardInput) {
+TEST_F(CommandTokenTest, LoginReadsThePinFromFileAndStandardInput) {
     writeFile("pin.txt", "1234\r\n");
     EXPECT_EQ(0, zrkey({"login", "--pin", "file:pin.txt"}).exitCode);
     EXPECT_EQ(0, zrkey({"login", "--pin", "-"}, "1234\n").exitCode);
     EXPECT_EQ(0, zrkey({"login", "--pin", "fd:0"}, "1234").exitCode);
 }
 
-TEST_F(CommandTokenTest, LoginOfTheSecurityOfficer) {
+TEST_F(CommandTokenTest, LoginAsSecurityOfficerSucceeds) {
     expectOutput(zrkey({"login", "--so", "--pin", "env:TEST_SO_PIN"}),
                  "logged in to \"ZRKey Test\" as security officer\n");
 }
 
-TEST_F(CommandTokenTest, LoginRefusedSaysThatTriesAreLimited) {
+TEST_F(CommandTokenTest, RefusedLoginSaysThatRetriesAreLimited) {
     const CommandResult result = zrkey({"login", "--pin", "env:TEST_WRONG_PIN"});
     expectFailure(
         result, 5,
-        "the library answered E_FAIL (0x80004005); wrong and locked are not told apart, and "
-        "tries are limited");
+        "the library returned E_FAIL (0x80004005); the PIN is wrong or locked; retries are "
+        "limited");
     expectNoPin(result);
 }
 
-TEST_F(CommandTokenTest, AFailureInJsonStandsOnBothStreams) {
+TEST_F(CommandTokenTest, FailureInJsonIsOnBothStreams) {
     const CommandResult result = zrkey({"login", "--json", "--pin", "env:TEST_WRONG_PIN"});
     EXPECT_EQ(5, result.exitCode);
     EXPECT_EQ(0u, result.output.find("{\"schema\":1,\"command\":\"login\",\"result\":{\"name\":\"E_"
@@ -82,48 +82,48 @@ TEST_F(CommandTokenTest, AFailureInJsonStandsOnBothStreams) {
     expectNoPin(result);
 }
 
-TEST_F(CommandTokenTest, ABarePinIsWrongUsageAndNotRepeated) {
+TEST_F(CommandTokenTest, BarePinIsWrongUsageAndNotRepeated) {
     const CommandResult result = zrkey({"login", "--pin", "97531"});
     expectFailure(result, 2, "env:NAME");
     expectNoPin(result);
 }
 
-TEST_F(CommandTokenTest, WithoutTerminalAndSourceThereIsNoPin) {
-    expectFailure(zrkey({"login"}), 2, "there is no terminal to ask on");
-    expectFailure(zrkeyLoggedIn({"pin", "change"}), 2, "there is no terminal to ask on");
+TEST_F(CommandTokenTest, LoginWithoutTerminalAndSourceIsWrongUsage) {
+    expectFailure(zrkey({"login"}), 2, "there is no terminal");
+    expectFailure(zrkeyLoggedIn({"pin", "change"}), 2, "there is no terminal");
 }
 
-TEST_F(CommandTokenTest, AMissingConfigurationIsNamed) {
+TEST_F(CommandTokenTest, MissingConfigurationIsNamed) {
     std::filesystem::remove("config.xml");
     expectFailure(zrkey({"list"}), 3,
-                  "the library answered E_FAIL (0x80004005); there is no config.xml in the working "
-                  "directory");
+                  "the library returned E_FAIL (0x80004005); there is no config.xml in the working "
+                  "folder");
 }
 
-TEST_F(CommandTokenTest, AConfigurationWithoutADriverIsNamed) {
+TEST_F(CommandTokenTest, ConfigurationWithoutADriverIsNamed) {
     writeFile("config.xml", "<other/>");
-    expectFailure(zrkey({"list"}), 3, "the module is fine, config.xml");
+    expectFailure(zrkey({"list"}), 3, "the module was loaded, but config.xml");
 }
 
-TEST_F(CommandTokenTest, AModuleThatIsNotThereIsNamed) {
-    expectFailure(zrkey({"list", "--module", "no/module.so"}), 3, "there is no such file");
-    expectFailure(zrkey({"list", "--module", "config.xml"}), 3, "it is no PKCS #11 module");
+TEST_F(CommandTokenTest, MissingModuleIsNamed) {
+    expectFailure(zrkey({"list", "--module", "no/module.so"}), 3, "the file does not exist");
+    expectFailure(zrkey({"list", "--module", "config.xml"}), 3, "it is not a PKCS #11 module");
     expectFailure(zrkey({"list", "--workdir", "nowhere"}), 3, "cannot change to the folder");
 }
 
-TEST_F(CommandTokenTest, ARelativeModuleIsThatOfTheCallersFolder) {
+TEST_F(CommandTokenTest, RelativeModuleIsInTheCallersFolder) {
     std::filesystem::create_directory("elsewhere");
     std::filesystem::rename("config.xml", "elsewhere/config.xml");
     const std::string module = relativePath(fromEnvironment("ZRKEY_TEST_MODULE").c_str());
     EXPECT_EQ(0, zrkey({"list", "--module", module, "--workdir", "elsewhere"}).exitCode);
 }
 
-TEST_F(CommandTokenTest, NoModuleIsWrongUsage) {
+TEST_F(CommandTokenTest, UnnamedModuleIsWrongUsage) {
     setEnvironment("ZRKEY_MODULE", "");
     expectFailure(zrkey({"list"}), 2, "give --module PATH or set ZRKEY_MODULE");
 }
 
-TEST_F(CommandTokenTest, PinChangeChangesAndChangesBack) {
+TEST_F(CommandTokenTest, PinChangeWorksAndCanBeReversed) {
     expectOutput(zrkey({"pin", "change", "--pin", "-", "--new-pin", "-"}, "1234\n56789012\n"),
                  "changed the user PIN of \"ZRKey Test\"\n");
     EXPECT_EQ(5, zrkeyLoggedIn({"login"}).exitCode);
@@ -133,16 +133,17 @@ TEST_F(CommandTokenTest, PinChangeChangesAndChangesBack) {
     EXPECT_EQ(0, zrkeyLoggedIn({"login"}).exitCode);
 }
 
-TEST_F(CommandTokenTest, PinChangeRefusesAPinOfThreeOrNineBytes) {
+TEST_F(CommandTokenTest, PinChangeWithThreeOrNineBytesIsRefused) {
     for (const char* pin : {"123", "123456789"}) {
-        expectFailure(zrkeyLoggedIn({"pin", "change", "--new-pin", "-"}, pin), 2, "4 to 8 bytes");
+        expectFailure(zrkeyLoggedIn({"pin", "change", "--new-pin", "-"}, pin), 2,
+                      "must be 4 to 8 bytes long");
     }
     EXPECT_EQ(0, zrkeyLoggedIn({"login"}).exitCode);
 }
 
 TEST_F(CommandTokenTest, PinChangeWithTheWrongOldPinIsARefusedLogin) {
     expectFailure(zrkey({"pin", "change", "--pin", "env:TEST_WRONG_PIN", "--new-pin", "-"}, "4321"),
-                  5, "tries are limited");
+                  5, "retries are limited");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What list, info, login and pin change say, to the last character.
+// The reports of list, info, login and pin change, to the last character.
 #include "tests/host/command_test.h"
 
 namespace zr::test {
@@ -7,10 +7,10 @@ namespace {
 using TokenReportTest = CommandTest;
 
 constexpr const char* kRefusedPin =
-    "the library answered E_FAIL (0x80004005); wrong and locked are not told apart, and tries are "
-    "limited: make sure of the PIN before another";
+    "the library returned E_FAIL (0x80004005); the PIN is wrong or locked; retries are limited, so "
+    "check the PIN before you try again";
 
-TEST_F(TokenReportTest, ListGivesALineForEachToken) {
+TEST_F(TokenReportTest, ListWritesALineForEachToken) {
     module->settings().slotCount = 2;
     module->settings().slotCountWhenListed = 2;
     expectOutput({"list"}, "0\tLabel\tSerial\tMaker\tModel\n1\tLabel\tSerial\tMaker\tModel\n");
@@ -20,7 +20,7 @@ TEST_F(TokenReportTest, ListGivesALineForEachToken) {
                R"("slots":2,"tokens":[{"index":0,)" + token + R"(,{"index":1,)" + token + "]");
 }
 
-TEST_F(TokenReportTest, ListKeepsControlCharactersFromTheTerminal) {
+TEST_F(TokenReportTest, ListReplacesControlCharacters) {
     CK_TOKEN_INFO& info = module->settings().tokenInfo;
     setText(info.label, "a\x1b");
     setText(info.serialNumber, "b\t");
@@ -35,16 +35,17 @@ TEST_F(TokenReportTest, ListWithoutATokenIsEmpty) {
     expectJson({"list"}, "list", R"("slots":0,"tokens":[])");
 }
 
-TEST_F(TokenReportTest, ListEndsAlthoughTheModuleTellsOfCountlessSlots) {
+TEST_F(TokenReportTest, ListEndsWhenTheModuleReportsBillionsOfSlots) {
     module->settings().slotCount = 0x7FFFFFFF;
     expectOutput({"list"}, "");
 }
 
-TEST_F(TokenReportTest, ListSaysThatTokensAreNotCounted) {
+TEST_F(TokenReportTest, ListFailsWhenTheTokensCannotBeCounted) {
     module->fail("C_GetSlotList", 0, CKR_GENERAL_ERROR);
-    expectFailure({"list"}, 1,
-                  "count the tokens: the library answered E_FAIL (0x80004005); look whether the "
-                  "reader is connected");
+    expectFailure(
+        {"list"}, 1,
+        "count the tokens: the library returned E_FAIL (0x80004005); check that the reader "
+        "is connected");
 }
 
 TEST_F(TokenReportTest, InfoShowsEveryField) {
@@ -61,26 +62,27 @@ TEST_F(TokenReportTest, InfoShowsEveryField) {
                R"("signAlgorithms":"SHA1WithRSA","digestMethod":"MD5")");
 }
 
-TEST_F(TokenReportTest, InfoLeavesOutWhatTheTokenDoesNotTell) {
+TEST_F(TokenReportTest, InfoMarksSizesThatTheTokenDoesNotReport) {
     CK_TOKEN_INFO& info = module->settings().tokenInfo;
     info.ulTotalPublicMemory = CK_UNAVAILABLE_INFORMATION;
     info.ulFreePublicMemory = CK_UNAVAILABLE_INFORMATION;
     EXPECT_NE(std::string::npos,
-              zrkey({"info"}).output.find("\ntotalSize:\tnot told\nfreeSize:\tnot told\n"));
+              zrkey({"info"}).output.find("\ntotalSize:\tnot reported\nfreeSize:\tnot reported\n"));
     expectJson({"info"}, "info",
                R"("index":0,"label":"Label","serial":"Serial","manufacturer":"Maker",)"
                R"("model":"Model","signAlgorithms":"SHA1WithRSA","digestMethod":"MD5")");
 }
 
-TEST_F(TokenReportTest, InfoOfATokenThatIsPulledIsAFailure) {
+TEST_F(TokenReportTest, InfoOfARemovedTokenFails) {
     // After the four texts.
     module->fail("C_GetTokenInfo", 5, CKR_DEVICE_REMOVED);
-    expectFailure({"info"}, 1,
-                  "read the sizes of the token: the library answered E_FAIL (0x80004005); look "
-                  "whether it is still connected");
+    expectFailure(
+        {"info"}, 1,
+        "read the sizes of the token: the library returned E_FAIL (0x80004005); check that "
+        "it is still connected");
 }
 
-TEST_F(TokenReportTest, LoginSaysToWhatAndAsWhom) {
+TEST_F(TokenReportTest, LoginReportsTokenAndRole) {
     expectOutput(withPin({"login"}), "logged in to \"Label\" as user\n");
     expectJson(withPin({"login"}), "login", R"("label":"Label","role":"user")");
     setEnvironment("TEST_SO_PIN", module->settings().securityOfficerPin);
@@ -89,27 +91,27 @@ TEST_F(TokenReportTest, LoginSaysToWhatAndAsWhom) {
     expectJson(officer, "login", R"("label":"Label","role":"security officer")");
 }
 
-TEST_F(TokenReportTest, LoginRefusedSaysWhyToStop) {
+TEST_F(TokenReportTest, RefusedLoginWarnsAboutRetries) {
     const std::string line = std::string("log in to \"Label\" as user: ") + kRefusedPin;
     expectFailure({"login", "--pin", "env:TEST_WRONG_PIN"}, 5, line);
     const CommandResult result = zrkey({"login", "--json", "--pin", "env:TEST_WRONG_PIN"});
     EXPECT_EQ(
         R"({"schema":1,"command":"login","result":{"name":"E_FAIL","hex":"0x80004005"},)"
         R"("failure":{"exit":5,"asked":"log in to \"Label\" as user",)"
-        R"-("cause":"the library answered E_FAIL (0x80004005)",)-"
-        R"("advice":"wrong and locked are not told apart, and tries are limited: make sure of )"
-        R"(the PIN before another"}})"
+        R"-("cause":"the library returned E_FAIL (0x80004005)",)-"
+        R"("advice":"the PIN is wrong or locked; retries are limited, so check the PIN before )"
+        R"(you try again"}})"
         "\n",
         result.output);
     EXPECT_EQ("zrkey: cannot " + line + "\n", result.errors);
 }
 
-TEST_F(TokenReportTest, TheSecurityOfficerNeedsAPin) {
+TEST_F(TokenReportTest, SecurityOfficerWithoutAPinIsWrongUsage) {
     expectFailure({"cert", "list", "--so"}, 2,
-                  "log in as security officer: no PIN is given; give it by --pin");
+                  "log in as security officer: no PIN is given; give --pin");
 }
 
-TEST_F(TokenReportTest, PinChangeSaysWhose) {
+TEST_F(TokenReportTest, PinChangeReportsTokenAndRole) {
     setEnvironment("TEST_NEW_PIN", "5678");
     const std::vector<std::string> change = {"pin", "change", "--new-pin", "env:TEST_NEW_PIN"};
     expectOutput(withPin(change), "changed the user PIN of \"Label\"\n");
@@ -117,19 +119,21 @@ TEST_F(TokenReportTest, PinChangeSaysWhose) {
     expectJson(withPin(change), "pin change", R"("label":"Label","role":"user")");
 }
 
-TEST_F(TokenReportTest, PinsOfAWrongLengthAreNotTried) {
+TEST_F(TokenReportTest, PinsOfAWrongLengthAreRefusedWithoutALogin) {
     setEnvironment("TEST_NEW_PIN", "123");
     const std::vector<std::string> change = {"pin", "change", "--new-pin", "env:TEST_NEW_PIN"};
-    expectFailure(withPin(change), 2,
-                  "change the PIN: the new PIN has not 4 to 8 bytes; use one of this length");
+    expectFailure(
+        withPin(change), 2,
+        "change the PIN: the new PIN must be 4 to 8 bytes long; give a PIN of that length");
     setEnvironment("TEST_NEW_PIN", "5678");
     setEnvironment("TEST_PIN", "123456789");
-    expectFailure(withPin(change), 2,
-                  "change the PIN: the old PIN has not 4 to 8 bytes; use one of this length");
+    expectFailure(
+        withPin(change), 2,
+        "change the PIN: the old PIN must be 4 to 8 bytes long; give a PIN of that length");
     EXPECT_EQ(0u, module.count("C_Login"));
 }
 
-TEST_F(TokenReportTest, PinsOfTheLengthsAtTheEndsAreTaken) {
+TEST_F(TokenReportTest, PinsOfFourAndEightBytesAreAccepted) {
     for (const char* pin : {"4444", "88888888", "1234"}) {
         setEnvironment("TEST_NEW_PIN", pin);
         expectOutput(withPin({"pin", "change", "--new-pin", "env:TEST_NEW_PIN"}),
@@ -138,12 +142,13 @@ TEST_F(TokenReportTest, PinsOfTheLengthsAtTheEndsAreTaken) {
     }
 }
 
-TEST_F(TokenReportTest, PinChangeRefusedAfterTheLoginSaysSo) {
+TEST_F(TokenReportTest, PinChangeRefusedAfterTheLoginFails) {
     setEnvironment("TEST_NEW_PIN", "5678");
     module->fail("C_SetPIN", 0, CKR_PIN_INVALID);
-    expectFailure(withPin({"pin", "change", "--new-pin", "env:TEST_NEW_PIN"}), 1,
-                  "change the PIN of \"Label\": the library answered E_FAIL (0x80004005); the old "
-                  "PIN is right; the token may not take the new one");
+    expectFailure(
+        withPin({"pin", "change", "--new-pin", "env:TEST_NEW_PIN"}), 1,
+        "change the PIN of \"Label\": the library returned E_FAIL (0x80004005); the old PIN "
+        "is correct; the token may not accept the new one");
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
-// The command's own streams, apart from what the library writes.
-#include "console.h"
+// The command's own streams, kept apart from the library's output.
+#include "host/output/console.h"
 
 #include <gtest/gtest.h>
 
-#include "system.h"
+#include "host/system/system.h"
 #include "tests/host/next_descriptor.h"
 #include "tests/support/console_capture.h"
 
@@ -15,7 +15,7 @@ using host::Diagnostics;
 using host::kStandardError;
 using host::kStandardOutput;
 
-/// What the library does.
+/// Writes as the library does.
 void writeDiagnostics() {
     std::fputs("line\n", stdout);
     host::writeAll(kStandardError, "error\n");
@@ -27,7 +27,7 @@ ConsoleCapture::Text textsOf(Diagnostics diagnostics) {
         Console console(diagnostics);
         writeDiagnostics();
         console.drainDiagnostics();
-        EXPECT_TRUE(console.writeOutput("output\n"));
+        EXPECT_EQ(std::error_code(), console.writeOutput("output\n"));
         console.writeError("failure\n");
         std::fputs("rest\n", stdout);
     }
@@ -42,20 +42,20 @@ TEST(ConsoleTest, DroppedDiagnosticsReachNeitherStream) {
     EXPECT_EQ("failure\nafter\n", texts.error);
 }
 
-TEST(ConsoleTest, DiagnosticsOnRequestReachStandardErrorAlone) {
+TEST(ConsoleTest, DiagnosticsOnRequestReachStandardErrorOnly) {
     const ConsoleCapture::Text texts = textsOf(Diagnostics::kOnStandardError);
     EXPECT_EQ("output\nafter\n", texts.out);
     EXPECT_EQ("error\nline\nfailure\nrest\nafter\n", texts.error);
 }
 
-TEST(ConsoleTest, WhatStoodInTheBufferBeforeIsOutput) {
+TEST(ConsoleTest, OutputBufferedBeforehandIsWritten) {
     ConsoleCapture capture;
     std::fputs("before\n", stdout);
     { const Console console(Diagnostics::kDropped); }
     EXPECT_EQ("before\n", capture.stop().out);
 }
 
-TEST(ConsoleTest, ItTakesThePlaceOfNoDescriptorForGood) {
+TEST(ConsoleTest, DestructionClosesEveryDescriptor) {
     const int before = nextDescriptor();
     { const Console console(Diagnostics::kDropped); }
     { const Console console(Diagnostics::kOnStandardError); }

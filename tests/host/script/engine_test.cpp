@@ -1,10 +1,10 @@
-// The script engine in the process: what its user sees when a stream fails; its account of memory.
-#include "script_engine.h"
+// The script engine in the test's process: a stream that fails, and the count of memory.
+#include "host/script/engine.h"
 
-#include "child_command.h"
-#include "console.h"
-#include "script_limits.h"
-#include "system.h"
+#include "host/output/console.h"
+#include "host/script/limits.h"
+#include "host/system/system.h"
+#include "tests/host/child_command.h"
 
 namespace zr::host {
 namespace {
@@ -12,7 +12,7 @@ namespace {
 using zr::test::readFile;
 using zr::test::writeFile;
 
-/// Leads a standard stream elsewhere while it lives.
+/// Redirects a standard stream until destruction.
 class Redirection {
 public:
     Redirection(int stream, int descriptor)
@@ -34,7 +34,7 @@ private:
 
 using ScriptEngineTest = zr::test::ChildCommandTest;
 
-TEST(ScriptUseTest, ABlockCountsWithWhatIsKeptBesideIt) {
+TEST(ScriptUseTest, BlockCountsWithItsHeader) {
     ScriptLimits limits;
     limits.bytes = 1000;
     ScriptUse use(limits);
@@ -55,14 +55,15 @@ TEST_F(ScriptEngineTest, PrintThrowsWhenStandardOutputCannotBeWritten) {
     writeFile("sealed.txt", "");
     bool isDone = true;
     {
-        const Redirection errors(kStandardError, openForWriting("errors.txt"));
-        const Redirection output(kStandardOutput, openForReading("sealed.txt"));
+        std::error_code error;
+        const Redirection errors(kStandardError, openForWriting("errors.txt", error));
+        const Redirection output(kStandardOutput, openForReading("sealed.txt", error));
         Console console(Diagnostics::kDropped);
         isDone = ScriptEngine(console).run("script.js", "\nprint('lost');", {});
     }
     EXPECT_FALSE(isDone);
     EXPECT_EQ(readFile("errors.txt"),
-              "script.js:2: print failed: standard output cannot be written\n");
+              "script.js:2: print failed: cannot write to standard output: Bad file descriptor\n");
 }
 
 }  // namespace

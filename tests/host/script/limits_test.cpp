@@ -1,17 +1,17 @@
 // Scripts that try to get past their limits of time, memory and stack.
-#include "child_command.h"
+#include "tests/host/child_command.h"
 
 #include <chrono>
 
 namespace zr::test {
 namespace {
 
-/// What a script tells that was ended where no line is known.
+/// The report of a script that was ended where its line is unknown.
 constexpr const char* kTimeUp = "script.js: RangeError: execution timeout\n";
 
 class ScriptLimitsTest : public ChildCommandTest {
 protected:
-    /// A script that would run for minutes, with a fraction of a second of time.
+    /// Runs a script that would take minutes with a time limit of a fraction of a second.
     static CommandResult runBriefly(const std::string& text) {
         const auto start = std::chrono::steady_clock::now();
         CommandResult result = runText(text, {"--time-limit", "0.2"});
@@ -21,7 +21,7 @@ protected:
     }
 };
 
-TEST_F(ScriptLimitsTest, ALongLoopOfTheEngineEndsWithTheProcess) {
+TEST_F(ScriptLimitsTest, LongLoopInTheEngineIsEndedWithTheProcess) {
     const std::string text = "var text = 'a'; while (text.length < 1 << 21) { text += text; } ";
     for (const std::string loop :
          {"/(a+)+b/.exec(new Array(60).join('a'));", "[].indexOf.call({length: 2147483647}, 1);"}) {
@@ -32,8 +32,8 @@ TEST_F(ScriptLimitsTest, ALongLoopOfTheEngineEndsWithTheProcess) {
     EXPECT_EQ(runBriefly(text + "(text + text).indexOf(text + 'b');").errors, kTimeUp);
 }
 
-TEST_F(ScriptLimitsTest, ALongLoopOfTheEngineThatAsksTheLibraryEnds) {
-    // Each leaf asks the provider for its member toJSON.
+TEST_F(ScriptLimitsTest, LongLoopInTheEngineThatCallsTheLibraryEndsWithAnError) {
+    // Each leaf looks up the member toJSON of the provider.
     EXPECT_EQ(runBriefly("var tree = new TokenProvider();\n"
                          "for (var depth = 0; depth < 30; ++depth) { tree = [tree, tree]; }\n"
                          "JSON.stringify(tree);\n")
@@ -41,7 +41,7 @@ TEST_F(ScriptLimitsTest, ALongLoopOfTheEngineThatAsksTheLibraryEnds) {
               "script.js:3: RangeError: execution timeout\n");
 }
 
-TEST_F(ScriptLimitsTest, TimeThatIsUpIsToldThoughTheErrorHidesIt) {
+TEST_F(ScriptLimitsTest, TimeoutIsReportedWhenTheErrorCannotBeDescribed) {
     EXPECT_EQ(runBriefly("RangeError.prototype.toString = Error.prototype.toString = "
                          "function () { throw 1; }; for (;;) {}")
                   .errors,
@@ -49,8 +49,8 @@ TEST_F(ScriptLimitsTest, TimeThatIsUpIsToldThoughTheErrorHidesIt) {
     EXPECT_EQ(runBriefly("throw { toString: function () { for (;;) {} } };").errors, kTimeUp);
 }
 
-TEST_F(ScriptLimitsTest, AFinalizerAtTheEndHasNoMoreTime) {
-    // Part of a cycle, so that only the end collects it.
+TEST_F(ScriptLimitsTest, FinalizerAtTheEndIsWithinTheTimeLimit) {
+    // Part of a cycle: collected at the end of the script.
     const CommandResult result = runBriefly(
         "var object = {}; object.self = object;\n"
         "Duktape.fin(object, function () { for (;;) {} });\nprint('done');\n");
@@ -58,14 +58,14 @@ TEST_F(ScriptLimitsTest, AFinalizerAtTheEndHasNoMoreTime) {
     EXPECT_EQ(result.errors, kTimeUp);
 }
 
-TEST_F(ScriptLimitsTest, AnErrorIsToldAloneThoughAFinalizerTakesTooLong) {
+TEST_F(ScriptLimitsTest, ErrorIsReportedAloneWhenAFinalizerTakesTooLong) {
     EXPECT_EQ(runBriefly("var object = {}; object.self = object;\n"
                          "Duktape.fin(object, function () { for (;;) {} });\nthrow 'first';\n")
                   .errors,
               "script.js: uncaught first\n");
 }
 
-TEST_F(ScriptLimitsTest, AScriptInTimeIsLeftAlone) {
+TEST_F(ScriptLimitsTest, ScriptWithinItsTimeSucceeds) {
     const CommandResult result = runText("print('done');", {"--time-limit", "60"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.output, "done\n");
@@ -82,7 +82,7 @@ TEST_F(ScriptLimitsTest, ArgumentsOfACallCountAsMemory) {
         "}\n"
         "}\n"
         "print(load(list));\n"
-        // What a call has taken is given back.
+        // The memory of a call is free again after it.
         "for (var i = 0; i < 20; ++i) { var last = load([text, text]); }\n"
         "print(last);\n",
         {"--memory-limit", "4"});

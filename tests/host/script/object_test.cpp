@@ -1,8 +1,10 @@
-// Wrapped objects in scripts: members, conversion of arguments and results, errors, lifetime.
-#include "script_object.h"
+// Objects of the library in scripts: members, conversion of arguments and results, errors, lifetime.
+#include "host/script/object.h"
 
-#include "script_values.h"
-#include "scripted_object.h"
+#include "host/script/context.h"
+#include "host/script/members.h"
+#include "host/script/values.h"
+#include "tests/host/script/scripted_object.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +17,7 @@ protected:
     void SetUp() override {
         m_heap = duk_create_heap(nullptr, nullptr, nullptr, &m_context, nullptr);
         addObjectSupport(m_heap);
-        ComRef<IDispatch> object;
+        zrkey::ComRef<IDispatch> object;
         object.reset(new zr::test::ScriptedObject);
         pushObject(m_heap, std::move(object));
         duk_put_global_string(m_heap, "object");
@@ -65,12 +67,12 @@ TEST_F(ScriptObjectTest, CallOfAnUnknownMemberNamesIt) {
     EXPECT_NE(error.find("'echo'"), std::string::npos) << error;
 }
 
-TEST_F(ScriptObjectTest, ArgumentsArriveInNaturalOrderWithTheirTypes) {
+TEST_F(ScriptObjectTest, ArgumentsArePassedInNaturalOrderWithTheirTypes) {
     EXPECT_EQ(evaluate("object.Types('text', 1, true, null, undefined, object, new Uint8Array(2))"),
               "8 5 11 1 0 9 8209");
 }
 
-TEST_F(ScriptObjectTest, AnArgumentCostsItsVariantAndItsBytes) {
+TEST_F(ScriptObjectTest, ArgumentCountsAsItsVariantAndItsBytes) {
     const std::pair<const char*, std::size_t> costs[] = {
         {"1", 0}, {"({})", 0}, {"''", 0}, {"'abc'", 6}, {"new Uint8Array(5)", 5}};
     for (const auto& [expression, bytes] : costs) {
@@ -80,11 +82,11 @@ TEST_F(ScriptObjectTest, AnArgumentCostsItsVariantAndItsBytes) {
     }
 }
 
-TEST_F(ScriptObjectTest, NoArgumentsAreNone) {
+TEST_F(ScriptObjectTest, CallWithoutArgumentsPassesNone) {
     EXPECT_EQ(evaluate("object.Types()"), "");
 }
 
-TEST_F(ScriptObjectTest, SimpleValuesComeBackAsTheyWere) {
+TEST_F(ScriptObjectTest, SimpleValuesAreReturnedUnchanged) {
     EXPECT_EQ(evaluate("object.Echo(-2.5) === -2.5"), "true");
     EXPECT_EQ(evaluate("object.Echo(true) === true && object.Echo(false) === false"), "true");
     EXPECT_EQ(evaluate("object.Echo(null) === null"), "true");
@@ -99,7 +101,7 @@ TEST_F(ScriptObjectTest, TextKeepsEveryUnit) {
     EXPECT_EQ(evaluate("object.Units('a\\ud83d\\udd11\\u0000')"), "61 d83d dd11 0");
 }
 
-TEST_F(ScriptObjectTest, BytesComeBackAsUint8Array) {
+TEST_F(ScriptObjectTest, BytesAreReturnedAsUint8Array) {
     EXPECT_EQ(evaluate("var bytes = object.Echo(new Uint8Array([0, 1, 255]));"
                        "(bytes instanceof Uint8Array) + ' ' + bytes.length + ' ' + bytes[2]"),
               "true 3 255");
@@ -107,11 +109,11 @@ TEST_F(ScriptObjectTest, BytesComeBackAsUint8Array) {
     EXPECT_EQ(evaluate("object.Echo(new Uint8Array(0)).length"), "0");
 }
 
-TEST_F(ScriptObjectTest, ListOfTextsComesBackAsArray) {
+TEST_F(ScriptObjectTest, ListOfTextsIsReturnedAsArray) {
     EXPECT_EQ(evaluate("JSON.stringify(object.Texts())"), "[\"one\",\"\",\"three\"]");
 }
 
-TEST_F(ScriptObjectTest, NumbersOfEveryTypeComeBackAsNumbers) {
+TEST_F(ScriptObjectTest, NumbersOfEveryTypeAreReturnedAsNumbers) {
     const std::pair<int, const char*> numbers[] = {{VT_I1, "-5"},
                                                    {VT_UI1, "200"},
                                                    {VT_I2, "-300"},
@@ -129,14 +131,14 @@ TEST_F(ScriptObjectTest, NumbersOfEveryTypeComeBackAsNumbers) {
     }
 }
 
-TEST_F(ScriptObjectTest, ObjectComesBackAsObject) {
+TEST_F(ScriptObjectTest, ObjectIsReturnedAsObject) {
     EXPECT_EQ(evaluate("object.Child().Echo(7)"), "7");
     EXPECT_EQ(evaluate("object.Echo(object.Child()).Echo(8)"), "8");
     EXPECT_EQ(evaluate("object.NullChild() === null"), "true");
 }
 
 TEST_F(ScriptObjectTest, ResultOfAnotherTypeIsAnError) {
-    EXPECT_EQ(evaluate("object.Odd()"), "TypeError: Odd gave a result of the unknown type 10");
+    EXPECT_EQ(evaluate("object.Odd()"), "TypeError: Odd returned a result of the unknown type 10");
 }
 
 TEST_F(ScriptObjectTest, FailingMemberThrowsWithItsResult) {
@@ -145,25 +147,25 @@ TEST_F(ScriptObjectTest, FailingMemberThrowsWithItsResult) {
 }
 
 TEST_F(ScriptObjectTest, ArgumentThatCannotBePassedIsAnError) {
-    const std::string error = "TypeError: Echo: argument 2 is of a kind that cannot be passed";
+    const std::string error = "TypeError: Echo: argument 2 has a type that cannot be passed";
     EXPECT_EQ(evaluate("object.Echo(1, {})"), error);
     EXPECT_EQ(evaluate("object.Echo(1, function () {})"), error);
     EXPECT_EQ(evaluate("object.Echo(1, Symbol('s'))"), error);
 }
 
-TEST_F(ScriptObjectTest, MemberNeedsItsObject) {
-    const std::string error = "TypeError: Echo called on what is no token object";
+TEST_F(ScriptObjectTest, MemberCalledOnAnotherValueIsAnError) {
+    const std::string error = "TypeError: Echo was not called on a token object";
     EXPECT_EQ(evaluate("object.Echo.call({}, 1)"), error);
     EXPECT_EQ(evaluate("object.Echo.call(undefined, 1)"), error);
     EXPECT_EQ(evaluate("object.Echo.call(5, 1)"), error);
     EXPECT_EQ(evaluate("object.Echo.call(object.Child(), 1)"), "1");
 }
 
-TEST_F(ScriptObjectTest, ProviderNeedsNew) {
-    EXPECT_EQ(evaluate("TokenProvider()"), "TypeError: TokenProvider is made with new");
+TEST_F(ScriptObjectTest, ProviderWithoutNewIsAnError) {
+    EXPECT_EQ(evaluate("TokenProvider()"), "TypeError: TokenProvider must be called with new");
 }
 
-TEST_F(ScriptObjectTest, ReferenceGoesWithTheLastUse) {
+TEST_F(ScriptObjectTest, ReferenceIsReleasedAfterTheLastUse) {
     evaluate("var child = object.Child(); var other = child;");
     EXPECT_EQ(zr::test::ScriptedObject::living(), 2);
     evaluate("child = null;");
@@ -172,14 +174,14 @@ TEST_F(ScriptObjectTest, ReferenceGoesWithTheLastUse) {
     EXPECT_EQ(zr::test::ScriptedObject::living(), 1);
 }
 
-TEST_F(ScriptObjectTest, ReferenceInACycleGoesWithACollection) {
+TEST_F(ScriptObjectTest, ReferenceInACycleIsReleasedByACollection) {
     evaluate("var holder = { child: object.Child() }; holder.self = holder; holder = null; 0");
     EXPECT_EQ(zr::test::ScriptedObject::living(), 2);
     evaluate("Duktape.gc(); Duktape.gc(); 0");
     EXPECT_EQ(zr::test::ScriptedObject::living(), 1);
 }
 
-TEST_F(ScriptObjectTest, WhatTheScriptHoldsGoesWithTheEngine) {
+TEST_F(ScriptObjectTest, ReferencesAreReleasedWithTheEngine) {
     evaluate("var held = [object.Child(), object.Child()]");
     EXPECT_EQ(zr::test::ScriptedObject::living(), 3);
     closeHeap();
@@ -190,7 +192,7 @@ TEST_F(ScriptObjectTest, ObjectWhoseFinalizerWasCalledIsDead) {
     evaluate("var child = object.Child(); Duktape.fin(child)(child);");
     EXPECT_EQ(zr::test::ScriptedObject::living(), 1);
     EXPECT_EQ(evaluate("object.Echo.call(child, 1)"),
-              "TypeError: Echo called on what is no token object");
+              "TypeError: Echo was not called on a token object");
     EXPECT_EQ(evaluate("child.Echo"), "undefined");
 }
 

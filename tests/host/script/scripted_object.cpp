@@ -1,5 +1,5 @@
 // An automation object for tests of scripts: members that return their arguments and odd results.
-#include "scripted_object.h"
+#include "tests/host/script/scripted_object.h"
 
 #include <cstdio>
 #include <string>
@@ -58,7 +58,7 @@ HRESULT texts(const DISPPARAMS&, VARIANT& result) {
     return SafeArrayUnaccessData(result.parray);
 }
 
-/// Its second argument as a variant of the type that the first one says.
+/// Its second argument, converted to the type given by the first.
 HRESULT number(const DISPPARAMS& params, VARIANT& result) {
     return VariantChangeType(&result, &params.rgvarg[1], 0,
                              static_cast<VARTYPE>(params.rgvarg[0].dblVal));

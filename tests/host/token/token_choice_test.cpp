@@ -1,15 +1,15 @@
 // Module paths and the choice of a token, over the recording module.
-#include "module_loading.h"
+#include "host/token/module_loading.h"
+#include "host/token/token_session.h"
 #include "tests/host/command_test.h"
-#include "token_session.h"
 
 namespace zr::test {
 namespace {
 
 using host::loadablePath;
 
-/// What a choice throws, as exit code; 0 for none.
-template <typename Body>
+/// The exit code of the Failure that body throws; 0 when it throws none.
+template <class Body>
 int exitCodeOf(Body body) {
     try {
         body();
@@ -43,14 +43,14 @@ protected:
     host::PinOptions pinOptions;
 };
 
-TEST_F(TokenChoiceTest, TheOneTokenNeedsNoChoice) {
+TEST_F(TokenChoiceTest, OnlyTokenNeedsNoChoice) {
     setToken("one", "0001");
     const host::TokenSession session(options);
     EXPECT_EQ("one", session.row().label);
     EXPECT_EQ("0001", session.row().serial);
 }
 
-TEST_F(TokenChoiceTest, TheModuleIsUnloadedAfterTheTokenIsClosed) {
+TEST_F(TokenChoiceTest, SessionEndClosesTheTokenThenUnloadsTheModule) {
     EXPECT_EQ(0, open());
     EXPECT_EQ(0u, module->openSessions());
     const Lines calls = module.takeCalls();
@@ -70,7 +70,7 @@ TEST_F(TokenChoiceTest, SeveralTokensNeedAChoice) {
     EXPECT_EQ(0, open());
 }
 
-TEST_F(TokenChoiceTest, LabelAndSerialNumberMustMatchWhole) {
+TEST_F(TokenChoiceTest, LabelAndSerialNumberMatchAsAWhole) {
     setToken("one", "0001");
     options.choice.label = "on";
     EXPECT_EQ(host::kExitNotFound, open());
@@ -83,31 +83,31 @@ TEST_F(TokenChoiceTest, LabelAndSerialNumberMustMatchWhole) {
     EXPECT_EQ(0, open());
 }
 
-TEST_F(TokenChoiceTest, ASlotWithoutLabelAndSerialNumberIsNoToken) {
+TEST_F(TokenChoiceTest, SlotWithoutLabelAndSerialNumberIsLeftOut) {
     setToken("", "");
     EXPECT_EQ(host::kExitNotFound, open());
     options.choice.index = 0;
     EXPECT_EQ(host::kExitNotFound, open());
 }
 
-TEST_F(TokenChoiceTest, ASlotThatDoesNotOpenIsNoToken) {
+TEST_F(TokenChoiceTest, SlotThatDoesNotOpenIsLeftOut) {
     module->fail("C_OpenSession", 0, CKR_TOKEN_NOT_PRESENT);
     EXPECT_EQ(host::kExitNotFound, open());
 }
 
-TEST_F(TokenChoiceTest, WithoutAModuleUsageIsWrong) {
+TEST_F(TokenChoiceTest, MissingModuleIsWrongUsage) {
     options.module.path.clear();
     EXPECT_EQ(host::kExitUsage, open());
 }
 
-TEST_F(TokenChoiceTest, TheVariableNamesTheModule) {
+TEST_F(TokenChoiceTest, VariableNamesTheModule) {
     setEnvironment("ZRKEY_MODULE", options.module.path);
     options.module.path.clear();
     EXPECT_EQ(0, open());
     setEnvironment("ZRKEY_MODULE", "");
 }
 
-TEST_F(TokenChoiceTest, AnAbsoluteModuleAndAnotherWorkFolderAreFine) {
+TEST_F(TokenChoiceTest, AbsoluteModuleLoadsFromAnotherWorkFolder) {
     options.module.path = std::filesystem::absolute(options.module.path).string();
     options.module.workFolder = folder.work().string();
     std::filesystem::create_directory("other");
@@ -118,7 +118,7 @@ TEST_F(TokenChoiceTest, AnAbsoluteModuleAndAnotherWorkFolderAreFine) {
     EXPECT_EQ(host::kExitModule, open());
 }
 
-TEST_F(TokenChoiceTest, ARefusedPinIsTriedOnce) {
+TEST_F(TokenChoiceTest, RefusedPinIsTriedOnce) {
     setPin("9999");
     host::PinEntry pin(pinOptions, host::PinEntry::Need::kOnRequest);
     const host::TokenSession session(options);
@@ -126,7 +126,7 @@ TEST_F(TokenChoiceTest, ARefusedPinIsTriedOnce) {
     EXPECT_EQ(1u, module.count("C_Login"));
 }
 
-TEST_F(TokenChoiceTest, TheSecurityOfficerLogsInAsSuch) {
+TEST_F(TokenChoiceTest, SecurityOfficerLogsInWithItsType) {
     setPin(module->settings().securityOfficerPin);
     pinOptions.securityOfficer = true;
     host::PinEntry pin(pinOptions, host::PinEntry::Need::kOnRequest);
@@ -135,21 +135,21 @@ TEST_F(TokenChoiceTest, TheSecurityOfficerLogsInAsSuch) {
     EXPECT_EQ("security officer", pin.role());
 }
 
-TEST_F(TokenChoiceTest, WithoutASourceThereIsNoLogin) {
+TEST_F(TokenChoiceTest, LoginWithoutASourceDoesNothing) {
     host::PinEntry pin(pinOptions, host::PinEntry::Need::kOnRequest);
     const host::TokenSession session(options);
     EXPECT_FALSE(session.login(pin));
     EXPECT_EQ(0u, module.count("C_Login"));
 }
 
-TEST_F(TokenChoiceTest, TheSecurityOfficerWithoutASourceIsWrongUsage) {
+TEST_F(TokenChoiceTest, SecurityOfficerWithoutASourceIsWrongUsage) {
     pinOptions.securityOfficer = true;
     EXPECT_EQ(host::kExitUsage, exitCodeOf([&] {
                   host::PinEntry pin(pinOptions, host::PinEntry::Need::kOnRequest);
               }));
 }
 
-TEST(LoadablePathTest, ItLeadsFromTheFolderToTheModule) {
+TEST(LoadablePathTest, PathLeadsFromTheFolderToTheModule) {
     const std::filesystem::path root = std::filesystem::current_path().root_path();
     EXPECT_EQ("../../usr/lib/module.so",
               loadablePath(root / "usr/lib/module.so", root / "home/user").generic_string());
@@ -157,8 +157,8 @@ TEST(LoadablePathTest, ItLeadsFromTheFolderToTheModule) {
     EXPECT_EQ("usr/module.so", loadablePath(root / "usr/module.so", root).generic_string());
 }
 
-TEST(LoadablePathTest, AnotherDriveIsReachedByLeavingAllOfTheFolder) {
-    // Roots that differ on both targets: one of the paths has none.
+TEST(LoadablePathTest, PathToAnotherDriveClimbsOutOfTheFolder) {
+    // The roots differ on both targets, because one path has no root.
     EXPECT_EQ("../../other/module.so",
               loadablePath("other/module.so", std::filesystem::current_path().root_path() / "work")
                   .generic_string()

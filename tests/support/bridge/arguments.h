@@ -1,4 +1,4 @@
-// The arguments of one call, each made native before it and handed back after it.
+// The arguments of one call, each converted to native before it and back after it.
 //
 //     Argument<windows::Ulong*> length(pLength);
 //     const CK_RV rv = sign(..., length.native());
@@ -50,7 +50,7 @@ private:
     CK_ULONG m_value;
 };
 
-/// A length in and out. A failure too can tell one.
+/// A length in and out. A failure may also report a length.
 template <>
 class Argument<windows::Ulong*> {
 public:

@@ -1,4 +1,4 @@
-// An attribute template made native, with the numbers in it widened.
+// An attribute template converted to native, with wider numbers.
 #include "tests/support/bridge/attributes.h"
 
 #include <algorithm>
@@ -41,11 +41,11 @@ bool holdsTemplate(Ulong type) {
 
 constexpr Ulong kWidth = sizeof(Ulong);
 
-/// No module has longer ones, and twice that is to be had.
+/// No module has longer values, and twice this size can be allocated.
 constexpr Ulong kLongestValue = 256U << 20;
 
-/// The length of numbers when each takes the native width. What is left over stays, so that a
-/// length that no number has remains one, for the module to refuse.
+/// The length of numbers in the native width. A remainder stays, so that a length
+/// that no number has is still refused by the module.
 CK_ULONG widenLength(Ulong length) {
     return length == windows::kUnavailable ? CK_UNAVAILABLE_INFORMATION
                                            : length / kWidth * sizeof(CK_ULONG) + length % kWidth;
@@ -60,7 +60,7 @@ Ulong narrowLength(CK_ULONG length) {
 }  // namespace
 
 Attributes::Attributes(windows::Attribute* attributes, Ulong count) : m_windows(attributes) {
-    // Nothing may be thrown into the caller: it is a Windows program.
+    // The caller is a Windows program: no exception may reach it.
     try {
         translate(attributes ? count : 0);
     } catch (const std::bad_alloc&) {

@@ -1,4 +1,4 @@
-// An attribute template made native, with the numbers in it widened.
+// An attribute template converted to native, with wider numbers.
 //
 //     Attributes attributes(template, count);
 //     const CK_RV rv = attributes.refusal() != CKR_OK
@@ -15,17 +15,17 @@ namespace zr::bridge {
 
 class Attributes {
 public:
-    /// Borrows the template for its own life.
+    /// Borrows the template; the template must outlive this object.
     Attributes(windows::Attribute* attributes, windows::Ulong count);
     Attributes(const Attributes&) = delete;
     Attributes& operator=(const Attributes&) = delete;
 
-    /// Why the call is not to be made: an attribute's value is itself a template, which is not
-    /// translated, or there is no memory for it. CKR_OK when it is to be made.
+    /// The reason not to make the call: an attribute's value is itself a template, which is not
+    /// translated, or out of memory. CKR_OK when the call can be made.
     CK_RV refusal() const { return m_refusal; }
     CK_ATTRIBUTE* native() { return m_native.empty() ? nullptr : m_native.data(); }
     CK_ULONG count() const { return m_native.size(); }
-    /// Writes lengths and numbers that a C_GetAttributeValue gave into the template.
+    /// Writes the lengths and numbers of a C_GetAttributeValue into the template.
     void handBack();
 
 private:

@@ -17,29 +17,29 @@ namespace {
 using windows::Attribute;
 using windows::kUnavailable;
 
-/// Entry points as a Windows program calls them, by their place in the list.
+/// Entry points as a Windows program calls them, by their index in the list.
 enum Place {
-    initializeAt = 0,
-    infoAt = 2,
-    slotListAt = 4,
-    tokenInfoAt = 6,
-    openSessionAt = 12,
-    loginAt = 18,
-    createAt = 20,
-    readAt = 24,
-    findInitAt = 26,
-    findAt = 27,
-    findFinalAt = 28,
-    signInitAt = 42,
-    signAt = 43
+    kInitializeAt = 0,
+    kInfoAt = 2,
+    kSlotListAt = 4,
+    kTokenInfoAt = 6,
+    kOpenSessionAt = 12,
+    kLoginAt = 18,
+    kCreateAt = 20,
+    kReadAt = 24,
+    kFindInitAt = 26,
+    kFindAt = 27,
+    kFindFinalAt = 28,
+    kSignInitAt = 42,
+    kSignAt = 43
 };
 
 class BridgeTest : public testing::Test {
 protected:
     BridgeTest() {
         EXPECT_EQ(CKR_OK, C_GetFunctionList(&m_list));
-        EXPECT_EQ(CKR_OK, (call<void*>(initializeAt, nullptr)));
-        EXPECT_EQ(CKR_OK, (call<Handle, Ulong, void*, void*, Handle*>(openSessionAt, Handle{10}, 6,
+        EXPECT_EQ(CKR_OK, (call<void*>(kInitializeAt, nullptr)));
+        EXPECT_EQ(CKR_OK, (call<Handle, Ulong, void*, void*, Handle*>(kOpenSessionAt, Handle{10}, 6,
                                                                       nullptr, nullptr, &session)));
         module.takeCalls();
     }
@@ -51,7 +51,7 @@ protected:
     }
 
     Ulong read(Handle object, std::vector<Attribute>* attributes) const {
-        return call<Handle, Handle, Attribute*, Ulong>(readAt, session, object, attributes->data(),
+        return call<Handle, Handle, Attribute*, Ulong>(kReadAt, session, object, attributes->data(),
                                                        static_cast<Ulong>(attributes->size()));
     }
 
@@ -62,14 +62,14 @@ private:
     windows::FunctionList* m_list = nullptr;
 };
 
-TEST_F(BridgeTest, TokenInfoIsPackedAndNumbersThatDoNotFitAreUnavailable) {
+TEST_F(BridgeTest, GetTokenInfoPacksTheInfoAndReportsLargeNumbersAsUnavailable) {
     CK_TOKEN_INFO& native = module->settings().tokenInfo;
     native.ulTotalPublicMemory = 0x100000000;
     native.ulFreePublicMemory = 0xFFFFFFFE;
     native.ulTotalPrivateMemory = CK_UNAVAILABLE_INFORMATION;
     std::memset(native.utcTime, 'T', sizeof native.utcTime);
     windows::TokenInfo info = {};
-    EXPECT_EQ(CKR_OK, (call<Handle, windows::TokenInfo*>(tokenInfoAt, Handle{10}, &info)));
+    EXPECT_EQ(CKR_OK, (call<Handle, windows::TokenInfo*>(kTokenInfoAt, Handle{10}, &info)));
     EXPECT_EQ(0, std::memcmp(native.label, info.label, sizeof info.label));
     EXPECT_EQ(kUnavailable, info.ulTotalPublicMemory);
     EXPECT_EQ(0xFFFFFFFEu, info.ulFreePublicMemory);
@@ -77,29 +77,29 @@ TEST_F(BridgeTest, TokenInfoIsPackedAndNumbersThatDoNotFitAreUnavailable) {
     EXPECT_EQ('T', info.utcTime[15]);
 }
 
-TEST_F(BridgeTest, AFailureLeavesTheInfo) {
+TEST_F(BridgeTest, FailedGetTokenInfoLeavesTheInfo) {
     module->fail("C_GetTokenInfo", 0, CKR_DEVICE_REMOVED);
     windows::TokenInfo info = {};
     info.flags = 77;
     EXPECT_EQ(CKR_DEVICE_REMOVED,
-              (call<Handle, windows::TokenInfo*>(tokenInfoAt, Handle{10}, &info)));
+              (call<Handle, windows::TokenInfo*>(kTokenInfoAt, Handle{10}, &info)));
     EXPECT_EQ(77u, info.flags);
 }
 
-TEST_F(BridgeTest, SlotsAreCountedAndListed) {
+TEST_F(BridgeTest, GetSlotListCountsAndListsTheSlots) {
     module->settings().slotCount = 2;
     module->settings().slotCountWhenListed = 2;
     Ulong count = 0;
-    EXPECT_EQ(CKR_OK, (call<CK_BBOOL, Handle*, Ulong*>(slotListAt, CK_TRUE, nullptr, &count)));
+    EXPECT_EQ(CKR_OK, (call<CK_BBOOL, Handle*, Ulong*>(kSlotListAt, CK_TRUE, nullptr, &count)));
     ASSERT_EQ(2u, count);
     Handle slots[3] = {Handle{9}, Handle{9}, Handle{9}};
-    EXPECT_EQ(CKR_OK, (call<CK_BBOOL, Handle*, Ulong*>(slotListAt, CK_TRUE, slots, &count)));
+    EXPECT_EQ(CKR_OK, (call<CK_BBOOL, Handle*, Ulong*>(kSlotListAt, CK_TRUE, slots, &count)));
     EXPECT_EQ(Handle{10}, slots[0]);
     EXPECT_EQ(Handle{11}, slots[1]);
     EXPECT_EQ(Handle{9}, slots[2]);
 }
 
-TEST_F(BridgeTest, NumbersInAttributesHaveTheWidthOfWindows) {
+TEST_F(BridgeTest, GetAttributeValueReturnsNumbersInTheWidthOfWindows) {
     const auto key = toWindows(module.addKey(CKO_PRIVATE_KEY, "id"));
     Ulong objectClass = 77;
     char id[4] = {};
@@ -115,7 +115,7 @@ TEST_F(BridgeTest, NumbersInAttributesHaveTheWidthOfWindows) {
     EXPECT_EQ(2u, asked[1].ulValueLen);
 }
 
-TEST_F(BridgeTest, ABufferTooSmallForANumberIsNotWritten) {
+TEST_F(BridgeTest, GetAttributeValueWithASmallBufferLeavesIt) {
     const auto key = toWindows(module.addKey(CKO_PRIVATE_KEY, "id"));
     for (const Ulong length : {0u, 3u}) {
         char bytes[8] = "1234567";
@@ -125,7 +125,7 @@ TEST_F(BridgeTest, ABufferTooSmallForANumberIsNotWritten) {
     }
 }
 
-TEST_F(BridgeTest, AnAbsentAttributeHasAnUnavailableLength) {
+TEST_F(BridgeTest, GetAttributeValueOfAnAbsentAttributeReturnsAnUnavailableLength) {
     const auto key = toWindows(module.addKey(CKO_PRIVATE_KEY, "id"));
     std::vector<Attribute> asked = {{CKA_LABEL, nullptr, 0}, {CKA_CERTIFICATE_TYPE, nullptr, 0}};
     EXPECT_NE(CKR_OK, read(key, &asked));
@@ -133,14 +133,14 @@ TEST_F(BridgeTest, AnAbsentAttributeHasAnUnavailableLength) {
     EXPECT_EQ(kUnavailable, asked[1].ulValueLen);
 }
 
-TEST_F(BridgeTest, ATemplateInATemplateIsRefused) {
+TEST_F(BridgeTest, GetAttributeValueOfATemplateIsRefused) {
     const auto key = toWindows(module.addKey(CKO_PRIVATE_KEY, "id"));
     std::vector<Attribute> asked = {{0x40000211, nullptr, 0}};
     EXPECT_EQ(CKR_ATTRIBUTE_TYPE_INVALID, read(key, &asked));
     EXPECT_TRUE(module.takeCalls().empty());
 }
 
-TEST_F(BridgeTest, NumbersThatNoMemoryIsThereForAreRefused) {
+TEST_F(BridgeTest, GetAttributeValueWithAHugeLengthReturnsHostMemory) {
     const auto key = toWindows(module.addKey(CKO_PRIVATE_KEY, "id"));
     Ulong objectClass = 77;
     for (const Ulong length : {0xFFFFFFFEu, (256u << 20) + 1}) {
@@ -152,7 +152,7 @@ TEST_F(BridgeTest, NumbersThatNoMemoryIsThereForAreRefused) {
     EXPECT_TRUE(module.takeCalls().empty());
 }
 
-TEST_F(BridgeTest, AnObjectIsMadeAndFoundByItsNumbers) {
+TEST_F(BridgeTest, FindObjectsFindsACreatedObject) {
     Ulong objectClass = CKO_DATA;
     CK_BBOOL isOnToken = CK_TRUE;
     char label[] = "seven";
@@ -162,40 +162,40 @@ TEST_F(BridgeTest, AnObjectIsMadeAndFoundByItsNumbers) {
                         {CKA_VALUE, nullptr, 0}};
     Handle object{};
     EXPECT_EQ(CKR_OK,
-              (call<Handle, Attribute*, Ulong, Handle*>(createAt, session, made, 4, &object)));
+              (call<Handle, Attribute*, Ulong, Handle*>(kCreateAt, session, made, 4, &object)));
     const CK_ULONG native = CKO_DATA;
     EXPECT_EQ(std::string(reinterpret_cast<const char*>(&native), sizeof native),
               module.read(toNative(object), CKA_CLASS));
     EXPECT_EQ("seven", module.read(toNative(object), CKA_LABEL));
     module.addKey(CKO_PRIVATE_KEY, "other");
-    EXPECT_EQ(CKR_OK, (call<Handle, Attribute*, Ulong>(findInitAt, session, made, 2)));
+    EXPECT_EQ(CKR_OK, (call<Handle, Attribute*, Ulong>(kFindInitAt, session, made, 2)));
     Handle found[2] = {};
     Ulong count = 0;
-    EXPECT_EQ(CKR_OK, (call<Handle, Handle*, Ulong, Ulong*>(findAt, session, found, 1, &count)));
+    EXPECT_EQ(CKR_OK, (call<Handle, Handle*, Ulong, Ulong*>(kFindAt, session, found, 1, &count)));
     EXPECT_EQ(1u, count);
     EXPECT_EQ(object, found[0]);
-    EXPECT_EQ(CKR_OK, (call<Handle, Handle*, Ulong, Ulong*>(findAt, session, found, 1, &count)));
+    EXPECT_EQ(CKR_OK, (call<Handle, Handle*, Ulong, Ulong*>(kFindAt, session, found, 1, &count)));
     EXPECT_EQ(0u, count);
-    EXPECT_EQ(CKR_OK, (call<Handle>(findFinalAt, session)));
+    EXPECT_EQ(CKR_OK, (call<Handle>(kFindFinalAt, session)));
 }
 
-TEST_F(BridgeTest, LengthsGoInAndOut) {
+TEST_F(BridgeTest, SignReturnsTheLengthOfTheSignature) {
     windows::Mechanism mechanism = {CKM_SHA1_RSA_PKCS, nullptr, 0};
     const auto key = toWindows(module.addKey(CKO_PRIVATE_KEY, "id"));
     CK_BYTE pin[] = "1234";
-    EXPECT_EQ(CKR_OK, (call<Handle, Ulong, CK_BYTE*, Ulong>(loginAt, session, CKU_USER, pin, 4)));
+    EXPECT_EQ(CKR_OK, (call<Handle, Ulong, CK_BYTE*, Ulong>(kLoginAt, session, CKU_USER, pin, 4)));
     EXPECT_EQ(CKR_OK,
-              (call<Handle, windows::Mechanism*, Handle>(signInitAt, session, &mechanism, key)));
+              (call<Handle, windows::Mechanism*, Handle>(kSignInitAt, session, &mechanism, key)));
     module->settings().signatureLength = 100;
     CK_BYTE data[] = "data";
     CK_BYTE signature[128] = {};
     Ulong length = sizeof signature;
-    EXPECT_EQ(CKR_OK, (call<Handle, CK_BYTE*, Ulong, CK_BYTE*, Ulong*>(signAt, session, data, 4,
+    EXPECT_EQ(CKR_OK, (call<Handle, CK_BYTE*, Ulong, CK_BYTE*, Ulong*>(kSignAt, session, data, 4,
                                                                        signature, &length)));
     EXPECT_EQ(100u, length);
 }
 
-TEST(BridgeHandleTest, LargeHandlesComeBackAsTheyWere) {
+TEST(BridgeHandleTest, LargeHandlesConvertBackUnchanged) {
     const CK_ULONG large[] = {0x80000000, 0xFFFFFFFF, 0x100000000, 0x123456789ABCDEF0};
     for (const CK_ULONG native : large) {
         const Handle handle = toWindows(native);
@@ -207,19 +207,19 @@ TEST(BridgeHandleTest, LargeHandlesComeBackAsTheyWere) {
     EXPECT_EQ(0u, toNative(Handle{0}));
 }
 
-TEST(BridgeHandleTest, AnUnknownLargeHandleIsNoHandle) {
+TEST(BridgeHandleTest, UnknownLargeHandleConvertsToNoHandle) {
     EXPECT_EQ(~CK_ULONG{0}, toNative(Handle{0xFFFFFFF0}));
 }
 
-TEST_F(BridgeTest, AnEntryPointThatTheModuleLacksIsNotSupported) {
+TEST_F(BridgeTest, GetInfoMissingFromTheModuleReturnsNotSupported) {
     windows::Info info;
-    EXPECT_EQ(CKR_FUNCTION_NOT_SUPPORTED, call<windows::Info*>(infoAt, &info));
+    EXPECT_EQ(CKR_FUNCTION_NOT_SUPPORTED, call<windows::Info*>(kInfoAt, &info));
 }
 
-TEST_F(BridgeTest, ARoomThatCannotBeThereCostsNoMemory) {
+TEST_F(BridgeTest, GetSlotListWithAHugeCountAllocatesTheSlotsOnly) {
     Handle slots[4];
     Ulong count = 0xFFFFFFFF;
-    EXPECT_EQ(CKR_OK, (call<CK_BBOOL, Handle*, Ulong*>(slotListAt, CK_TRUE, slots, &count)));
+    EXPECT_EQ(CKR_OK, (call<CK_BBOOL, Handle*, Ulong*>(kSlotListAt, CK_TRUE, slots, &count)));
     EXPECT_EQ(1u, count);
     EXPECT_EQ(Handle{10}, slots[0]);
 }

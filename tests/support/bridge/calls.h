@@ -1,6 +1,6 @@
 // The entry points of the bridge.
 //
-// forward<> makes one of an entry point whose arguments are translated each by itself; those with
+// forward<> generates an entry point whose arguments are translated independently; those with
 // templates and lists are written out.
 #pragma once
 
@@ -12,7 +12,7 @@
 namespace zr::bridge {
 
 /// @tparam entry  the native entry point.
-/// @tparam W      its arguments as Windows has them.
+/// @tparam W      its arguments in the layout of Windows.
 template <auto entry, class... W>
 [[gnu::ms_abi]] windows::Ulong forward(W... values) {
     std::tuple<Argument<W>...> arguments(values...);

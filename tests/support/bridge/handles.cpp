@@ -15,7 +15,7 @@ std::mutex& mutex() {
     return s_mutex;
 }
 
-/// The large handles in the order they were given out, and the place of each.
+/// The large handles in the order of their conversion, and the index of each.
 struct LargeHandles {
     std::vector<CK_ULONG> list;
     std::unordered_map<CK_ULONG, CK_ULONG> places;
@@ -49,7 +49,7 @@ CK_ULONG toNative(windows::Handle handle) {
     const std::lock_guard lock(mutex());
     const std::vector<CK_ULONG>& handles = largeHandles().list;
     const CK_ULONG index = number - kUpperHalf;
-    // What was never given out is no handle of the module's either.
+    // A number that was never handed out is no handle of the module.
     return index < handles.size() ? handles[index] : ~CK_ULONG{0};
 }
 

@@ -1,7 +1,7 @@
 // Native handles of 64 bits as handles of 32 bits and back.
 //
-// Small handles keep their number. A large one gets a number from the upper half, the same one as
-// long as the process lives.
+// Small handles keep their number. A large handle gets a number from the upper half, the same for
+// the life of the process.
 #pragma once
 
 #include "tests/support/bridge/windows_layout.h"

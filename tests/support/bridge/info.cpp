@@ -1,4 +1,4 @@
-// What modules, slots, tokens and sessions tell about themselves, as Windows has it.
+// The information of modules, slots, tokens and sessions in the layout of Windows.
 #include <cstring>
 
 #include "tests/support/bridge/arguments.h"

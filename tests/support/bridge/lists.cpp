@@ -1,4 +1,4 @@
-// The calls that fill lists, and those with arguments of their own kind.
+// The calls that fill lists, and calls with special arguments.
 #include <algorithm>
 #include <vector>
 
@@ -7,10 +7,10 @@
 namespace zr::bridge {
 namespace {
 
-/// No module has longer lists; memory is not spent on a room that cannot be there.
+/// No module has longer lists; larger counts of the caller allocate no memory.
 constexpr CK_ULONG kLongestList = 65536;
 
-/// Gets a list of numbers by the convention that a null list asks for its length.
+/// Reads a list of numbers; a null list requests its length.
 template <class Item, class Get, class Convert>
 Ulong fillList(Item* items, Ulong* count, Get get, Convert convert) {
     if (!count) {
@@ -57,7 +57,7 @@ Ulong getMechanismList(Handle slot, Ulong* mechanisms, Ulong* count) {
 
 Ulong openSession(Handle slot, Ulong flags, void* application, void*, Handle* session) {
     Argument<Handle*> opened(session);
-    // Notifications would be called with the wrong calling convention; none are given.
+    // Notifications would be called with the wrong calling convention; none are passed.
     const CK_RV rv = callNative<&CK_FUNCTIONS::C_OpenSession>(toNative(slot), flags, application,
                                                               nullptr, opened.native());
     opened.finish(rv);

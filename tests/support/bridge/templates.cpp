@@ -5,13 +5,13 @@
 namespace zr::bridge {
 namespace {
 
-/// Without a call for a template that is refused.
+/// Makes no call for a template that is refused.
 template <class Call>
 Ulong withTemplate(const Attributes& attributes, Call call) {
     return windows::narrow(attributes.refusal() == CKR_OK ? call() : attributes.refusal());
 }
 
-/// The same for calls that make an object.
+/// The same for calls that create an object.
 template <class Call>
 Ulong makeObject(const Attributes& attributes, Handle* object, Call call) {
     return withTemplate(attributes, [&] {
@@ -55,7 +55,7 @@ Ulong getAttributeValue(Handle session, Handle object, windows::Attribute* attri
     return withTemplate(read, [&] {
         const CK_RV rv = callNative<&CK_FUNCTIONS::C_GetAttributeValue>(
             toNative(session), toNative(object), read.native(), read.count());
-        // Some failures too tell lengths.
+        // Some failures also report lengths.
         read.handBack();
         return rv;
     });

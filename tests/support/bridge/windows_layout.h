@@ -1,4 +1,4 @@
-// The Cryptoki types as a Windows program has them: packed on bytes, CK_ULONG of 32 bits.
+// The Cryptoki types in the layout of Windows: packed on bytes, CK_ULONG of 32 bits.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@ namespace zr::bridge::windows {
 
 using Ulong = std::uint32_t;
 
-/// A slot, session or object: a number without a meaning of its own.
+/// A slot, session or object: an opaque number.
 enum class Handle : Ulong {};
 
 inline constexpr Ulong kUnavailable = 0xFFFFFFFF;
@@ -95,8 +95,8 @@ static_assert(sizeof(Mechanism) == 16);
 static_assert(offsetof(FunctionList, functions) == 2);
 static_assert(sizeof(CK_FUNCTIONS) == sizeof(FunctionList::functions));
 
-/// A number that does not fit becomes CK_UNAVAILABLE_INFORMATION, the native one of which does so
-/// by itself.
+/// A number that does not fit becomes CK_UNAVAILABLE_INFORMATION. The native
+/// CK_UNAVAILABLE_INFORMATION is converted correctly by truncation.
 constexpr Ulong narrow(CK_ULONG value) {
     return value > kUnavailable ? kUnavailable : static_cast<Ulong>(value);
 }

@@ -1,6 +1,6 @@
-// A Cryptoki module that answers at once and keeps nothing of what it is given, so that what the
-// library costs and keeps shows: one token with as many certificates as asked for by
-// ZRKEY_INSTANT_CERTIFICATES (32), and one key pair. It takes any PIN.
+// A Cryptoki module that returns at once and stores nothing, so that time and memory of the
+// library itself can be measured: one token with as many certificates as set by
+// ZRKEY_INSTANT_CERTIFICATES (32), and one key pair. It accepts any PIN.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

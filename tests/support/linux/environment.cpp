@@ -7,13 +7,13 @@
 
 #include "tests/support/temp_dir.h"
 
-/// DeleteFile keeps the file that it opened, and with it the token: the one leak that is intended.
-/// What the dynamic loader keeps goes unknown where a test's own malloc stands before it.
+/// DeleteFile leaks the file that it opened, and with it the token. Hosts depend on it.
+/// The sanitizer does not recognise the loader's memory when a test replaces malloc.
 extern "C" __attribute__((visibility("default"), used)) const char* __lsan_default_suppressions() {
     return "leak:KeyObject_pkcs11::DeleteFile\nleak:_dl_map_object_deps\n";
 }
 
-/// There when the program is built with the address sanitizer.
+/// Defined when the program is built with the address sanitizer.
 extern "C" __attribute__((weak)) std::size_t __sanitizer_get_current_allocated_bytes();
 
 namespace zr::test {
@@ -52,6 +52,10 @@ void setEnvironment(const std::string& name, const std::string& value) {
     } else {
         setenv(name.c_str(), value.c_str(), 1);
     }
+}
+
+void setEmptyEnvironment(const std::string& name) {
+    setenv(name.c_str(), "", 1);
 }
 
 }  // namespace zr::test

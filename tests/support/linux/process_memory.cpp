@@ -1,4 +1,4 @@
-// The memory of this process on Linux, by its own files under /proc.
+// The memory of this process on Linux, read from /proc.
 #include "tests/support/process_memory.h"
 
 #include <fcntl.h>
@@ -10,7 +10,7 @@
 namespace zr::test {
 namespace {
 
-// The shadow memory of the sanitizers is mapped whole, terabytes of it; it holds no program's data.
+// The sanitizers map terabytes of shadow memory, which holds no data of the program.
 constexpr std::size_t kLargestRegion = std::size_t{4} << 30;
 
 }  // namespace

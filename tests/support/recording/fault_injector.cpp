@@ -15,8 +15,8 @@ void fillUp(CK_BYTE (&field)[Size]) {
 }  // namespace
 
 CK_RV FaultInjector::beginCall(unsigned int nth) {
-    m_isNow = m_fault.kind != RecordingFault::none && m_fault.nth == nth;
-    if (!is(RecordingFault::failure)) {
+    m_isNow = m_fault.kind != RecordingFault::kNone && m_fault.nth == nth;
+    if (!is(RecordingFault::kFailure)) {
         return CKR_OK;
     }
     m_wasHit = true;
@@ -24,7 +24,7 @@ CK_RV FaultInjector::beginCall(unsigned int nth) {
 }
 
 CK_RV FaultInjector::endCall(CK_RV result) {
-    if (!is(RecordingFault::lateFailure)) {
+    if (!is(RecordingFault::kLateFailure)) {
         return result;
     }
     m_wasHit = true;
@@ -32,16 +32,16 @@ CK_RV FaultInjector::endCall(CK_RV result) {
 }
 
 bool FaultInjector::clearsList() {
-    m_wasHit = m_wasHit || is(RecordingFault::listCleared);
-    return is(RecordingFault::listCleared);
+    m_wasHit = m_wasHit || is(RecordingFault::kListCleared);
+    return is(RecordingFault::kListCleared);
 }
 
 void FaultInjector::lieAboutCount(CK_ULONG* count) {
-    if (is(RecordingFault::countZero)) {
+    if (is(RecordingFault::kCountZero)) {
         *count = 0;
-    } else if (is(RecordingFault::countMore)) {
+    } else if (is(RecordingFault::kCountMore)) {
         ++*count;
-    } else if (is(RecordingFault::countLargest)) {
+    } else if (is(RecordingFault::kCountLargest)) {
         *count = ~CK_ULONG{0};
     } else {
         return;
@@ -53,17 +53,17 @@ void FaultInjector::lieAboutLength(CK_ULONG* length, std::size_t index, CK_ULONG
     if (m_fault.index != index) {
         return;
     }
-    if (is(RecordingFault::lengthLess)) {
+    if (is(RecordingFault::kLengthLess)) {
         --*length;
-    } else if (is(RecordingFault::lengthMore)) {
+    } else if (is(RecordingFault::kLengthMore)) {
         ++*length;
-    } else if (is(RecordingFault::lengthZero)) {
+    } else if (is(RecordingFault::kLengthZero)) {
         *length = 0;
-    } else if (is(RecordingFault::lengthUnavailable)) {
+    } else if (is(RecordingFault::kLengthUnavailable)) {
         *length = CK_UNAVAILABLE_INFORMATION;
-    } else if (is(RecordingFault::lengthLargest)) {
+    } else if (is(RecordingFault::kLengthLargest)) {
         *length = CK_UNAVAILABLE_INFORMATION - 1;
-    } else if (is(RecordingFault::lengthPastRoom)) {
+    } else if (is(RecordingFault::kLengthPastRoom)) {
         *length = room + 1;
     } else {
         return;
@@ -78,7 +78,7 @@ void FaultInjector::lieAboutToken(CK_TOKEN_INFO* info) {
     lieAboutLength(&free, 1, 0);
     info->ulTotalPublicMemory = total;
     info->ulFreePublicMemory = free;
-    if (is(RecordingFault::unterminated)) {
+    if (is(RecordingFault::kUnterminated)) {
         fillUp(info->label);
         fillUp(info->manufacturerID);
         fillUp(info->model);
@@ -98,11 +98,11 @@ void FaultInjector::lieAboutValues(CK_ATTRIBUTE* attributes, const CK_ULONG* roo
         return;
     }
     CK_ATTRIBUTE& attribute = attributes[m_fault.index];
-    if (is(RecordingFault::unterminated) && !attribute.pValue) {
+    if (is(RecordingFault::kUnterminated) && !attribute.pValue) {
         // A longer value is announced; the read that follows fills its buffer.
         attribute.ulValueLen = kUnterminatedLength;
         m_fillsNext = m_wasHit = true;
-    } else if (is(RecordingFault::unterminated) || m_fillsNext) {
+    } else if (is(RecordingFault::kUnterminated) || m_fillsNext) {
         if (attribute.pValue) {
             std::memset(attribute.pValue, 'A', rooms[m_fault.index]);
             attribute.ulValueLen = rooms[m_fault.index];

@@ -1,4 +1,4 @@
-// The fault of a recording module: it waits for its call, then tells what is not so.
+// The fault of a recording module: it waits for its call, then falsifies the answer.
 #pragma once
 
 #include "tests/support/recording/recording_fault.h"
@@ -11,17 +11,17 @@ public:
     FaultInjector() = default;
 
     /// @param nth  of all calls, from 1.
-    /// @return the result the call has to fail with, or CKR_OK.
+    /// @return the failure to return, or CKR_OK.
     CK_RV beginCall(unsigned int nth);
 
-    /// @param result  of the call, which has done its work.
-    /// @return the result it has to answer.
+    /// @param result  of the completed call.
+    /// @return the result to return.
     CK_RV endCall(CK_RV result);
 
-    /// Whether the function list is to be zeroed in this call.
+    /// Whether this call zeroes the function list.
     bool clearsList();
 
-    /// Changes what an honest module answered in this call.
+    /// Falsifies the answer of this call.
     void lieAboutCount(CK_ULONG* count);
     /// @param room  bytes of the caller's buffer.
     void lieAboutLength(CK_ULONG* length, std::size_t index, CK_ULONG room);

@@ -1,4 +1,4 @@
-// A library that is no Cryptoki module: it has no C_GetFunctionList.
+// A library without C_GetFunctionList: not a Cryptoki module.
 extern "C" __attribute__((visibility("default"), used)) int noCryptoki() {
     return 0;
 }

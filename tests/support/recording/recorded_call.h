@@ -1,4 +1,4 @@
-// A call that the recording module was asked, and what it answered.
+// A call of the recording module and its answer.
 #pragma once
 
 #include <array>

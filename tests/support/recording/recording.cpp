@@ -1,4 +1,4 @@
-// The recording module as a test sees it.
+// The recording module, as tests use it.
 #include "tests/support/recording/recording.h"
 
 #include <filesystem>
@@ -9,7 +9,7 @@
 namespace zr::test {
 namespace {
 
-// On Windows the files go by names without a drive: that of the directory of the start.
+// On Windows the names have no drive: the files are on the drive of the start directory.
 const std::filesystem::path s_start = std::filesystem::current_path();
 
 std::string absolutePath(const char* file) {

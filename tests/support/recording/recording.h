@@ -1,6 +1,6 @@
-// The recording module as a test sees it.
+// The recording module, as tests use it.
 //
-//     Recording recording;                 // a module as if loaded anew
+//     Recording recording;  // a newly loaded module
 //     provider->Load(Text(recording.path()));
 //     EXPECT_EQ(calls({"C_Initialize(null)"}), recording.takeCalls());
 #pragma once
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "kernel.h"
+#include "platform/kernel.h"
 #include "tests/support/recording/recording_module.h"
 
 namespace zr::test {
@@ -22,23 +22,23 @@ public:
 
     RecordingModule* operator->() const { return m_control; }
 
-    /// The module's path relative to the current directory, as the library wants it.
+    /// The module's path relative to the current directory, as Load expects it.
     std::string path() const;
-    /// The same for the library without C_GetFunctionList.
+    /// The path of the library without C_GetFunctionList.
     std::string noListPath() const;
-    /// The files of both.
+    /// The absolute paths of both.
     static std::string file();
     static std::string noListFile();
 
-    /// The calls since the last time.
+    /// The calls since the previous takeCalls.
     std::vector<std::string> takeCalls();
-    /// How many of the calls now recorded are of a function.
+    /// The number of recorded calls of a function.
     std::size_t count(const std::string& function) const;
 
     CK_OBJECT_HANDLE addCertificate(const std::string& id, const std::string& value);
     CK_OBJECT_HANDLE addKey(CK_OBJECT_CLASS objectClass, const std::string& id);
     CK_OBJECT_HANDLE addData(const std::string& label, const std::string& value);
-    /// The same with a handle at will.
+    /// The same with a given handle.
     void addDataAt(CK_OBJECT_HANDLE object, const std::string& label, const std::string& value);
     /// An attribute's bytes; "(none)" when there is none.
     std::string read(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE type) const;

@@ -1,4 +1,4 @@
-// The recording Cryptoki module: entry points that record their arguments and ask the state.
+// The recording Cryptoki module: entry points that record their arguments and call the state.
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -49,6 +49,12 @@ std::string text(const CK_ATTRIBUTE* attributes, CK_ULONG count) {
         }
     }
     return line + "}";
+}
+
+/// A mechanism with the length of its parameter, which is marked when there is one.
+std::string text(const CK_MECHANISM& mechanism) {
+    return text(mechanism.mechanism) + "/" + text(mechanism.ulParameterLen) +
+           (mechanism.pParameter ? " set" : "");
 }
 
 CK_RV initialize(void* initArgs) {
@@ -192,8 +198,7 @@ CK_RV findObjectsFinal(CK_SESSION_HANDLE session) {
 }
 
 CK_RV signInit(CK_SESSION_HANDLE session, CK_MECHANISM* mechanism, CK_OBJECT_HANDLE key) {
-    return state().record("C_SignInit", text(session) + ", " + text(mechanism->mechanism) + "/" +
-                                            text(mechanism->ulParameterLen) + ", " + text(key));
+    return state().record("C_SignInit", text(session) + ", " + text(*mechanism) + ", " + text(key));
 }
 
 CK_RV sign(CK_SESSION_HANDLE session, CK_BYTE* data, CK_ULONG length, CK_BYTE* signature,
@@ -219,8 +224,8 @@ CK_RV sign(CK_SESSION_HANDLE session, CK_BYTE* data, CK_ULONG length, CK_BYTE* s
 }
 
 CK_RV verifyInit(CK_SESSION_HANDLE session, CK_MECHANISM* mechanism, CK_OBJECT_HANDLE key) {
-    return state().record("C_VerifyInit", text(session) + ", " + text(mechanism->mechanism) + "/" +
-                                              text(mechanism->ulParameterLen) + ", " + text(key));
+    return state().record("C_VerifyInit",
+                          text(session) + ", " + text(*mechanism) + ", " + text(key));
 }
 
 CK_RV verify(CK_SESSION_HANDLE session, CK_BYTE* data, CK_ULONG length, CK_BYTE* signature,

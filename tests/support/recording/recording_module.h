@@ -1,4 +1,4 @@
-// The control of the recording Cryptoki module: what it holds, what it answers, what it was asked.
+// The control of the recording Cryptoki module: its objects, its answers, its recorded calls.
 //
 // The module keeps its state as long as it is loaded; a test holds a reference of its own, so that
 // the record outlives the library's Unload.
@@ -9,21 +9,21 @@
 #include "pkcs11/cryptoki.h"
 #include "tests/support/recording/recording_fault.h"
 
-/// Handed out by the module's export "GetRecordingModule". Plain types alone cross the border.
+/// Returned by the module's export "GetRecordingModule". Only plain types cross the border.
 class RecordingModule {
 public:
-    /// Answers that are set at will.
+    /// Answers that a test may change.
     struct Settings {
         CK_RV functionListResult;      ///< of C_GetFunctionList
         bool functionListIsNull;       ///< C_GetFunctionList hands out null
         CK_TOKEN_INFO tokenInfo;       ///< of every slot
         CK_ULONG slotCount;            ///< slots with a token
-        CK_ULONG slotCountWhenListed;  ///< the same when a list is asked for
+        CK_ULONG slotCountWhenListed;  ///< the same when a list is requested
         bool isSearchExclusive;        ///< a second C_FindObjectsInit is CKR_OPERATION_ACTIVE
         CK_ULONG foundCount;           ///< what C_FindObjects reports for an object; 1
         CK_ATTRIBUTE_TYPE lyingType;   ///< an attribute whose length is reported wrongly
         CK_ULONG lyingLength;          ///< the length it reports; see lie
-        enum { never, onQuery, onRead, always } lie;
+        enum { kNever, kOnQuery, kOnRead, kAlways } lie;
         CK_ULONG signatureLength;  ///< bytes of a signature
         const char* userPin;
         const char* securityOfficerPin;
@@ -31,23 +31,23 @@ public:
         bool overwritesPin;    ///< C_Login writes into the PIN, over its terminator too
     };
 
-    /// Forgets calls, failures and objects; sets ordinary answers: one token, user PIN 1234.
+    /// Removes calls, failures and objects; restores the default answers: one token, user PIN 1234.
     virtual void reset() = 0;
     virtual Settings& settings() = 0;
     /// Lets a call fail.
     /// @param function  "C_Login"; null counts the calls of all functions.
     /// @param nth       from 1, counted from now; 0 every one.
     virtual void fail(const char* function, unsigned int nth, CK_RV result) = 0;
-    /// Lets one call go wrong; it takes the place of the fault set before.
+    /// Sets the fault of one call; replaces the previous fault.
     virtual void setFault(const RecordingFault& fault) = 0;
     /// Whether that call was made.
     virtual bool wasFaultHit() const = 0;
-    /// Takes an entry point out of the list that is handed out next.
+    /// Removes an entry point from the list that is handed out next.
     virtual void removeEntry(std::size_t index) = 0;
 
     /// @return the object's handle.
     virtual CK_OBJECT_HANDLE addObject() = 0;
-    /// @param object  made when it is not there.
+    /// @param object  created when it does not exist.
     virtual void setAttribute(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE type, const void* value,
                               std::size_t length) = 0;
     virtual void removeObject(CK_OBJECT_HANDLE object) = 0;

@@ -222,9 +222,9 @@ CK_RV RecordingState::destroy(CK_OBJECT_HANDLE object) {
 }
 
 CK_ULONG RecordingState::reportedLength(const CK_ATTRIBUTE& attribute, std::size_t length) const {
-    const int now = attribute.pValue ? Settings::onRead : Settings::onQuery;
+    const int now = attribute.pValue ? Settings::kOnRead : Settings::kOnQuery;
     const bool isLie = attribute.type == m_settings.lyingType &&
-                       (m_settings.lie == now || m_settings.lie == Settings::always);
+                       (m_settings.lie == now || m_settings.lie == Settings::kAlways);
     return isLie ? m_settings.lyingLength : static_cast<CK_ULONG>(length);
 }
 
@@ -246,7 +246,7 @@ CK_RV RecordingState::read(CK_OBJECT_HANDLE object, CK_ATTRIBUTE* attributes, CK
         }
         const std::size_t length = value->second.size();
         if (attribute.pValue) {
-            // A buffer is filled as far as it goes: what a lying module's victim hands over.
+            // A falsified length may exceed the buffer: fill the buffer only.
             std::memcpy(attribute.pValue, value->second.data(),
                         std::min<std::size_t>(length, attribute.ulValueLen));
         }

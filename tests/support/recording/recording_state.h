@@ -37,7 +37,7 @@ public:
     bool isSearchOpen() const override;
 
     /// Records a call.
-    /// @return the result it has to fail with, or CKR_OK.
+    /// @return the failure to return, or CKR_OK.
     CK_RV record(const std::string& function, const std::string& arguments);
     CK_FUNCTION_LIST* makeList();
     FaultInjector& fault() { return m_fault; }
@@ -65,7 +65,7 @@ private:
         std::string function;
         unsigned int nth;
         CK_RV result;
-        bool isOver;  ///< it has happened; that of every call never is
+        bool isOver;  ///< it has happened; never true for a failure of every call
     };
 
     struct Session {

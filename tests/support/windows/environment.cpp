@@ -55,4 +55,8 @@ void setEnvironment(const std::string& name, const std::string& value) {
     SetEnvironmentVariableA(name.c_str(), value.empty() ? nullptr : value.c_str());
 }
 
+void setEmptyEnvironment(const std::string& name) {
+    SetEnvironmentVariableA(name.c_str(), "");
+}
+
 }  // namespace zr::test

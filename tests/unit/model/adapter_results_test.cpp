@@ -1,5 +1,5 @@
-// What members called by name hand out: the value of the operation, under the type of its row.
-#include "tests/unit/model/objects.h"
+// The results of members that are called by name.
+#include "tests/support/fixtures/objects.h"
 
 namespace zr::test {
 namespace {
@@ -8,7 +8,7 @@ class AdapterResultsTest : public ObjectsTest {
 protected:
     ~AdapterResultsTest() override { VariantClear(&result); }
 
-    /// Calls a member by its name into result.
+    /// Calls a member by its name and stores its result.
     HRESULT call(IDispatch* object, const char* name, std::vector<VARIANT> arguments = {}) {
         VariantClear(&result);
         return invoke(object, idOf(object, name), std::move(arguments), &result);
@@ -20,7 +20,7 @@ protected:
     VARIANT result = {};
 };
 
-TEST_F(AdapterResultsTest, TextsAreThoseOfTheToken) {
+TEST_F(AdapterResultsTest, TextGettersReturnTheTextsOfTheToken) {
     const std::pair<const char*, const char*> texts[] = {
         {"GetDigestMethod", "MD5"},
         {"GetSignAlgo", "RSA"},
@@ -47,7 +47,7 @@ TEST_F(AdapterResultsTest, TextsAreThoseOfTheToken) {
     }
 }
 
-TEST_F(AdapterResultsTest, OutcomesAreTrueAndTheArgumentsArrive) {
+TEST_F(AdapterResultsTest, PinOperationsPassTheirArgumentsAndReturnTrue) {
     const Text pin("1234");
     EXPECT_HR(S_OK, call(tokenFace(), "VerifyPIN", {string(pin), number(0)}));
     EXPECT_EQ(VT_BOOL, result.vt);
@@ -58,12 +58,33 @@ TEST_F(AdapterResultsTest, OutcomesAreTrueAndTheArgumentsArrive) {
     EXPECT_EQ(VARIANT_TRUE, result.boolVal);
     EXPECT_HR(E_INVALIDARG, call(tokenFace(), "UnlockPIN", {string(pin), number(1)}));
     EXPECT_HR(E_INVALIDARG, call(tokenFace(), "UnlockPIN", {number(1), string(pin)}));
-    EXPECT_HR(E_INVALIDARG, call(tokenFace(), "UnlockPIN", {string(pin)}));
     const Text there("7");
     EXPECT_HR(S_OK, call(tokenFace(), "FileExists", {string(there)}));
     EXPECT_EQ(VT_I4, result.vt);
     EXPECT_EQ(1, result.lVal);
     EXPECT_HR(E_NOTIMPL, call(tokenFace(), "IsDefaultPIN", {number(0)}));
+}
+
+TEST_F(AdapterResultsTest, VerifyPinWithoutATypeLogsTheUserIn) {
+    const Text pin("1234");
+    EXPECT_HR(S_OK, call(tokenFace(), "VerifyPIN", {string(pin)}));
+    EXPECT_EQ(VT_BOOL, result.vt);
+    EXPECT_EQ(VARIANT_TRUE, result.boolVal);
+    EXPECT_EQ((Lines{"C_Login(1, 1, 1234)", "C_Logout(1)", "C_Login(1, 1, 1234)"}),
+              module.takeCalls());
+}
+
+TEST_F(AdapterResultsTest, VerifyPinWithoutArgumentsAnswersInvalidArgument) {
+    EXPECT_HR(E_INVALIDARG, call(tokenFace(), "VerifyPIN"));
+    EXPECT_EQ(VT_BOOL, result.vt);
+    EXPECT_EQ(VARIANT_FALSE, result.boolVal);
+    EXPECT_EQ(Lines{}, module.takeCalls());
+}
+
+TEST_F(AdapterResultsTest, TypedGettersWithoutATypeCallTheToken) {
+    for (const char* name : {"GetMaxRetryCount", "GetRemainRetryCount", "IsDefaultPIN"}) {
+        EXPECT_HR(E_NOTIMPL, call(tokenFace(), name)) << name;
+    }
 }
 
 TEST_F(AdapterResultsTest, SizesAndCountsAreThoseOfTheModule) {
@@ -79,7 +100,7 @@ TEST_F(AdapterResultsTest, SizesAndCountsAreThoseOfTheModule) {
     EXPECT_EQ(3, result.lVal);
 }
 
-TEST_F(AdapterResultsTest, ObjectsComeWithTheirReference) {
+TEST_F(AdapterResultsTest, ObjectsAreReturnedWithAReference) {
     EXPECT_HR(S_OK, call(providerFace(), "OpenKey", {number(0)}));
     ASSERT_EQ(VT_DISPATCH, result.vt);
     EXPECT_EQ(3, idOf(result.pdispVal, "GetLabel"));
@@ -96,7 +117,7 @@ TEST_F(AdapterResultsTest, ObjectsComeWithTheirReference) {
     EXPECT_EQ(0u, certificateFace->Release());
 }
 
-TEST_F(AdapterResultsTest, AKeyIsFoundByItsClassAndId) {
+TEST_F(AdapterResultsTest, GetPubPriKeyHandleFindsAKeyByClassAndId) {
     const CK_OBJECT_HANDLE privateKey = module.addKey(CKO_PRIVATE_KEY, "k");
     const CK_OBJECT_HANDLE publicKey = module.addKey(CKO_PUBLIC_KEY, "k");
     CK_OBJECT_HANDLE found = 0;

@@ -1,12 +1,12 @@
-// The operations of the abstract classes before a backend overrides them.
+// The operations of the abstract classes without a backend.
 #include <cstring>
 
 #include "model/key_certificate.h"
 #include "model/key_container.h"
 #include "model/key_file.h"
 #include "model/token_provider.h"
-#include "tests/contract/token.h"
-#include "tests/unit/model/bare_token.h"
+#include "tests/support/fixtures/bare_token.h"
+#include "tests/support/fixtures/token.h"
 
 namespace zr::test {
 
@@ -25,7 +25,7 @@ protected:
     void* out = nullptr;
 };
 
-TEST_F(BaseOperationsTest, AProviderImplementsNothing) {
+TEST_F(BaseOperationsTest, ProviderOperationsAreNotImplemented) {
     TokenProvider* provider = held(new TokenProvider);
     INT number = 7;
     EXPECT_HR(E_NOTIMPL, provider->Load(nullptr));
@@ -39,7 +39,7 @@ TEST_F(BaseOperationsTest, AProviderImplementsNothing) {
     EXPECT_EQ(0u, provider->Release());
 }
 
-TEST_F(BaseOperationsTest, ATokenImplementsNothing) {
+TEST_F(BaseOperationsTest, TokenOperationsAreNotImplemented) {
     BareToken* token = held(new BareToken(nullptr));
     EXPECT_EQ(nullptr, token->GetParent());
     for (const HRESULT hr : {token->GetSerialNumber(&text),
@@ -81,7 +81,7 @@ TEST_F(BaseOperationsTest, ATokenImplementsNothing) {
     EXPECT_EQ(0u, token->Release());
 }
 
-TEST_F(BaseOperationsTest, AFileImplementsNothing) {
+TEST_F(BaseOperationsTest, FileOperationsAreNotImplemented) {
     KeyFile* file = held(new KeyFile(nullptr));
     EXPECT_EQ(nullptr, file->GetLog());
     EXPECT_HR(E_NOTIMPL, file->Close());
@@ -94,7 +94,7 @@ TEST_F(BaseOperationsTest, AFileImplementsNothing) {
     EXPECT_EQ(0u, file->Release());
 }
 
-TEST_F(BaseOperationsTest, AFileHasNoMembersForScripts) {
+TEST_F(BaseOperationsTest, GetIDsOfNamesOfAFileFindsNothing) {
     const ConsoleCapture quiet;
     KeyFile* file = held(new KeyFile(nullptr));
     for (const char* name : {"Read", "Close", "GetKeyCert", ""}) {
@@ -107,7 +107,7 @@ TEST_F(BaseOperationsTest, AFileHasNoMembersForScripts) {
     EXPECT_EQ(0u, file->Release());
 }
 
-TEST_F(BaseOperationsTest, AFileOfATokenWithoutAProviderIsCountedWithoutALog) {
+TEST_F(BaseOperationsTest, AddRefOfAFileWithoutAProviderCountsWithoutALog) {
     BareToken* token = held(new BareToken(nullptr));
     EXPECT_EQ(nullptr, token->GetLog());
     KeyFile* file = held(new KeyFile(token));
@@ -118,7 +118,7 @@ TEST_F(BaseOperationsTest, AFileOfATokenWithoutAProviderIsCountedWithoutALog) {
     EXPECT_EQ(0u, token->Release());
 }
 
-TEST_F(BaseOperationsTest, AContainerImplementsNothing) {
+TEST_F(BaseOperationsTest, ContainerOperationsAreNotImplemented) {
     KeyContainer* container = held(new KeyContainer(nullptr));
     EXPECT_HR(E_NOTIMPL, container->Close());
     EXPECT_HR(E_NOTIMPL, container->GetType(&text));
@@ -130,7 +130,7 @@ TEST_F(BaseOperationsTest, AContainerImplementsNothing) {
     EXPECT_EQ(0u, container->Release());
 }
 
-TEST_F(BaseOperationsTest, ACertificateImplementsNothingAndItsAdaptersPassThatOn) {
+TEST_F(BaseOperationsTest, CertificateOperationsAndAdaptersAreNotImplemented) {
     KeyCertificate* certificate = held(new KeyCertificate(nullptr));
     EXPECT_HR(E_NOTIMPL, certificate->GetCertData(&variant));
     EXPECT_HR(E_NOTIMPL, certificate->GetCertID(&text));
@@ -140,7 +140,7 @@ TEST_F(BaseOperationsTest, ACertificateImplementsNothingAndItsAdaptersPassThatOn
     EXPECT_EQ(0u, certificate->Release());
 }
 
-TEST_F(BaseOperationsTest, AChildKeepsItsParentAlive) {
+TEST_F(BaseOperationsTest, ReleaseOfAParentKeepsItWhileItHasChildren) {
     TokenProvider* provider = held(new TokenProvider);
     BareToken* token = held(new BareToken(provider));
     KeyFile* file = held(new KeyFile(token));

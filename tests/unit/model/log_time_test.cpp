@@ -1,4 +1,4 @@
-// The local time in a log: in the stamp of each line, and in the name of a provider's file.
+// The local time in logs: in the time stamp of each line and in the name of the file.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -17,14 +17,15 @@ namespace zr::test {
 namespace {
 
 constexpr int kDay = 24 * 60 * 60 * 1000;
-/// How far two clocks of a system may be apart: the coarse ones of Windows tick every 16 ms.
+/// How much two clocks of a system may differ, in ms: the coarse clock of Windows ticks every 16
+/// ms.
 constexpr int kTick = 20;
 
 int milliseconds(int hour, int minute, int second, int fraction = 0) {
     return ((hour * 60 + minute) * 60 + second) * 1000 + fraction;
 }
 
-/// The milliseconds of the local day, with a whole day in front so that less a tick is no negative.
+/// The local time of day in ms plus one day, so that subtracting a tick stays positive.
 int timeOfDay() {
     const auto now =
         std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
@@ -34,17 +35,17 @@ int timeOfDay() {
                                static_cast<int>(now.time_since_epoch().count() % 1000));
 }
 
-/// Whether a time of the day lies between two of timeOfDay's, midnight or not.
-bool isBetween(int first, int told, int last) {
-    return (told - first + 2 * kDay) % kDay <= (last - first + kDay) % kDay;
+/// Whether a time of day is between two values of timeOfDay, also around midnight.
+bool isBetween(int first, int time, int last) {
+    return (time - first + 2 * kDay) % kDay <= (last - first + kDay) % kDay;
 }
 
 class LogTimeTest : public testing::Test {
 protected:
     LogTimeTest() {
-        // Far from every zone that machines are set to. On Windows the system has its own.
+        // A zone that no machine is set to. Windows ignores the variable.
         setEnvironment("TZ", "XXX-05:45");
-        timeOfDay();  // localtime reads the zone anew
+        timeOfDay();  // makes localtime read the zone
     }
     ~LogTimeTest() override {
         setEnvironment("TZ", m_zone);
@@ -62,7 +63,7 @@ private:
     const std::string m_zone = zone();
 };
 
-TEST_F(LogTimeTest, EachLineBeginsWithTheTimeOfItsCall) {
+TEST_F(LogTimeTest, LogWritesTheLocalTimeOfTheCall) {
     const std::string path = (folder.work() / "time.log").string();
     ZRLog log;
     log.SetFilePath(path.c_str());
@@ -86,7 +87,7 @@ TEST_F(LogTimeTest, EachLineBeginsWithTheTimeOfItsCall) {
     }
 }
 
-TEST_F(LogTimeTest, AFileIsNamedByTheTimeOfItsProvider) {
+TEST_F(LogTimeTest, EnableLogNamesTheFileAfterTheTimeOfTheProvider) {
     folder.enableLog();
     int first = timeOfDay() - kTick;
     auto* provider = new TokenProvider();

@@ -1,9 +1,9 @@
-// Looking members up in the tables of the classes, and the placeholders in front of them.
+// Looking up members in the tables of the classes, and the placeholders of IDispatchImpl.
 #include "model/key_certificate.h"
 #include "model/key_object.h"
 #include "model/token_provider.h"
-#include "pkcs11/key_container.h"
-#include "tests/contract/token.h"
+#include "pkcs11/container_pkcs11.h"
+#include "tests/support/fixtures/token.h"
 
 namespace zr::test {
 namespace {
@@ -22,14 +22,14 @@ void expectTable(const std::string& name, LONG id, LONG count) {
     EXPECT_EQ(nullptr, Class::GetDispatchInfoById(nullptr, 0));
 }
 
-TEST(LookupsTest, EachClassSearchesItsOwnTable) {
+TEST(LookupsTest, GetDispatchInfoSearchesTheTableOfItsClass) {
     expectTable<TokenProvider>("OpenKey", 3, 4);
     expectTable<KeyObject>("GetSignAlgo", 30, 30);
     expectTable<KeyContainer_pkcs11>("GetKeyCert", 1, 1);
     expectTable<KeyCertificate>("GetCertData", 2, 2);
 }
 
-TEST(LookupsTest, PlaceholdersImplementNothing) {
+TEST(LookupsTest, PlaceholdersOfIDispatchAreNotImplemented) {
     IDispatchImpl<IDispatch> placeholder;
     void* face = nullptr;
     DISPID id = 7;

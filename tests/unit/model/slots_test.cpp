@@ -1,15 +1,15 @@
-// The order of virtual operations, which hosts call by their place, and the identifiers they name.
+// The order of the virtual operations, which hosts call by slot, and the values of the identifiers.
 #include <cstdio>
 #include <cstring>
 
 #include "runtime/component.h"
-#include "tests/unit/model/objects.h"
+#include "tests/support/fixtures/objects.h"
 
 namespace zr::test {
 namespace {
 
-/// The place of a virtual operation in its table, as the Itanium C++ ABI of both compilers keeps it in
-/// a pointer to a member.
+/// The slot of a virtual operation. Both compilers use the Itanium C++ ABI, which stores it in the
+/// pointer to the member.
 template <class Method>
 std::size_t slotOf(Method method) {
     std::uintptr_t words[2] = {};
@@ -18,7 +18,7 @@ std::size_t slotOf(Method method) {
     return (words[0] - 1) / sizeof(void*);
 }
 
-/// Expects operations in successive places.
+/// Expects operations in successive slots.
 template <class... Methods>
 void expectSlots(std::size_t first, Methods... methods) {
     const std::size_t slots[] = {slotOf(methods)...};
@@ -35,7 +35,7 @@ std::string textOf(const GUID& id) {
     return text;
 }
 
-TEST(SlotsTest, TheAutomationInterfacesComeFirst) {
+TEST(SlotsTest, SlotsOfTheAutomationInterfacesAreInOrder) {
     using Query = HRESULT (STDMETHODCALLTYPE IDispatch::*)(REFIID, void**);
     expectSlots(0, Query(&IDispatch::QueryInterface), &IDispatch::AddRef, &IDispatch::Release,
                 &IDispatch::GetTypeInfoCount, &IDispatch::GetTypeInfo, &IDispatch::GetIDsOfNames,
@@ -49,16 +49,16 @@ TEST(SlotsTest, TheAutomationInterfacesComeFirst) {
                 &ICreateErrorInfo::SetHelpContext);
 }
 
-TEST(SlotsTest, TheProviderKeepsItsOrder) {
+TEST(SlotsTest, SlotsOfTheProviderAreInOrder) {
     expectSlots(7, &ITokenProvider::Load, &ITokenProvider::Unload, &ITokenProvider::OpenKey,
                 &ITokenProvider::GetName, &ITokenProvider::GetKeyCount, &ITokenProvider::GetKeySN,
                 &ITokenProvider::LoadFinish);
-    // The destructor's two places lie between.
+    // Slots 14 and 15 are the destructors.
     expectSlots(16, &TokenProvider::InterfaceSupportsErrorInfo, &TokenProvider::FinalRelease,
                 &TokenProvider::GetSelfDispatchInfo, &TokenProvider::GetSelfGetDispatchInfoCount);
 }
 
-TEST(SlotsTest, TheTokenKeepsItsOrder) {
+TEST(SlotsTest, SlotsOfTheTokenAreInOrder) {
     using K = IKeyObject;
     expectSlots(7, &K::GetSerialNumber, &K::SetLabel, &K::GetLabel, &K::GetManufacturerID,
                 &K::GetModelID, &K::GetTotalSize, &K::GetFreeSize, &K::ModifyPIN,
@@ -76,7 +76,7 @@ TEST(SlotsTest, TheTokenKeepsItsOrder) {
                 Digest(&KeyObject::DigestData), Enumerate(&KeyObject::EnumContainer));
 }
 
-TEST(SlotsTest, FilesContainersAndCertificatesKeepTheirOrder) {
+TEST(SlotsTest, SlotsOfFilesContainersAndCertificatesAreInOrder) {
     expectSlots(7, &IKeyFile::Close, &IKeyFile::Flush, &IKeyFile::Write, &IKeyFile::Read,
                 &IKeyFile::GetSize, &IKeyFile::Seek);
     expectSlots(7, &IKeyContainer::Close, &IKeyContainer::GetType,
@@ -89,7 +89,7 @@ TEST(SlotsTest, FilesContainersAndCertificatesKeepTheirOrder) {
                 &KeyCertificate::GetSelfDispatchInfo, &KeyCertificate::GetSelfGetDispatchInfoCount);
 }
 
-TEST(SlotsTest, TheComponentPartKeepsItsOrder) {
+TEST(SlotsTest, SlotsOfTheComponentPartAreInOrder) {
     using C = ZComponentImpl;
     expectSlots(2, &C::QueryInterface, &C::GetTypeInfoCount, &C::GetTypeInfo, &C::GetIDsOfNames,
                 &C::Invoke, &C::InterfaceSupportsErrorInfo, &C::FinalRelease,
@@ -98,7 +98,7 @@ TEST(SlotsTest, TheComponentPartKeepsItsOrder) {
                 &C::CloneDispParams);
 }
 
-TEST(SlotsTest, IdentifiersKeepTheirValues) {
+TEST(SlotsTest, IdentifiersHaveTheirValues) {
     const std::pair<const char*, GUID> identifiers[] = {
         {"00000000-0000-0000-0000-000000000000", IID_NULL},
         {"00000000-0000-0000-C000-000000000046", IID_IUnknown},

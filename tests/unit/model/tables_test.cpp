@@ -1,5 +1,5 @@
-// The method tables of the classes, row by row: hosts read names, ids and types by the layout.
-#include "tests/unit/model/objects.h"
+// The method tables of the classes, row by row: hosts read names, ids and types from them.
+#include "tests/support/fixtures/objects.h"
 
 namespace zr::test {
 namespace {
@@ -27,13 +27,13 @@ void expectTable(ZComponentImpl& object, const std::vector<Row>& expected) {
     }
 }
 
-TEST_F(ObjectsTest, TheProviderHasItsTable) {
+TEST_F(ObjectsTest, MethodTableOfTheProviderIsComplete) {
     expectTable(
         *provider,
         {{"Load", 11, {14}}, {"Unload", 11, {}}, {"OpenKey", 9, {3}}, {"GetKeyCount", 3, {}}});
 }
 
-TEST_F(ObjectsTest, TheTokenHasItsTable) {
+TEST_F(ObjectsTest, MethodTableOfTheTokenIsComplete) {
     expectTable(*token, {
                             {"GetSerialNumber", 8, {}},   {"SetLabel", 11, {14}},
                             {"GetLabel", 8, {}},          {"GetManufacturerID", 8, {}},
@@ -53,7 +53,7 @@ TEST_F(ObjectsTest, TheTokenHasItsTable) {
                         });
 }
 
-TEST_F(ObjectsTest, ContainersAndCertificatesHaveTheirTables) {
+TEST_F(ObjectsTest, MethodTablesOfContainerAndCertificateAreComplete) {
     expectTable(*container, {{"GetKeyCert", 9, {11}}});
     expectTable(*certificate, {{"GetCertID", 8, {}}, {"GetCertData", 12, {}}});
     EXPECT_EQ(0, file->GetSelfGetDispatchInfoCount());

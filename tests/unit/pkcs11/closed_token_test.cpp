@@ -1,16 +1,16 @@
 // Objects used after their token was closed or its module unloaded: misuse that must not crash.
-#include "tests/unit/model/objects.h"
+#include "tests/support/fixtures/objects.h"
 
 namespace zr::test {
 namespace {
 
 class ClosedTokenTest : public ObjectsTest {
 protected:
-    /// Every operation that needs the token fails, and what the objects hold themselves is told.
+    /// Every operation that needs the token fails; the objects still return their own data.
     void expectUnusable() {
         VARIANT variant = {};
         void* out = nullptr;
-        const Bytes data("data");
+        const ByteArray data("data");
         const Text id("id");
         EXPECT_HR(E_FAIL, token->VerifyPIN(Text("1234"), 0));
         EXPECT_HR(E_FAIL, token->ModifyPIN(Text("1234"), Text("4321"), 0));
@@ -31,10 +31,9 @@ protected:
         EXPECT_HR(E_FAIL, file->Flush());
         EXPECT_EQ(nullptr, out);
 
-        BSTR name = nullptr;
-        EXPECT_HR(S_OK, certificate->GetCertID(&name));
+        Text name;
+        EXPECT_HR(S_OK, certificate->GetCertID(name.receive()));
         EXPECT_EQ("id", narrow(name));
-        SysFreeString(name);
         EXPECT_HR(S_OK, file->Read(8, &variant));
         EXPECT_EQ("contents", takeBytes(&variant));
         EXPECT_HR(S_OK, token->DigestData(Text("MD5"), data, &variant));
@@ -42,28 +41,27 @@ protected:
     }
 };
 
-TEST_F(ClosedTokenTest, ClosingTwiceLogsOutAndClosesOnce) {
+TEST_F(ClosedTokenTest, CloseKeyTwiceLogsOutAndClosesOnce) {
     EXPECT_HR(S_OK, token->CloseKey());
     EXPECT_EQ((Lines{"C_Logout(1)", "C_CloseSession(1)"}), module.takeCalls());
     EXPECT_HR(S_OK, token->CloseKey());
     EXPECT_EQ(Lines{}, module.takeCalls());
 }
 
-TEST_F(ClosedTokenTest, AClosedTokenStillTellsItsTexts) {
+TEST_F(ClosedTokenTest, GetLabelAfterCloseKeySucceeds) {
     token->CloseKey();
-    BSTR label = nullptr;
-    EXPECT_HR(S_OK, token->GetLabel(&label));
-    SysFreeString(label);
+    Text label;
+    EXPECT_HR(S_OK, token->GetLabel(label.receive()));
 }
 
-TEST_F(ClosedTokenTest, ObjectsOfAClosedTokenFail) {
+TEST_F(ClosedTokenTest, OperationsAfterCloseKeyFail) {
     token->CloseKey();
     module->fail(nullptr, 0,
-                 CKR_SESSION_HANDLE_INVALID);  // what a module knows of a closed session
+                 CKR_SESSION_HANDLE_INVALID);  // a module's result for a closed session
     expectUnusable();
 }
 
-TEST_F(ClosedTokenTest, ObjectsOfAnUnloadedModuleFailWithoutACall) {
+TEST_F(ClosedTokenTest, OperationsAfterUnloadFailWithoutACall) {
     token->CloseKey();
     provider->Unload();
     module.takeCalls();

@@ -1,4 +1,4 @@
-// Cryptoki's numbers and layouts, written down a second time after PKCS #11 v2.40.
+// The numbers and layouts of Cryptoki, written again from PKCS #11 v2.40.
 #include "pkcs11/cryptoki.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ constexpr std::size_t layout(std::size_t packed, std::size_t natural) {
     return kIsPacked ? packed : natural;
 }
 
-TEST(CryptokiTest, ConstantsHaveTheirNumbers) {
+TEST(CryptokiTest, ConstantsHaveTheDocumentedValues) {
     const std::pair<unsigned long, CK_ULONG> numbers[] = {
         {1, CK_TRUE},
         {0, CK_FALSE},
@@ -74,7 +74,7 @@ TEST(CryptokiTest, ConstantsHaveTheirNumbers) {
     EXPECT_EQ(0u, CK_UNAVAILABLE_INFORMATION + 1);
 }
 
-TEST(CryptokiTest, StructuresAreLaidOutAsModulesHaveThem) {
+TEST(CryptokiTest, StructuresHaveTheDocumentedLayout) {
     EXPECT_EQ(2u, sizeof(CK_VERSION));
     EXPECT_EQ(layout(72, 88), sizeof(CK_INFO));
     EXPECT_EQ(layout(34, 40), offsetof(CK_INFO, flags));
@@ -101,7 +101,7 @@ TEST(CryptokiTest, StructuresAreLaidOutAsModulesHaveThem) {
     EXPECT_EQ(2 * sizeof(CK_ULONG), offsetof(CK_MECHANISM_INFO, flags));
 }
 
-TEST(CryptokiTest, ATokensInformationIsLaidOutAsModulesHaveIt) {
+TEST(CryptokiTest, TokenInfoHasTheDocumentedLayout) {
     EXPECT_EQ(layout(160, 208), sizeof(CK_TOKEN_INFO));
     EXPECT_EQ(32u, offsetof(CK_TOKEN_INFO, manufacturerID));
     EXPECT_EQ(64u, offsetof(CK_TOKEN_INFO, model));
@@ -129,7 +129,7 @@ TEST(CryptokiTest, ATokensInformationIsLaidOutAsModulesHaveIt) {
     EXPECT_EQ(layout(144, 188), offsetof(CK_TOKEN_INFO, utcTime));
 }
 
-TEST(CryptokiTest, EntryPointsStandInTheirOrder) {
+TEST(CryptokiTest, FunctionListHasTheDocumentedOrder) {
     using F = CK_FUNCTIONS;
     const std::pair<std::size_t, std::size_t> places[] = {
         {0, offsetof(F, C_Initialize)},

@@ -1,32 +1,30 @@
-// The backend's classes from inside: what hosts neither call nor see.
+// The classes of the backend: what hosts neither call nor see.
 #include <string_view>
 
+#include "tests/support/fixtures/objects.h"
 #include "tests/support/log_file.h"
-#include "tests/unit/model/objects.h"
 
 namespace zr::test {
 namespace {
 
 class BackendTest : public ObjectsTest {
 protected:
-    /// Whether a text lies somewhere in the token object.
+    /// Whether the memory of the token object contains a text.
     bool holds(std::string_view text) const {
         return std::string_view(reinterpret_cast<const char*>(token), sizeof *token).find(text) !=
                std::string_view::npos;
     }
 
     std::string algorithms() {
-        BSTR text = nullptr;
-        EXPECT_HR(S_OK, token->GetAlgoList(&text));
-        const std::string list = narrow(text);
-        SysFreeString(text);
-        return list;
+        Text text;
+        EXPECT_HR(S_OK, token->GetAlgoList(text.receive()));
+        return narrow(text);
     }
 
     VARIANT result = {};
 };
 
-TEST_F(BackendTest, TheDestructorOfAProviderDoesNotUnload) {
+TEST_F(BackendTest, ProviderDestructorDoesNotUnload) {
     auto* other = new TokenProvider_pkcs11;
     EXPECT_HR(S_OK, other->Load(Text(module.path())));
     module.takeCalls();
@@ -34,7 +32,7 @@ TEST_F(BackendTest, TheDestructorOfAProviderDoesNotUnload) {
     EXPECT_EQ(Lines{}, module.takeCalls());
 }
 
-TEST_F(BackendTest, ARefusedPinIsNotKept) {
+TEST_F(BackendTest, VerifyPinWithAWrongPinKeepsThePreviousPin) {
     EXPECT_TRUE(holds("1234"));
     EXPECT_HR(E_FAIL, token->VerifyPIN(Text("refused"), 0));
     EXPECT_FALSE(holds("refused"));
@@ -44,14 +42,14 @@ TEST_F(BackendTest, ARefusedPinIsNotKept) {
     EXPECT_FALSE(holds("1234"));
 }
 
-TEST_F(BackendTest, AfterAChangeTheOldPinIsKept) {
+TEST_F(BackendTest, ModifyPinKeepsTheOldPin) {
     EXPECT_HR(S_OK, token->VerifyPIN(Text("87654321"), 1));
     EXPECT_HR(S_OK, token->ModifyPIN(Text("1234"), Text("999999"), 0));
     EXPECT_TRUE(holds("1234"));
     EXPECT_FALSE(holds("999999"));
 }
 
-TEST_F(BackendTest, ASessionThatDoesNotCloseIsForgotten) {
+TEST_F(BackendTest, CloseKeyWithAFailedCloseDropsTheSession) {
     module->fail("C_CloseSession", 1, CKR_DEVICE_REMOVED);
     EXPECT_HR(S_OK, token->CloseKey());
     EXPECT_EQ((Lines{"C_Logout(1)", "C_CloseSession(1)"}), module.takeCalls());
@@ -59,7 +57,7 @@ TEST_F(BackendTest, ASessionThatDoesNotCloseIsForgotten) {
     EXPECT_EQ(Lines{}, module.takeCalls());
 }
 
-TEST_F(BackendTest, AListReplacesTheOneBefore) {
+TEST_F(BackendTest, SetAlgoListAndSetDigestListReplaceTheList) {
     EXPECT_EQ(1, token->SetAlgoList("first"));
     EXPECT_EQ(1, token->SetAlgoList("2nd;x"));
     EXPECT_EQ("2nd;x", algorithms());
@@ -70,7 +68,7 @@ TEST_F(BackendTest, AListReplacesTheOneBefore) {
     EXPECT_EQ("2nd;x", algorithms());
 }
 
-TEST_F(BackendTest, AListOf500BytesAndNoneAreRefusedAndTheListStays) {
+TEST_F(BackendTest, SetAlgoListAndSetDigestListWith500BytesOrNullKeepTheList) {
     const std::string longest(499, 'a');
     const std::string longestDigest(499, 'd');
     EXPECT_EQ(1, token->SetAlgoList(longest.c_str()));
@@ -85,24 +83,23 @@ TEST_F(BackendTest, AListOf500BytesAndNoneAreRefusedAndTheListStays) {
     EXPECT_FALSE(holds(std::string(8, 'e')));
 }
 
-TEST_F(BackendTest, ACertificateWithoutAnIdAnswersItsOwnCode) {
+TEST_F(BackendTest, OperationsWithAFailingCertificateIdReturnItsCode) {
     KeyCertificate unnamed(nullptr);
-    EXPECT_HR(E_NOTIMPL, token->SignData(nullptr, Bytes("x"), &unnamed, &result));
-    EXPECT_HR(E_NOTIMPL, token->VerifyData(Bytes("x"), &unnamed, nullptr, Bytes("x")));
+    EXPECT_HR(E_NOTIMPL, token->SignData(nullptr, ByteArray("x"), &unnamed, &result));
+    EXPECT_HR(E_NOTIMPL, token->VerifyData(ByteArray("x"), &unnamed, nullptr, ByteArray("x")));
     EXPECT_HR(E_NOTIMPL, token->GetPubKeyData(&unnamed, &result));
     EXPECT_HR(E_FAIL, token->GetCertData(&unnamed, &result));
     EXPECT_EQ(VT_EMPTY, result.vt);
     EXPECT_EQ(Lines{}, module.takeCalls());
 }
 
-TEST_F(ModuleTest, APublicKeyLookUpWithoutAnIdTellsWhy) {
+TEST_F(ModuleTest, GetPubKeyDataWithAFailingCertificateIdLogsTheReason) {
     folder.enableLog();
     const ConsoleCapture quiet;
-    auto* provider = new TokenProvider_pkcs11;
-    provider->AddRef();
-    IKeyObject* token = nullptr;
+    const ComRef<TokenProvider_pkcs11> provider = makeObject<TokenProvider_pkcs11>();
+    ComRef<IKeyObject> token;
     EXPECT_HR(S_OK, provider->Load(Text(module.path())));
-    EXPECT_HR(S_OK, provider->OpenKey(0, reinterpret_cast<void**>(&token)));
+    EXPECT_HR(S_OK, provider->OpenKey(0, token.receive()));
     KeyCertificate unnamed(nullptr);
     VARIANT result = {};
     token->GetPubKeyData(&unnamed, &result);
@@ -110,8 +107,6 @@ TEST_F(ModuleTest, APublicKeyLookUpWithoutAnIdTellsWhy) {
     ASSERT_LT(2u, lines.size());
     lines.erase(lines.begin(), lines.end() - 2);
     EXPECT_EQ((Lines{"[GetPubKeyData] Begin", "[GetPubKeyData] Error: GetCertID fail"}), lines);
-    token->Release();
-    provider->Release();
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The numbers and layouts that both targets share with every host.
+// Numbers and layouts of the automation types, which are the same on both targets.
 #include <gtest/gtest.h>
 #include <zrkey/automation.h>
 

@@ -1,9 +1,9 @@
-// Our automation platform under strain: short memory, arrays too large, objects without an end.
+// The automation platform out of memory, with arrays that are too large, and with endless objects.
 #include <gtest/gtest.h>
 
 #include <zrkey/automation.h>
 
-#include "failing_allocator.h"
+#include "tests/unit/platform/failing_allocator.h"
 
 namespace zr::test {
 namespace {
@@ -27,7 +27,7 @@ SAFEARRAY* makeVariants() {
     return array;
 }
 
-TEST_F(AutomationMemoryTest, StringsAreNull) {
+TEST_F(AutomationMemoryTest, SysAllocStringOutOfMemoryReturnsNull) {
     failAllocation(1);
     EXPECT_EQ(nullptr, SysAllocString(OLESTR("text")));
     failAllocation(1);
@@ -36,7 +36,7 @@ TEST_F(AutomationMemoryTest, StringsAreNull) {
     EXPECT_EQ(nullptr, SysAllocStringByteLen("ab", 2));
 }
 
-TEST_F(AutomationMemoryTest, ArraysAreNull) {
+TEST_F(AutomationMemoryTest, SafeArrayCreateOutOfMemoryReturnsNull) {
     SAFEARRAYBOUND bound = {2, 0};
     for (const int number : {1, 2}) {
         failAllocation(number);
@@ -44,7 +44,7 @@ TEST_F(AutomationMemoryTest, ArraysAreNull) {
     }
 }
 
-TEST_F(AutomationMemoryTest, CopyOfAnArrayFailsWhole) {
+TEST_F(AutomationMemoryTest, SafeArrayCopyOutOfMemoryFreesEverything) {
     SAFEARRAY* array = makeVariants();
     const int before = liveAllocations();
     for (const int number : {1, 2, 3, 4}) {
@@ -58,7 +58,7 @@ TEST_F(AutomationMemoryTest, CopyOfAnArrayFailsWhole) {
     EXPECT_EQ(S_OK, SafeArrayDestroy(array));
 }
 
-TEST_F(AutomationMemoryTest, FailedCopyOfAVariantLeavesItEmpty) {
+TEST_F(AutomationMemoryTest, VariantCopyOutOfMemoryLeavesTheTargetEmpty) {
     VARIANT source;
     VariantInit(&source);
     source.vt = VT_BSTR;
@@ -72,7 +72,7 @@ TEST_F(AutomationMemoryTest, FailedCopyOfAVariantLeavesItEmpty) {
     VariantClear(&source);
 }
 
-TEST_F(AutomationMemoryTest, FailedConversionLeavesTheTarget) {
+TEST_F(AutomationMemoryTest, VariantChangeTypeOutOfMemoryLeavesTheTarget) {
     VARIANT variant;
     VariantInit(&variant);
     variant.vt = VT_I4;
@@ -83,7 +83,7 @@ TEST_F(AutomationMemoryTest, FailedConversionLeavesTheTarget) {
     EXPECT_EQ(5, variant.lVal);
 }
 
-TEST_F(AutomationMemoryTest, ArraysBeyond32BitsAreRefused) {
+TEST_F(AutomationMemoryTest, SafeArrayCreateBeyond32BitsReturnsNull) {
     SAFEARRAYBOUND bound = {0x80000000u, 0};
     EXPECT_EQ(nullptr, SafeArrayCreate(VT_I8, 1, &bound));
     bound.cElements = 0xffffffffu;
@@ -92,7 +92,7 @@ TEST_F(AutomationMemoryTest, ArraysBeyond32BitsAreRefused) {
     EXPECT_EQ(nullptr, SafeArrayCreate(VT_UI1, 2, square));
 }
 
-TEST_F(AutomationMemoryTest, FlagsThatAreNotSupportedAreRefused) {
+TEST_F(AutomationMemoryTest, VariantChangeTypeWithUnsupportedFlagsAnswersInvalidArgument) {
     VARIANT variant;
     VariantInit(&variant);
     for (const USHORT flags : {USHORT{4}, USHORT{8}, USHORT{0x80}, USHORT{0xffff}}) {
@@ -100,7 +100,7 @@ TEST_F(AutomationMemoryTest, FlagsThatAreNotSupportedAreRefused) {
     }
 }
 
-TEST_F(AutomationMemoryTest, LockedArrayStaysInItsVariant) {
+TEST_F(AutomationMemoryTest, VariantClearOfALockedArrayLeavesTheVariant) {
     SAFEARRAYBOUND bound = {1, 0};
     VARIANT variant;
     VariantInit(&variant);
@@ -113,7 +113,7 @@ TEST_F(AutomationMemoryTest, LockedArrayStaysInItsVariant) {
     EXPECT_EQ(S_OK, VariantClear(&variant));
 }
 
-/// An object whose default property is the object itself.
+/// An object that is its own default property.
 struct EndlessObject : IDispatch {
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** ppv) override {
         *ppv = nullptr;
@@ -136,7 +136,7 @@ struct EndlessObject : IDispatch {
     ULONG references = 1;
 };
 
-TEST_F(AutomationMemoryTest, ObjectThatIsItsOwnValueIsGivenUp) {
+TEST_F(AutomationMemoryTest, VariantChangeTypeOfAnObjectThatIsItsOwnPropertyEnds) {
     EndlessObject object;
     VARIANT source;
     VariantInit(&source);

@@ -1,8 +1,6 @@
 // Current directory, executable, environment variables, directories and local time.
 #include <gtest/gtest.h>
 
-#include <kernel.h>
-
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -10,34 +8,36 @@
 #include <string>
 #include <vector>
 
+#include "platform/kernel.h"
+
 namespace {
 
-/// A fresh directory that is the current one for the life of the object.
+/// Creates an empty directory that is the current one while the object lives.
 class FreshDirectory {
 public:
     FreshDirectory()
-        : before_(std::filesystem::current_path()), path_(before_ / "platform_test_directory") {
-        std::filesystem::remove_all(path_);
-        std::filesystem::create_directory(path_);
-        std::filesystem::current_path(path_);
+        : m_before(std::filesystem::current_path()), m_path(m_before / "platform_test_directory") {
+        std::filesystem::remove_all(m_path);
+        std::filesystem::create_directory(m_path);
+        std::filesystem::current_path(m_path);
     }
     ~FreshDirectory() {
-        std::filesystem::current_path(before_);
-        std::filesystem::remove_all(path_);
+        std::filesystem::current_path(m_before);
+        std::filesystem::remove_all(m_path);
     }
     FreshDirectory(const FreshDirectory&) = delete;
     FreshDirectory& operator=(const FreshDirectory&) = delete;
 
-    const std::filesystem::path& before() const { return before_; }
-    std::string path() const { return path_.string(); }
+    const std::filesystem::path& before() const { return m_before; }
+    std::string path() const { return m_path.string(); }
 
 private:
-    std::filesystem::path before_;
-    std::filesystem::path path_;
+    std::filesystem::path m_before;
+    std::filesystem::path m_path;
 };
 
-/// Calls with each size around the length of a text that is copied whole or not at all.
-template <typename Call>
+/// Calls a function that copies a text only if it fits, with sizes around the length of the text.
+template <class Call>
 void expectWholeOrNothing(const std::string& text, Call call) {
     const auto length = static_cast<DWORD>(text.size());
     std::vector<char> buffer(length + 8, '\x5a');
@@ -52,14 +52,14 @@ void expectWholeOrNothing(const std::string& text, Call call) {
     EXPECT_EQ('\x5a', buffer[length + 1]);
 }
 
-TEST(EnvironmentTest, CurrentDirectoryIsCopiedWholeOrNotAtAll) {
+TEST(EnvironmentTest, GetCurrentDirectoryWithoutRoomWritesNothing) {
     FreshDirectory directory;
     expectWholeOrNothing(directory.path(), [](char* buffer, DWORD size) {
         return GetCurrentDirectoryA(size, buffer);
     });
 }
 
-TEST(EnvironmentTest, CurrentDirectoryIsChanged) {
+TEST(EnvironmentTest, SetCurrentDirectoryChangesIt) {
     FreshDirectory directory;
     EXPECT_EQ(1, SetCurrentDirectoryA(".."));
     EXPECT_EQ(directory.before(), std::filesystem::current_path());
@@ -67,7 +67,7 @@ TEST(EnvironmentTest, CurrentDirectoryIsChanged) {
     EXPECT_EQ(directory.path(), std::filesystem::current_path().string());
 }
 
-TEST(EnvironmentTest, CurrentDirectoryStaysWhenThereIsNoSuchDirectory) {
+TEST(EnvironmentTest, SetCurrentDirectoryToAMissingOneFails) {
     FreshDirectory directory;
     EXPECT_EQ(0, SetCurrentDirectoryA("missing"));
     EXPECT_EQ(0, SetCurrentDirectoryA(""));
@@ -75,7 +75,7 @@ TEST(EnvironmentTest, CurrentDirectoryStaysWhenThereIsNoSuchDirectory) {
     EXPECT_EQ(directory.path(), std::filesystem::current_path().string());
 }
 
-TEST(EnvironmentTest, ExecutableIsNamed) {
+TEST(EnvironmentTest, GetModuleFileNameReturnsTheExecutable) {
     char buffer[1024];
     std::memset(buffer, '\x5a', sizeof buffer);
     const DWORD length = GetModuleFileNameA(nullptr, buffer, sizeof buffer);
@@ -88,8 +88,8 @@ TEST(EnvironmentTest, ExecutableIsNamed) {
     EXPECT_NE(std::string::npos, path.find(zr::kPathSeparator));
 }
 
-// Windows ends a cut path with a zero, Wine does not: what is common is asserted.
-TEST(EnvironmentTest, LongExecutableIsCut) {
+// Windows terminates a cut path, Wine does not: this tests only what both do.
+TEST(EnvironmentTest, GetModuleFileNameWithoutRoomCutsThePath) {
     char whole[1024];
     const DWORD length = GetModuleFileNameA(nullptr, whole, sizeof whole);
     for (const DWORD size : {DWORD{5}, length}) {
@@ -104,7 +104,7 @@ TEST(EnvironmentTest, LongExecutableIsCut) {
     EXPECT_EQ('\x5a', untouched);
 }
 
-TEST(EnvironmentTest, VariableIsCopiedWholeOrNotAtAll) {
+TEST(EnvironmentTest, GetEnvironmentVariableWithoutRoomWritesNothing) {
     const char* value = std::getenv("PATH");
     ASSERT_NE(nullptr, value);
     expectWholeOrNothing(value, [](char* buffer, DWORD size) {
@@ -112,7 +112,7 @@ TEST(EnvironmentTest, VariableIsCopiedWholeOrNotAtAll) {
     });
 }
 
-TEST(EnvironmentTest, UnknownVariableIsZero) {
+TEST(EnvironmentTest, GetEnvironmentVariableOfAnUnknownNameReturnsZero) {
     char buffer[8];
     std::memset(buffer, '\x5a', sizeof buffer);
     EXPECT_EQ(0u, GetEnvironmentVariableA("ZRKEY_NO_SUCH_VARIABLE", buffer, sizeof buffer));
@@ -122,7 +122,7 @@ TEST(EnvironmentTest, UnknownVariableIsZero) {
     EXPECT_EQ('\x5a', buffer[0]);
 }
 
-TEST(EnvironmentTest, DirectoryIsMadeOnce) {
+TEST(EnvironmentTest, CreateDirectoryOfAnExistingOneFails) {
     FreshDirectory directory;
     EXPECT_EQ(1, CreateDirectoryA("new", nullptr));
     EXPECT_TRUE(std::filesystem::is_directory("new"));
@@ -133,7 +133,7 @@ TEST(EnvironmentTest, DirectoryIsMadeOnce) {
     EXPECT_EQ(0, CreateDirectoryA(nullptr, nullptr));
 }
 
-TEST(EnvironmentTest, LocalTimeIsThatOfTheProcess) {
+TEST(EnvironmentTest, GetLocalTimeReturnsTheTimeOfTheProcess) {
     const std::time_t before = std::time(nullptr);
     SYSTEMTIME time;
     std::memset(&time, 0x5a, sizeof time);

@@ -1,9 +1,9 @@
 // An allocator that fails on demand.
-#include "failing_allocator.h"
+#include "tests/unit/platform/failing_allocator.h"
 
 #include <cstdlib>
 
-#include "allocator.h"
+#include "platform/linux/automation/allocator.h"
 
 namespace {
 
@@ -23,7 +23,7 @@ void* allocate(std::size_t size) {
 }
 
 void release(void* memory) {
-    g_live -= memory != nullptr ? 1 : 0;
+    g_live -= memory ? 1 : 0;
     std::free(memory);
 }
 

@@ -1,12 +1,13 @@
-// An allocator of the automation platform that fails on demand and counts what is not given back.
+// An allocator of the automation platform that fails on demand and counts its live blocks.
 #pragma once
 
 namespace zr::test {
 
-/// The allocation that fails, counted from 1; 0 for none. Resets the count.
+/// Makes an allocation fail.
+/// @param number  which one, counted from 1 from now on; 0 for none.
 void failAllocation(int number);
 
-/// Blocks that were handed out and not given back.
+/// The number of blocks that were allocated and not released.
 int liveAllocations();
 
 }  // namespace zr::test

@@ -1,13 +1,13 @@
-// The atomic steps of reference counts.
+// Atomic increment and decrement.
 #include <gtest/gtest.h>
-
-#include <kernel.h>
 
 #include <thread>
 
+#include "platform/kernel.h"
+
 namespace {
 
-TEST(InterlockedTest, StepsReturnTheNewValue) {
+TEST(InterlockedTest, IncrementAndDecrementReturnTheNewValue) {
     LONG value = 0;
     EXPECT_EQ(1, InterlockedIncrement(&value));
     EXPECT_EQ(0, InterlockedDecrement(&value));
@@ -15,7 +15,7 @@ TEST(InterlockedTest, StepsReturnTheNewValue) {
     EXPECT_EQ(-1, value);
 }
 
-TEST(InterlockedTest, StepsOfTwoThreadsAllCount) {
+TEST(InterlockedTest, IncrementsOfTwoThreadsAllCount) {
     constexpr LONG kSteps = 20000;
     LONG value = 0;
     const auto steps = [&value] {

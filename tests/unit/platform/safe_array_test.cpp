@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "variant_text.h"
+#include "tests/unit/platform/variant_text.h"
 
 namespace zr::test {
 namespace {
@@ -27,7 +27,7 @@ SAFEARRAY* makeVector(VARTYPE type, ULONG elements) {
     return SafeArrayCreate(type, 1, &bound);
 }
 
-TEST(SafeArrayTest, ElementTypesAreRemembered) {
+TEST(SafeArrayTest, CreateStoresTheElementType) {
     for (const ElementRow& row : kElements) {
         SAFEARRAY* array = makeVector(static_cast<VARTYPE>(row.type), 2);
         ASSERT_NE(nullptr, array) << row.type;
@@ -41,28 +41,28 @@ TEST(SafeArrayTest, ElementTypesAreRemembered) {
     }
 }
 
-TEST(SafeArrayTest, NewElementsAreZero) {
+TEST(SafeArrayTest, CreateZeroesTheElements) {
     SAFEARRAY* array = makeVector(VT_VARIANT, 3);
     const char zeros[3 * sizeof(VARIANT)] = {};
     EXPECT_EQ(0, std::memcmp(zeros, array->pvData, sizeof zeros));
     EXPECT_EQ(S_OK, SafeArrayDestroy(array));
 }
 
-TEST(SafeArrayTest, OtherTypesGiveNull) {
+TEST(SafeArrayTest, CreateOfAnotherTypeReturnsNull) {
     for (const int type : std::initializer_list<int>{VT_EMPTY, VT_NULL, 15, 24, 25, 26, 27, 31, 64,
                                                      VT_ARRAY | VT_UI1, VT_BYREF | VT_I4}) {
         EXPECT_EQ(nullptr, makeVector(static_cast<VARTYPE>(type), 2)) << type;
     }
 }
 
-TEST(SafeArrayTest, BadDimensionsGiveNull) {
+TEST(SafeArrayTest, CreateWithInvalidDimensionsReturnsNull) {
     SAFEARRAYBOUND bound = {1, 0};
     EXPECT_EQ(nullptr, SafeArrayCreate(VT_I4, 0, &bound));
     EXPECT_EQ(nullptr, SafeArrayCreate(VT_I4, 65536, &bound));
     EXPECT_EQ(nullptr, SafeArrayCreate(VT_I4, 1, nullptr));
 }
 
-TEST(SafeArrayTest, BoundsAreCountedFromTheFirstDimension) {
+TEST(SafeArrayTest, GetBoundsCountsDimensionsFromTheFirst) {
     SAFEARRAYBOUND bounds[3] = {{2, 5}, {3, -1}, {4, 10}};
     SAFEARRAY* array = SafeArrayCreate(VT_I4, 3, bounds);
     ASSERT_NE(nullptr, array);
@@ -86,7 +86,7 @@ TEST(SafeArrayTest, BoundsAreCountedFromTheFirstDimension) {
     EXPECT_EQ(S_OK, SafeArrayDestroy(array));
 }
 
-TEST(SafeArrayTest, NoElementsIsAnArrayToo) {
+TEST(SafeArrayTest, CreateWithoutElementsMakesAUsableArray) {
     SAFEARRAY* array = makeVector(VT_UI1, 0);
     ASSERT_NE(nullptr, array);
     LONG upper = 99;
@@ -103,7 +103,7 @@ TEST(SafeArrayTest, NoElementsIsAnArrayToo) {
     EXPECT_EQ(S_OK, SafeArrayDestroy(array));
 }
 
-TEST(SafeArrayTest, LocksAreCountedAndHoldTheArray) {
+TEST(SafeArrayTest, LocksAreCountedAndPreventDestroy) {
     SAFEARRAY* array = makeVector(VT_I4, 2);
     void* data = nullptr;
     EXPECT_EQ(S_OK, SafeArrayAccessData(array, &data));
@@ -119,7 +119,7 @@ TEST(SafeArrayTest, LocksAreCountedAndHoldTheArray) {
     EXPECT_EQ(S_OK, SafeArrayDestroy(array));
 }
 
-TEST(SafeArrayTest, LocksEndAtTheLimit) {
+TEST(SafeArrayTest, LockBeyondTheLimitFails) {
     SAFEARRAY* array = makeVector(VT_I4, 2);
     array->cLocks = 0xfffe;
     EXPECT_EQ(S_OK, SafeArrayLock(array));
@@ -132,7 +132,7 @@ TEST(SafeArrayTest, LocksEndAtTheLimit) {
     EXPECT_EQ(S_OK, SafeArrayDestroy(array));
 }
 
-TEST(SafeArrayTest, NullArgumentsAreRefused) {
+TEST(SafeArrayTest, NullArgumentsAnswerInvalidArgument) {
     SAFEARRAY* array = makeVector(VT_I4, 2);
     void* data = nullptr;
     LONG bound = 0;
@@ -162,7 +162,7 @@ TEST(SafeArrayTest, CopyOfNullIsNull) {
     EXPECT_EQ(nullptr, copy);
 }
 
-TEST(SafeArrayTest, CopyHasNoLocksAndOwnsItsMemory) {
+TEST(SafeArrayTest, CopyOfALockedArrayIsUnlockedAndOwnsItsMemory) {
     SAFEARRAY* array = makeVector(VT_BSTR, 2);
     SafeArrayLock(array);
     for (const int feature : {0x1, 0x2, 0x4, 0x10, 0x2000}) {
@@ -178,7 +178,7 @@ TEST(SafeArrayTest, CopyHasNoLocksAndOwnsItsMemory) {
     EXPECT_EQ(S_OK, SafeArrayDestroy(array));
 }
 
-TEST(SafeArrayTest, VartypeIsReadFromWhatTheFeaturesSay) {
+TEST(SafeArrayTest, GetVartypeReadsTheTypeByTheFeatures) {
     SAFEARRAY* array = makeVector(VT_I4, 1);
     const std::pair<int, HRESULT> rows[] = {
         {0, E_INVALIDARG},     {0x100, E_INVALIDARG}, {0x200, E_INVALIDARG},
@@ -194,7 +194,7 @@ TEST(SafeArrayTest, VartypeIsReadFromWhatTheFeaturesSay) {
     EXPECT_EQ(S_OK, SafeArrayDestroy(array));
 }
 
-TEST(SafeArrayTest, CopyHasEveryByteOfLargerElements) {
+TEST(SafeArrayTest, CopyOfLargerElementsCopiesEveryByte) {
     SAFEARRAYBOUND bounds[] = {{3, 0}, {2, 0}};
     SAFEARRAY* array = SafeArrayCreate(VT_R8, 2, bounds);
     ASSERT_NE(nullptr, array);
@@ -241,7 +241,7 @@ TEST(SafeArrayTest, CopyOfVariantsIsDeep) {
     EXPECT_EQ(5u, copied[1].parray->rgsabound[0].cElements);
 }
 
-/// An object on the stack that counts its references.
+/// An object that counts its references and is not deleted.
 struct Counted : IUnknown {
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** ppv) override {
         *ppv = nullptr;
@@ -252,7 +252,7 @@ struct Counted : IUnknown {
     ULONG references = 1;
 };
 
-TEST(SafeArrayTest, ObjectsAreReferencedByTheCopyAndReleasedWithIt) {
+TEST(SafeArrayTest, CopyOfObjectsAddsReferencesUntilItIsDestroyed) {
     Counted object;
     SAFEARRAY* array = makeVector(VT_UNKNOWN, 2);
     static_cast<IUnknown**>(array->pvData)[1] = &object;

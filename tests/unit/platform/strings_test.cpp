@@ -13,7 +13,7 @@ UINT prefixOf(BSTR text) {
     return prefix;
 }
 
-TEST(BstrTest, CopyHasPrefixAndTerminator) {
+TEST(BstrTest, AllocCopiesTheTextBetweenPrefixAndTerminator) {
     BSTR text = SysAllocString(OLESTR("abc"));
     ASSERT_NE(nullptr, text);
     EXPECT_EQ(6u, prefixOf(text));
@@ -23,7 +23,7 @@ TEST(BstrTest, CopyHasPrefixAndTerminator) {
     SysFreeString(text);
 }
 
-TEST(BstrTest, NullIsNoStringAndEmptyIsOne) {
+TEST(BstrTest, AllocOfNullReturnsNullAndOfEmptyTextAnEmptyString) {
     EXPECT_EQ(nullptr, SysAllocString(nullptr));
     for (BSTR text : {SysAllocString(OLESTR("")), SysAllocStringLen(nullptr, 0),
                       SysAllocStringByteLen(nullptr, 0)}) {
@@ -34,20 +34,20 @@ TEST(BstrTest, NullIsNoStringAndEmptyIsOne) {
     }
 }
 
-TEST(BstrTest, NullHasNoLengthAndIsFreed) {
+TEST(BstrTest, LengthOfNullIsZero) {
     EXPECT_EQ(0u, SysStringLen(nullptr));
     EXPECT_EQ(0u, SysStringByteLen(nullptr));
     SysFreeString(nullptr);
 }
 
-TEST(BstrTest, ZerosInsideAreKept) {
+TEST(BstrTest, AllocLenKeepsZerosInside) {
     BSTR text = SysAllocStringLen(OLESTR("ab\0cd"), 5);
     EXPECT_EQ(5u, SysStringLen(text));
     EXPECT_EQ(0, std::memcmp(text, OLESTR("ab\0cd"), 12));
     SysFreeString(text);
 }
 
-TEST(BstrTest, OddNumberOfBytesIsKeptAndTerminated) {
+TEST(BstrTest, AllocByteLenOfAnOddNumberOfBytesIsTerminated) {
     BSTR text = SysAllocStringByteLen("abc", 3);
     EXPECT_EQ(3u, SysStringByteLen(text));
     EXPECT_EQ(1u, SysStringLen(text));
@@ -55,7 +55,7 @@ TEST(BstrTest, OddNumberOfBytesIsKeptAndTerminated) {
     SysFreeString(text);
 }
 
-TEST(BstrTest, NoSourceGivesRoom) {
+TEST(BstrTest, AllocLenWithoutASourceZeroesTheText) {
     BSTR text = SysAllocStringLen(nullptr, 100);
     ASSERT_NE(nullptr, text);
     EXPECT_EQ(100u, SysStringLen(text));
@@ -63,7 +63,7 @@ TEST(BstrTest, NoSourceGivesRoom) {
     SysFreeString(text);
 }
 
-TEST(BstrTest, SizesBeyond32BitsAreRefused) {
+TEST(BstrTest, AllocBeyond32BitsReturnsNull) {
     EXPECT_EQ(nullptr, SysAllocStringLen(nullptr, 0xffffffffu));
     EXPECT_EQ(nullptr, SysAllocStringLen(nullptr, 0x80000000u));
     EXPECT_EQ(nullptr, SysAllocStringLen(nullptr, 0x7ffffffdu));

@@ -1,8 +1,8 @@
-// VariantChangeType against the table of what the system's automation gives.
+// VariantChangeType, compared with the results of the system's automation.
 #include <gtest/gtest.h>
 
-#include "variant_change_type_rows.h"
-#include "variant_text.h"
+#include "tests/unit/platform/variant_change_type_rows.h"
+#include "tests/unit/platform/variant_text.h"
 
 namespace zr::test {
 namespace {
@@ -13,7 +13,7 @@ void expectRow(const NumericRow& row, VARIANT* source) {
     ASSERT_GE(results.size(), types.size()) << row.source;
     for (std::size_t i = 0; i < types.size(); ++i) {
         const VARTYPE type = typeNamed(types[i]);
-        // How a text is read as a date is the locale's.
+        // Reading a text as a date depends on the locale.
         const bool dateText = source->vt == VT_BSTR && type == VT_DATE;
         if (source->vt == type || dateText) {
             continue;
@@ -25,7 +25,7 @@ void expectRow(const NumericRow& row, VARIANT* source) {
     EXPECT_EQ(results[5], convertedText(source, VT_UINT)) << row.source << " to UINT";
 }
 
-TEST(VariantChangeTypeTest, NumbersBecomeWhatTheTableSays) {
+TEST(VariantChangeTypeTest, NumbersConvertAsInTheTable) {
     for (const NumericRow& row : numberRows()) {
         OwnedVariant source;
         parseVariant(row.source, source.get());
@@ -33,7 +33,7 @@ TEST(VariantChangeTypeTest, NumbersBecomeWhatTheTableSays) {
     }
 }
 
-TEST(VariantChangeTypeTest, NumbersBecomeTheTextsOfTheTable) {
+TEST(VariantChangeTypeTest, NumbersConvertToTheTextsOfTheTable) {
     const std::size_t column = split(kRowTypes).size();
     for (const NumericRow& row : numberRows()) {
         OwnedVariant source;
@@ -46,7 +46,7 @@ TEST(VariantChangeTypeTest, NumbersBecomeTheTextsOfTheTable) {
     }
 }
 
-TEST(VariantChangeTypeTest, TextsBecomeWhatTheTableSays) {
+TEST(VariantChangeTypeTest, TextsConvertAsInTheTable) {
     for (const NumericRow& row : textRows()) {
         OwnedVariant source;
         source->vt = VT_BSTR;
@@ -55,7 +55,7 @@ TEST(VariantChangeTypeTest, TextsBecomeWhatTheTableSays) {
     }
 }
 
-TEST(VariantChangeTypeTest, WhatMayStandAroundANumber) {
+TEST(VariantChangeTypeTest, TextsWithSignsAndParenthesesConvertAsInTheTable) {
     const std::pair<const char*, const char*> rows[] = {
         {"(-1", "-1"},  {"-(1", "-1"}, {"(1-", "-1"},   {"(1+", "M"},   {"(1))", "-1"},
         {"1)-", "M"},   {"-1+", "-1"}, {"+1-", "-1"},   {"+1+", "M"},   {"1++", "1"},
@@ -71,7 +71,7 @@ TEST(VariantChangeTypeTest, WhatMayStandAroundANumber) {
     }
 }
 
-TEST(VariantChangeTypeTest, TextsThatAreNoDatesAreRefused) {
+TEST(VariantChangeTypeTest, TextsThatAreNoDatesAreATypeMismatch) {
     for (const char* text : {"BSTR ", "BSTR abc", "BSTR 5", "BSTR &H10"}) {
         OwnedVariant source;
         parseVariant(text, source.get());
@@ -79,7 +79,7 @@ TEST(VariantChangeTypeTest, TextsThatAreNoDatesAreRefused) {
     }
 }
 
-TEST(VariantChangeTypeTest, DivergencesAreThoseOfTheTableAndNoOthers) {
+TEST(VariantChangeTypeTest, DivergencesAreThoseOfTheTable) {
     for (const Divergence& row : divergences()) {
         OwnedVariant source;
         parseVariant(row.source, source.get());
@@ -90,7 +90,7 @@ TEST(VariantChangeTypeTest, DivergencesAreThoseOfTheTableAndNoOthers) {
     }
 }
 
-TEST(VariantChangeTypeTest, SpecialTextsAreNumbersToo) {
+TEST(VariantChangeTypeTest, TextsWithUnicodeBlanksConvertAndWithUnicodeDigitsDoNot) {
     const std::pair<const OLECHAR*, const char*> rows[] = {
         {OLESTR("\x2003\x35"), "5"}, {OLESTR("\xff11"), "M"}, {OLESTR("\x2212\x31"), "M"}};
     for (const auto& [text, expected] : rows) {
@@ -101,21 +101,21 @@ TEST(VariantChangeTypeTest, SpecialTextsAreNumbersToo) {
     }
 }
 
-TEST(VariantChangeTypeTest, TextIsReadUpToItsFirstZero) {
+TEST(VariantChangeTypeTest, TextEndsAtItsFirstZero) {
     OwnedVariant source;
     source->vt = VT_BSTR;
     source->bstrVal = SysAllocStringLen(OLESTR("5\0x"), 3);
     EXPECT_EQ("5", convertedText(source.get(), VT_I4));
 }
 
-TEST(VariantChangeTypeTest, NullStringIsNoNumberButAnEmptyText) {
+TEST(VariantChangeTypeTest, NullStringConvertsToAnEmptyTextOnly) {
     OwnedVariant source;
     source->vt = VT_BSTR;
     EXPECT_EQ("M", convertedText(source.get(), VT_I4));
     EXPECT_EQ("", convertedText(source.get(), VT_BSTR));
 }
 
-TEST(VariantChangeTypeTest, EmptyIsZeroAndEmptyText) {
+TEST(VariantChangeTypeTest, EmptyConvertsToZeroAndEmptyText) {
     OwnedVariant source;
     for (const std::string& type : split(kRowTypes)) {
         EXPECT_EQ("0", convertedText(source.get(), typeNamed(type))) << type;
@@ -125,7 +125,7 @@ TEST(VariantChangeTypeTest, EmptyIsZeroAndEmptyText) {
     EXPECT_EQ("NULL", convertedText(source.get(), VT_NULL));
 }
 
-TEST(VariantChangeTypeTest, NullBecomesNothingElse) {
+TEST(VariantChangeTypeTest, NullToOtherTypesIsATypeMismatch) {
     OwnedVariant source;
     source->vt = VT_NULL;
     for (const char* type : {"EMPTY", "I4", "R8", "BOOL", "BSTR", "CY", "DATE", "ERROR"}) {
@@ -134,7 +134,7 @@ TEST(VariantChangeTypeTest, NullBecomesNothingElse) {
     EXPECT_EQ("NULL", convertedText(source.get(), VT_NULL));
 }
 
-TEST(VariantChangeTypeTest, ErrorBecomesNothingElse) {
+TEST(VariantChangeTypeTest, ErrorToOtherTypesIsATypeMismatch) {
     OwnedVariant source;
     source->vt = VT_ERROR;
     source->scode = E_FAIL;
@@ -144,7 +144,7 @@ TEST(VariantChangeTypeTest, ErrorBecomesNothingElse) {
     EXPECT_EQ(std::to_string(E_FAIL), convertedText(source.get(), VT_ERROR));
 }
 
-TEST(VariantChangeTypeTest, ValuesBecomeEmptyAndNullButNoObjectAndNoError) {
+TEST(VariantChangeTypeTest, ValuesConvertToEmptyAndNullButNotToObjectsOrErrors) {
     for (const char* text : {"I4 7", "R8 1.5", "BSTR abc", "BOOL -1", "CY 1", "DATE 2"}) {
         OwnedVariant source;
         parseVariant(text, source.get());
@@ -156,7 +156,7 @@ TEST(VariantChangeTypeTest, ValuesBecomeEmptyAndNullButNoObjectAndNoError) {
     }
 }
 
-TEST(VariantChangeTypeTest, TypesThatAreNoVariantTypesAreRefused) {
+TEST(VariantChangeTypeTest, InvalidTypesAreRefused) {
     OwnedVariant source;
     source->vt = VT_I4;
     for (const int type :
@@ -170,7 +170,7 @@ TEST(VariantChangeTypeTest, TypesThatAreNoVariantTypesAreRefused) {
     }
 }
 
-TEST(VariantChangeTypeTest, NothingBecomesAReference) {
+TEST(VariantChangeTypeTest, ValuesToReferencesAreATypeMismatch) {
     OwnedVariant source;
     source->vt = VT_I4;
     for (const int type :
@@ -179,7 +179,7 @@ TEST(VariantChangeTypeTest, NothingBecomesAReference) {
     }
 }
 
-TEST(VariantChangeTypeTest, FlagWritesBooleansAsWords) {
+TEST(VariantChangeTypeTest, BooleansWithTheFlagConvertToWords) {
     for (const auto& [value, word] : {std::pair("BOOL 0", "False"), std::pair("BOOL -1", "True"),
                                       std::pair("BOOL 2", "True")}) {
         OwnedVariant source;
@@ -191,7 +191,7 @@ TEST(VariantChangeTypeTest, FlagWritesBooleansAsWords) {
     }
 }
 
-TEST(VariantChangeTypeTest, SourceMayBeTheTarget) {
+TEST(VariantChangeTypeTest, ConversionInPlaceGivesTheSameResult) {
     OwnedVariant variant;
     parseVariant("BSTR 12", variant.get());
     ASSERT_EQ(S_OK, VariantChangeType(variant.get(), variant.get(), 0, VT_I4));
@@ -199,7 +199,7 @@ TEST(VariantChangeTypeTest, SourceMayBeTheTarget) {
     EXPECT_EQ(12, variant->lVal);
 }
 
-TEST(VariantChangeTypeTest, FailureLeavesSourceAndTarget) {
+TEST(VariantChangeTypeTest, FailingConversionLeavesSourceAndTarget) {
     OwnedVariant variant;
     parseVariant("BSTR abc", variant.get());
     EXPECT_EQ(DISP_E_TYPEMISMATCH, VariantChangeType(variant.get(), variant.get(), 0, VT_I4));
@@ -207,7 +207,7 @@ TEST(VariantChangeTypeTest, FailureLeavesSourceAndTarget) {
     EXPECT_EQ("abc", valueText(*variant.get()));
 }
 
-TEST(VariantChangeTypeTest, TargetIsClearedFirst) {
+TEST(VariantChangeTypeTest, ConversionClearsTheTarget) {
     OwnedVariant source;
     parseVariant("I4 30", source.get());
     OwnedVariant target;
@@ -216,7 +216,7 @@ TEST(VariantChangeTypeTest, TargetIsClearedFirst) {
     EXPECT_EQ("30", valueText(*target.get()));
 }
 
-TEST(VariantChangeTypeTest, TargetThatIsNoVariantIsRefused) {
+TEST(VariantChangeTypeTest, ConversionIntoAnInvalidTargetFails) {
     OwnedVariant source;
     parseVariant("I4 30", source.get());
     VARIANT target;
@@ -226,7 +226,7 @@ TEST(VariantChangeTypeTest, TargetThatIsNoVariantIsRefused) {
     EXPECT_EQ(0x1234, target.vt);
 }
 
-TEST(VariantChangeTypeTest, SameTypeIsADeepCopy) {
+TEST(VariantChangeTypeTest, ConversionToTheSameTypeMakesADeepCopy) {
     OwnedVariant source;
     parseVariant("BSTR text", source.get());
     OwnedVariant target;

@@ -1,12 +1,12 @@
-// What numbers convert to.
-#include "variant_change_type_rows.h"
+// The results of converting numbers.
+#include "tests/unit/platform/variant_change_type_rows.h"
 
 namespace zr::test {
 namespace {
 
 // clang-format off
 const NumericRow kRows[] = {
-    // Integers: of one width the bits are kept, otherwise the value must fit.
+    // Integers of the same width keep their bits; otherwise the value must fit.
     {"I1 0", "0 0 0 0 0 0 0 0 0 0 0 0 0 0"},
     {"I1 7", "7 7 7 7 7 7 7 7 7 7 70000 7 -1 7"},
     {"I1 127", "127 127 127 127 127 127 127 127 127 127 1270000 127 -1 127"},
@@ -69,12 +69,12 @@ const NumericRow kRows[] = {
      "O O O O O O -9223372036854775808 9223372036854775808 9.22337204e+18 9.2233720368547758e+18 O O -1 9223372036854775808"},
     {"UI8 18446744073709551615",
      "O O O O O O -1 18446744073709551615 1.84467441e+19 1.8446744073709552e+19 O O -1 18446744073709551615"},
-    // A boolean is its 16 bits, cut or widened.
+    // A boolean keeps its 16 bits, cut or extended.
     {"BOOL 0", "0 0 0 0 0 0 0 0 0 0 0 0 0 0"},
     {"BOOL -1", "-1 255 -1 65535 -1 4294967295 -1 18446744073709551615 -1 -1 -10000 -1 -1 -1"},
     {"BOOL 1", "1 1 1 1 1 1 1 1 1 1 10000 1 1 1"},
     {"BOOL 256", "0 0 256 256 256 256 256 256 256 256 2560000 256 256 256"},
-    // Reals: a half goes to the even integer.
+    // Reals: a half rounds to the even integer.
     {"R8 0", "0 0 0 0 0 0 0 0 0 0 0 0 0 0"},
     {"R8 -0", "0 0 0 0 0 0 0 0 -0 -0 0 -0 0 0"},
     {"R8 0.5", "0 0 0 0 0 0 0 0 0.5 0.5 5000 0.5 -1 0.5"},
@@ -213,7 +213,7 @@ const NumericRow kRows[] = {
      "O O 12346 12346 12346 12346 12346 12346 12345.6787 12345.6787109375 123456787 12345.6787109375 -1 12345.68"},
     {"R4 16777216",
      "O O O O 16777216 16777216 16777216 16777216 16777216 16777216 167772160000 16777216 -1 1.677722E+07"},
-    // Currencies, in ten-thousandths, and dates; a date as text is the locale's.
+    // Currencies, in units of 1/10,000, and dates. A date as text depends on the locale.
     {"CY 0", "0 0 0 0 0 0 0 0 0 0 0 0 0 0"},
     {"CY 1", "0 0 0 0 0 0 0 0 9.99999975e-05 0.0001 1 0.0001 -1 0.0001"},
     {"CY 15000", "2 2 2 2 2 2 2 2 1.5 1.5 15000 1.5 -1 1.5"},

@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "variant_text.h"
+#include "tests/unit/platform/variant_text.h"
 
 namespace zr::test {
 namespace {
@@ -35,7 +35,7 @@ public:
         EXPECT_EQ(nullptr, excep);
         EXPECT_EQ(nullptr, argErr);
         ++calls;
-        if (inner != nullptr) {
+        if (inner) {
             VariantInit(result);
             result->vt = VT_DISPATCH;
             result->pdispVal = inner;
@@ -57,89 +57,89 @@ public:
 class VariantObjectTest : public ::testing::Test {
 protected:
     VariantObjectTest() {
-        VariantInit(&source_);
-        source_.vt = VT_DISPATCH;
-        source_.pdispVal = &object_;
+        VariantInit(&source);
+        source.vt = VT_DISPATCH;
+        source.pdispVal = &object;
     }
-    ~VariantObjectTest() override { EXPECT_EQ(1, object_.references); }
+    ~VariantObjectTest() override { EXPECT_EQ(1, object.references); }
 
-    CountedObject object_;
-    VARIANT source_;
+    CountedObject object;
+    VARIANT source;
 };
 
-TEST_F(VariantObjectTest, ObjectStandsForItsDefaultProperty) {
-    EXPECT_EQ("500", convertedText(&source_, VT_I4));
-    EXPECT_EQ("500", convertedText(&source_, VT_BSTR));
-    EXPECT_EQ("O", convertedText(&source_, VT_UI1));
-    EXPECT_EQ(3, object_.calls);
+TEST_F(VariantObjectTest, ObjectConvertsItsDefaultProperty) {
+    EXPECT_EQ("500", convertedText(&source, VT_I4));
+    EXPECT_EQ("500", convertedText(&source, VT_BSTR));
+    EXPECT_EQ("O", convertedText(&source, VT_UI1));
+    EXPECT_EQ(3, object.calls);
 }
 
-TEST_F(VariantObjectTest, PropertyIsConvertedAsAnyValue) {
-    object_.property = "BSTR 12";
-    EXPECT_EQ("12", convertedText(&source_, VT_I2));
-    object_.property = "NULL";
-    EXPECT_EQ("M", convertedText(&source_, VT_I2));
-    object_.property = "EMPTY";
-    EXPECT_EQ("0", convertedText(&source_, VT_I2));
+TEST_F(VariantObjectTest, ObjectConvertsAnyValueOfItsProperty) {
+    object.property = "BSTR 12";
+    EXPECT_EQ("12", convertedText(&source, VT_I2));
+    object.property = "NULL";
+    EXPECT_EQ("M", convertedText(&source, VT_I2));
+    object.property = "EMPTY";
+    EXPECT_EQ("0", convertedText(&source, VT_I2));
 }
 
-TEST_F(VariantObjectTest, PropertyThatIsAnObjectStandsForItsOwn) {
+TEST_F(VariantObjectTest, ObjectWithAnObjectAsPropertyConvertsThatObjectsProperty) {
     CountedObject inner;
-    object_.inner = &inner;
-    EXPECT_EQ("500", convertedText(&source_, VT_I4));
-    EXPECT_EQ("500", convertedText(&source_, VT_BSTR));
+    object.inner = &inner;
+    EXPECT_EQ("500", convertedText(&source, VT_I4));
+    EXPECT_EQ("500", convertedText(&source, VT_BSTR));
     inner.outcome = E_FAIL;
-    EXPECT_EQ("M", convertedText(&source_, VT_I4));
+    EXPECT_EQ("M", convertedText(&source, VT_I4));
     EXPECT_EQ(3, inner.calls);
     EXPECT_EQ(1, inner.references);
 }
 
-TEST_F(VariantObjectTest, FailingPropertyIsATypeMismatch) {
+TEST_F(VariantObjectTest, ObjectWithAFailingPropertyIsATypeMismatch) {
     for (const HRESULT outcome : {E_FAIL, E_NOTIMPL, DISP_E_EXCEPTION}) {
-        object_.outcome = outcome;
-        EXPECT_EQ("M", convertedText(&source_, VT_I4));
+        object.outcome = outcome;
+        EXPECT_EQ("M", convertedText(&source, VT_I4));
     }
 }
 
-TEST_F(VariantObjectTest, FlagLeavesThePropertyAlone) {
-    EXPECT_EQ("M", convertedText(&source_, VT_I4, VARIANT_NOVALUEPROP));
-    EXPECT_EQ("M", convertedText(&source_, VT_BSTR, VARIANT_NOVALUEPROP));
-    EXPECT_EQ("M", convertedText(&source_, VT_EMPTY, VARIANT_NOVALUEPROP));
-    EXPECT_EQ(0, object_.calls);
+TEST_F(VariantObjectTest, ObjectWithNoValuePropFlagIsATypeMismatch) {
+    EXPECT_EQ("M", convertedText(&source, VT_I4, VARIANT_NOVALUEPROP));
+    EXPECT_EQ("M", convertedText(&source, VT_BSTR, VARIANT_NOVALUEPROP));
+    EXPECT_EQ("M", convertedText(&source, VT_EMPTY, VARIANT_NOVALUEPROP));
+    EXPECT_EQ(0, object.calls);
 }
 
-TEST_F(VariantObjectTest, ObjectBecomesItsOtherInterface) {
+TEST_F(VariantObjectTest, ObjectConvertsToItsOtherInterface) {
     OwnedVariant target;
-    ASSERT_EQ(S_OK, VariantChangeType(target.get(), &source_, 0, VT_UNKNOWN));
+    ASSERT_EQ(S_OK, VariantChangeType(target.get(), &source, 0, VT_UNKNOWN));
     EXPECT_EQ(VT_UNKNOWN, target->vt);
-    EXPECT_EQ(&object_, target->punkVal);
-    EXPECT_EQ(2, object_.references);
-    EXPECT_EQ(0, object_.calls);
+    EXPECT_EQ(&object, target->punkVal);
+    EXPECT_EQ(2, object.references);
+    EXPECT_EQ(0, object.calls);
 }
 
-TEST_F(VariantObjectTest, ObjectWithoutDispatchIsRefused) {
-    object_.isDispatch = false;
-    source_.vt = VT_UNKNOWN;
-    EXPECT_EQ("80004002", convertedText(&source_, VT_DISPATCH));
-    EXPECT_EQ("M", convertedText(&source_, VT_I4));
-    EXPECT_EQ("EMPTY", convertedText(&source_, VT_EMPTY));
+TEST_F(VariantObjectTest, ObjectWithoutIDispatchFails) {
+    object.isDispatch = false;
+    source.vt = VT_UNKNOWN;
+    EXPECT_EQ("80004002", convertedText(&source, VT_DISPATCH));
+    EXPECT_EQ("M", convertedText(&source, VT_I4));
+    EXPECT_EQ("EMPTY", convertedText(&source, VT_EMPTY));
 }
 
-TEST_F(VariantObjectTest, NullObjectHasNoValue) {
-    source_.pdispVal = nullptr;
-    EXPECT_EQ("B", convertedText(&source_, VT_I4));
+TEST_F(VariantObjectTest, NullObjectIsABadType) {
+    source.pdispVal = nullptr;
+    EXPECT_EQ("B", convertedText(&source, VT_I4));
     OwnedVariant target;
-    ASSERT_EQ(S_OK, VariantChangeType(target.get(), &source_, 0, VT_UNKNOWN));
+    ASSERT_EQ(S_OK, VariantChangeType(target.get(), &source, 0, VT_UNKNOWN));
     EXPECT_EQ(nullptr, target->punkVal);
 }
 
-TEST_F(VariantObjectTest, ErrorAndVariantAreNoTargets) {
-    EXPECT_EQ("M", convertedText(&source_, VT_ERROR));
-    EXPECT_EQ("M", convertedText(&source_, VT_VARIANT));
-    EXPECT_EQ(0, object_.calls);
+TEST_F(VariantObjectTest, ObjectToErrorOrVariantIsATypeMismatch) {
+    EXPECT_EQ("M", convertedText(&source, VT_ERROR));
+    EXPECT_EQ("M", convertedText(&source, VT_VARIANT));
+    EXPECT_EQ(0, object.calls);
 }
 
-TEST(VariantReferenceTest, ReferencesAreFollowed) {
+TEST(VariantReferenceTest, ReferenceConvertsItsValue) {
     for (const char* text : {"I1 -5", "UI1 200", "I2 -300", "UI2 60000", "I4 70000", "UI4 70000",
                              "I8 1099511627776", "UI8 1099511627776", "INT 70000", "UINT 70000",
                              "R4 1.5", "R8 2.5", "CY 25000", "BOOL -1", "BSTR 12"}) {
@@ -157,7 +157,7 @@ TEST(VariantReferenceTest, ReferencesAreFollowed) {
     }
 }
 
-TEST(VariantReferenceTest, ReferenceToAVariantIsFollowedThroughASecondOne) {
+TEST(VariantReferenceTest, ReferenceToAVariantWithAReferenceConvertsItsValue) {
     LONG number = 70000;
     VARIANT inner;
     VariantInit(&inner);
@@ -171,7 +171,7 @@ TEST(VariantReferenceTest, ReferenceToAVariantIsFollowedThroughASecondOne) {
     EXPECT_EQ("O", convertedText(&outer, VT_I2));
 }
 
-TEST(VariantReferenceTest, ReferredVariantIsNoSecondReferenceToOneAndHasAType) {
+TEST(VariantReferenceTest, ReferenceToAVariantReferenceOrAnInvalidVariantFails) {
     VARIANT innermost;
     VariantInit(&innermost);
     VARIANT inner;
@@ -200,7 +200,7 @@ TEST(VariantReferenceTest, NullReferenceIsATypeMismatch) {
     }
 }
 
-TEST(VariantReferenceTest, ConvertingInPlaceLeavesTheReferredValue) {
+TEST(VariantReferenceTest, ReferenceConvertedInPlaceLeavesItsValue) {
     LONG number = 70000;
     OwnedVariant variant;
     variant->vt = VT_BYREF | VT_I4;
@@ -210,7 +210,7 @@ TEST(VariantReferenceTest, ConvertingInPlaceLeavesTheReferredValue) {
     EXPECT_EQ(70000, number);
 }
 
-TEST(VariantBytesTest, TextBecomesItsBytesAndBack) {
+TEST(VariantBytesTest, TextConvertsToItsBytesAndBack) {
     OwnedVariant text;
     parseVariant("BSTR ab", text.get());
     OwnedVariant bytes;
@@ -225,7 +225,7 @@ TEST(VariantBytesTest, TextBecomesItsBytesAndBack) {
     EXPECT_EQ("ab", convertedText(bytes.get(), VT_BSTR));
 }
 
-TEST(VariantBytesTest, OddNumberOfBytesIsKept) {
+TEST(VariantBytesTest, OddNumberOfBytesConvertsToATextOfThatLength) {
     SAFEARRAYBOUND bound = {3, 0};
     OwnedVariant bytes;
     bytes->vt = VT_ARRAY | VT_UI1;
@@ -235,7 +235,7 @@ TEST(VariantBytesTest, OddNumberOfBytesIsKept) {
     EXPECT_EQ(3u, SysStringByteLen(text->bstrVal));
 }
 
-TEST(VariantBytesTest, ArraysBecomeNothingElse) {
+TEST(VariantBytesTest, ArrayToOtherTypesIsATypeMismatch) {
     SAFEARRAYBOUND bound = {3, 0};
     OwnedVariant bytes;
     bytes->vt = VT_ARRAY | VT_UI1;
@@ -246,7 +246,7 @@ TEST(VariantBytesTest, ArraysBecomeNothingElse) {
     }
 }
 
-TEST(VariantBytesTest, ReferredArrayIsCopied) {
+TEST(VariantBytesTest, ReferenceToAnArrayIsCopied) {
     SAFEARRAYBOUND bound = {3, 0};
     SAFEARRAY* array = SafeArrayCreate(VT_UI1, 1, &bound);
     VARIANT reference;

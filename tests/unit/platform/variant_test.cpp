@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "variant_text.h"
+#include "tests/unit/platform/variant_text.h"
 
 namespace zr::test {
 namespace {
@@ -36,14 +36,14 @@ constexpr int kBadTypes[] = {15,
                              0xfff,
                              0xffff};
 
-TEST(VariantTest, InitMakesItEmpty) {
+TEST(VariantTest, InitSetsEmpty) {
     VARIANT variant;
     std::memset(&variant, 0x5a, sizeof variant);
     VariantInit(&variant);
     EXPECT_EQ(VT_EMPTY, variant.vt);
 }
 
-TEST(VariantTest, ClearKnowsTheVariantTypes) {
+TEST(VariantTest, ClearOfEveryVariantTypeSucceeds) {
     for (const int type : kPlainTypes) {
         for (const int modifier : std::initializer_list<int>{0, VT_ARRAY, VT_BYREF}) {
             if (modifier != 0 && (type == VT_EMPTY || type == VT_NULL)) {
@@ -58,7 +58,7 @@ TEST(VariantTest, ClearKnowsTheVariantTypes) {
     }
 }
 
-TEST(VariantTest, ClearRefusesOtherTypes) {
+TEST(VariantTest, ClearOfAnotherTypeFails) {
     for (const int type : kBadTypes) {
         VARIANT variant;
         VariantInit(&variant);
@@ -68,7 +68,7 @@ TEST(VariantTest, ClearRefusesOtherTypes) {
     }
 }
 
-TEST(VariantTest, ClearLeavesWhatAReferenceRefersTo) {
+TEST(VariantTest, ClearOfAReferenceLeavesItsValue) {
     BSTR text = SysAllocString(OLESTR("kept"));
     VARIANT variant;
     VariantInit(&variant);
@@ -79,7 +79,7 @@ TEST(VariantTest, ClearLeavesWhatAReferenceRefersTo) {
     SysFreeString(text);
 }
 
-TEST(VariantTest, ClearReportsALockedArray) {
+TEST(VariantTest, ClearOfALockedArrayFails) {
     SAFEARRAYBOUND bound = {1, 0};
     SAFEARRAY* array = SafeArrayCreate(VT_I4, 1, &bound);
     VARIANT variant;
@@ -92,7 +92,7 @@ TEST(VariantTest, ClearReportsALockedArray) {
     EXPECT_EQ(S_OK, SafeArrayDestroy(array));
 }
 
-TEST(VariantTest, CopyRefusesOtherTypesAndKeepsTheTarget) {
+TEST(VariantTest, CopyOfAnInvalidSourceKeepsTheTarget) {
     for (const int type : kBadTypes) {
         VARIANT source;
         VariantInit(&source);
@@ -104,7 +104,7 @@ TEST(VariantTest, CopyRefusesOtherTypesAndKeepsTheTarget) {
     }
 }
 
-TEST(VariantTest, CopyOntoABadTargetIsRefused) {
+TEST(VariantTest, CopyIntoAnInvalidTargetFails) {
     VARIANT target;
     VariantInit(&target);
     target.vt = 0xfff;
@@ -114,7 +114,7 @@ TEST(VariantTest, CopyOntoABadTargetIsRefused) {
     EXPECT_EQ(0xfff, target.vt);
 }
 
-TEST(VariantTest, CopyOfItselfDoesNothing) {
+TEST(VariantTest, CopyIntoItselfDoesNothing) {
     OwnedVariant variant;
     parseVariant("BSTR text", variant.get());
     BSTR before = variant->bstrVal;
@@ -126,7 +126,7 @@ TEST(VariantTest, CopyOfItselfDoesNothing) {
     EXPECT_EQ(DISP_E_BADVARTYPE, VariantCopy(&bad, &bad));
 }
 
-TEST(VariantTest, CopiedStringKeepsItsOddBytes) {
+TEST(VariantTest, CopyOfAStringKeepsAnOddNumberOfBytes) {
     OwnedVariant source;
     source->vt = VT_BSTR;
     source->bstrVal = SysAllocStringByteLen("a\0b", 3);
@@ -138,7 +138,7 @@ TEST(VariantTest, CopiedStringKeepsItsOddBytes) {
     EXPECT_EQ(0, std::memcmp(target->bstrVal, "a\0b", 3));
 }
 
-TEST(VariantTest, CopiedNullStringIsAnEmptyOne) {
+TEST(VariantTest, CopyOfANullStringIsEmpty) {
     OwnedVariant source;
     source->vt = VT_BSTR;
     OwnedVariant target;
@@ -147,7 +147,7 @@ TEST(VariantTest, CopiedNullStringIsAnEmptyOne) {
     EXPECT_EQ(0u, SysStringLen(target->bstrVal));
 }
 
-TEST(VariantTest, CopiedNullArrayIsNull) {
+TEST(VariantTest, CopyOfANullArrayIsNull) {
     OwnedVariant source;
     source->vt = VT_ARRAY | VT_UI1;
     OwnedVariant target;
@@ -156,7 +156,7 @@ TEST(VariantTest, CopiedNullArrayIsNull) {
     EXPECT_EQ(nullptr, target->parray);
 }
 
-TEST(VariantTest, CopiedReferenceRefersToTheSame) {
+TEST(VariantTest, CopyOfAReferenceRefersToTheSameValue) {
     LONG number = 5;
     OwnedVariant source;
     source->vt = VT_BYREF | VT_I4;

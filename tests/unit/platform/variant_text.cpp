@@ -1,5 +1,5 @@
 // Variants as short texts.
-#include "variant_text.h"
+#include "tests/unit/platform/variant_text.h"
 
 #include <charconv>
 #include <cmath>
@@ -20,7 +20,7 @@ constexpr TypeName kTypeNames[] = {
     {"INT", VT_INT},     {"UINT", VT_UINT}, {"R4", VT_R4},     {"R8", VT_R8},      {"CY", VT_CY},
     {"DATE", VT_DATE},   {"BOOL", VT_BOOL}, {"BSTR", VT_BSTR}, {"ERROR", VT_ERROR}};
 
-template <typename Value>
+template <class Value>
 Value number(std::string_view text) {
     Value value{};
     std::from_chars(text.data(), text.data() + text.size(), value);

@@ -11,36 +11,37 @@
 
 namespace zr::test {
 
-/// A variant that is cleared at the end of its life.
+/// A variant that clears itself when it is destroyed.
 class OwnedVariant {
 public:
-    OwnedVariant() { VariantInit(&variant_); }
-    ~OwnedVariant() { VariantClear(&variant_); }
+    OwnedVariant() { VariantInit(&m_variant); }
+    ~OwnedVariant() { VariantClear(&m_variant); }
     OwnedVariant(const OwnedVariant&) = delete;
     OwnedVariant& operator=(const OwnedVariant&) = delete;
 
-    VARIANT* get() { return &variant_; }
-    VARIANT* operator->() { return &variant_; }
+    VARIANT* get() { return &m_variant; }
+    VARIANT* operator->() { return &m_variant; }
 
 private:
-    VARIANT variant_;
+    VARIANT m_variant;
 };
 
-/// A type by the name used in the texts, "UI4"; 0xffff for no such name.
+/// The type with a name as in the texts, such as "UI4"; 0xffff when there is none.
 VARTYPE typeNamed(std::string_view name);
 
-/// Makes the variant that a text describes; the characters of a BSTR are bytes.
+/// Sets a variant to the value of a text. The characters of a BSTR are single bytes.
 void parseVariant(std::string_view text, VARIANT* variant);
 
-/// The value alone: "-129", "abc", "inf".
+/// The value without its type: "-129", "abc", "inf".
 std::string valueText(const VARIANT& variant);
 
-/// Converts, and gives the value, or "M" for DISP_E_TYPEMISMATCH, "O" for DISP_E_OVERFLOW,
-/// "B" for DISP_E_BADVARTYPE, otherwise the result in hex. The target must be untouched by a
-/// failure and have the type asked for after success, or the text says so.
+/// Converts a variant.
+/// @return the value; "M" for DISP_E_TYPEMISMATCH, "O" for DISP_E_OVERFLOW, "B" for
+///         DISP_E_BADVARTYPE, any other failure in hex. Another text when the target changed
+///         although the conversion failed, or has not the requested type.
 std::string convertedText(VARIANT* source, VARTYPE type, USHORT flags = 0);
 
-/// Equal, numbers by their value.
+/// Whether two results are equal; numbers are compared by value.
 bool sameCell(const std::string& expected, const std::string& actual, VARTYPE type);
 
 std::vector<std::string> split(std::string_view text);

@@ -1,5 +1,5 @@
-// What texts convert to, and what differs between the targets.
-#include "variant_change_type_rows.h"
+// The results of converting texts, and the differences between the targets.
+#include "tests/unit/platform/variant_change_type_rows.h"
 
 namespace zr::test {
 namespace {
@@ -131,14 +131,14 @@ const NumericRow kRows[] = {
     {"5%", "M M M M M M M M M M M - M"},
 };
 
-const char kRounded[] = "the nearest real is taken; the system multiplies its way there";
-const char kLocale[] = "a date as text is the locale's, and there is no locale";
+const char kRounded[] = "rounded to the nearest real; the system accumulates rounding errors";
+const char kLocale[] = "a date as text depends on the locale, and there is no locale";
 const char kCut[] = "a value that does not fit is refused; the system cuts it";
-const char kNotANumber[] = "what is not a number is no integer";
+const char kNotANumber[] = "NaN is no integer";
 
-// What differs in more than a value is tested in automation_memory_test: a locked array stays in its
-// variant (the system empties the variant and loses the array), arrays beyond 32 bits and flags
-// that are not supported are refused (the system takes them). VT_RECORD is no variant type of ours.
+// Other differences are tested in automation_memory_test: a locked array stays in its variant (the
+// system empties the variant and leaks the array); arrays beyond 32 bits and unsupported flags are
+// refused (the system accepts them). VT_RECORD is not supported.
 const Divergence kDivergences[] = {
     {"BSTR 1e308", "R8", "9.999999999999998e307", "1e308", kRounded},
     {"BSTR 3.14159265358979323846", "R8", "3.1415926535897927", "3.141592653589793", kRounded},
@@ -146,13 +146,13 @@ const Divergence kDivergences[] = {
     {"BSTR 1.7976931348623157e308", "R8", "O", "1.7976931348623157e308", kRounded},
     {"BSTR 4.9e-324", "R8", "0", "5e-324", kRounded},
     {"BSTR 1e3,0", "I4", "10000", "M", "a separator ends the exponent"},
-    {"BSTR .051", "I4", "1", "0", "zero is nearer; the system looks at the five alone"},
+    {"BSTR .051", "I4", "1", "0", "rounded to the nearest integer; the system only checks the five"},
     {"BSTR &HFFFFFFFFFFFFFFFF", "UI8", "O", "18446744073709551615", "the value fits"},
     {"I8 922337203685477", "CY", "O", "9223372036854770000", "the value fits"},
     {"I8 65536", "UI2", "0", "O", kCut},
     {"UI8 65537", "UI2", "1", "O", kCut},
-    {"CY -10000", "I8", "-2", "-1", "rounded like every other; the system takes one too many"},
-    {"CY -25000", "I8", "-3", "-2", "rounded like every other; the system takes one too many"},
+    {"CY -10000", "I8", "-2", "-1", "rounded like all others; the system subtracts one too many"},
+    {"CY -25000", "I8", "-3", "-2", "rounded like all others; the system subtracts one too many"},
     {"R8 nan", "I4", "2147483647", "O", kNotANumber},
     {"R8 nan", "UI1", "255", "O", kNotANumber},
     {"R8 nan", "I8", "9223372036854775807", "O", kNotANumber},

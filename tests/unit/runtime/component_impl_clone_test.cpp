@@ -1,4 +1,4 @@
-// The copy of a call's arguments.
+// CloneDispParams: the copies of the arguments of a call.
 #include <limits>
 
 #include "tests/support/console_capture.h"
@@ -14,7 +14,7 @@ protected:
     ConsoleCapture console;
 };
 
-TEST_F(ComponentImplCloneTest, NumbersBecomeWhatTheRowDeclares) {
+TEST_F(ComponentImplCloneTest, CloneOfNumbersConvertsThemToTheTypesOfTheRow) {
     invoke(1, {number(2.9), number(300.7), number(2.5), number(1.5), number(3)});
     ASSERT_EQ(5u, thing->kept.size());
     EXPECT_EQ(VT_I4, thing->kept[0].vt);
@@ -27,12 +27,12 @@ TEST_F(ComponentImplCloneTest, NumbersBecomeWhatTheRowDeclares) {
     EXPECT_EQ(2.5, thing->kept[2].dblVal);
 }
 
-TEST_F(ComponentImplCloneTest, NegativeNumbersAreTruncatedTowardZero) {
+TEST_F(ComponentImplCloneTest, CloneOfANegativeNumberTruncatesTowardZero) {
     invoke(1, {number(-2.9)});
     EXPECT_EQ(-2, thing->kept[0].lVal);
 }
 
-TEST_F(ComponentImplCloneTest, BytesAreTheLowBitsOfWhatIsTruncated) {
+TEST_F(ComponentImplCloneTest, CloneToAByteTakesTheLowBitsOfTheTruncatedNumber) {
     const struct {
         double value;
         int byte;
@@ -57,7 +57,7 @@ TEST_F(ComponentImplCloneTest, BytesAreTheLowBitsOfWhatIsTruncated) {
     }
 }
 
-TEST_F(ComponentImplCloneTest, NumbersThatDoNotFitBecomeTheSmallest) {
+TEST_F(ComponentImplCloneTest, CloneOfANumberThatDoesNotFitGivesTheSmallest) {
     for (const double value :
          {2147483648.0, -2147483649.0, 1e300, std::numeric_limits<double>::quiet_NaN(),
           std::numeric_limits<double>::infinity()}) {
@@ -68,7 +68,7 @@ TEST_F(ComponentImplCloneTest, NumbersThatDoNotFitBecomeTheSmallest) {
     EXPECT_EQ(2147483647, thing->kept[0].lVal);
 }
 
-TEST_F(ComponentImplCloneTest, OtherTypesPassAsTheyCame) {
+TEST_F(ComponentImplCloneTest, CloneOfOtherTypesKeepsThem) {
     VARIANT flag = {};
     flag.vt = VT_BOOL;
     flag.boolVal = 1;
@@ -82,7 +82,7 @@ TEST_F(ComponentImplCloneTest, OtherTypesPassAsTheyCame) {
     EXPECT_EQ(1LL << 40, thing->kept[1].llVal);
 }
 
-TEST_F(ComponentImplCloneTest, StringsAreCopiedUpToTheirFirstZero) {
+TEST_F(ComponentImplCloneTest, CloneOfAStringEndsAtTheFirstZero) {
     VARIANT text = {};
     text.vt = VT_BSTR;
     text.bstrVal = SysAllocStringByteLen(reinterpret_cast<const char*>(OLESTR("ab\0cd")), 10);
@@ -96,7 +96,7 @@ TEST_F(ComponentImplCloneTest, StringsAreCopiedUpToTheirFirstZero) {
     EXPECT_EQ(VT_BSTR, thing->kept[0].vt);
 }
 
-TEST_F(ComponentImplCloneTest, ObjectsAreReferencedByTheCopy) {
+TEST_F(ComponentImplCloneTest, CloneOfAnObjectAddsAReference) {
     for (const VARTYPE type : {VARTYPE{VT_DISPATCH}, VARTYPE{VT_UNKNOWN}}) {
         Proxy other;
         VARIANT object = {};
@@ -113,7 +113,7 @@ TEST_F(ComponentImplCloneTest, ObjectsAreReferencedByTheCopy) {
     }
 }
 
-TEST_F(ComponentImplCloneTest, NullObjectsStayNull) {
+TEST_F(ComponentImplCloneTest, CloneOfANullObjectIsNull) {
     for (const VARTYPE type : {VARTYPE{VT_DISPATCH}, VARTYPE{VT_UNKNOWN}}) {
         VARIANT object = {};
         object.vt = type;
@@ -123,7 +123,7 @@ TEST_F(ComponentImplCloneTest, NullObjectsStayNull) {
     }
 }
 
-TEST_F(ComponentImplCloneTest, WhatIsNoVariantArrivesEmpty) {
+TEST_F(ComponentImplCloneTest, CloneOfAnInvalidVariantIsEmpty) {
     VARIANT bad = {};
     bad.vt = 0x7FF;
     bad.llVal = -1;
@@ -131,14 +131,14 @@ TEST_F(ComponentImplCloneTest, WhatIsNoVariantArrivesEmpty) {
     EXPECT_EQ(VT_EMPTY, thing->kept[0].vt);
 }
 
-TEST_F(ComponentImplCloneTest, ManyArgumentsAreCopiedPastTheDeclaredOnes) {
+TEST_F(ComponentImplCloneTest, CloneOfMoreArgumentsThanDeclaredCopiesAll) {
     EXPECT_HR(7, invoke(1, std::vector<VARIANT>(10000, number(1))));
     EXPECT_EQ(10000u, thing->kept.size());
     EXPECT_EQ(VT_I4, thing->kept[0].vt);
     EXPECT_EQ(VT_R8, thing->kept[9999].vt);
 }
 
-TEST_F(ComponentImplCloneTest, MissingListsAreRefusedWithTheirLine) {
+TEST_F(ComponentImplCloneTest, CloneWithoutAListFailsAndPrintsItsLine) {
     DISPPARAMS params = {};
     EXPECT_EQ(0, thing->CloneDispParams(1, &params, nullptr));
     EXPECT_EQ(0, thing->CloneDispParams(1, nullptr, &params));
@@ -155,7 +155,7 @@ TEST_F(ComponentImplCloneTest, MissingListsAreRefusedWithTheirLine) {
         console.stop().out);
 }
 
-TEST_F(ComponentImplCloneTest, NamedArgumentsAreSharedAndAnUnknownIdLeavesEmptyOnes) {
+TEST_F(ComponentImplCloneTest, CloneForAnUnknownIdLeavesTheArgumentsEmpty) {
     VARIANT argument = number(1);
     DISPID named = 5;
     DISPPARAMS params = {&argument, &named, 1, 1};
@@ -171,7 +171,7 @@ TEST_F(ComponentImplCloneTest, NamedArgumentsAreSharedAndAnUnknownIdLeavesEmptyO
     thing->FreeDispParams(nullptr);
 }
 
-TEST_F(ComponentImplCloneTest, WithoutAnArrayTheArgumentsOfAnUnknownIdAreEmpty) {
+TEST_F(ComponentImplCloneTest, CloneForAnUnknownIdWithoutAnArrayGivesEmptyArguments) {
     DISPPARAMS params = {nullptr, nullptr, 2, 0};
     DISPPARAMS clone = {};
     EXPECT_EQ(1, thing->CloneDispParams(9, &params, &clone));
@@ -183,7 +183,7 @@ TEST_F(ComponentImplCloneTest, WithoutAnArrayTheArgumentsOfAnUnknownIdAreEmpty) 
     EXPECT_EQ("[ZComponentImpl::CloneDispParams] call in...\n", console.stop().out);
 }
 
-TEST_F(ComponentImplCloneTest, WithoutAnArrayNoMemberIsCalled) {
+TEST_F(ComponentImplCloneTest, InvokeWithACountButNoArrayCallsNothing) {
     DISPPARAMS params = {nullptr, nullptr, 1, 0};
     EXPECT_HR(E_FAIL, thing->Invoke(1, IID_NULL, 0, 1, &params, nullptr, nullptr, nullptr));
     EXPECT_EQ(0, thing->calls);

@@ -1,4 +1,4 @@
-// In which order the own table and the proxies are asked, and what they are handed.
+// The order in which table and proxies are asked, and what the proxies are passed.
 #include <limits>
 
 #include "tests/support/console_capture.h"
@@ -9,7 +9,7 @@
 namespace zr::test {
 namespace {
 
-/// What a call of a member writes that comes without a list of arguments.
+/// The lines of a call of a member without arguments.
 constexpr const char* kCallWithoutAList =
     "[ZComponentImpl::Invoke] call in...\n"
     "[ZComponentImpl::CloneDispParams] call in...\n"
@@ -26,10 +26,10 @@ protected:
 
     ConsoleCapture console;
     Proxy first;  ///< asked before the own table
-    Proxy last;   ///< asked after it
+    Proxy last;   ///< asked after the own table
 };
 
-TEST_F(ComponentImplOrderTest, IdsBelowOneAreRefusedBeforeAnyProxyIsAsked) {
+TEST_F(ComponentImplOrderTest, InvokeWithAnIdBelowOneAsksNoProxy) {
     thing->AddProxyDispatch(&first, -1000, 1, nullptr);
     thing->AddProxyDispatch(&last, -1000, 0, nullptr);
     for (const DISPID id : {std::numeric_limits<DISPID>::min(), DISPID{-1}, DISPID{0}}) {
@@ -42,7 +42,7 @@ TEST_F(ComponentImplOrderTest, IdsBelowOneAreRefusedBeforeAnyProxyIsAsked) {
     EXPECT_EQ(0, last.calls);
 }
 
-TEST_F(ComponentImplOrderTest, AnIdBelowOneIsToldApartFromACall) {
+TEST_F(ComponentImplOrderTest, InvokeWithAnIdBelowOnePrintsItsLine) {
     EXPECT_HR(E_INVALIDARG, invoke(0, {}));
     EXPECT_EQ(
         "[ZComponentImpl::Invoke] call in...\n"
@@ -50,7 +50,7 @@ TEST_F(ComponentImplOrderTest, AnIdBelowOneIsToldApartFromACall) {
         console.stop().out);
 }
 
-TEST_F(ComponentImplOrderTest, AProbeForAMemberOfNoRowGoesOnToTheLastProxies) {
+TEST_F(ComponentImplOrderTest, ProbeForAnUnknownMemberAsksTheLastProxies) {
     thing->AddProxyDispatch(&last, 1000, 0, nullptr);
     EXPECT_HR(S_OK, probe(1001, DISPATCH_METHOD));
     EXPECT_EQ(1, last.lastId);
@@ -59,13 +59,13 @@ TEST_F(ComponentImplOrderTest, AProbeForAMemberOfNoRowGoesOnToTheLastProxies) {
     EXPECT_EQ(2, last.calls);
 }
 
-TEST_F(ComponentImplOrderTest, AProbeForARowThatIsOfTheOtherKindAsksNoLastProxy) {
+TEST_F(ComponentImplOrderTest, ProbeForAMemberOfTheOtherKindAsksNoLastProxy) {
     thing->AddProxyDispatch(&last, 0, 0, nullptr);
     EXPECT_HR(E_FAIL, probe(1, DISPATCH_PROPERTYGET));
     EXPECT_EQ(0, last.calls);
 }
 
-TEST_F(ComponentImplOrderTest, AProbeIsOfferedToTheFirstProxiesBeforeTheTable) {
+TEST_F(ComponentImplOrderTest, ProbeAsksTheFirstProxiesBeforeTheTable) {
     thing->AddProxyDispatch(&first, 0, 1, nullptr);
     EXPECT_HR(S_OK, probe(1, DISPATCH_PROPERTYGET));
     EXPECT_EQ(1, first.calls);
@@ -74,14 +74,14 @@ TEST_F(ComponentImplOrderTest, AProbeIsOfferedToTheFirstProxiesBeforeTheTable) {
     EXPECT_EQ(2, first.calls);
 }
 
-TEST_F(ComponentImplOrderTest, AnExceptionRecordAloneMakesACallWithoutAList) {
+TEST_F(ComponentImplOrderTest, InvokeWithAnExceptionRecordOnlyIsACallWithoutArguments) {
     EXCEPINFO excep = {};
     EXPECT_HR(E_FAIL, thing->Invoke(1, IID_NULL, 0, 1, nullptr, nullptr, &excep, nullptr));
     EXPECT_EQ(0, thing->calls);
     EXPECT_EQ(kCallWithoutAList, console.stop().out);
 }
 
-TEST_F(ComponentImplOrderTest, AResultAloneMakesACallWithoutAList) {
+TEST_F(ComponentImplOrderTest, InvokeWithAResultOnlyIsACallWithoutArguments) {
     VARIANT result;
     EXPECT_HR(E_FAIL, thing->Invoke(1, IID_NULL, 0, 1, nullptr, &result, nullptr, nullptr));
     EXPECT_EQ(VT_EMPTY, result.vt);
@@ -89,7 +89,7 @@ TEST_F(ComponentImplOrderTest, AResultAloneMakesACallWithoutAList) {
     EXPECT_EQ(kCallWithoutAList, console.stop().out);
 }
 
-TEST_F(ComponentImplOrderTest, AListAloneMakesACall) {
+TEST_F(ComponentImplOrderTest, InvokeWithArgumentsOnlyCallsTheMember) {
     DISPPARAMS params = {};
     EXPECT_HR(7, thing->Invoke(1, IID_NULL, 0, 1, &params, nullptr, nullptr, nullptr));
     EXPECT_EQ(1, thing->calls);
@@ -99,7 +99,7 @@ TEST_F(ComponentImplOrderTest, AListAloneMakesACall) {
         console.stop().out);
 }
 
-TEST_F(ComponentImplOrderTest, TheFirstProxiesGetAnEmptyResult) {
+TEST_F(ComponentImplOrderTest, InvokeGivesTheFirstProxiesAnEmptyResult) {
     thing->AddProxyDispatch(&first, 0, 1, nullptr);
     VARIANT result = {};
     result.vt = VT_I4;
@@ -109,7 +109,7 @@ TEST_F(ComponentImplOrderTest, TheFirstProxiesGetAnEmptyResult) {
     EXPECT_EQ(VT_EMPTY, whenAsked);
 }
 
-TEST_F(ComponentImplOrderTest, ACallWithoutAnArrayReachesTheLastProxies) {
+TEST_F(ComponentImplOrderTest, InvokeWithACountButNoArrayReachesTheLastProxies) {
     thing->AddProxyDispatch(&last, 1000, 0, nullptr);
     DISPPARAMS params = {nullptr, nullptr, 1, 0};
     EXPECT_HR(S_OK, thing->Invoke(1001, IID_NULL, 0, 1, &params, nullptr, nullptr, nullptr));
@@ -117,7 +117,7 @@ TEST_F(ComponentImplOrderTest, ACallWithoutAnArrayReachesTheLastProxies) {
     EXPECT_EQ(1u, last.call.params->cArgs);
 }
 
-TEST_F(ComponentImplOrderTest, ProxiesOfBothStagesGetTheCallAsItIs) {
+TEST_F(ComponentImplOrderTest, InvokePassesTheCallUnchangedToTheProxies) {
     thing->AddProxyDispatch(&first, 1000, 1, nullptr);
     thing->AddProxyDispatch(&last, 2000, 0, nullptr);
     first.callResult = E_FAIL;
@@ -143,7 +143,7 @@ TEST_F(ComponentImplOrderTest, ProxiesOfBothStagesGetTheCallAsItIs) {
     EXPECT_EQ(77u, argErr);
 }
 
-TEST_F(ComponentImplOrderTest, ProxiesOfBothStagesGetTheNamesAsTheyAre) {
+TEST_F(ComponentImplOrderTest, GetIDsOfNamesPassesTheNamesUnchangedToTheProxies) {
     thing->AddProxyDispatch(&first, 1000, 1, nullptr);
     thing->AddProxyDispatch(&last, 2000, 0, nullptr);
     OLECHAR text[] = OLESTR("Other");
@@ -153,7 +153,7 @@ TEST_F(ComponentImplOrderTest, ProxiesOfBothStagesGetTheNamesAsTheyAre) {
         DISPID id = 99;
         EXPECT_HR(count > 0 ? S_OK : E_FAIL,
                   thing->GetIDsOfNames(IID_IUnknown, names.data(), count, 0x407, &id));
-        EXPECT_EQ(count > 0 ? 2001 : 99, id);  // the test's proxy writes as many as are counted
+        EXPECT_EQ(count > 0 ? 2001 : 99, id);  // the proxy writes count ids
         for (const Proxy* proxy : {&first, &last}) {
             EXPECT_TRUE(proxy->lookUp.riid == IID_IUnknown);
             EXPECT_EQ(names.data(), proxy->lookUp.names);
@@ -164,7 +164,7 @@ TEST_F(ComponentImplOrderTest, ProxiesOfBothStagesGetTheNamesAsTheyAre) {
     }
 }
 
-TEST_F(ComponentImplOrderTest, AnIdOfAProxyThatIsNotAboveZeroIsPassedOver) {
+TEST_F(ComponentImplOrderTest, GetIDsOfNamesIgnoresAProxysIdBelowOne) {
     thing->AddProxyDispatch(&first, 1000, 1, nullptr);
     for (const DISPID ownId : {std::numeric_limits<DISPID>::min(), DISPID{-1}, DISPID{0}}) {
         first.ownId = ownId;
@@ -175,7 +175,7 @@ TEST_F(ComponentImplOrderTest, AnIdOfAProxyThatIsNotAboveZeroIsPassedOver) {
     EXPECT_EQ(3, first.lookUps);
 }
 
-TEST_F(ComponentImplOrderTest, AProxiedNameWithoutAPlaceForItsIdIsRefused) {
+TEST_F(ComponentImplOrderTest, GetIDsOfNamesOfAProxysNameWithoutAnOutPointerIsRefused) {
     thing->AddProxyDispatch(&first, 1000, 1, nullptr);
     last.name = OLESTR("Other");
     thing->AddProxyDispatch(&last, 2000, 0, nullptr);
@@ -185,7 +185,7 @@ TEST_F(ComponentImplOrderTest, AProxiedNameWithoutAPlaceForItsIdIsRefused) {
     EXPECT_EQ(2, last.lookUps);
 }
 
-TEST_F(ComponentImplOrderTest, ANameOfALastProxyIsTold) {
+TEST_F(ComponentImplOrderTest, GetIDsOfNamesOfALastProxysNamePrintsAllLines) {
     thing->AddProxyDispatch(&last, 1000, 0, nullptr);
     last.name = OLESTR("Other");
     DISPID id = 0;
@@ -200,7 +200,7 @@ TEST_F(ComponentImplOrderTest, ANameOfALastProxyIsTold) {
         console.stop().out);
 }
 
-TEST_F(ComponentImplOrderTest, ACallThatALastProxyTakesEndsWithoutAWord) {
+TEST_F(ComponentImplOrderTest, InvokeTakenByALastProxyPrintsNoEndLine) {
     thing->AddProxyDispatch(&last, 1000, 0, nullptr);
     EXPECT_HR(S_OK, invoke(1001, {}));
     const auto text = console.stop();
@@ -211,7 +211,7 @@ TEST_F(ComponentImplOrderTest, ACallThatALastProxyTakesEndsWithoutAWord) {
     EXPECT_EQ("GetDipatchInfo() fail\n", text.error);
 }
 
-TEST_F(ComponentImplOrderTest, ACallThatNobodyTakesIsTold) {
+TEST_F(ComponentImplOrderTest, InvokeTakenByNobodyPrintsTheEndLine) {
     EXPECT_HR(E_FAIL, invoke(1001, {}));
     const auto text = console.stop();
     EXPECT_EQ(
@@ -222,7 +222,7 @@ TEST_F(ComponentImplOrderTest, ACallThatNobodyTakesIsTold) {
     EXPECT_EQ("GetDipatchInfo() fail\n", text.error);
 }
 
-TEST_F(ComponentImplOrderTest, ACountWithoutAsManyNamesNeverMakesAProxiedNameAnOwnOne) {
+TEST_F(ComponentImplOrderTest, GetIDsOfNamesWithAHugeCountNeverReturnsAShadowedId) {
     thing->AddProxyDispatch(&first, 1000, 1, nullptr);
     first.mostIds = 1;
     LPOLESTR name = first.name.data();
@@ -231,7 +231,7 @@ TEST_F(ComponentImplOrderTest, ACountWithoutAsManyNamesNeverMakesAProxiedNameAnO
     if (first.lookUps == 1) {
         EXPECT_HR(S_OK, hr);
         EXPECT_EQ(1001, id);
-    } else {  // the system has no room for so many ids
+    } else {  // out of memory for so many ids
         EXPECT_HR(E_FAIL, hr);
         EXPECT_EQ(99, id);
     }

@@ -1,4 +1,4 @@
-// The binary contract of scriptable objects: packed rows and nodes, slots, faces.
+// The binary contract of scriptable objects: packed rows and nodes, slots, interfaces.
 #include "tests/support/hresult.h"
 #include "tests/unit/runtime/thing.h"
 
@@ -17,7 +17,7 @@ TEST_F(ComponentLayoutTest, RowsArePacked) {
     EXPECT_EQ(426u, sizeof(DispatchInfo));
 }
 
-TEST_F(ComponentLayoutTest, NodesOfTheProxyChainArePacked) {
+TEST_F(ComponentLayoutTest, NodesArePacked) {
     EXPECT_EQ(0u, offsetof(ProxyDispatchInfo, pDispatch));
     EXPECT_EQ(8u, offsetof(ProxyDispatchInfo, nIdOffset));
     EXPECT_EQ(12u, offsetof(ProxyDispatchInfo, nStage));
@@ -32,8 +32,8 @@ Slot* slotsOf(void* object) {
     return *static_cast<Slot**>(object);
 }
 
-TEST_F(ComponentLayoutTest, SlotsKeepTheirOrder) {
-    // Two destructors come first in the component part, then the operations.
+TEST_F(ComponentLayoutTest, SlotsAreInOrder) {
+    // In the component part the two destructors come first, then the operations.
     auto* part = static_cast<ZComponentImpl*>(thing);
     using TypeInfoCount = HRESULT(STDMETHODCALLTYPE*)(void*, UINT*);
     using Supports = HRESULT(STDMETHODCALLTYPE*)(void*, const GUID&);
@@ -43,13 +43,13 @@ TEST_F(ComponentLayoutTest, SlotsKeepTheirOrder) {
     EXPECT_HR(S_OK, reinterpret_cast<Supports>(slotsOf(part)[7])(part, IID_NULL));
     EXPECT_EQ(Thing::s_rows, reinterpret_cast<Rows>(slotsOf(part)[9])(part));
     EXPECT_EQ(4, reinterpret_cast<Count>(slotsOf(part)[10])(part));
-    // In the primary face: seven common operations, the own one, two destructors, then the rest.
+    // In the primary interface: seven common operations, Own, two destructors, then the rest.
     using Own = HRESULT(STDMETHODCALLTYPE*)(void*, INT);
     EXPECT_HR(5, reinterpret_cast<Own>(slotsOf(thing)[7])(thing, 5));
     EXPECT_HR(S_OK, reinterpret_cast<Supports>(slotsOf(thing)[10])(thing, IID_NULL));
 }
 
-TEST_F(ComponentLayoutTest, TheErrorFaceIsTheSameObject) {
+TEST_F(ComponentLayoutTest, ErrorInterfaceSharesTheReferenceCount) {
     auto* face = static_cast<ISupportErrorInfo*>(thing);
     EXPECT_EQ(2u, face->AddRef());
     void* other = nullptr;

@@ -1,4 +1,4 @@
-// The error object.
+// ZErrorInfo: the error object.
 #include "runtime/error_info.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +27,7 @@ protected:
     IErrorInfo* info = nullptr;
 };
 
-TEST_F(ErrorInfoTest, TwoInterfacesAreAnsweredAndNoOther) {
+TEST_F(ErrorInfoTest, QueryInterfaceReturnsItsTwoInterfacesOnly) {
     void* face = this;
     EXPECT_HR(E_INVALIDARG, info->QueryInterface(IID_IErrorInfo, nullptr));
     for (const IID& iid : {IID_IUnknown, IID_ISupportErrorInfo, IID_NULL}) {
@@ -40,7 +40,7 @@ TEST_F(ErrorInfoTest, TwoInterfacesAreAnsweredAndNoOther) {
     EXPECT_EQ(2u, create->Release());
 }
 
-TEST_F(ErrorInfoTest, NewObjectsAreEmpty) {
+TEST_F(ErrorInfoTest, GettersOfANewObjectReturnEmptyValues) {
     GUID guid = IID_IUnknown;
     BSTR text = reinterpret_cast<BSTR>(this);
     DWORD context = 9;
@@ -59,7 +59,7 @@ TEST_F(ErrorInfoTest, NewObjectsAreEmpty) {
     EXPECT_EQ(0u, context);
 }
 
-TEST_F(ErrorInfoTest, NullPointersAreRefused) {
+TEST_F(ErrorInfoTest, GettersWithNullAnswerInvalidArgument) {
     const ConsoleCapture quiet;
     EXPECT_HR(E_INVALIDARG, info->GetGUID(nullptr));
     EXPECT_HR(E_INVALIDARG, info->GetSource(nullptr));
@@ -68,7 +68,7 @@ TEST_F(ErrorInfoTest, NullPointersAreRefused) {
     EXPECT_HR(E_INVALIDARG, info->GetHelpContext(nullptr));
 }
 
-TEST_F(ErrorInfoTest, ValuesAreKeptAndStringsHandedOutWithoutACopy) {
+TEST_F(ErrorInfoTest, GettersReturnTheStringsWithoutACopy) {
     OLECHAR source[] = OLESTR("source");
     OLECHAR help[] = OLESTR("help");
     EXPECT_HR(S_OK, create->SetGUID(IID_IDispatch));
@@ -92,7 +92,7 @@ TEST_F(ErrorInfoTest, ValuesAreKeptAndStringsHandedOutWithoutACopy) {
     EXPECT_EQ(77u, context);
 }
 
-TEST_F(ErrorInfoTest, ANullStringFailsAndLeavesNone) {
+TEST_F(ErrorInfoTest, SetSourceWithNullFailsAndEmptiesTheField) {
     OLECHAR source[] = OLESTR("source");
     create->SetSource(source);
     BSTR before = nullptr;
@@ -101,11 +101,11 @@ TEST_F(ErrorInfoTest, ANullStringFailsAndLeavesNone) {
     BSTR after = before;
     EXPECT_HR(S_OK, info->GetSource(&after));
     EXPECT_EQ(nullptr, after);
-    // What was handed out before stays readable.
+    // The string returned before stays valid.
     EXPECT_EQ(6u, SysStringLen(before));
 }
 
-TEST_F(ErrorInfoTest, EachNullStringFailsAndClearsItsOwnFieldAlone) {
+TEST_F(ErrorInfoTest, SettersWithNullEmptyTheirOwnFieldOnly) {
     using Set = HRESULT (STDMETHODCALLTYPE ICreateErrorInfo::*)(LPOLESTR);
     using Get = HRESULT (STDMETHODCALLTYPE IErrorInfo::*)(BSTR*);
     const std::pair<Set, Get> fields[] = {
@@ -128,13 +128,13 @@ TEST_F(ErrorInfoTest, EachNullStringFailsAndClearsItsOwnFieldAlone) {
     }
 }
 
-TEST_F(ErrorInfoTest, AskingForTheDescriptionWithoutAPlaceForItIsToldToo) {
+TEST_F(ErrorInfoTest, GetDescriptionWithNullPrintsItsLine) {
     ConsoleCapture console;
     EXPECT_HR(E_INVALIDARG, info->GetDescription(nullptr));
     EXPECT_EQ("[ZErrorInfo::GetDescription] call...\n", console.stop().out);
 }
 
-TEST_F(ErrorInfoTest, AskingForTheDescriptionIsTold) {
+TEST_F(ErrorInfoTest, GetDescriptionPrintsItsLine) {
     OLECHAR description[] = OLESTR("text");
     create->SetDescription(description);
     ConsoleCapture console;
@@ -146,7 +146,7 @@ TEST_F(ErrorInfoTest, AskingForTheDescriptionIsTold) {
 
 using Slot = void (*)();
 
-TEST_F(ErrorInfoTest, SlotsKeepTheirOrder) {
+TEST_F(ErrorInfoTest, SlotsAreInOrder) {
     Slot* slots = *reinterpret_cast<Slot**>(info);
     using Context = HRESULT(STDMETHODCALLTYPE*)(void*, DWORD*);
     DWORD context = 5;
@@ -159,14 +159,14 @@ TEST_F(ErrorInfoTest, SlotsKeepTheirOrder) {
     EXPECT_EQ(12u, context);
 }
 
-/// Counts its ends.
+/// Counts how many were destroyed.
 class CountedErrorInfo : public ZErrorInfo {
 public:
     ~CountedErrorInfo() override { ++s_destroyed; }
     static inline int s_destroyed = 0;
 };
 
-TEST_F(ErrorInfoTest, TheDestructorsFollowTheGetters) {
+TEST_F(ErrorInfoTest, DestructorSlotsFollowTheGetters) {
     using Destructor = void (*)(void*);
     CountedErrorInfo::s_destroyed = 0;
     alignas(CountedErrorInfo) char place[sizeof(CountedErrorInfo)];

@@ -1,5 +1,4 @@
-# Writes the MD5 digests of the first 0 to 4,096 letters of a text as another implementation,
-# CMake's, computes them.
+# Writes the MD5 digests of the first 0 to 4,096 letters of a text, computed by CMake.
 # usage: cmake -DOUT=FILE -P md5_table.cmake
 set(letters "abcdefghijklmnopqrstuvwxyz")
 set(text "")

@@ -1,4 +1,4 @@
-// MD5: the values of RFC 1321, section A.5, all ways of feeding it, and files.
+// MD5: the digests of RFC 1321, section A.5, input in pieces, and files.
 #include "runtime/md5.h"
 
 #include <gtest/gtest.h>
@@ -30,7 +30,7 @@ std::string digestOf(const std::string& data) {
     return hex(digest);
 }
 
-TEST(Md5Test, TheStandardsValues) {
+TEST(Md5Test, Md5OfTheTextsInTheStandardGivesItsDigests) {
     const struct {
         const char* text;
         const char* digest;
@@ -56,7 +56,7 @@ TEST(Md5Test, TheStandardsValues) {
     EXPECT_EQ(cases[0].digest, hex(digest));
 }
 
-TEST(Md5Test, PiecesGiveTheDigestOfTheWhole) {
+TEST(Md5Test, UpdateInPiecesGivesTheDigestOfTheWhole) {
     std::string data;
     for (unsigned int length = 0; length <= 4096;
          length = length < 200 ? length + 1 : length + 97) {
@@ -76,7 +76,7 @@ TEST(Md5Test, PiecesGiveTheDigestOfTheWhole) {
     }
 }
 
-TEST(Md5Test, TheLengthIsCountedInBitsOver64) {
+TEST(Md5Test, UpdateBeyond32BitsOfLengthCarriesIntoTheHighWord) {
     const unsigned char bytes[8] = {};
     MD5_CTX context;
     MD5Init(&context);
@@ -91,7 +91,7 @@ TEST(Md5Test, TheLengthIsCountedInBitsOver64) {
     EXPECT_EQ(1u, context.count[1]);
 }
 
-TEST(Md5Test, TheContextIsWiped) {
+TEST(Md5Test, FinalWipesTheContext) {
     MD5_CTX context;
     MD5Init(&context);
     MD5Update(&context, reinterpret_cast<const unsigned char*>("secret"), 6);
@@ -101,7 +101,7 @@ TEST(Md5Test, TheContextIsWiped) {
     EXPECT_EQ(0, std::memcmp(&zero, &context, sizeof context));
 }
 
-TEST(Md5Test, FilesAreReadInBlocks) {
+TEST(Md5Test, Md5FileOfSeveralBlocksDigestsThemAll) {
     const TempDir folder;
     unsigned char digest[16] = {1};
     EXPECT_EQ(0, MD5File("missing", digest));
@@ -115,7 +115,7 @@ TEST(Md5Test, FilesAreReadInBlocks) {
     EXPECT_EQ(digestOf(data), hex(digest));
 }
 
-TEST(Md5Test, FilesAreNoTexts) {
+TEST(Md5Test, Md5FileWithLineEndsDigestsTheBytesUnchanged) {
     const TempDir folder;
     std::string data = "a line\r\nand\x1A the end of a text\r\n";
     data.append(1023 - data.size(), 'x').append("\r\n\x1A\r\n");
@@ -127,8 +127,8 @@ TEST(Md5Test, FilesAreNoTexts) {
     }
 }
 
-TEST(Md5Test, AnotherImplementationAgreesFromNoByteTo4096) {
-    // The table is made when the test is built; each row has one letter more than the one before.
+TEST(Md5Test, Md5DataOf0To4096BytesAgreesWithAnotherImplementation) {
+    // The build generates the table. Each row is the digest of one letter more.
     static const char* const expected[] = {
 #include "md5_table.inc"
     };

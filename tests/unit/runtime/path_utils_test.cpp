@@ -1,4 +1,4 @@
-// Paths, module loading, hexadecimal text.
+// Paths, module loading and hexadecimal text.
 #include "runtime/path_utils.h"
 
 #include <gtest/gtest.h>
@@ -24,13 +24,13 @@ std::string normalised(std::string path) {
     return path;
 }
 
-TEST(PathUtilsTest, BackslashesBecomeSlashes) {
+TEST(PathUtilsTest, ConvertLinuxPathReplacesBackslashes) {
     EXPECT_EQ("a/b/c", normalised("a\\b\\c"));
     EXPECT_EQ("", normalised(""));
     ZConvertLinuxPath(nullptr);
 }
 
-TEST(PathUtilsTest, DotsAreResolved) {
+TEST(PathUtilsTest, GetAbsolutionPathResolvesDots) {
     EXPECT_EQ("E:/a/c/d.dll", resolve("E:/a/b/../c/./d.dll"));
     EXPECT_EQ("x", resolve("E:\\a\\..\\..\\x"));
     EXPECT_EQ("E:/a/b/..", resolve("E:/a/b/.."));
@@ -42,7 +42,7 @@ TEST(PathUtilsTest, DotsAreResolved) {
     EXPECT_EQ("...", resolve("a/../...").substr(0, 3));
 }
 
-TEST(PathUtilsTest, PathsThatBeginWithADotAreJoinedToTheDirectory) {
+TEST(PathUtilsTest, GetAbsolutionPathWithALeadingDotStartsAtTheCurrentDirectory) {
     const TempDir folder;
     const std::string work = normalised(std::filesystem::current_path().string());
     EXPECT_EQ(work + "/lib/p11.so", resolve("./lib/p11.so"));
@@ -50,13 +50,13 @@ TEST(PathUtilsTest, PathsThatBeginWithADotAreJoinedToTheDirectory) {
     EXPECT_EQ(work.substr(0, work.rfind('/')) + "/y", resolve("../y"));
 }
 
-TEST(PathUtilsTest, TheRootIsNotFollowedByASecondSeparator) {
+TEST(PathUtilsTest, GetAbsolutionPathInTheRootAddsNoSecondSeparator) {
     const TempDir folder;
     std::filesystem::current_path(folder.root().root_path());
     EXPECT_EQ(normalised(folder.root().root_path().string()) + "x", resolve("./x"));
 }
 
-TEST(PathUtilsTest, NothingIsWrittenWhenItDoesNotFit) {
+TEST(PathUtilsTest, GetAbsolutionPathWithoutRoomWritesNothing) {
     char out[8] = "xyz";
     EXPECT_EQ(0, ZGetAbsolutionPath("/a/b", out, 4));
     EXPECT_STREQ("xyz", out);
@@ -69,7 +69,7 @@ TEST(PathUtilsTest, NothingIsWrittenWhenItDoesNotFit) {
     EXPECT_STREQ("/a/b", out);
 }
 
-TEST(PathUtilsTest, TheBufferMayBeThePath) {
+TEST(PathUtilsTest, GetAbsolutionPathInPlaceGivesTheSameResult) {
     char path[32] = "/a/b/../c";
     EXPECT_EQ(0, ZGetAbsolutionPath(path, path, sizeof path));
     EXPECT_STREQ("/a/c", path);
@@ -77,7 +77,7 @@ TEST(PathUtilsTest, TheBufferMayBeThePath) {
     EXPECT_EQ("/b", resolve(longPath.c_str()));
 }
 
-TEST(PathUtilsTest, TheCurrentDirectoryIsReadAndSet) {
+TEST(PathUtilsTest, CurrentPathIsReadAndSet) {
     const TempDir folder;
     char path[300] = {};
     const int length = ZGetCurrentPath(path, sizeof path);
@@ -92,7 +92,7 @@ TEST(PathUtilsTest, TheCurrentDirectoryIsReadAndSet) {
     EXPECT_GT(ZGetCurrentPath(path, 2), 2);
 }
 
-TEST(PathUtilsTest, TheExecutableIsTold) {
+TEST(PathUtilsTest, GetModulePathReturnsTheFolderOfTheExecutable) {
     char file[300] = {};
     char folder[300] = {};
     EXPECT_GT(ZGetModuleFilePath(file, sizeof file), 0);
@@ -109,22 +109,22 @@ TEST(PathUtilsTest, TheExecutableIsTold) {
     EXPECT_EQ(static_cast<int>(expected.size()), ZGetModulePath(nullptr, 0));
 }
 
-TEST(PathUtilsTest, TheLengthOfTheExecutablesPathIsWhatTheSystemTells) {
-    char told[300] = {};
-    const DWORD length = GetModuleFileNameA(nullptr, told, sizeof told);
+TEST(PathUtilsTest, GetModuleFilePathReturnsTheLengthThatTheSystemReports) {
+    char expected[300] = {};
+    const DWORD length = GetModuleFileNameA(nullptr, expected, sizeof expected);
     char file[300] = {};
     EXPECT_EQ(static_cast<int>(length), ZGetModuleFilePath(file, sizeof file));
     EXPECT_EQ(length, std::strlen(file));
-    EXPECT_EQ(normalised(told), file);
+    EXPECT_EQ(normalised(expected), file);
 
     char small[6] = {'x', 'x', 'x', 'x', 'x', 'x'};
-    const DWORD cut = GetModuleFileNameA(nullptr, told, 5);
+    const DWORD cut = GetModuleFileNameA(nullptr, expected, 5);
     EXPECT_EQ(static_cast<int>(cut), ZGetModuleFilePath(small, 5));
     EXPECT_EQ(std::string(file, 4), small);
     EXPECT_EQ('x', small[5]);
 }
 
-TEST(PathUtilsTest, LibrariesAreLoadedByName) {
+TEST(PathUtilsTest, LoadLibraryByNameFindsItsFunctions) {
     EXPECT_EQ(nullptr, ZLoadLibrary(nullptr));
     EXPECT_EQ(nullptr, ZLoadLibrary(""));
     EXPECT_EQ(nullptr, ZLoadLibraryEx(nullptr));
@@ -144,7 +144,7 @@ TEST(PathUtilsTest, LibrariesAreLoadedByName) {
     EXPECT_EQ(nullptr, ZGetProcAddress(nullptr, "SysAllocString"));
 }
 
-TEST(PathUtilsTest, HexadecimalDigits) {
+TEST(PathUtilsTest, HexToDecReadsOtherCharactersAsZero) {
     EXPECT_EQ(0, ZHexToDec('0'));
     EXPECT_EQ(9, ZHexToDec('9'));
     EXPECT_EQ(10, ZHexToDec('a'));
@@ -161,7 +161,7 @@ TEST(PathUtilsTest, HexadecimalDigits) {
     EXPECT_EQ(0u, ZHexStringToInt("ff", std::numeric_limits<int>::min()));
 }
 
-TEST(PathUtilsTest, IdentifiersAreReadWithoutBraces) {
+TEST(PathUtilsTest, CreateGuidReadsTheFormWithoutBracesOnly) {
     const GUID expected = {
         0x6B29FC40, 0xCA47, 0x1067, {0xB3, 0x1D, 0x00, 0xDD, 0x01, 0x06, 0x62, 0xDA}};
     EXPECT_TRUE(expected == ZCreateGUIDFromString("6B29FC40-CA47-1067-B31D-00DD010662DA"));
@@ -181,7 +181,7 @@ TEST(PathUtilsTest, IdentifiersAreReadWithoutBraces) {
     EXPECT_EQ(0x0B29FC40u, ZCreateGUIDFromString("xB29FC40-CA47-1067-B31D-00DD010662DA").Data1);
 }
 
-TEST(PathUtilsTest, WithoutABufferTheExecutableIsNotTold) {
+TEST(PathUtilsTest, GetModuleFilePathWithoutABufferReturnsZero) {
     char file[1] = {'x'};
     EXPECT_EQ(0, ZGetModuleFilePath(nullptr, 300));
     EXPECT_EQ(0, ZGetModuleFilePath(file, 0));

@@ -1,4 +1,4 @@
-// A proxy of a test's own.
+// A proxy for tests.
 #pragma once
 
 #include <zrkey/automation.h>
@@ -9,7 +9,7 @@
 
 namespace zr::test {
 
-/// Knows one name by an id of its own and answers a call by a result of its own.
+/// Knows one name, and returns the id and the results that a test sets. Records its calls.
 class Proxy : public IDispatch {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(const IID&, void**) override { return E_NOINTERFACE; }
@@ -46,15 +46,15 @@ public:
         return callResult;
     }
 
-    /// What it was handed with the last name.
+    /// The arguments of the last look-up.
     struct LookUp {
         IID riid;
         LPOLESTR* names;
         UINT count;
         LCID lcid;
-        DISPID firstId;  ///< as it stood before
+        DISPID firstId;  ///< its value before the look-up
     };
-    /// What it was handed with the last call, besides the id.
+    /// The arguments of the last call, except the id.
     struct Call {
         IID riid;
         LCID lcid;
@@ -67,7 +67,7 @@ public:
 
     std::basic_string<OLECHAR> name = OLESTR("Keep");
     HRESULT lookUpResult = S_OK;
-    UINT mostIds = std::numeric_limits<UINT>::max();  ///< it writes no more, whatever it is asked
+    UINT mostIds = std::numeric_limits<UINT>::max();  ///< how many ids it writes at most
     DISPID ownId = 1;
     HRESULT callResult = S_FALSE;
     ULONG references = 0;
@@ -78,6 +78,19 @@ public:
     Call call = {};
     std::function<void()> onAsked;
     std::function<void()> onReleased;
+};
+
+/// An object whose value is the number 42.
+class ValueObject : public Proxy {
+public:
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, const IID& riid, LCID lcid, WORD flags,
+                                     DISPPARAMS* params, VARIANT* result, EXCEPINFO* excep,
+                                     UINT* argErr) override {
+        Proxy::Invoke(id, riid, lcid, flags, params, result, excep, argErr);
+        result->vt = VT_I4;
+        result->lVal = 42;
+        return S_OK;
+    }
 };
 
 }  // namespace zr::test

@@ -1,4 +1,4 @@
-// The current-error slot and the reporting functions.
+// The slot for the current error, and the functions that report an error.
 #include <gtest/gtest.h>
 
 #include "runtime/error_info.h"
@@ -22,7 +22,7 @@ protected:
     }
 };
 
-TEST_F(ReportErrorTest, ReadingDoesNotClearTheSlot) {
+TEST_F(ReportErrorTest, GetErrorInfoTwiceReturnsTheSameError) {
     EXPECT_EQ(1, ZCLInitialize());
     EXPECT_EQ(nullptr, current());
     ICreateErrorInfo* create = nullptr;
@@ -42,7 +42,7 @@ TEST_F(ReportErrorTest, ReadingDoesNotClearTheSlot) {
     EXPECT_EQ(0u, create->Release());
 }
 
-TEST_F(ReportErrorTest, NullPointersAreRefused) {
+TEST_F(ReportErrorTest, NullOutPointersAnswerInvalidArgument) {
     EXPECT_HR(E_INVALIDARG, ZGetErrorInfo(0, nullptr));
     EXPECT_HR(E_INVALIDARG, ZCreateErrorInfo(nullptr));
     EXPECT_HR(E_INVALIDARG, ZProgIDFromCLSID(IID_NULL, nullptr));
@@ -51,7 +51,7 @@ TEST_F(ReportErrorTest, NullPointersAreRefused) {
     EXPECT_EQ(nullptr, progId);
 }
 
-TEST_F(ReportErrorTest, AReportIsKeptAndThrown) {
+TEST_F(ReportErrorTest, ReportErrorStoresAndThrowsTheError) {
     try {
         ZCLReportError(IID_NULL, OLESTR("what happened"), IID_IDispatch, E_POINTER);
         FAIL() << "nothing was thrown";
@@ -73,7 +73,7 @@ TEST_F(ReportErrorTest, AReportIsKeptAndThrown) {
     EXPECT_EQ(1u, info->Release());
 }
 
-TEST_F(ReportErrorTest, Utf8TextIsConverted) {
+TEST_F(ReportErrorTest, ReportErrorUtf8StoresTheConvertedText) {
     const ConsoleCapture console;
     EXPECT_HR(E_INVALIDARG, ZCLReportErrorUTF8(IID_NULL, nullptr, IID_NULL, E_FAIL));
     EXPECT_EQ(nullptr, current());
@@ -83,19 +83,19 @@ TEST_F(ReportErrorTest, Utf8TextIsConverted) {
     EXPECT_EQ(2u, SysStringLen(text));
 }
 
-TEST_F(ReportErrorTest, TheConversionOfAUtf8ReportIsTold) {
+TEST_F(ReportErrorTest, ReportErrorUtf8PrintsTheLineOfItsConversion) {
     ConsoleCapture console;
     EXPECT_THROW(ZCLReportErrorUTF8(IID_NULL, "a\xe2\x82\xac", IID_NULL, E_FAIL), _zcl_error);
     EXPECT_EQ("_ZSysAllocUTF8String call...[a\xe2\x82\xac]\n", console.stop().out);
 }
 
-TEST_F(ReportErrorTest, ANullUtf8TextIsRefusedWithoutAWord) {
+TEST_F(ReportErrorTest, ReportErrorUtf8WithNullTextAnswersInvalidArgumentAndPrintsNothing) {
     ConsoleCapture console;
     EXPECT_HR(E_INVALIDARG, ZCLReportErrorUTF8(IID_NULL, nullptr, IID_NULL, E_FAIL));
     EXPECT_EQ("", console.stop().out);
 }
 
-TEST_F(ReportErrorTest, TheSlotsOnlyErrorCanBeSetAgain) {
+TEST_F(ReportErrorTest, SetErrorInfoWithTheErrorInTheSlotKeepsIt) {
     EXPECT_THROW(ZCLReportError(IID_NULL, OLESTR("1"), IID_NULL, E_FAIL), _zcl_error);
     IErrorInfo* only = current();
     EXPECT_HR(S_OK, ZSetErrorInfo(0, only));
@@ -104,7 +104,7 @@ TEST_F(ReportErrorTest, TheSlotsOnlyErrorCanBeSetAgain) {
     EXPECT_EQ(1u, only->Release());
 }
 
-TEST_F(ReportErrorTest, ANewReportReplacesTheOld) {
+TEST_F(ReportErrorTest, ReportErrorReplacesTheErrorInTheSlot) {
     EXPECT_THROW(ZCLReportError(IID_NULL, OLESTR("1"), IID_NULL, E_FAIL), _zcl_error);
     EXPECT_THROW(ZCLReportError(IID_NULL, nullptr, IID_NULL, E_FAIL), _zcl_error);
     const ConsoleCapture console;
@@ -115,7 +115,7 @@ TEST_F(ReportErrorTest, ANewReportReplacesTheOld) {
     EXPECT_EQ(nullptr, current());
 }
 
-TEST_F(ReportErrorTest, ACopyOfAnErrorHasAReferenceAndATextOfItsOwn) {
+TEST_F(ReportErrorTest, CopyOfAnErrorAddsAReferenceAndCopiesTheText) {
     EXPECT_THROW(ZCLReportError(IID_NULL, OLESTR("1"), IID_NULL, E_FAIL), _zcl_error);
     IErrorInfo* info = nullptr;
     ZGetErrorInfo(0, &info);
@@ -127,7 +127,7 @@ TEST_F(ReportErrorTest, ACopyOfAnErrorHasAReferenceAndATextOfItsOwn) {
         EXPECT_EQ(info, copy.m_pErrorInfo);
         EXPECT_STREQ("text", copy.m_pszText);
         EXPECT_NE(error.m_pszText, copy.m_pszText);
-        EXPECT_EQ(4u, info->AddRef());  // the slot's, both errors' and this one
+        EXPECT_EQ(4u, info->AddRef());  // the slot, both errors and this one
         info->Release();
     }
     const _zcl_error empty(E_FAIL, nullptr);
@@ -136,13 +136,13 @@ TEST_F(ReportErrorTest, ACopyOfAnErrorHasAReferenceAndATextOfItsOwn) {
     ZCLUninitialize();
 }
 
-/// Throws when its last reference goes, as no error object should.
+/// Throws from Release, which no error object should do.
 class ThrowingErrorInfo : public ZErrorInfo {
 public:
     ULONG STDMETHODCALLTYPE Release() override { throw 1; }
 };
 
-TEST_F(ReportErrorTest, AnyOtherExceptionEndsTheProcess) {
+TEST_F(ReportErrorTest, ReportErrorWithAnotherExceptionEndsTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto report = [] {
         auto* info = new ThrowingErrorInfo;
@@ -150,7 +150,7 @@ TEST_F(ReportErrorTest, AnyOtherExceptionEndsTheProcess) {
         try {
             ZCLReportError(IID_NULL, OLESTR("1"), IID_NULL, E_FAIL);
         } catch (...) {
-            std::_Exit(0);  // it got out
+            std::_Exit(0);  // the exception left the function
         }
         std::_Exit(0);
     };

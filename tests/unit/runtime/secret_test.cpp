@@ -1,4 +1,4 @@
-// Narrow copies that are wiped when they go.
+// SecretText: UTF-8 copies that are wiped when they are destroyed.
 #include "runtime/secret.h"
 
 #include <gtest/gtest.h>
@@ -21,26 +21,26 @@ protected:
     BSTR m_bstr;
 };
 
-TEST_F(SecretTextTest, ATextThatFitsIsHeldWithItsLength) {
+TEST_F(SecretTextTest, TextThatFitsIsStoredWithItsLength) {
     const SecretText<kSize> text(m_bstr);
     EXPECT_TRUE(text.fits());
     EXPECT_STREQ("1234567", text.c_str());
     EXPECT_EQ(7u, text.length());
 }
 
-TEST_F(SecretTextTest, ALongerTextDoesNotFitAndIsEmpty) {
+TEST_F(SecretTextTest, TextThatIsTooLongIsEmptyAndDoesNotFit) {
     const SecretText<kSize - 1> text(m_bstr);
     EXPECT_FALSE(text.fits());
     EXPECT_STREQ("", text.c_str());
 }
 
-TEST_F(SecretTextTest, NullReadsAsEmpty) {
+TEST_F(SecretTextTest, NullTextIsEmptyAndFits) {
     const SecretText<kSize> text(nullptr);
     EXPECT_TRUE(text.fits());
     EXPECT_EQ(0u, text.length());
 }
 
-TEST_F(SecretTextTest, NothingIsLeftWhereItWas) {
+TEST_F(SecretTextTest, DestructorWipesTheText) {
     alignas(SecretText<kSize>) unsigned char place[sizeof(SecretText<kSize>)];
     const auto holds = [&](const char* text) {
         const std::string wanted = text;

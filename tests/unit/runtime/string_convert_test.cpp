@@ -1,4 +1,4 @@
-// Conversions between UTF-8 and UTF-16, by both sets of names.
+// Conversions between UTF-8 and UTF-16, under both sets of names.
 #include "runtime/string_convert.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ Wide take(BSTR text) {
     return result;
 }
 
-TEST(StringConvertTest, NullAndEmptyUtf8AreOneUnitAndTouchNothing) {
+TEST(StringConvertTest, ConvUtf8OfNullOrEmptyTextReturnsOneAndWritesNothing) {
     OLECHAR out[2] = {'x', 'y'};
     EXPECT_EQ(1, ZConvUTF8ToUnicode(nullptr, out, 2));
     EXPECT_EQ(1, ZConvUTF8ToUnicode("", out, 2));
@@ -28,7 +28,7 @@ TEST(StringConvertTest, NullAndEmptyUtf8AreOneUnitAndTouchNothing) {
     EXPECT_EQ('x', out[0]);
 }
 
-TEST(StringConvertTest, SizesIncludeTheTerminator) {
+TEST(StringConvertTest, ConversionsCountTheTerminator) {
     OLECHAR wide[8] = {};
     EXPECT_EQ(4, ZConvUTF8ToUnicode("a\xe2\x82\xac"
                                     "b",
@@ -48,7 +48,7 @@ TEST(StringConvertTest, SizesIncludeTheTerminator) {
     EXPECT_EQ(0, ZConvUnicodeToUTF8(nullptr, narrow, 8));
 }
 
-TEST(StringConvertTest, NullAndEmptyTextGiveAnEmptyString) {
+TEST(StringConvertTest, AllocUtf8OfNullOrEmptyTextReturnsAnEmptyString) {
     for (const char* text : {static_cast<const char*>(nullptr), ""}) {
         BSTR string = ZSysAllocUTF8String(text);
         ASSERT_TRUE(string);
@@ -57,7 +57,7 @@ TEST(StringConvertTest, NullAndEmptyTextGiveAnEmptyString) {
     }
 }
 
-TEST(StringConvertTest, TruncatedSequencesStayInBounds) {
+TEST(StringConvertTest, AllocUtf8OfIncompleteSequencesStaysInBounds) {
     for (const char* text : {"\xe2", "\xf0\x9f", "ab\xe2\x82", "\xc3", "\xff", "\x80"}) {
         BSTR string = ZSysAllocUTF8String(text);
         ASSERT_TRUE(string);
@@ -66,7 +66,7 @@ TEST(StringConvertTest, TruncatedSequencesStayInBounds) {
     }
 }
 
-TEST(StringConvertTest, LengthsCutOrKeepTheText) {
+TEST(StringConvertTest, AllocUtf8LenCutsTheTextAtTheLength) {
     EXPECT_EQ(OLESTR("ab"), take(ZSysAllocUTF8StringLen("abc", 2)));
     EXPECT_EQ(OLESTR("abc"), take(ZSysAllocUTF8StringLen("abc", 3)));
     EXPECT_EQ(OLESTR("abc"), take(ZSysAllocUTF8StringLen("abc", 10)));
@@ -77,14 +77,14 @@ TEST(StringConvertTest, LengthsCutOrKeepTheText) {
     EXPECT_EQ(nullptr, _ZSysAllocUTF8StringLen(nullptr, 3));
 }
 
-TEST(StringConvertTest, ACutInsideASequenceIsPassedOnAsItIs) {
+TEST(StringConvertTest, AllocUtf8LenInsideASequenceConvertsTheIncompleteSequence) {
     const Wide cut = take(ZSysAllocUTF8String("a\xe2\x82"));
-    EXPECT_LT(1u, cut.size());  // something stands for what is left of the sequence
+    EXPECT_LT(1u, cut.size());  // a replacement for the incomplete sequence
     EXPECT_EQ(cut, take(ZSysAllocUTF8StringLen("a\xe2\x82\xac", 3)));
     EXPECT_EQ(OLESTR("a\u20ac"), take(ZSysAllocUTF8StringLen("a\xe2\x82\xac", 4)));
 }
 
-TEST(StringConvertTest, TheUnderscoreNameGivesAnEmptyStringForNullAndEmptyText) {
+TEST(StringConvertTest, UnderscoreAllocUtf8OfNullOrEmptyTextReturnsAnEmptyString) {
     for (const char* text : {static_cast<const char*>(nullptr), ""}) {
         ConsoleCapture console;
         BSTR string = _ZSysAllocUTF8String(text);
@@ -97,7 +97,7 @@ TEST(StringConvertTest, TheUnderscoreNameGivesAnEmptyStringForNullAndEmptyText) 
     }
 }
 
-TEST(StringConvertTest, Utf8EndsAtTheFirstZeroOfTheString) {
+TEST(StringConvertTest, BstrToUtf8EndsAtTheFirstZero) {
     BSTR text = SysAllocStringByteLen(reinterpret_cast<const char*>(OLESTR("ab\0cd")), 10);
     char out[8];
     std::memset(out, 'x', sizeof out);
@@ -108,7 +108,7 @@ TEST(StringConvertTest, Utf8EndsAtTheFirstZeroOfTheString) {
     SysFreeString(text);
 }
 
-TEST(StringConvertTest, TheUnderscoreNameReportsItsInput) {
+TEST(StringConvertTest, UnderscoreAllocUtf8PrintsItsInput) {
     ConsoleCapture console;
     EXPECT_EQ(OLESTR("abc"), take(_ZSysAllocUTF8String("abc")));
     EXPECT_EQ(OLESTR("abc"), take(ZSysAllocUTF8String("abc")));
@@ -122,7 +122,7 @@ TEST(StringConvertTest, TheUnderscoreNameReportsItsInput) {
         console.stop().out);
 }
 
-TEST(StringConvertTest, StreamSizesHavePrefixAndTerminator) {
+TEST(StringConvertTest, StreamSizeCountsPrefixAndTerminator) {
     BSTR text = SysAllocString(OLESTR("abc"));
     EXPECT_EQ(4, ZSysStringGetStreamSize(nullptr));
     EXPECT_EQ(12, ZSysStringGetStreamSize(text));
@@ -130,7 +130,7 @@ TEST(StringConvertTest, StreamSizesHavePrefixAndTerminator) {
     SysFreeString(text);
 }
 
-TEST(StringConvertTest, ABufferThatIsTooSmallIsUntouched) {
+TEST(StringConvertTest, BstrToUtf8WithoutRoomLeavesTheBufferUntouched) {
     BSTR text = SysAllocString(OLESTR("abc"));
     char out[8];
     std::memset(out, 'x', sizeof out);
@@ -143,7 +143,7 @@ TEST(StringConvertTest, ABufferThatIsTooSmallIsUntouched) {
     SysFreeString(text);
 }
 
-TEST(StringConvertTest, LengthsCountUnitsAndLeadBytes) {
+TEST(StringConvertTest, StrlenCountsUnitsAndLeadBytes) {
     EXPECT_EQ(3u, strlen_unicode(OLESTR("a\u20acb")));
     EXPECT_EQ(0u, _strlen_unicode(OLESTR("")));
     EXPECT_EQ(0u, strlen_utf8(""));
@@ -154,7 +154,7 @@ TEST(StringConvertTest, LengthsCountUnitsAndLeadBytes) {
     EXPECT_EQ(1u, strlen_utf8("\xc3\xa4"));
     EXPECT_EQ(1u, strlen_utf8("\x80\xbf"
                               "a"));
-    // The bytes after a lead are skipped unseen, a terminator too.
+    // The bytes after a lead byte are skipped unread, the terminator too.
     EXPECT_EQ(2u, strlen_utf8("\xc3\0a"));
     EXPECT_EQ(2u, strlen_utf8("\xc0\0a"));
     EXPECT_EQ(2u, strlen_utf8("\xe2\0\0a"));

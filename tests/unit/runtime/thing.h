@@ -1,4 +1,4 @@
-// A small scriptable class: what the dispatch base is tested with.
+// A small scriptable class for testing the dispatch base.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@ struct IThing : public IDispatch {
     virtual HRESULT STDMETHODCALLTYPE Own(INT value) = 0;
 };
 
-/// Counts its references' end and keeps what its adapters were given.
+/// Counts how many were released and destroyed, and keeps the arguments of its adapter.
 class Thing : public ZComponent<IThing> {
 public:
     ~Thing() override { ++s_destroyed; }
@@ -28,7 +28,8 @@ public:
         kept.assign(params->rgvarg, params->rgvarg + params->cArgs);
         text.clear();
         if (params->cArgs > 0 && params->rgvarg[0].vt == VT_BSTR && params->rgvarg[0].bstrVal) {
-            text.assign(params->rgvarg[0].bstrVal);
+            const BSTR given = params->rgvarg[0].bstrVal;
+            text.assign(given, SysStringLen(given));
         }
         if (result) {
             result->vt = VT_I4;
@@ -50,20 +51,17 @@ public:
         {4, "Same", enDispatchMethod, nullptr, VT_I4, {}},
         {},
     };
-    static inline const bool s_areStored = [] {
-        zr::storeAdapters<Thing>(&s_rows[0], {&Thing::_Keep});
-        zr::storeAdapters<Thing>(&s_rows[2], {&Thing::_Keep, &Thing::_Keep});
-        return true;
-    }();
+    static inline const bool s_areStored =
+        zr::storeAdapters<Thing>(s_rows, {&Thing::_Keep, nullptr, &Thing::_Keep, &Thing::_Keep});
 };
 
-/// A Thing with one reference for the length of a test.
+/// A fixture with a Thing that has one reference.
 class ThingTest : public testing::Test {
 protected:
     ThingTest() { thing->AddRef(); }
     ~ThingTest() override { thing->Release(); }
 
-    /// Looks up as many names as are counted, all the same.
+    /// Looks up a name, passed count times.
     HRESULT find(const OLECHAR* name, DISPID* id, UINT count = 1) {
         std::vector<LPOLESTR> names(count, const_cast<LPOLESTR>(name));
         return thing->GetIDsOfNames(IID_NULL, names.data(), count, 0, id);

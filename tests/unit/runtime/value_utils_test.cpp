@@ -1,4 +1,4 @@
-// Facts about variant types.
+// Helpers for variant types and numbers.
 #include "runtime/value_utils.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 namespace zr::test {
 namespace {
 
-TEST(ValueUtilsTest, SizesOfTypes) {
+TEST(ValueUtilsTest, GetTypeSizeReturnsTheSizeOfFixedTypesOnly) {
     const struct {
         VARTYPE type;
         ULONG size;
@@ -31,7 +31,7 @@ TEST(ValueUtilsTest, SizesOfTypes) {
     EXPECT_HR(E_INVALIDARG, ZVariantGetTypeSize(VT_I2, nullptr));
 }
 
-TEST(ValueUtilsTest, NothingIsComparedByThePlatform) {
+TEST(ValueUtilsTest, VariantCompareAlwaysFails) {
     EXPECT_HR(E_FAIL, ZVariantCompare(1, 2));
 }
 

@@ -1,4 +1,4 @@
-// The owned string.
+// ZComBSTR: the owned string.
 #include "runtime/zcom_bstr.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ BSTR raw(const ZComBSTR& text) {
     return text;
 }
 
-TEST(ZComBstrTest, ItStartsNull) {
+TEST(ZComBstrTest, DefaultConstructorMakesANullString) {
     ZComBSTR text;
     EXPECT_EQ(nullptr, raw(text));
     EXPECT_EQ(nullptr, static_cast<const char*>(text));
@@ -24,7 +24,7 @@ TEST(ZComBstrTest, ItStartsNull) {
     EXPECT_EQ(sizeof(void*) * 3, sizeof(ZComBSTR));
 }
 
-TEST(ZComBstrTest, ItCopiesOrTakesOver) {
+TEST(ZComBstrTest, ConstructorsCopyOrTakeOverTheString) {
     BSTR source = SysAllocString(OLESTR("abc"));
     ZComBSTR copy(source);
     EXPECT_NE(source, raw(copy));
@@ -48,16 +48,16 @@ TEST(ZComBstrTest, CopiesEndAtTheFirstZero) {
     SysFreeString(third);
 }
 
-TEST(ZComBstrTest, TheStringStandsBeforeTheView) {
+TEST(ZComBstrTest, LayoutHasTheStringBeforeTheCache) {
     ZComBSTR text("abc");
     const char* view = text;
-    const void* members[3];  // behind the pointer to the table of virtual operations
+    const void* members[3];  // the first is the pointer to the virtual table
     std::memcpy(members, static_cast<const void*>(&text), sizeof members);
     EXPECT_EQ(raw(text), members[1]);
     EXPECT_EQ(view, members[2]);
 }
 
-TEST(ZComBstrTest, ItHasLengthsAndAUtf8View) {
+TEST(ZComBstrTest, LengthsAndUtf8TextAreThoseOfTheString) {
     ZComBSTR text("a\xe2\x82\xac");
     EXPECT_EQ(2u, text.GetLength());
     EXPECT_EQ(4u, text.GetByteLength());
@@ -72,7 +72,7 @@ TEST(ZComBstrTest, ItHasLengthsAndAUtf8View) {
     text.Clear();
 }
 
-TEST(ZComBstrTest, AssignedObjectsShareAndTheLastFrees) {
+TEST(ZComBstrTest, AssignmentSharesTheStringUntilTheLastObjectFreesIt) {
     ZComBSTR first("abc");
     const char* view = first;
     {
@@ -91,7 +91,7 @@ TEST(ZComBstrTest, AssignedObjectsShareAndTheLastFrees) {
     EXPECT_EQ(nullptr, raw(first));
 }
 
-TEST(ZComBstrTest, ManyOwnersOfOneStringFreeItOnce) {
+TEST(ZComBstrTest, DestructorsOfManyOwnersFreeTheStringOnce) {
     ZComBSTR first("shared");
     ZComBSTR other("of its own");
     {

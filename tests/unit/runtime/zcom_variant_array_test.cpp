@@ -1,4 +1,4 @@
-// The list of variants.
+// ZComVariantArray: the list of variants.
 #include "runtime/zcom_variant_array.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@ namespace {
 using zrapi::ZComVariant;
 using zrapi::ZComVariantArray;
 
-TEST(ZComVariantArrayTest, ElementsAreCopiesInOrder) {
+TEST(ZComVariantArrayTest, AddAppendsCopiesInOrder) {
     ZComVariantArray list;
     ZComVariant text(OLESTR("abc"));
     ZComVariant number(5ul);
@@ -21,7 +21,7 @@ TEST(ZComVariantArrayTest, ElementsAreCopiesInOrder) {
     EXPECT_EQ(5u, list.GetAt(1).ulVal);
 }
 
-TEST(ZComVariantArrayTest, IndexesOutOfRangeGiveOneSharedEmptyValue) {
+TEST(ZComVariantArrayTest, GetAtOutOfRangeReturnsTheSharedEmptyValue) {
     ZComVariantArray list;
     ZComVariant* shared = &list.GetAt(0);
     EXPECT_EQ(VT_EMPTY, shared->vt);
@@ -32,7 +32,7 @@ TEST(ZComVariantArrayTest, IndexesOutOfRangeGiveOneSharedEmptyValue) {
     EXPECT_NE(shared, &list.GetAt(0));
 }
 
-TEST(ZComVariantArrayTest, AFailedCopyIsStoredAsItsError) {
+TEST(ZComVariantArrayTest, AddOfAnInvalidVariantStoresTheError) {
     ZComVariantArray list;
     ZComVariant bad;
     bad.vt = 0x7FF;
@@ -42,7 +42,7 @@ TEST(ZComVariantArrayTest, AFailedCopyIsStoredAsItsError) {
     bad.vt = VT_EMPTY;
 }
 
-TEST(ZComVariantArrayTest, ParseMovesTheElementsOut) {
+TEST(ZComVariantArrayTest, ParseMovesTheElementsIntoAnArray) {
     ZComVariantArray list;
     ZComVariant text(OLESTR("abc"));
     list.Add(text);

@@ -1,9 +1,10 @@
-// Comparing variants, and their size in a stream.
+// ZComVariant: comparisons, and the size of a value in a stream.
 #include <gtest/gtest.h>
 
 #include "runtime/zcom_variant.h"
 #include "tests/support/console_capture.h"
 #include "tests/support/hresult.h"
+#include "tests/unit/runtime/proxy.h"
 
 namespace zr::test {
 namespace {
@@ -16,7 +17,7 @@ ZComVariant null() {
     return variant;
 }
 
-TEST(ZComVariantCompareTest, FourTypesCompareByValue) {
+TEST(ZComVariantCompareTest, ComparisonOfTheFourTypesUsesTheirValues) {
     EXPECT_TRUE(ZComVariant(7ul) == ZComVariant(7ul));
     EXPECT_FALSE(ZComVariant(7ul) != ZComVariant(7ul));
     EXPECT_TRUE(ZComVariant(7ul) != ZComVariant(8ul));
@@ -30,7 +31,7 @@ TEST(ZComVariantCompareTest, FourTypesCompareByValue) {
     EXPECT_TRUE(ZComVariant(~0ull) > ZComVariant(1ull));
 }
 
-/// All three answers of each comparison of two values, the first of which is less.
+/// Checks all comparisons of two values, the first of which is less.
 template <class Value>
 void expectOrder(Value less, Value greater) {
     ZComVariant a(less);
@@ -46,7 +47,7 @@ void expectOrder(Value less, Value greater) {
     EXPECT_HR(2, ZComVariant::VarCmp(&b, &a, 0, 0)) << a.vt;
 }
 
-TEST(ZComVariantCompareTest, EachOfTheFourTypesIsEqualLessAndGreater) {
+TEST(ZComVariantCompareTest, ComparisonOfTheFourTypesGivesLessEqualAndGreater) {
     expectOrder(static_cast<char>(-1), static_cast<char>(1));
     expectOrder(static_cast<unsigned short>(1), static_cast<unsigned short>(0x8001));
     expectOrder(1ul, 0x80000001ul);
@@ -54,13 +55,13 @@ TEST(ZComVariantCompareTest, EachOfTheFourTypesIsEqualLessAndGreater) {
     expectOrder(1ull, 0x100000001ull);
 }
 
-TEST(ZComVariantCompareTest, NullIsNotComparedByVarCmp) {
+TEST(ZComVariantCompareTest, VarCmpOfNullFails) {
     ZComVariant a = null();
     ZComVariant b = null();
     EXPECT_HR(E_FAIL, ZComVariant::VarCmp(&a, &b, 0, 0));
 }
 
-TEST(ZComVariantCompareTest, OthersAreNeverEqualLessOrGreater) {
+TEST(ZComVariantCompareTest, ComparisonOfOtherTypesIsAlwaysFalse) {
     const ZComVariant seven(7l, VT_I4);
     EXPECT_FALSE(seven == seven);
     EXPECT_TRUE(seven != seven);
@@ -70,7 +71,7 @@ TEST(ZComVariantCompareTest, OthersAreNeverEqualLessOrGreater) {
     EXPECT_FALSE(ZComVariant(7ul) == ZComVariant(7ull));
 }
 
-TEST(ZComVariantCompareTest, NullEqualsNullAlone) {
+TEST(ZComVariantCompareTest, NullEqualsOnlyNull) {
     EXPECT_TRUE(null() == null());
     EXPECT_FALSE(null() == ZComVariant());
     EXPECT_FALSE(null() < null());
@@ -78,7 +79,7 @@ TEST(ZComVariantCompareTest, NullEqualsNullAlone) {
     EXPECT_FALSE(null() < ZComVariant(7ul));
 }
 
-TEST(ZComVariantCompareTest, TheOrderIsKeyedOnTheFirst) {
+TEST(ZComVariantCompareTest, ComparisonUsesTheTypeOfTheFirstOperand) {
     ZComVariant a(7ul);
     ZComVariant b(8ul);
     EXPECT_HR(0, ZComVariant::VarCmp(&a, &b, 0, 0));
@@ -90,7 +91,7 @@ TEST(ZComVariantCompareTest, TheOrderIsKeyedOnTheFirst) {
     EXPECT_TRUE(a < static_cast<const VARIANT&>(b));
 }
 
-TEST(ZComVariantCompareTest, StreamSizesAreTypeAndValue) {
+TEST(ZComVariantCompareTest, GetSizeCountsTypeAndValue) {
     const ConsoleCapture console;
     const struct {
         ZComVariant value;
@@ -115,7 +116,7 @@ TEST(ZComVariantCompareTest, StreamSizesAreTypeAndValue) {
     }
 }
 
-TEST(ZComVariantCompareTest, WhatHasNoSizeFails) {
+TEST(ZComVariantCompareTest, GetSizeOfAValueWithoutASizeFails) {
     ULARGE_INTEGER size;
     for (const ZComVariant& object : {ZComVariant(static_cast<IDispatch*>(nullptr)),
                                       ZComVariant(static_cast<IUnknown*>(nullptr))}) {
@@ -128,7 +129,7 @@ TEST(ZComVariantCompareTest, WhatHasNoSizeFails) {
     EXPECT_EQ(2u, null().GetSize());
 }
 
-TEST(ZComVariantSizeTest, AReferenceIsMeasuredAsTheTextOfItsValue) {
+TEST(ZComVariantSizeTest, GetSizeOfAReferenceIsThatOfItsValueAsText) {
     int value = 5;
     ZComVariant variant;
     variant = &value;
@@ -141,7 +142,27 @@ TEST(ZComVariantSizeTest, AReferenceIsMeasuredAsTheTextOfItsValue) {
     EXPECT_EQ(VT_BYREF | VT_I4, variant.vt);
 }
 
-TEST(ZComVariantSizeTest, AnArrayHasNoSize) {
+TEST(ZComVariantSizeTest, GetSizeOfAReferredObjectDoesNotCallIt) {
+    ValueObject object;
+    IDispatch* face = &object;
+    ZComVariant variant;
+    variant.vt = VT_BYREF | VT_DISPATCH;
+    variant.ppdispVal = &face;
+    ULARGE_INTEGER size = {};
+    EXPECT_HR(DISP_E_TYPEMISMATCH, variant.GetSizeMax(&size));
+    EXPECT_EQ(2u, variant.GetSize());
+    EXPECT_EQ(0, object.calls);
+}
+
+TEST(ZComVariantSizeTest, GetSizeOfAReferredBooleanIsThatOfItsNumber) {
+    VARIANT_BOOL truth = VARIANT_TRUE;
+    ZComVariant variant;
+    variant.vt = VT_BYREF | VT_BOOL;
+    variant.pboolVal = &truth;
+    EXPECT_EQ(12u, variant.GetSize());  // "-1"
+}
+
+TEST(ZComVariantSizeTest, GetSizeOfAnArrayFails) {
     SAFEARRAYBOUND bound = {3, 0};
     SAFEARRAY* array = SafeArrayCreate(VT_I4, 1, &bound);
     const ZComVariant variant(array);
@@ -153,8 +174,8 @@ TEST(ZComVariantSizeTest, AnArrayHasNoSize) {
     SafeArrayDestroy(array);
 }
 
-TEST(ZComVariantSizeTest, ASumPastThirtyTwoBitsIsToldIn64AndNotIn32) {
-    // No string of that length is needed: the length stands before the text.
+TEST(ZComVariantSizeTest, GetSizeBeyond32BitsReturnsTwo) {
+    // The length is read from the prefix, so the text need not be that long.
     struct {
         DWORD prefixOfPrefix;
         DWORD length;
@@ -170,7 +191,7 @@ TEST(ZComVariantSizeTest, ASumPastThirtyTwoBitsIsToldIn64AndNotIn32) {
     variant.vt = VT_EMPTY;
 }
 
-TEST(ZComVariantCompareTest, InequalityIsTheNegationForBothKindsOfOperand) {
+TEST(ZComVariantCompareTest, InequalityIsTheNegationOfEqualityForBothOperands) {
     const ZComVariant seven(7ul);
     const ZComVariant eight(8ul);
     EXPECT_FALSE(seven != static_cast<const VARIANT&>(ZComVariant(7ul)));

@@ -1,9 +1,12 @@
-// The variant: construction, assignment, transfer.
+// ZComVariant: construction, assignment, attaching and detaching.
 #include "runtime/zcom_variant.h"
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "tests/support/hresult.h"
+#include "tests/unit/runtime/proxy.h"
 #include "tests/unit/runtime/thing.h"
 
 namespace zr::test {
@@ -17,12 +20,12 @@ void expectError(const ZComVariant& variant, HRESULT hr) {
     EXPECT_HR(hr, variant.scode);
 }
 
-TEST(ZComVariantTest, ItHasTheLayoutOfAVariant) {
+TEST(ZComVariantTest, LayoutIsThatOfAVariant) {
     EXPECT_EQ(sizeof(VARIANT), sizeof(ZComVariant));
     EXPECT_EQ(VT_EMPTY, ZComVariant().vt);
 }
 
-TEST(ZComVariantTest, StringsAreCopied) {
+TEST(ZComVariantTest, ConstructorsOfStringsCopyThem) {
     EXPECT_EQ(3u, SysStringLen(ZComVariant(OLESTR("abc")).bstrVal));
     EXPECT_EQ(2u, SysStringLen(ZComVariant("a\xe2\x82\xac").bstrVal));
     const ZComVariant wideNull(static_cast<const OLECHAR*>(nullptr));
@@ -35,7 +38,18 @@ TEST(ZComVariantTest, StringsAreCopied) {
     EXPECT_EQ(3u, SysStringLen(ZComVariant(owned).bstrVal));
 }
 
-TEST(ZComVariantTest, ObjectsGainAReference) {
+TEST(ZComVariantTest, ConstructorAndAssignmentOfANullStringGiveANullString) {
+    const ZComBSTR none;
+    const ZComVariant constructed(none);
+    EXPECT_EQ(VT_BSTR, constructed.vt);
+    EXPECT_EQ(nullptr, constructed.bstrVal);
+    ZComVariant assigned(5ul);
+    assigned = none;
+    EXPECT_EQ(VT_BSTR, assigned.vt);
+    EXPECT_EQ(nullptr, assigned.bstrVal);
+}
+
+TEST(ZComVariantTest, ConstructorsOfObjectsAddAReference) {
     auto* thing = new Thing();
     thing->AddRef();
     {
@@ -49,7 +63,7 @@ TEST(ZComVariantTest, ObjectsGainAReference) {
     EXPECT_EQ(0u, thing->Release());
 }
 
-TEST(ZComVariantTest, NullObjectsKeepTheirTag) {
+TEST(ZComVariantTest, ConstructorsOfNullObjectsSetTheTag) {
     const ZComVariant dispatch(static_cast<IDispatch*>(nullptr));
     EXPECT_EQ(VT_DISPATCH, dispatch.vt);
     EXPECT_EQ(nullptr, dispatch.pdispVal);
@@ -58,7 +72,7 @@ TEST(ZComVariantTest, NullObjectsKeepTheirTag) {
     EXPECT_EQ(nullptr, unknown.punkVal);
 }
 
-TEST(ZComVariantTest, ArraysAreCopiedWithTheirElementType) {
+TEST(ZComVariantTest, ConstructorOfAnArrayCopiesItWithItsElementType) {
     SAFEARRAYBOUND bound = {3, 0};
     SAFEARRAY* array = SafeArrayCreate(VT_UI2, 1, &bound);
     const ZComVariant variant(array);
@@ -68,7 +82,7 @@ TEST(ZComVariantTest, ArraysAreCopiedWithTheirElementType) {
     expectError(ZComVariant(static_cast<const SAFEARRAY*>(nullptr)), E_INVALIDARG);
 }
 
-TEST(ZComVariantTest, PointersAreHeldByReference) {
+TEST(ZComVariantTest, AssigningPointersSetsTheTypeByReference) {
     long long value = 0;
     const auto tag = [&value](auto* pointer) {
         ZComVariant variant;
@@ -92,7 +106,7 @@ TEST(ZComVariantTest, PointersAreHeldByReference) {
     EXPECT_EQ(0x4005, tag(static_cast<double*>(at)));
 }
 
-TEST(ZComVariantTest, VariantAssignmentsReleaseTheOldContentAndCopyDeep) {
+TEST(ZComVariantTest, AssigningAVariantMakesADeepCopy) {
     ZComVariant text(OLESTR("abc"));
     ZComVariant copy(OLESTR("other"));
     copy = text;
@@ -108,7 +122,7 @@ TEST(ZComVariantTest, VariantAssignmentsReleaseTheOldContentAndCopyDeep) {
     expectError(ZComVariant(bad), DISP_E_BADVARTYPE);
 }
 
-TEST(ZComVariantTest, ContentIsAttachedAndDetached) {
+TEST(ZComVariantTest, AttachAndDetachMoveTheContent) {
     ZComVariant source(OLESTR("abc"));
     const BSTR text = source.bstrVal;
     ZComVariant target(OLESTR("old"));
@@ -126,7 +140,20 @@ TEST(ZComVariantTest, ContentIsAttachedAndDetached) {
     EXPECT_HR(DISP_E_BADVARTYPE, source.Detach(&out));
 }
 
-TEST(ZComVariantTest, AnArrayWithoutAnElementTypeIsAnError) {
+TEST(ZComVariantTest, DetachOntoAVariantThatCannotBeClearedChangesNeither) {
+    ZComVariant source(OLESTR("abc"));
+    const BSTR text = source.bstrVal;
+    VARIANT target = {};
+    target.vt = 0x7FF;
+    target.llVal = 0x5A5A5A5A;
+    EXPECT_HR(DISP_E_BADVARTYPE, source.Detach(&target));
+    EXPECT_EQ(VT_BSTR, source.vt);
+    EXPECT_EQ(text, source.bstrVal);
+    EXPECT_EQ(0x7FF, target.vt);
+    EXPECT_EQ(0x5A5A5A5A, target.llVal);
+}
+
+TEST(ZComVariantTest, ConstructorOfAnArrayWithoutAnElementTypeSetsAnError) {
     SAFEARRAYBOUND bound = {2, 0};
     SAFEARRAY* array = SafeArrayCreate(VT_I4, 1, &bound);
     const USHORT features = array->fFeatures;
@@ -136,7 +163,7 @@ TEST(ZComVariantTest, AnArrayWithoutAnElementTypeIsAnError) {
     SafeArrayDestroy(array);
 }
 
-TEST(ZComVariantTest, ALockedArrayIsNotAttachedOver) {
+TEST(ZComVariantTest, AttachOverALockedArrayFails) {
     SAFEARRAYBOUND bound = {2, 0};
     SAFEARRAY* array = SafeArrayCreate(VT_I4, 1, &bound);
     SafeArrayLock(array);
@@ -164,7 +191,22 @@ TEST(ZComVariantTest, CopyToKeepsTheFullLength) {
     EXPECT_HR(DISP_E_TYPEMISMATCH, ZComVariant().CopyTo(nullptr));
 }
 
-TEST(ZComVariantTest, ClearCopyAndChangeTypeAnswerAsThePlatform) {
+TEST(ZComVariantTest, ChangeTypeOfABooleanWritesItsNumber) {
+    ZComVariant variant(true);
+    EXPECT_HR(S_OK, variant.ChangeType(VT_BSTR));
+    EXPECT_EQ(OLESTR("-1"), std::basic_string<OLECHAR>(variant.bstrVal));
+}
+
+TEST(ZComVariantTest, ChangeTypeOfAnObjectUsesItsValue) {
+    ValueObject object;
+    const ZComVariant source(static_cast<IDispatch*>(&object));
+    ZComVariant number;
+    EXPECT_HR(S_OK, number.ChangeType(VT_I4, &source));
+    EXPECT_EQ(VT_I4, number.vt);
+    EXPECT_EQ(42, number.lVal);
+}
+
+TEST(ZComVariantTest, ClearCopyAndChangeTypeReturnTheResultOfThePlatform) {
     ZComVariant variant(OLESTR("12"));
     EXPECT_HR(S_OK, variant.ChangeType(VT_I4));
     EXPECT_EQ(12, variant.lVal);

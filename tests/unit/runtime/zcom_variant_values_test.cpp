@@ -1,4 +1,5 @@
-// What typed constructors and assignments put into a variant, and what they leave of the old content.
+// ZComVariant: the values that typed constructors and assignments set, and what they do not
+// release.
 #include <gtest/gtest.h>
 
 #include "runtime/zcom_variant.h"
@@ -14,8 +15,8 @@ using zrapi::ZComVariant;
 
 class ZComVariantValuesTest : public testing::Test {
 protected:
-    /// Constructs a variant of a value and assigns the value to another.
-    /// @param get  the member that has to hold it.
+    /// Constructs a variant from a value and assigns the value to another variant.
+    /// @param get  reads the member that has to hold the value.
     template <class Value, class Get>
     static void expectValue(VARTYPE type, Value value, Get get) {
         const ZComVariant constructed(value);
@@ -31,7 +32,7 @@ protected:
     ConsoleCapture console;
 };
 
-TEST_F(ZComVariantValuesTest, WholeNumbersHaveTheirTagAndMember) {
+TEST_F(ZComVariantValuesTest, IntegersSetTheirTagAndMember) {
     expectValue(VT_UI1, static_cast<unsigned char>(200), [](const VARIANT& v) { return v.bVal; });
     expectValue(VT_I1, static_cast<char>(-5), [](const VARIANT& v) { return v.cVal; });
     expectValue(VT_I2, static_cast<short>(-20000), [](const VARIANT& v) { return v.iVal; });
@@ -45,12 +46,12 @@ TEST_F(ZComVariantValuesTest, WholeNumbersHaveTheirTagAndMember) {
     expectValue(VT_UI8, ~0ull - 1, [](const VARIANT& v) { return v.ullVal; });
 }
 
-TEST_F(ZComVariantValuesTest, FractionsHaveTheirTagAndMember) {
+TEST_F(ZComVariantValuesTest, RealsSetTheirTagAndMember) {
     expectValue(VT_R4, -1.5f, [](const VARIANT& v) { return v.fltVal; });
     expectValue(VT_R8, 1e100, [](const VARIANT& v) { return v.dblVal; });
 }
 
-TEST_F(ZComVariantValuesTest, MoneyIsHeldAsItIs) {
+TEST_F(ZComVariantValuesTest, CurrencySetsItsTagAndMember) {
     CY money;
     money.int64 = -(1ll << 40);
     EXPECT_EQ(VT_CY, ZComVariant(money).vt);
@@ -61,7 +62,7 @@ TEST_F(ZComVariantValuesTest, MoneyIsHeldAsItIs) {
     EXPECT_EQ(money.int64, assigned.cyVal.int64);
 }
 
-TEST_F(ZComVariantValuesTest, TruthIsMinusOne) {
+TEST_F(ZComVariantValuesTest, TrueIsStoredAsMinusOne) {
     for (const bool truth : {true, false}) {
         EXPECT_EQ(VT_BOOL, ZComVariant(truth).vt);
         EXPECT_EQ(truth ? -1 : 0, ZComVariant(truth).boolVal);
@@ -72,7 +73,7 @@ TEST_F(ZComVariantValuesTest, TruthIsMinusOne) {
     }
 }
 
-TEST_F(ZComVariantValuesTest, TypesMayBeNamedWithinTheirFamily) {
+TEST_F(ZComVariantValuesTest, ConstructorsWithAnAllowedTypeSetIt) {
     const auto expect = [](const ZComVariant& variant, VARTYPE type, auto value, auto held) {
         EXPECT_EQ(type, variant.vt);
         EXPECT_EQ(value, held) << type;
@@ -99,7 +100,7 @@ TEST_F(ZComVariantValuesTest, TypesMayBeNamedWithinTheirFamily) {
         console.stop().out);
 }
 
-TEST_F(ZComVariantValuesTest, TypesOfOtherFamiliesAreRefusedWithoutAWord) {
+TEST_F(ZComVariantValuesTest, ConstructorsWithAnotherTypeSetAnErrorAndPrintNothing) {
     for (const ZComVariant& refused :
          {ZComVariant(5, VT_I2), ZComVariant(5, VT_ERROR), ZComVariant(5l, VT_INT),
           ZComVariant(5u, VT_I4), ZComVariant(5.0, VT_R4)}) {
@@ -109,7 +110,7 @@ TEST_F(ZComVariantValuesTest, TypesOfOtherFamiliesAreRefusedWithoutAWord) {
     EXPECT_EQ("", console.stop().out);
 }
 
-/// A variant that holds an object, which an assignment must not release.
+/// Assignments to a variant that holds an object.
 class ZComVariantOldContentTest : public testing::Test {
 protected:
     template <class Source>
@@ -122,7 +123,7 @@ protected:
     }
 };
 
-TEST_F(ZComVariantOldContentTest, NumbersDoNotReleaseIt) {
+TEST_F(ZComVariantOldContentTest, AssigningANumberDoesNotReleaseTheOldContent) {
     expectKept(VT_BOOL, true);
     expectKept(VT_I4, 5);
     expectKept(VT_I4, 5l);
@@ -139,20 +140,20 @@ TEST_F(ZComVariantOldContentTest, NumbersDoNotReleaseIt) {
     expectKept(VT_CY, CY{});
 }
 
-TEST_F(ZComVariantOldContentTest, TextsDoNotReleaseIt) {
+TEST_F(ZComVariantOldContentTest, AssigningATextDoesNotReleaseTheOldContent) {
     expectKept(VT_BSTR, OLESTR("wide"));
     expectKept(VT_BSTR, "narrow");
     expectKept(VT_BSTR, ZComBSTR("owned"));
 }
 
-TEST_F(ZComVariantOldContentTest, ObjectsDoNotReleaseIt) {
+TEST_F(ZComVariantOldContentTest, AssigningAnObjectDoesNotReleaseTheOldContent) {
     Proxy next;
     expectKept(VT_DISPATCH, static_cast<IDispatch*>(&next));
     expectKept(VT_UNKNOWN, static_cast<IUnknown*>(&next));
     EXPECT_EQ(0u, next.references);
 }
 
-TEST_F(ZComVariantOldContentTest, ArraysDoNotReleaseIt) {
+TEST_F(ZComVariantOldContentTest, AssigningAnArrayDoesNotReleaseTheOldContent) {
     SAFEARRAYBOUND bound = {3, 0};
     SAFEARRAY* array = SafeArrayCreate(VT_UI1, 1, &bound);
     expectKept(VT_ARRAY | VT_UI1, static_cast<const SAFEARRAY*>(array));
@@ -160,7 +161,7 @@ TEST_F(ZComVariantOldContentTest, ArraysDoNotReleaseIt) {
     expectKept(VT_ERROR, static_cast<const SAFEARRAY*>(nullptr));
 }
 
-TEST_F(ZComVariantOldContentTest, PointersDoNotReleaseIt) {
+TEST_F(ZComVariantOldContentTest, AssigningAPointerDoesNotReleaseTheOldContent) {
     long long place = 0;
     void* at = &place;
     expectKept(VT_BYREF | VT_UI1, static_cast<unsigned char*>(at));
@@ -176,7 +177,7 @@ TEST_F(ZComVariantOldContentTest, PointersDoNotReleaseIt) {
     expectKept(VT_BYREF | VT_R8, static_cast<double*>(at));
 }
 
-TEST_F(ZComVariantOldContentTest, VariantsDoReleaseIt) {
+TEST_F(ZComVariantOldContentTest, AssigningAVariantReleasesTheOldContent) {
     Proxy old;
     const ZComVariant source(5ul);
     ZComVariant first(static_cast<IDispatch*>(&old));

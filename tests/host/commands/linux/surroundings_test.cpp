@@ -1,5 +1,5 @@
-// What zrkey makes of the descriptors and folders it is started with. On Linux alone: the shell there
-// closes descriptors.
+// zrkey with unusual descriptors and folders at its start. On Linux only, where the shell can close
+// descriptors.
 #include "tests/host/command_token_test.h"
 
 namespace zr::test {
@@ -17,50 +17,60 @@ protected:
     }
 };
 
-TEST_F(SurroundingsTest, DiagnosticsWithoutAStandardErrorDoNotGoToTheOutput) {
+TEST_F(SurroundingsTest, DiagnosticsWithoutStandardErrorDoNotReachTheOutput) {
     writeFile("script.js", "new TokenProvider().Unload(); print('done');");
     EXPECT_NE("", shell("\"$ZRKEY\" run -v script.js").errors);
     expectOutput(shell("(\"$ZRKEY\" run -v script.js 2>&-)"), "done\n");
 }
 
-TEST_F(SurroundingsTest, AnOutputThatIsClosedIsNotWrittenTo) {
-    expectFailure(shell("(\"$ZRKEY\" list >&-)"), 1, "cannot write to standard output");
+TEST_F(SurroundingsTest, ClosedOutputIsAFailure) {
+    expectFailure(shell("(\"$ZRKEY\" list >&-)"), 1,
+                  "cannot write to standard output: Bad file descriptor");
 }
 
-TEST_F(SurroundingsTest, AnInputThatIsClosedIsNotReadFrom) {
-    expectFailure(shell("(\"$ZRKEY\" login --pin - <&-)"), 2, "standard input cannot be read");
+TEST_F(SurroundingsTest, ClosedInputIsAFailure) {
+    expectFailure(shell("(\"$ZRKEY\" login --pin - <&-)"), 2,
+                  "cannot read the PIN from standard input: Bad file descriptor");
 }
 
-TEST_F(SurroundingsTest, ADescriptorOfTheCommandsOwnGivesNoPin) {
+TEST_F(SurroundingsTest, DescriptorOpenedByTheCommandIsNotAPinSource) {
     writeFile("both.txt", "1234\n");
     expectFailure(shell("(\"$ZRKEY\" login --pin fd:3 3<&- 4<&- 5<&- 1<>both.txt)"), 2,
-                  "descriptor 3 cannot be read");
+                  "cannot read the PIN from descriptor 3: Bad file descriptor");
     EXPECT_EQ(0, shell("\"$ZRKEY\" login --pin fd:3 3<both.txt").exitCode);
 }
 
-TEST_F(SurroundingsTest, APinWithoutAnEndIsRefused) {
-    expectFailure(shell("timeout 60 \"$ZRKEY\" login --pin file:/dev/zero"), 2, "more than 127");
+TEST_F(SurroundingsTest, EndlessPinIsRefused) {
+    expectFailure(shell("timeout 60 \"$ZRKEY\" login --pin file:/dev/zero"), 2,
+                  "longer than 127 bytes");
 }
 
-TEST_F(SurroundingsTest, ACurrentFolderThatIsGoneIsAFailureWithItsObject) {
+TEST_F(SurroundingsTest, RemovedCurrentFolderIsAFailureInBothForms) {
     const std::string go = "mkdir gone && cd gone && rmdir ../gone && (\"$ZRKEY\" list --json";
     const CommandResult result = shell("(" + go + "))");
     EXPECT_EQ(3, result.exitCode);
     EXPECT_EQ(0u, result.output.find("{\"schema\":1,\"command\":\"list\",\"failure\":{\"exit\":3,"
                                      "\"asked\":\"find the current folder\""))
         << result.output;
-    EXPECT_EQ(0u, result.errors.find("zrkey: cannot find the current folder")) << result.errors;
+    EXPECT_EQ(
+        0u, result.errors.find("zrkey: cannot find the current folder: No such file or directory"))
+        << result.errors;
     setEnvironment("TEST_FOLDER", std::filesystem::current_path().string());
     EXPECT_EQ(0, shell("(" + go + " --workdir \"$TEST_FOLDER\"))").exitCode);
 }
 
-TEST_F(SurroundingsTest, AFolderAboveALinkIsThatOfItsTarget) {
+TEST_F(SurroundingsTest, ParentOfALinkIsTheParentOfItsTarget) {
     std::filesystem::create_directories("real/inner");
     std::filesystem::create_directory_symlink("real/inner", "link");
     std::filesystem::create_symlink(fromEnvironment("ZRKEY_TEST_MODULE"), "real/module.so");
     EXPECT_EQ(0, zrkey({"list", "--module", "link/../module.so"}).exitCode);
     std::filesystem::rename("real/module.so", "module.so");
-    expectFailure(zrkey({"list", "--module", "link/../module.so"}), 3, "there is no such file");
+    expectFailure(zrkey({"list", "--module", "link/../module.so"}), 3, "the file does not exist");
+}
+
+TEST_F(SurroundingsTest, ModulePathThatIsNotUtf8IsNamed) {
+    std::filesystem::create_symlink(fromEnvironment("ZRKEY_TEST_MODULE"), "module\xFF.so");
+    expectFailure(zrkey({"list", "--module", "module\xFF.so"}), 3, "its path is not valid UTF-8");
 }
 
 }  // namespace

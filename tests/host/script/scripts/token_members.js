@@ -35,6 +35,7 @@ show("GetFreeSize");
 show("Lock");
 show("Unlock");
 show("UnlockPIN", "12345678", "1234");
+show("UnlockPIN", "12345678");
 show("UnlockPIN");
 show("FileExists", "7");
 show("FileExists", "0");

@@ -1,5 +1,5 @@
-// How files are opened and closed. On Linux alone: there a test can take the place of the system's
-// function, and a descriptor tells how it was opened.
+// How files are opened and closed. On Linux only, where a test can replace the system's function and
+// read the flags of a descriptor.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -8,8 +8,8 @@
 
 #include <cerrno>
 
-#include "byte_io.h"
-#include "system.h"
+#include "host/system/byte_io.h"
+#include "host/system/system.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -18,7 +18,7 @@ bool s_isCloseFailing = false;
 
 }  // namespace
 
-/// Closes, and fails on request as a disk does that finds no room until then.
+/// Closes, and fails on request, as when a disk is full at that moment.
 extern "C" int close(int descriptor) {
     const int result = static_cast<int>(syscall(SYS_close, descriptor));
     if (s_isCloseFailing) {
@@ -31,34 +31,35 @@ extern "C" int close(int descriptor) {
 namespace zr::test {
 namespace {
 
-TEST(DescriptorTest, ProgramsStartedLaterGetNoFileOfOurs) {
+TEST(DescriptorTest, OpenFilesAreNotInherited) {
     const TempDir folder;
-    const int output = host::openForWriting("bytes.bin");
-    const int input = host::openForReading("bytes.bin");
+    std::error_code error;
+    const int output = host::openForWriting("bytes.bin", error);
+    const int input = host::openForReading("bytes.bin", error);
     const int copy = host::duplicateDescriptor(input);
     for (const int descriptor : {output, input, copy}) {
         EXPECT_EQ(FD_CLOEXEC, fcntl(descriptor, F_GETFD));
-        EXPECT_TRUE(host::closeDescriptor(descriptor));
+        EXPECT_FALSE(host::closeDescriptor(descriptor));
     }
 }
 
-TEST(DescriptorTest, ANewFileIsForWhomTheMaskOfTheProcessLeavesIt) {
+TEST(DescriptorTest, NewFileHasTheRightsThatTheMaskAllows) {
     const TempDir folder;
     const mode_t before = umask(0);
-    EXPECT_TRUE(host::writeFile("bytes.bin", "bytes"));
+    EXPECT_FALSE(host::writeFile("bytes.bin", "bytes"));
     umask(before);
     struct stat file = {};
     ASSERT_EQ(0, stat("bytes.bin", &file));
     EXPECT_EQ(0666U, file.st_mode & 07777U);
 }
 
-TEST(DescriptorTest, AFailingCloseIsAFailingWrite) {
+TEST(DescriptorTest, FailingCloseFailsTheWrite) {
     const TempDir folder;
-    EXPECT_TRUE(host::writeFile("output.bin", "bytes"));
+    EXPECT_FALSE(host::writeFile("output.bin", "bytes"));
     s_isCloseFailing = true;
-    const bool isWritten = host::writeFile("output.bin", "bytes");
+    const std::error_code error = host::writeFile("output.bin", "bytes");
     s_isCloseFailing = false;
-    EXPECT_FALSE(isWritten);
+    EXPECT_EQ(std::errc::io_error, error);
 }
 
 }  // namespace

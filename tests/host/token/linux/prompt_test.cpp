@@ -1,5 +1,5 @@
-// The prompt of zrkey on a terminal of its own: nothing typed is shown. On Linux alone: there a
-// test can make a terminal.
+// The prompt of zrkey on a terminal of its own, which must not show what is typed. On Linux only,
+// where a test can create a terminal.
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
@@ -12,7 +12,7 @@
 namespace zr::test {
 namespace {
 
-/// zrkey on a new terminal that is its controlling one.
+/// zrkey with a new controlling terminal.
 class TerminalCommand {
 public:
     explicit TerminalCommand(std::vector<std::string> words) {
@@ -32,7 +32,7 @@ public:
     TerminalCommand(const TerminalCommand&) = delete;
     TerminalCommand& operator=(const TerminalCommand&) = delete;
 
-    /// Reads until a text has been shown, or to the end.
+    /// Reads until a text is shown, or to the end.
     void waitFor(const std::string& text) {
         char byte = 0;
         const std::size_t begin = m_shown.size();
@@ -54,7 +54,7 @@ public:
         tcgetattr(m_terminal, &mode);
         return (mode.c_lflag & ECHO) != 0;
     }
-    /// Everything shown, once the command has ended.
+    /// Waits for the end of the command; returns everything it has shown.
     std::string finish(int* status) {
         char byte = 0;
         while (read(&byte)) {
@@ -65,7 +65,7 @@ public:
     }
 
 private:
-    /// A command that shows nothing for long waits for input that never comes: it is ended.
+    /// Reads a byte. Kills a command that shows nothing for a long time: it waits for input.
     bool read(char* byte) const {
         pollfd shown = {m_terminal, POLLIN, 0};
         if (poll(&shown, 1, kPatienceMilliseconds) == 0) {
@@ -81,8 +81,8 @@ private:
     std::string m_shown;
 };
 
-/// Skipped where the system has no pseudo-terminals, as in a bare root folder; the test is a program of
-/// its own so that ctest says so.
+/// Skipped where the system has no pseudo-terminals, as in a bare root folder. The test is a program
+/// of its own so that ctest reports it as skipped.
 class PromptTest : public CommandTokenTest {
 protected:
     void SetUp() override {
@@ -97,7 +97,7 @@ protected:
     }
 };
 
-TEST_F(PromptTest, LoginAsksAndDoesNotShowTheAnswer) {
+TEST_F(PromptTest, LoginPromptsAndHidesTheAnswer) {
     TerminalCommand command({"login"});
     command.waitFor("user PIN of \"ZRKey Test\": ");
     EXPECT_FALSE(command.isEchoOn());
@@ -109,7 +109,7 @@ TEST_F(PromptTest, LoginAsksAndDoesNotShowTheAnswer) {
     EXPECT_EQ(std::string::npos, shown.find("1234")) << shown;
 }
 
-TEST_F(PromptTest, PinChangeAsksForTheNewOneTwice) {
+TEST_F(PromptTest, PinChangeWithTwoDifferentNewPinsIsRefused) {
     TerminalCommand command({"pin", "change"});
     command.waitFor("user PIN of \"ZRKey Test\": ");
     command.type("1234\n");
@@ -120,11 +120,11 @@ TEST_F(PromptTest, PinChangeAsksForTheNewOneTwice) {
     int status = 0;
     const std::string shown = command.finish(&status);
     EXPECT_EQ(2, WEXITSTATUS(status));
-    EXPECT_NE(std::string::npos, shown.find("not typed twice alike")) << shown;
+    EXPECT_NE(std::string::npos, shown.find("the two new PINs differ")) << shown;
     EXPECT_EQ(std::string::npos, shown.find("567")) << shown;
 }
 
-TEST_F(PromptTest, AnInterruptEndsTheCommandAndBringsTheEchoBack) {
+TEST_F(PromptTest, InterruptAtThePromptEndsTheCommandAndRestoresTheEcho) {
     TerminalCommand command({"login"});
     command.waitFor("user PIN of \"ZRKey Test\": ");
     command.type("\x03");
@@ -136,13 +136,13 @@ TEST_F(PromptTest, AnInterruptEndsTheCommandAndBringsTheEchoBack) {
     EXPECT_TRUE(command.isEchoOn());
 }
 
-TEST_F(PromptTest, ASignalThatTheCallerIgnoresDoesNotEndThePrompt) {
+TEST_F(PromptTest, SignalIgnoredByTheCallerDoesNotEndThePrompt) {
     const auto before = signal(SIGHUP, SIG_IGN);
     TerminalCommand command({"login"});
     signal(SIGHUP, before);
     command.waitFor("user PIN of \"ZRKey Test\": ");
     command.send(SIGHUP);
-    // An answer that is there at once would win over the signal.
+    // An answer typed at once would end the prompt before the signal could.
     EXPECT_TRUE(command.showsNothingFor(500));
     command.type("1234\n");
     int status = 0;
@@ -151,12 +151,12 @@ TEST_F(PromptTest, ASignalThatTheCallerIgnoresDoesNotEndThePrompt) {
     EXPECT_EQ(0, WEXITSTATUS(status));
 }
 
-TEST_F(PromptTest, AnEmptyAnswerUsesUpNoTry) {
+TEST_F(PromptTest, EmptyAnswerIsRefusedWithoutARetry) {
     TerminalCommand command({"login"});
     command.waitFor("user PIN of \"ZRKey Test\": ");
     command.type("\n");
     int status = 0;
-    EXPECT_NE(std::string::npos, command.finish(&status).find("gives an empty one"));
+    EXPECT_NE(std::string::npos, command.finish(&status).find("the PIN is empty"));
     EXPECT_EQ(2, WEXITSTATUS(status));
 }
 

@@ -1,16 +1,15 @@
-// A provider in a current directory that was removed. Linux only: Windows keeps it.
+// A provider whose current directory was removed. Linux only: Windows does not remove it.
 #include <filesystem>
 
-#include "pkcs11/token_provider.h"
-#include "tests/contract/token.h"
+#include "pkcs11/provider_pkcs11.h"
+#include "tests/support/fixtures/token.h"
 
 namespace zr::test {
 namespace {
 
-TEST_F(ModuleTest, InARemovedDirectoryNothingIsLoggedOrLoaded) {
+TEST_F(ModuleTest, LoadInARemovedDirectoryFailsAndLogsNothing) {
     const ConsoleCapture quiet;
-    auto* provider = new TokenProvider_pkcs11();
-    provider->AddRef();
+    auto provider = makeObject<TokenProvider_pkcs11>();
     const Text path(std::filesystem::absolute(module.path()).lexically_normal().string());
     std::filesystem::create_directory("gone");
     std::filesystem::current_path("gone");
@@ -21,7 +20,7 @@ TEST_F(ModuleTest, InARemovedDirectoryNothingIsLoggedOrLoaded) {
     EXPECT_TRUE(std::filesystem::is_empty(folder.home() / "log"));
     EXPECT_HR(E_FAIL, provider->Load(path));
     EXPECT_EQ(Lines{}, module.takeCalls());
-    EXPECT_EQ(0u, provider->Release());
+    EXPECT_EQ(0u, provider.release()->Release());
 }
 
 }  // namespace

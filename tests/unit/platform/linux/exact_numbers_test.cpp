@@ -1,10 +1,10 @@
-// Numbers in long texts, and flags of the loader. Linux only: Wine's conversion stops at fewer digits,
-// and its loader looks at no flag.
+// Numbers in long texts, and unsupported arguments of the loader. Linux only: Wine converts fewer
+// digits and ignores these arguments.
 #include <gtest/gtest.h>
 
-#include <kernel.h>
-
 #include <string>
+
+#include "platform/kernel.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ double realOf(const std::string& text) {
     return number.dblVal;
 }
 
-TEST(ExactNumbersTest, TheLastOfAThousandDigitsDecidesATie) {
+TEST(ExactNumbersTest, TextOfAThousandDigitsRoundsByItsLastDigit) {
     const std::string zeros(1000, '0');
     EXPECT_EQ(9007199254740992.0, realOf("9007199254740993"));
     EXPECT_EQ(9007199254740992.0, realOf("9007199254740993." + zeros));
@@ -34,7 +34,7 @@ TEST(ExactNumbersTest, TheLastOfAThousandDigitsDecidesATie) {
     EXPECT_EQ(9007199254740994.0, realOf("9007199254740993." + zeros + "2" + zeros));
 }
 
-TEST(ExactNumbersTest, SixtyFourBitsAreTheMost) {
+TEST(ExactNumbersTest, IntegersBeyond64BitsOverflow) {
     VARIANT number;
     EXPECT_EQ(S_OK, convert("18446744073709551615", VT_UI8, &number));
     EXPECT_EQ(18446744073709551615u, number.ullVal);
@@ -47,7 +47,7 @@ TEST(ExactNumbersTest, SixtyFourBitsAreTheMost) {
     EXPECT_EQ(DISP_E_OVERFLOW, convert("&H10000000000000000", VT_I8, &number));
 }
 
-TEST(ExactNumbersTest, ALoaderFlagThatIsNotKnownIsRefused) {
+TEST(ExactNumbersTest, LoadLibraryExWithUnsupportedArgumentsFails) {
     int file = 0;
     EXPECT_EQ(nullptr, LoadLibraryExA("OleAut32.dll", nullptr, 1));
     EXPECT_EQ(nullptr, LoadLibraryExA("OleAut32.dll", &file, 0));

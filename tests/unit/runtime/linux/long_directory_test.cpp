@@ -1,5 +1,5 @@
-// Paths in a current directory longer than the working buffer, or removed. Linux only: Windows has
-// no such directory.
+// Paths in a current directory that is longer than the working buffer or was removed. Linux only:
+// Windows does not allow such a directory.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 namespace zr::test {
 namespace {
 
-/// Enters a directory whose whole path has so many bytes.
+/// Creates and enters a directory whose path has the given length.
 void enterDirectoryOf(std::size_t bytes) {
     std::size_t left = bytes - std::filesystem::current_path().string().size();
     while (left > 1) {
@@ -24,7 +24,7 @@ void enterDirectoryOf(std::size_t bytes) {
     ASSERT_EQ(bytes, std::filesystem::current_path().string().size());
 }
 
-TEST(LongDirectoryTest, ADirectoryOf259BytesIsTheLongest) {
+TEST(LongDirectoryTest, GetAbsolutionPathInADirectoryOver259BytesWritesNothing) {
     for (const std::size_t bytes : {std::size_t{259}, std::size_t{260}}) {
         const TempDir folder;
         enterDirectoryOf(bytes);
@@ -35,7 +35,7 @@ TEST(LongDirectoryTest, ADirectoryOf259BytesIsTheLongest) {
     }
 }
 
-TEST(LongDirectoryTest, ABackslashInItsNameReadsAsASeparator) {
+TEST(LongDirectoryTest, GetCurrentPathReplacesABackslashInTheName) {
     const TempDir folder;
     std::filesystem::create_directory("a\\b");
     std::filesystem::current_path("a\\b");
@@ -44,7 +44,7 @@ TEST(LongDirectoryTest, ABackslashInItsNameReadsAsASeparator) {
     EXPECT_TRUE(std::string(path).ends_with("/a/b")) << path;
 }
 
-TEST(LongDirectoryTest, PathsRelativeToItAreRefused) {
+TEST(LongDirectoryTest, GetAbsolutionPathInALongDirectoryResolvesOnlyPathsWithoutALeadingDot) {
     const TempDir folder;
     const std::string level(100, 'd');
     for (int i = 0; i < 4; ++i) {
@@ -58,7 +58,7 @@ TEST(LongDirectoryTest, PathsRelativeToItAreRefused) {
     EXPECT_STREQ("x", path);
 }
 
-TEST(LongDirectoryTest, ARemovedDirectoryHasNoPath) {
+TEST(LongDirectoryTest, PathsInARemovedDirectoryWriteNothing) {
     const TempDir folder;
     std::filesystem::create_directory("gone");
     std::filesystem::current_path("gone");

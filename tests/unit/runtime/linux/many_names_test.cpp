@@ -1,4 +1,4 @@
-// What a look-up of many names costs. Linux only: the memory in use is counted in its own way.
+// The memory that a look-up of many names uses. Linux only: it is read from /proc.
 #include <unistd.h>
 
 #include <fstream>
@@ -13,7 +13,7 @@ namespace {
 
 using ManyNamesTest = ThingTest;
 
-/// The memory of the process that is in use now.
+/// The resident memory of the process.
 long inUseKiB() {
     long pages = 0;
     long resident = 0;
@@ -21,7 +21,7 @@ long inUseKiB() {
     return resident * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
-TEST_F(ManyNamesTest, ACountOfNamesTakesNoMoreMemoryThanIsWritten) {
+TEST_F(ManyNamesTest, GetIDsOfNamesWithAHugeCountUsesLittleMemory) {
     const long before = inUseKiB();
     ASSERT_LT(0, before);
     Proxy proxies[2];

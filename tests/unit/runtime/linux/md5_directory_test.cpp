@@ -1,4 +1,4 @@
-// MD5 of a file that opens and cannot be read. Linux only: there a directory is one.
+// MD5 of a file that opens but cannot be read. Linux only: there a directory is such a file.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,7 +9,7 @@
 namespace zr::test {
 namespace {
 
-TEST(Md5DirectoryTest, AReadErrorEndsTheFile) {
+TEST(Md5DirectoryTest, Md5FileWithAReadErrorDigestsTheBytesBeforeIt) {
     unsigned char digest[16] = {};
     EXPECT_EQ(1, MD5File(".", digest));
     unsigned char nothing[16];

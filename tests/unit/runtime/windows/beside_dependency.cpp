@@ -1,4 +1,4 @@
-// beside_dependency.dll: what beside_library.dll needs, in the same folder.
+// beside_dependency.dll: beside_library.dll depends on it.
 extern "C" __declspec(dllexport) int numberBeside() {
     return 42;
 }

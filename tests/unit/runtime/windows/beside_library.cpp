@@ -1,4 +1,4 @@
-// beside_library.dll: a library that loads only when the one beside it is found.
+// beside_library.dll: depends on beside_dependency.dll in the same folder.
 extern "C" __declspec(dllimport) int numberBeside();
 
 extern "C" __declspec(dllexport) int numberOfTheOther() {

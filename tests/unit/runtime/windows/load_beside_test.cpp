@@ -1,5 +1,5 @@
-// A library that depends on one beside it, in a folder where nobody else looks. Windows only: the
-// other system cannot be told to look there.
+// Loading a library that depends on another one in its folder. Windows only: on Linux the loader
+// does not search there.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -9,7 +9,7 @@
 namespace zr::test {
 namespace {
 
-/// The library's absolute path: it lies in a folder of its own beside the test.
+/// The absolute path of the library, in a separate folder next to the test.
 std::string libraryBeside() {
     char folder[300] = {};
     ZGetModulePath(folder, sizeof folder);
@@ -20,7 +20,7 @@ std::string libraryBeside() {
     return path;
 }
 
-TEST(LoadBesideTest, ADependencyIsFoundBesideItsLibraryOnlyByTheExtendedCall) {
+TEST(LoadBesideTest, LoadLibraryExFindsADependencyInTheFolderOfTheLibrary) {
     EXPECT_EQ(nullptr, ZLoadLibrary(libraryBeside().c_str()));
     const HMODULE module = ZLoadLibraryEx(libraryBeside().c_str());
     ASSERT_TRUE(module);

@@ -1,0 +1,62 @@
+// Whole files, read and written byte by byte.
+#include <gtest/gtest.h>
+
+#include "host/system/byte_io.h"
+#include "tests/host/next_descriptor.h"
+#include "tests/support/temp_dir.h"
+
+namespace zr::test {
+namespace {
+
+const std::error_code kNoError;
+
+/// The bytes of a file that can be read.
+std::string readWhole(const std::string& path) {
+    std::error_code error = std::make_error_code(std::errc::io_error);
+    const std::string bytes = host::readBytes(path, error);
+    EXPECT_EQ(kNoError, error);
+    return bytes;
+}
+
+TEST(ByteIoTest, BytesAreReadBackUnchanged) {
+    const TempDir folder;
+    std::string bytes("\0\r\n\x1a\xff", 5);
+    for (const std::size_t size : {0U, 5U, 65536U, 65537U, 200000U}) {
+        bytes.resize(size, 'x');
+        EXPECT_EQ(kNoError, host::writeFile("bytes.bin", bytes));
+        EXPECT_EQ(bytes, readWhole("bytes.bin"));
+    }
+}
+
+TEST(ByteIoTest, ShorterContentReplacesALongerFile) {
+    const TempDir folder;
+    EXPECT_EQ(kNoError, host::writeFile("bytes.bin", "longer than the next"));
+    EXPECT_EQ(kNoError, host::writeFile("bytes.bin", "short"));
+    EXPECT_EQ("short", readWhole("bytes.bin"));
+}
+
+TEST(ByteIoTest, EveryFileIsClosed) {
+    const TempDir folder;
+    const int before = nextDescriptor();
+    EXPECT_EQ(kNoError, host::writeFile("bytes.bin", "bytes"));
+    EXPECT_EQ("bytes", readWhole("bytes.bin"));
+    std::error_code error;
+    host::readBytes(".", error);
+    EXPECT_EQ(before, nextDescriptor());
+}
+
+TEST(ByteIoTest, MissingFileOrFolderFailsWithTheSystemsError) {
+    const TempDir folder;
+    const std::errc missing = std::errc::no_such_file_or_directory;
+    std::error_code error;
+    EXPECT_EQ("", host::readBytes("missing.bin", error));
+    EXPECT_EQ(missing, error);
+    EXPECT_EQ("No such file or directory", error.message());
+    EXPECT_EQ("", host::readBytes(".", error));
+    EXPECT_NE(kNoError, error);
+    EXPECT_EQ(missing, host::writeFile("missing/bytes.bin", "bytes"));
+    EXPECT_NE(kNoError, host::writeFile(".", "bytes"));
+}
+
+}  // namespace
+}  // namespace zr::test

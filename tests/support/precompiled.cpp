@@ -1,0 +1,1 @@
+// A target needs a source; the header before it is what is wanted.
