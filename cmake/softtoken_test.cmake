@@ -12,8 +12,7 @@ find_file(ZR_SOFTHSM_MODULE libsofthsm2.so
 
 function(zr_add_token_test name)
   cmake_parse_arguments(arg "" "" "SOURCES;LIBS;AROUND" ${ARGN})
-  add_executable(${name} ${arg_SOURCES})
-  target_link_libraries(${name} PRIVATE zr_test_support ${arg_LIBS} zr_options)
+  zr_add_test_program(${name} SOURCES ${arg_SOURCES} LIBS ${arg_LIBS})
   if(WIN32)
     add_dependencies(${name} pkcs11bridge)
   endif()
