@@ -12,7 +12,8 @@ std::string printable(std::string_view utf8) {
             text[i] = '?';
         } else if (before == 0xC2 && byte < 0xA0) {
             // U+0080 to U+009F, control characters of terminals too.
-            text.replace(i - 1, 2, "??");
+            text[i - 1] = '?';
+            text[i] = '?';
         }
     }
     return text;
