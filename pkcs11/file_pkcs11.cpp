@@ -91,7 +91,7 @@ bool KeyFile_pkcs11::OpenFile(BSTR name) {
 
     TokenAttributes value({CKA_VALUE});
     if (value.readLengths(session, m_hObject) != CKR_OK) {
-        // A value that cannot be read opens as an empty file.
+        // The length cannot be read: the file opens empty.
         scope.end();
         return true;
     }

@@ -13,8 +13,8 @@
 /// never used again in the process.
 class ModuleEpoch {
 public:
-    /// What two loaded modules have in common when they are the same one, by whatever path or
-    /// wrapper they were loaded.
+    /// Two loaded modules with the same C_Finalize are the same one, by whatever path they were
+    /// loaded. A wrapper with a C_Finalize of its own counts as another module.
     using Identity = decltype(CK_FUNCTIONS::C_Finalize);
 
     /// Throws std::exception when out of memory.

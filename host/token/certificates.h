@@ -19,7 +19,7 @@ struct ChosenCertificate {
 };
 
 /// Opens the chosen certificate. Throws a Failure when none matches, or when several have its name:
-/// the library finds a certificate and its keys by the name alone.
+/// the library uses the keys of the first one with an ID, which need not be the chosen one.
 ChosenCertificate openCertificate(IKeyObject& token, const CertificateChoice& choice);
 
 }  // namespace zr::host

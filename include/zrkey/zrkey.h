@@ -85,9 +85,11 @@ struct ITokenProvider : public IDispatch {
     /// @note A further Load does not release the earlier module. Tokens opened before go on with
     ///       the module they were opened with.
     virtual HRESULT STDMETHODCALLTYPE Load(BSTR path) = 0;
-    /// Finalises and frees the module. Tokens opened before fail every operation that needs the
-    /// module; only release them.
+    /// Finalises and frees the module that was loaded last. C_Finalize acts on the whole process:
+    /// every token opened on this module, by whichever provider, fails every operation that needs
+    /// the module from then on; only release it.
     /// @retval S_OK  always, also when no module is loaded.
+    /// @note A module that an earlier Load of this provider loaded stays loaded; its tokens go on.
     virtual HRESULT STDMETHODCALLTYPE Unload() = 0;
     /// Opens a token with a read/write session.
     /// @param index  index from 0 among the slots that hold a token.
@@ -233,7 +235,8 @@ struct IKeyObject : public IDispatch {
     /// @param name  as in FileExists.
     /// @retval S_OK    destroyed.
     /// @retval E_FAIL  the file cannot be opened (see OpenFile) or destroyed.
-    /// @note Each deletion keeps a reference to the token: its session stays open until Unload.
+    /// @note Each deletion keeps a reference to the token: the object stays in memory until the
+    ///       process ends, its session stays open until the token's module is unloaded.
     virtual HRESULT STDMETHODCALLTYPE DeleteFile(BSTR name) = 0;
     /// @param out  receives "MD5".
     /// @retval S_OK           done.
