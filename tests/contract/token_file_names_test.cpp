@@ -6,6 +6,13 @@ namespace {
 
 using TokenFileNamesTest = TokenFilesFixture;
 
+/// The number 7 with leading zeros.
+std::string sevenIn(std::size_t bytes) {
+    std::string name(bytes, '0');
+    name.back() = '7';
+    return name;
+}
+
 TEST_F(TokenFileNamesTest, FileExistsWithARejectedNameStoresTheNumberZero) {
     for (const std::string name : {"", "0", "abc", "65537", "-1"}) {
         VARIANT exists = poisoned();
@@ -32,7 +39,7 @@ TEST_F(TokenFileNamesTest, CreateFileWith127BytesWritesTheFullNameAsLabel) {
 }
 
 TEST_F(TokenFileNamesTest, FileExistsWith127BytesReadsTheNumber) {
-    const std::string name = std::string(126, '0') + "7";
+    const std::string name = sevenIn(127);
     module.addData("6", "contents");
     EXPECT_EQ("contents", contents(name));
     VARIANT exists = poisoned();
@@ -41,7 +48,7 @@ TEST_F(TokenFileNamesTest, FileExistsWith127BytesReadsTheNumber) {
 }
 
 TEST_F(TokenFileNamesTest, FileOperationsWith128BytesFailWithoutACall) {
-    const Text digits(std::string(127, '0') + "7");
+    const Text digits(sevenIn(128));
     const Text text("1" + std::string(127, 'x'));
     module.addData("6", "contents");
     module.takeCalls();
