@@ -51,9 +51,9 @@ ElementType elementType(VARTYPE type) {
         case VT_VARIANT:
             return {sizeof(VARIANT), FADF_HAVEVARTYPE | FADF_VARIANT};
         case VT_UNKNOWN:
-            return {sizeof(IUnknown*), FADF_HAVEIID | FADF_UNKNOWN};
+            return {sizeof(void*), FADF_HAVEIID | FADF_UNKNOWN};
         case VT_DISPATCH:
-            return {sizeof(IDispatch*), FADF_HAVEIID | FADF_DISPATCH};
+            return {sizeof(void*), FADF_HAVEIID | FADF_DISPATCH};
         default:
             return {0, 0};
     }
