@@ -3,7 +3,7 @@ option(ZRKEY_CCACHE "Compile through ccache if it is installed" ON)
 find_program(ZRKEY_CCACHE_PROGRAM ccache NO_CMAKE_FIND_ROOT_PATH)
 mark_as_advanced(ZRKEY_CCACHE_PROGRAM)
 if(ZRKEY_CCACHE AND ZRKEY_CCACHE_PROGRAM)
-  # What a precompiled header needs to be found in the cache.
+  # Without these settings ccache does not cache files that use a precompiled header.
   set(launcher ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros
                ${ZRKEY_CCACHE_PROGRAM})
   foreach(language C CXX)

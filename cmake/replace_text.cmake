@@ -1,7 +1,7 @@
 # zr_replace_text(VARIABLE OLD NEW)
 #
-# string(REPLACE) that fails when the variable does not hold the old text exactly once: what edits a
-# file that is not ours must not go on silently when a new version of the file is different.
+# string(REPLACE) that fails when the variable does not hold the old text exactly once: an edit of a
+# file that is not ours must not pass silently when a new version of the file is different.
 function(zr_replace_text variable old new)
   string(FIND "${${variable}}" "${old}" first)
   string(FIND "${${variable}}" "${old}" last REVERSE)

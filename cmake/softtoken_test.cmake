@@ -21,7 +21,7 @@ endfunction()
 
 # zr_run_on_token(NAME TARGET MODULE file [AROUND script [ARGUMENT...]] [ENVIRONMENT NAME=value...])
 #
-# One run of such an executable on a token of its own, through a native module.
+# One run of a test executable on a token of its own, through a native module.
 function(zr_run_on_token name target)
   cmake_parse_arguments(arg "" "MODULE" "AROUND;ENVIRONMENT" ${ARGN})
   add_test(NAME ${name}
@@ -30,8 +30,7 @@ function(zr_run_on_token name target)
                    ${arg_AROUND} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${target}>)
   set(module ZRKEY_TEST_MODULE=${arg_MODULE})
   if(WIN32)
-    # The bridge goes by the name that Linux has for it: under Wine the current drive is the one
-    # that holds it.
+    # The bridge is named by its Linux path: under Wine the current drive is the one that holds it.
     set(module ZRKEY_TEST_MODULE=$<TARGET_PROPERTY:pkcs11bridge,ZR_FILE>
                ZRKEY_BRIDGE_MODULE=${arg_MODULE})
     set_tests_properties(${name} PROPERTIES FIXTURES_REQUIRED wine)

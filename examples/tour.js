@@ -2,8 +2,8 @@
 //
 //     zrkey run tour.js MODULE [PIN]
 //
-// MODULE is the token maker's PKCS #11 library. Its path is always taken from the current directory,
-// which also has to hold "config.xml":
+// MODULE is the token maker's PKCS #11 library. Its path is always relative to the current
+// directory, which must also contain "config.xml":
 //
 //     <driver><algo>...</algo><digest>...</digest></driver>
 
@@ -36,9 +36,9 @@ if (token === null) {
     throw new Error("no token with a label; set one up first");
 }
 
-// A module that does not tell a size answers with all bits set.
+// A module that does not report a size returns all bits set.
 function size(bytes) {
-    return bytes === 0xFFFFFFFF ? "not told" : bytes + " bytes";
+    return bytes === 0xFFFFFFFF ? "not reported" : bytes + " bytes";
 }
 
 print("serial number: " + token.GetSerialNumber());
@@ -48,7 +48,7 @@ print("model:         " + token.GetModelID());
 print("total size:    " + size(token.GetTotalSize()));
 print("free size:     " + size(token.GetFreeSize()));
 
-// A refused login is an error like any other; the result code does not tell why.
+// A refused login is an error like any other; the result code does not say why.
 try {
     token.VerifyPIN(pin + "0", USER);
     throw new Error("the token took a wrong PIN");

@@ -1,4 +1,4 @@
-// KeyContainer: lifetime.
+// KeyContainer: its reference to the token.
 #include "model/key_container.h"
 
 #include "model/key_object.h"

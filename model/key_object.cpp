@@ -1,4 +1,4 @@
-// KeyObject: lifetime and reference counts.
+// KeyObject: lifetime, reference counts, and access to the logger.
 #include "model/key_object.h"
 
 #include "model/log_scope.h"
@@ -28,7 +28,7 @@ ULONG STDMETHODCALLTYPE KeyObject::AddRef() {
 }
 
 ULONG STDMETHODCALLTYPE KeyObject::Release() {
-    // The last release may destroy the logger as well.
+    // The last release may also destroy the logger.
     const ZRLog log = ZRLog::copyOf(GetLog());
     const LogScope scope = LogScope::withoutBegin(&log, "Release");
     scope.message("[KeyObject::Release] call...\n");

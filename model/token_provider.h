@@ -27,8 +27,8 @@ public:
     TokenProvider();
     ~TokenProvider() override;
 
-    /// As ZComponentImpl::QueryInterface. For IID_ITokenProvider the result is E_NOTIMPL, too, but
-    /// *ppv receives the provider without a reference. Hosts depend on it.
+    /// Does what ZComponentImpl::QueryInterface does. For IID_ITokenProvider it also returns
+    /// E_NOTIMPL, but stores the provider in *ppv, without a reference. Hosts depend on it.
     HRESULT STDMETHODCALLTYPE QueryInterface(const GUID& riid, void** ppv) override;
     ULONG STDMETHODCALLTYPE AddRef() override;
     ULONG STDMETHODCALLTYPE Release() override;

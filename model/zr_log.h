@@ -1,7 +1,7 @@
 // ZRLog: appends time-stamped lines to a file.
 //
-// The file is opened and closed for each line: every line reaches the disk at once, and the file
-// can be read or removed between calls.
+// The file is opened and closed for each line: no line waits in a buffer, and the file can be read
+// or removed between calls.
 #pragma once
 
 class ZRLog {

@@ -35,8 +35,8 @@ public:
         }
     }
 
-    /// Whether the bytes can be read. An array that cannot be locked, or that claims elements without
-    /// memory, must not pass for an empty one.
+    /// Whether the bytes can be read. An array that cannot be locked, or that has elements but no
+    /// memory, must not be taken for an empty one.
     bool isAccessed() const {
         return m_isAccessed && (m_data || m_array->rgsabound[0].cElements == 0);
     }

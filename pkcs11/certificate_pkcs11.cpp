@@ -14,8 +14,8 @@
 
 namespace {
 
-/// An object begins with the address of its method table; the binary contract says so. Nothing else of
-/// a host's object may be looked at: it can be written in C and so have neither RTTI nor a base class.
+/// By the binary contract an object begins with the address of its method table. Reads no more than
+/// that: a host's object may be written in C, without RTTI and without a base class.
 const void* methodTable(const IKeyCertificate* certificate) {
     const void* table;
     std::memcpy(&table, static_cast<const void*>(certificate), sizeof table);
@@ -50,7 +50,7 @@ HRESULT STDMETHODCALLTYPE KeyCertificate_pkcs11::GetCertData(VARIANT* data) {
     if (!token) {
         return E_FAIL;
     }
-    // Found again by its ID: of two certificates with the same ID, the first of the walk answers.
+    // Looks the certificate up by its ID; of several with the same ID the first is read.
     std::unique_ptr<unsigned char, decltype(&std::free)> value(nullptr, std::free);
     CK_ULONG length = 0;
     walkCertificates(token->GetSession(), {CKA_CLASS, CKA_CERTIFICATE_TYPE, CKA_ID, CKA_VALUE},

@@ -38,7 +38,7 @@ bool KeyContainer_pkcs11::OpenContainer(const VARIANT& identity) {
                 ++index;
                 return true;
             }
-            // A longer ID cannot be distinguished from another one that begins alike.
+            // A cut ID could be that of another certificate, so a longer one is refused.
             if (zr::appendText(m_szCertID, id)) {
                 m_hCertObject = object;
                 std::memcpy(m_szCertType, read.bytes(1),

@@ -20,8 +20,8 @@ public:
     HRESULT STDMETHODCALLTYPE GetKeyCert(bool signing, void** certificate) override;
 
     /// Finds the certificate of a container.
-    /// @param identity  VT_BSTR its name, or VT_I4 its position in the walk; others never match.
-    /// @return false when none matches, or its ID has 128 bytes or more.
+    /// @param identity  VT_BSTR its name, VT_I4 its position in the walk; other types never match.
+    /// @return false when no certificate matches, or the ID of the match has 128 bytes or more.
     bool OpenContainer(const VARIANT& identity);
 
     const char* GetCertID() const { return m_szCertID; }

@@ -1,7 +1,7 @@
-// The Cryptoki types and entry points the library uses, after PKCS #11 v2.40.
+// The Cryptoki types and entry points of PKCS #11 v2.40 that the library and its tests use.
 //
-// CK_ULONG is unsigned long on both targets: 32 bits on Windows, 64 on Linux. Structures are
-// packed on Windows and natural on Linux, by the layout headers of platform/.
+// CK_ULONG is unsigned long on both targets: 32 bits on Windows, 64 on Linux. The layout headers of
+// platform/ pack the structures on Windows and leave their natural alignment on Linux.
 #pragma once
 
 #include <cstddef>
@@ -154,7 +154,7 @@ struct CK_MECHANISM_INFO {
 
 struct CK_FUNCTION_LIST;
 
-// An entry point begins its line:
+// Formatted by hand: each entry point begins on a new line.
 // clang-format off
 /// The 68 entry points of Cryptoki 2.x in their standard order, without the leading version.
 struct CK_FUNCTIONS {
@@ -275,7 +275,7 @@ struct CK_FUNCTION_LIST {
 #include "platform/cryptoki_layout_end.h"
 
 static_assert(sizeof(CK_FUNCTIONS) == 68 * sizeof(void*), "68 entry points and nothing else");
-// A packed list has its first entry at byte 2; the natural one is aligned.
+// The first entry point is at byte 2 of a packed list, at byte 8 of a list with natural alignment.
 static_assert(offsetof(CK_FUNCTION_LIST, functions) == (sizeof(CK_ULONG) == 4 ? 2 : 8));
 static_assert(sizeof(CK_ATTRIBUTE) == (sizeof(CK_ULONG) == 4 ? 16 : 24));
 static_assert(sizeof(CK_TOKEN_INFO) == (sizeof(CK_ULONG) == 4 ? 160 : 208));

@@ -1,7 +1,7 @@
 // File names of a token: numbers from 1 to 65536, written in decimal.
 //
-// Creation uses the name as the label; a lookup uses the number minus one. So a file created as 7 is
-// found as 8. Hosts depend on it: they number files differently when they create and look up.
+// Creation uses the name as the label; a lookup uses the number minus one, so a file created as 7
+// is found as 8. Hosts depend on it: they number files differently when they create and look up.
 #pragma once
 
 #include <zrkey/automation.h>

@@ -9,7 +9,7 @@
 
 class FileSearch {
 public:
-    /// The attributes to ask each object for; the operations that search differ in them.
+    /// The attributes to ask each object for; they depend on the operation that searches.
     enum class Ask { kLabel, kClassAndLabel };
 
     explicit FileSearch(const Session& session)
@@ -25,8 +25,8 @@ public:
     void leaveOpen() { m_walk.leaveOpen(); }
 
     /// Finds the first object with this label, compared up to the first zero.
-    /// @param found  receives its handle, which may be any number; untouched otherwise.
-    /// @return false when there is none; an object whose label cannot be read ends the search.
+    /// @param found  receives its handle, which may be 0; untouched when nothing is found.
+    /// @return false when nothing is found; an object whose label cannot be read ends the search.
     bool find(const char* label, Ask ask, CK_OBJECT_HANDLE* found) {
         const std::size_t labelIndex = ask == Ask::kClassAndLabel ? 1 : 0;
         CK_OBJECT_HANDLE object = 0;

@@ -1,4 +1,4 @@
-// Module: starting a Cryptoki module, finalising it.
+// Module: starting and finalising a Cryptoki module.
 #include "pkcs11/module.h"
 
 #include <cstdlib>
@@ -31,8 +31,8 @@ Module::~Module() {
     freeFunctionTable();
 }
 
-/// A library without a usable list yields E_OUTOFMEMORY: by that code hosts recognise a file that is
-/// no Cryptoki module.
+/// Returns E_OUTOFMEMORY for a library without a usable list: hosts recognise by this code a file
+/// that is not a Cryptoki module.
 HRESULT Module::copyFunctionList() {
     m_pFunctionTable = static_cast<CK_FUNCTIONS*>(std::calloc(1, sizeof(CK_FUNCTIONS)));
     if (!m_pFunctionTable) {

@@ -1,8 +1,8 @@
 // Module: a loaded Cryptoki module and the private copy of its entry points.
 //
-// A provider holds the module that it loaded last; sessions keep theirs, whatever the provider loads
-// afterwards. Sessions call the module (pkcs11/session.h); a Module calls it only to start and to
-// finalise it.
+// A provider holds the module that it loaded last. A session keeps its module, whatever the
+// provider loads later. Sessions call the module (pkcs11/session.h); a Module calls it only to
+// start and to finalise it.
 #pragma once
 
 #include <memory>
@@ -50,8 +50,8 @@ private:
 };
 
 struct Module::Started {
-    /// E_OUTOFMEMORY for a library without a usable function list, and out of memory; E_FAIL when
-    /// the module does not initialise.
+    /// E_OUTOFMEMORY when out of memory or the library has no usable function list; E_FAIL when the
+    /// module does not initialise.
     HRESULT result;
     /// Null on failure.
     std::shared_ptr<Module> module;

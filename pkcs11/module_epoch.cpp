@@ -1,12 +1,12 @@
-// ModuleEpoch: the one list of them in the process.
+// ModuleEpoch: the list of all epochs in the process.
 #include "pkcs11/module_epoch.h"
 
 #include <mutex>
 
 namespace {
 
-// Never held across a call into a module. The first lock may take memory and so throws where a
-// ModuleEpoch is made; later ones do not.
+// Never held during a call into a module. The first lock may allocate memory and so may throw; it
+// is taken by a constructor. Later locks do not throw.
 std::mutex s_mutex;
 ModuleEpoch* s_first = nullptr;
 std::uint64_t s_lastValue = 0;

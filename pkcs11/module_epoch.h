@@ -1,7 +1,7 @@
-// ModuleEpoch: lets a session know whether its module was finalised since the session was opened.
+// ModuleEpoch: shows a session whether its module was finalised after the session was opened.
 //
-// After C_Finalize a module numbers its sessions anew, so an old number may name another token's
-// session. Finalising acts on the whole process: every provider over the same module is concerned.
+// After C_Finalize a module may give an old session handle to a session of another token.
+// C_Finalize acts on the whole process, so it affects every provider that uses the module.
 #pragma once
 
 #include <atomic>
@@ -13,8 +13,8 @@
 /// never used again in the process.
 class ModuleEpoch {
 public:
-    /// Two loaded modules with the same C_Finalize are the same one, by whatever path they were
-    /// loaded. A wrapper with a C_Finalize of its own counts as another module.
+    /// Loaded modules with the same C_Finalize are one module, whatever their paths. A wrapper with
+    /// its own C_Finalize counts as another module.
     using Identity = decltype(CK_FUNCTIONS::C_Finalize);
 
     /// Throws std::exception when out of memory.
@@ -23,7 +23,7 @@ public:
     ModuleEpoch& operator=(const ModuleEpoch&) = delete;
     ~ModuleEpoch();
 
-    /// Says which module this is. To be called before the first session is opened.
+    /// Sets the module of this epoch. Call it before the first session is opened.
     void identify(Identity identity);
     std::uint64_t value() const { return m_value.load(std::memory_order_relaxed); }
     /// Gives this and every other epoch of the same module a new value.

@@ -12,7 +12,7 @@
 
 namespace {
 
-// No machine has as many slots; do not allocate memory for an impossible count.
+// No machine has that many slots; do not allocate memory for an impossible count.
 constexpr CK_ULONG kMostSlots = 1UL << 20;
 
 }  // namespace
@@ -36,7 +36,7 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::GetName(BSTR* name) {
 }
 
 HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::GetKeySN(LONG, BSTR*) {
-    // Tokens report their serial numbers themselves; here the host's preset string stays.
+    // The out argument keeps what the host stored in it: a token reports its serial number itself.
     const LogScope scope(GetLog(), "GetKeySN");
     return scope.end(S_OK);
 }
@@ -63,7 +63,7 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::OpenKey(LONG index, void** key) 
     }
     const auto wanted = static_cast<CK_ULONG>(index);
     CK_ULONG count = 0;
-    // Made before the first call: should the module unload itself meanwhile, the token is dead.
+    // Made before the first call: if the module unloads itself meanwhile, every later call fails.
     Session session(m_pModule);
     if (session.Call(&CK_FUNCTIONS::C_GetSlotList, CK_TRUE, nullptr, &count) != CKR_OK ||
         wanted >= count) {
@@ -78,7 +78,7 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::OpenKey(LONG index, void** key) 
     }
     if (session.Call(&CK_FUNCTIONS::C_GetSlotList, CK_TRUE, slots.get(), &count) != CKR_OK ||
         wanted >= count) {
-        // The slots changed between the calls. Hosts detect this by the null pointer, so S_OK is kept.
+        // The slots changed meanwhile. Hosts detect this by the null pointer, so S_OK is kept.
         return S_OK;
     }
     void* application = nullptr;
@@ -93,7 +93,7 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::OpenKey(LONG index, void** key) 
         return E_OUTOFMEMORY;
     }
     token->SetSlotID(slots[wanted]);
-    // The token frees its context; whatever a module stored in ours is not the library's to free.
+    // The token frees its application pointer; what the module stored in ours is not ours to free.
     token->SetApplication(nullptr);
     token->SethSession(handle);
     token->SetAlgoList(m_szAlgoList);

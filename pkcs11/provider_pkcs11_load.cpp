@@ -52,8 +52,8 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::Load(BSTR path) {
     return scope.end(S_OK);
 }
 
-/// Loads a module and starts it. A file that cannot be loaded changes nothing; after that the module
-/// that was loaded before is forgotten, but neither finalised nor freed: its tokens go on with it.
+/// Loads a module and starts it. A file that cannot be loaded changes nothing. Otherwise the
+/// provider drops the earlier module without finalising or freeing it: its tokens still use it.
 HRESULT TokenProvider_pkcs11::LoadModule(const char* path) {
     const HMODULE library = ZLoadLibrary(path);
     if (!library) {

@@ -11,9 +11,9 @@
 
 class Session {
 public:
-    /// Belongs to no module: every call answers CKR_CRYPTOKI_NOT_INITIALIZED.
+    /// Belongs to no module: every call returns CKR_CRYPTOKI_NOT_INITIALIZED.
     Session() = default;
-    /// Not opened yet. Ends when the module is finalised.
+    /// Opens nothing. Every call fails once the module has been finalised.
     /// @param module  kept; may be null.
     explicit Session(std::shared_ptr<const Module> module)
         : m_module(std::move(module)), m_epoch(m_module ? m_module->epoch() : 0) {}
@@ -26,7 +26,7 @@ public:
 
     /// Calls an entry point of the module.
     /// @return its result; CKR_CRYPTOKI_NOT_INITIALIZED, without a call, when there is no module or
-    ///         it was finalised since; CKR_FUNCTION_NOT_SUPPORTED when it has no such entry point.
+    ///         it was finalised meanwhile; CKR_FUNCTION_NOT_SUPPORTED without such an entry point.
     template <class... Parameters, class... Arguments>
     CK_RV Call(CK_RV (*CK_FUNCTIONS::*member)(Parameters...), Arguments... arguments) const {
         if (!m_module || m_module->epoch() != m_epoch) {

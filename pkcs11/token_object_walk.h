@@ -26,8 +26,8 @@ public:
     /// Asks for the lengths, with null buffers.
     CK_RV readLengths(const Session& session, CK_OBJECT_HANDLE object);
     /// Makes zeroed buffers of those lengths.
-    /// @param first  index of the first attribute with a buffer; those before it are asked for their
-    ///               length once more.
+    /// @param first  index of the first attribute with a buffer; the ones before it are asked for
+    ///               their lengths once more.
     /// @return false when out of memory, or when a length is unavailable or over 256 MiB.
     bool allocateValues(std::size_t first = 0);
     /// Reads the values into the buffers.
@@ -60,8 +60,8 @@ class TokenObjectWalk {
 public:
     enum class Step { kObject, kFailed, kEnd };
 
-    /// Begins the search. A failure of C_FindObjectsInit does not end the walk: it then goes on with
-    /// the search that is open in the session, and closes that one.
+    /// Begins the search. A failure of C_FindObjectsInit does not end the walk: it then uses the
+    /// search that is already open in the session, and closes that search.
     TokenObjectWalk(const Session& session, CK_ATTRIBUTE* search, CK_ULONG count);
     TokenObjectWalk(const TokenObjectWalk&) = delete;
     TokenObjectWalk& operator=(const TokenObjectWalk&) = delete;

@@ -11,8 +11,8 @@ class TokenAttributes;
 
 class KeyObject_pkcs11 : public KeyObject {
 public:
-    /// @param provider  the parent; gains a reference. May be null.
-    /// @param session   of the module that the token is opened with; without one every call fails.
+    /// @param provider  the parent; the object holds a reference to it. May be null.
+    /// @param session   a session on the module of the token; with the default every call fails.
     explicit KeyObject_pkcs11(TokenProvider* provider, Session session = Session());
     ~KeyObject_pkcs11() override;
 
@@ -73,17 +73,17 @@ public:
     HRESULT STDMETHODCALLTYPE GetSignAlgo(BSTR* out) override;
     HRESULT STDMETHODCALLTYPE GetAlgoList(BSTR* out) override;
 
-    /// Logs out and closes the session; a second call does nothing. S_OK always.
+    /// Logs out and closes the session; a second call does nothing. Always S_OK.
     HRESULT STDMETHODCALLTYPE CloseKey() override;
     void FinalRelease() override;
 
-    // The provider hands these to a token that it opened. S_OK always.
+    // The provider passes these to a token that it opened. Always S_OK.
     virtual HRESULT SetSlotID(CK_SLOT_ID slot);
     /// @param application  taken over; freed with free.
     virtual HRESULT SetApplication(void* application);
     virtual HRESULT SethSession(CK_SESSION_HANDLE session);
     /// @param text  copied; null and texts of 500 bytes or more are refused: the list stays.
-    /// @return 1 always.
+    /// @return always 1.
     virtual BOOL SetAlgoList(const char* text);
     virtual BOOL SetDigestList(const char* text);
 

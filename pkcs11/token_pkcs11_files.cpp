@@ -45,8 +45,8 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::FileExists(BSTR name, VARIANT* resul
         scope.message("C_FindObjectsInit end\n");
         CK_OBJECT_HANDLE object = 0;
         if (search.find(fileName.soughtLabel(), FileSearch::Ask::kLabel, &object)) {
-            // The search stays open on a match; hosts depend on the Cryptoki calls. A certificate or
-            // key walk closes it. Until then a module that allows one search refuses the next file.
+            // The search stays open on a match; hosts depend on the Cryptoki calls. A walk over
+            // certificates or keys closes it. Some modules refuse another search until then.
             search.leaveOpen();
             store(1);
             return scope.end(S_OK);
@@ -107,8 +107,8 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::DeleteFile(BSTR name) {
     if (FAILED(OpenFile(name, &opened)) || !opened) {
         return E_FAIL;
     }
-    // The reference from OpenFile is not released, so the file keeps its token alive. Hosts see it in
-    // the token's reference count, so it is kept.
+    // The reference from OpenFile is not released, so the file keeps its token alive. Hosts see it
+    // in the token's reference count, so this is kept.
     auto* file = static_cast<KeyFile_pkcs11*>(static_cast<IKeyFile*>(opened));
     if (file->GetObject() == 0) {
         // Cryptoki gives no object the handle 0; do not let the module guess what to destroy.

@@ -84,7 +84,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::ModifyPIN(BSTR oldPin, BSTR newPin, 
 }
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::UnlockPIN(BSTR, BSTR) {
-    // Nothing is unlocked. Hosts count on S_OK all the same.
+    // Nothing is unlocked. Hosts rely on S_OK.
     const LogScope scope(GetLog(), "UnlockPIN");
     return scope.end(S_OK);
 }

@@ -19,8 +19,8 @@ namespace {
 
 constexpr CK_ULONG kSignatureSize = 1024;
 
-/// The ID of a certificate, to find its keys by. Of a certificate object of the host's making that is
-/// what it reports, in UTF-8; the library's own ones know the very bytes, which need not be UTF-8.
+/// The ID by which the keys of a certificate are found. The library's own certificates supply its
+/// bytes, which may not be UTF-8; the text of a host's certificate object is converted to UTF-8.
 class CertificateId {
 public:
     explicit CertificateId(IKeyCertificate* certificate)
@@ -35,12 +35,12 @@ public:
             m_text = m_owned;
         }
         if (!m_text) {
-            // The empty ID, which is another one, must not stand in for it.
+            // Not the empty text instead: that would be the ID of another certificate.
             m_result = E_OUTOFMEMORY;
         }
     }
 
-    /// S_OK when there is an ID; else what GetCertID answered, or E_OUTOFMEMORY.
+    /// S_OK when there is an ID; else the failure of GetCertID, E_INVALIDARG or E_OUTOFMEMORY.
     HRESULT result() const { return m_result; }
     const char* text() const { return m_text; }
 
@@ -68,7 +68,7 @@ HRESULT KeyObject_pkcs11::GetPubPriKeyHandle(CK_OBJECT_HANDLE* handle, int publi
     bool isFound = false;
     {
         TokenObjectWalk walk(m_session, search, 3);
-        // Unlike a certificate, a key is never taken from a search that was open before.
+        // A certificate walk may go on with a search that was already open; a key search must not.
         if (walk.hasBegun()) {
             walk.forEach({CKA_CLASS, CKA_ID},
                          [&](CK_OBJECT_HANDLE object, const TokenAttributes& read) {
@@ -122,7 +122,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::SignData(BSTR, VARIANT data,
         length > sizeof signature) {
         return fail("Error: Sign Fail\n", E_FAIL);
     }
-    // Elements of VT_I1 under a variant of VT_UI1.
+    // Kept for hosts: the elements are VT_I1, the variant says VT_UI1.
     if (!zr::storeBytes(signature, length, VT_I1, result)) {
         return fail("Error: ZSafeArrayAccessData Fail\n", E_FAIL);
     }
@@ -166,7 +166,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyData(VARIANT data, IKeyCertifi
 
 HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyDataByCert(VARIANT, IKeyCertificate*, VARIANT,
                                                              BSTR, VARIANT) {
-    // Nothing is verified. Hosts count on S_OK all the same.
+    // Nothing is verified. Hosts rely on S_OK.
     const LogScope scope(GetLog(), "VerifyDataByCert");
     return scope.end(S_OK);
 }
@@ -233,6 +233,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::GetPubKeyData(IKeyCertificate* certi
         scope.message("Error: pbtPubKeyData == NULL\n");
         return E_FAIL;
     }
+    // Hosts get the key's CKA_ID, not its value.
     if (!zr::storeBytes(read.bytes(2), read.length(2), VT_UI1, result)) {
         scope.message("Error: ZSafeArrayAccessData fail\n");
         return E_FAIL;

@@ -17,7 +17,7 @@ HRESULT order(Value a, Value b) {
     return a == b ? kEqual : a < b ? kLess : kGreater;
 }
 
-/// Compares two values of the type of a; the type of b is not checked.
+/// Compares a and b as values of a's type; the type of b is not checked.
 HRESULT compareByType(const VARIANT& a, const VARIANT& b) {
     switch (a.vt) {
         case VT_I1:
@@ -68,7 +68,7 @@ HRESULT ZComVariant::VarCmp(VARIANT* a, VARIANT* b, LCID, ULONG) {
 
 namespace {
 
-/// The size of a string in a stream with its type tag. 64 bits: the sum may not fit 32.
+/// The size in a stream of a string with its type tag. In 64 bits: it may not fit 32.
 ULONGLONG streamSize(BSTR text) {
     constexpr ULONGLONG kPrefixAndTerminator = 6;
     return sizeof(VARTYPE) + (text ? SysStringByteLen(text) + kPrefixAndTerminator

@@ -15,8 +15,8 @@
 namespace zr::host {
 namespace {
 
-/// Describes the words that no command expects. Only names of options are repeated: another word may
-/// be a PIN.
+/// Describes the words that no command expects. Only names of options are repeated: any other word
+/// may be a PIN.
 std::string describeExtras(const std::vector<std::string>& words) {
     std::string names;
     for (const std::string& word : words) {
@@ -38,7 +38,7 @@ std::string usageLine(const CLI::App* app, const CLI::Error& error) {
     return "zrkey: " + printable(what) + "; zrkey --help shows the usage\n";
 }
 
-/// Leaves out the lists of excluded options: the parser writes them in the order of addresses.
+/// Leaves out the lists of excluded options: the parser sorts them by address, which varies.
 class HelpFormatter : public CLI::Formatter {
 public:
     std::string make_option_opts(const CLI::Option* option) const override {
@@ -83,6 +83,7 @@ int runCommandLine(std::vector<std::string> words) {
     Action action;
     addCommands(app, action);
 
+    // The parser takes the words from the end.
     std::reverse(words.begin(), words.end());
     try {
         app.parse(words);

@@ -31,7 +31,7 @@ Pin readNewPin(const PinSource& source) {
     return pin;
 }
 
-/// Rejects a PIN that the library would refuse, before a login with it could cost a retry.
+/// Rejects a PIN of a length that the library refuses, before a login could cost a retry.
 void checkLength(const Pin& pin, const std::string& which) {
     if (pin.view().size() < kShortest || pin.view().size() > kLongest) {
         throw wrongPins("the " + which + " PIN must be 4 to 8 bytes long",
@@ -56,8 +56,8 @@ Report changePin(const PinChangeOptions& options) {
         newPin = readNewPin(newSource);
         checkLength(*newPin, "new");
     }
-    // ModifyPIN logs in itself. The login before it distinguishes a refused login from a refused
-    // change.
+    // ModifyPIN logs in too. This login comes first so that a refused login and a refused change
+    // get different messages.
     session.login(oldPin);
     const HRESULT result =
         session->ModifyPIN(PinText(old).get(), PinText(*newPin).get(), oldPin.type());

@@ -11,7 +11,7 @@ namespace zr::host {
 
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitFailure = 1;       ///< the operation failed
-inline constexpr int kExitUsage = 2;         ///< wrong usage; no token was touched
+inline constexpr int kExitUsage = 2;         ///< wrong usage; no token was changed
 inline constexpr int kExitModule = 3;        ///< the module or the configuration is not loaded
 inline constexpr int kExitNotFound = 4;      ///< no object matches, or several do
 inline constexpr int kExitLoginRefused = 5;  ///< the token refused the PIN
@@ -24,7 +24,7 @@ struct Failure {
     std::string asked;                    ///< "open the file 7"
     std::string cause;                    ///< why it failed
     std::string advice;                   ///< what to try
-    std::optional<zrkey::Result> result;  ///< the library's, when the library failed
+    std::optional<zrkey::Result> result;  ///< the library's result, when the library failed
 
     /// "zrkey: cannot ASKED: CAUSE; ADVICE" and a line end, without control characters.
     std::string line() const;

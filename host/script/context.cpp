@@ -1,4 +1,4 @@
-// What the functions that a script calls share: the console, the limits, the objects it holds.
+// The state of a running script: the console, the limits, the objects that the script holds.
 #include "host/script/context.h"
 
 #include <utility>

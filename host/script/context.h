@@ -1,4 +1,4 @@
-// What the functions that a script calls share: the console, the limits, the objects it holds.
+// The state of a running script: the console, the limits, the objects that the script holds.
 #pragma once
 
 #include <duktape.h>
@@ -14,18 +14,18 @@
 
 namespace zr::host {
 
-/// The library's objects that a script holds, each under a number. Objects are found by number, not
-/// by pointer: a script that tampers with a number reaches another live object at most.
+/// The library's objects that a script holds, each under a number. The script objects hold numbers,
+/// not pointers: a script that changes a number can at most reach another live object.
 class ObjectRegistry {
 public:
-    /// A number that no object has.
+    /// Returns a number that no object has.
     std::uint32_t newNumber();
     /// Takes over the reference.
     /// @param number  from newNumber.
     void add(std::uint32_t number, zrkey::ComRef<IDispatch> object);
     /// @return null when no object has the number.
     zrkey::ComRef<IDispatch> find(std::uint32_t number) const;
-    /// Takes the object out.
+    /// Removes the object.
     /// @return its reference; null when no object has the number.
     zrkey::ComRef<IDispatch> remove(std::uint32_t number);
 
@@ -34,7 +34,7 @@ private:
     std::uint32_t m_lastNumber = 0;
 };
 
-/// Kept beside the script engine's heap for its whole life.
+/// Lives as long as the heap of the script engine.
 struct ScriptContext {
     Console& console;
     ScriptUse use = ScriptUse(ScriptLimits());
@@ -45,8 +45,8 @@ struct ScriptContext {
 /// The context that belongs to an engine.
 ScriptContext& contextOf(duk_context* script);
 
-/// Throws the engine's own error into the script when its time is up. For functions that a script
-/// may call repeatedly without the engine checking the time in between.
+/// Throws the engine's timeout error into the script when its time is up. For functions that a
+/// script can call many times before the engine checks the time again.
 void stopInTime(duk_context* script);
 
 /// Throws an error into the script and never returns; the return type lets callers return it.

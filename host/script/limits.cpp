@@ -15,8 +15,8 @@ namespace {
 /// The header of each block: the size of header and block, padded to the strictest alignment.
 constexpr std::size_t kHeader = alignof(std::max_align_t);
 
-/// The engine's share of the stack, in quarters. The rest is for the library, which is called at any
-/// depth, and for the engine's own functions between two checks.
+/// The engine's share of the stack, in quarters. The rest is for the library, which is called
+/// at any depth, and for the engine's own functions between two checks.
 constexpr std::size_t kEngineQuarters = 3;
 
 /// The caller's position in the stack. Not the address of a local variable: sanitizers may keep

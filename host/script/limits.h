@@ -19,9 +19,9 @@ struct ScriptLimits {
     bool mayEndProcess = false;
 };
 
-/// Counts what one script uses. The engine allocates memory through it and asks it, while the script
-/// runs, whether the time is up or the stack nearly full. To be constructed on the thread that runs
-/// the script.
+/// Counts what one script uses. The engine allocates memory through it, and asks it during the run
+/// whether the time is up or the stack is nearly full. Construct it on the thread that runs the
+/// script.
 class ScriptUse {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;

@@ -1,15 +1,15 @@
 // Members of the library's objects as functions of script objects.
 //
-// Reading a name from a script object asks the library's object for it (GetIDsOfNames). A name that
-// the object knows is a function, which calls the member through Invoke.
+// When a script reads a name from a script object, the library's object is asked for the name
+// (GetIDsOfNames). If it knows the name, the script gets a function that calls the member (Invoke).
 #pragma once
 
 #include <duktape.h>
 
 namespace zr::host {
 
-/// Gives the script objects of an engine their members, and the engine the global constructor
-/// TokenProvider. To be called once, before the first script object is made.
+/// Adds the members of script objects and the global constructor TokenProvider to an engine. Call
+/// it once, before the first script object is made.
 void addObjectSupport(duk_context* script);
 
 }  // namespace zr::host

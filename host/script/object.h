@@ -1,7 +1,8 @@
 // Objects of the library as script objects.
 //
-// The script holds a proxy. The engine releases the reference behind it when it collects the proxy.
-// What the script reads from a proxy is decided by the handler, see host/script/members.h.
+// The script holds a JavaScript Proxy. When the engine collects the Proxy, the reference to the
+// library's object is released. The handler of all Proxies decides what a script reads from them:
+// see host/script/members.h.
 #pragma once
 
 #include <duktape.h>
@@ -9,7 +10,7 @@
 
 namespace zr::host {
 
-/// Makes the value on top of the stack, which is popped, the handler of every proxy.
+/// Makes the value on top of the stack the handler of every Proxy, and pops it.
 void setObjectHandler(duk_context* script);
 
 /// Pushes a new script object that owns the reference.

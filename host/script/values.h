@@ -9,16 +9,16 @@
 
 namespace zr::host {
 
-/// The most bytes that a script value needs when it is converted for a call.
+/// The largest number of bytes that a script value can need when it is converted for a call.
 std::size_t argumentSize(duk_context* script, duk_idx_t index);
 
 /// Converts a script value for a call: number VT_R8, string VT_BSTR, boolean VT_BOOL, null VT_NULL,
 /// undefined VT_EMPTY, object of the library VT_DISPATCH, byte buffer VT_ARRAY|VT_UI1.
-/// @return nullopt for a value of another kind, and for more bytes than an array holds.
+/// @return nullopt for a value of another kind, and for a byte buffer too large for an array.
 std::optional<zrkey::Variant> readArgument(duk_context* script, duk_idx_t index);
 
 /// Pushes a call's result as a script value.
-/// @return false, with nothing pushed, for a type that scripts have no value for.
+/// @return false, with nothing pushed, for a type that has no script value.
 bool pushResult(duk_context* script, const zrkey::Variant& value);
 
 }  // namespace zr::host

@@ -10,8 +10,8 @@
 
 namespace zr::host {
 
-/// The path by which the library loads a module: relative to the current directory, which the library
-/// puts in front of every path before it resolves "..".
+/// The path by which the library loads a module. It is relative to the current directory, which the
+/// library puts in front of every path before it resolves "..".
 /// @param module  absolute.
 /// @param folder  the current directory at the time of the call.
 std::filesystem::path loadablePath(const std::filesystem::path& module,

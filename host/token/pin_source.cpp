@@ -20,8 +20,8 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 enum class ReadStatus { kRead, kTooLong, kNotSet, kFailed };
 
-/// Reads the next line of a descriptor. Stops at the first byte that does not fit: the line of a
-/// device may have no end.
+/// Reads the next line of a descriptor. Stops at the first byte that does not fit: a device may
+/// never send the end of the line.
 ReadStatus readLine(int descriptor, bool skipByteOrderMark, Pin& line, std::error_code& error) {
     char byte = 0;
     ReadStatus status = ReadStatus::kRead;

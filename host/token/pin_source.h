@@ -15,20 +15,21 @@ struct PinSource {
     Kind kind = Kind::kPrompt;
     std::string name;    ///< of the variable or the file
     int descriptor = 0;  ///< 0 is standard input
-    bool isOpen = true;  ///< whether the caller passed the descriptor on
+    bool isOpen = true;  ///< whether the descriptor was open at the start
 };
 
-/// Parses "prompt", "env:NAME", "file:PATH", "fd:N" or "-"; nullopt for all else, a bare PIN
-/// included. To be called before the command opens descriptors of its own, which are no sources.
+/// Parses "prompt", "env:NAME", "file:PATH", "fd:N" or "-"; nullopt for anything else, also for a
+/// bare PIN. Call it before the command opens descriptors: "fd:N" must not name one of those.
 std::optional<PinSource> parsePinSource(std::string_view text);
 
-/// Reads a PIN: the answer on the terminal, the variable's value, or the next line of the file or
-/// descriptor, and no byte behind that line. Throws a Failure with kExitUsage when there is none,
-/// and when it is empty, too long or not UTF-8: the token would get another PIN than the one meant.
+/// Reads a PIN: the answer on the terminal, the variable's value, the first line of the file, or
+/// the next line of the descriptor and no byte after it. Throws a Failure with kExitUsage when
+/// there is no PIN, or it is empty, too long or not UTF-8: the token would get another PIN than the
+/// one that was meant.
 /// @param prompt  shown on the terminal.
 Pin readPin(const PinSource& source, const std::string& prompt);
 
-/// The failure to ask for a PIN without a terminal.
+/// The failure of a command that needs the prompt but has no terminal.
 Failure noTerminal();
 
 }  // namespace zr::host

@@ -20,7 +20,7 @@ struct ModuleOptions {
     std::string workFolder;  ///< contains config.xml; empty: the current folder
 };
 
-/// At most one of the three is given; the only token needs none.
+/// At most one of the three is given; none is needed when there is only one token.
 struct TokenChoice {
     std::optional<LONG> index;
     std::optional<std::string> label;
@@ -38,7 +38,7 @@ struct PinOptions {
     bool securityOfficer = false;
 };
 
-/// At most one of the two is given; the only certificate of a token needs none.
+/// At most one of the two is given; none is needed when the token has only one certificate.
 struct CertificateChoice {
     std::optional<std::string> name;
     std::optional<LONG> index;

@@ -39,9 +39,9 @@ TokenRow chooseToken(TokenTable table, const TokenChoice& choice);
 class PinEntry {
 public:
     enum class Need {
-        kOnRequest,   ///< without a source there is no login
-        kIfPossible,  ///< without a source prompt, if there is a terminal
-        kAlways       ///< without a source prompt; wrong usage without a terminal
+        kOnRequest,   ///< no source: no login
+        kIfPossible,  ///< no source: prompts when there is a terminal, else no login
+        kAlways       ///< no source: prompts; without a terminal it is wrong usage
     };
     /// Throws a Failure when the source has no PIN.
     PinEntry(const PinOptions& options, Need need);

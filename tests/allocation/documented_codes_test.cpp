@@ -1,4 +1,4 @@
-// The result of single operations for each of their allocations that fails, in order.
+// The results of single operations when each of their allocations fails in turn.
 #include <functional>
 #include <vector>
 
@@ -10,7 +10,7 @@ namespace {
 
 using Codes = std::vector<HRESULT>;
 
-/// Makes a call once for each of its allocations, which fails; returns the results in order.
+/// Repeats a call while each of its allocations fails in turn; returns the results in order.
 /// @param call       returns the result.
 /// @param afterEach  checks the state after a failure, and cleans up.
 Codes codesOf(
@@ -71,7 +71,7 @@ TEST_F(DocumentedCodesTest, OpenContainerOutOfMemoryForObjectAndBuffersReturnsDi
               opening([&](void** out) { return token->OpenContainer(first, out); }));
 }
 
-TEST_F(ModuleTest, LoadOutOfMemoryForTheTableAloneReturnsOutOfMemory) {
+TEST_F(ModuleTest, LoadOutOfMemoryForModuleAndTableOnlyReturnsOutOfMemory) {
     const ComRef<ITokenProvider> provider = makeProvider();
     const Text path(module.path());
     Codes notStarted;

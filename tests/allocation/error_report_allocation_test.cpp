@@ -1,4 +1,4 @@
-// The error service, once for each of its allocations, which fails.
+// The error service while each of its allocations fails in turn.
 #include "runtime/error_info.h"
 #include "tests/allocation/fail_each.h"
 #include "tests/support/console_capture.h"
@@ -52,14 +52,15 @@ TEST(ErrorReportAllocationTest, SetDescriptionOutOfMemoryRemovesTheDescription) 
     });
 }
 
-/// What reports came to that met a failing allocation.
+/// How many reports with a failed allocation had each outcome.
 struct Outcomes {
     int withoutText = 0;
     int withoutObject = 0;
     int thrown = 0;
 };
 
-/// Reports once for each allocation; the text is made first, then the object, then all is thrown.
+/// Repeats a report while each of its allocations fails in turn. A report makes the text first,
+/// then the object, then throws.
 template <class Report>
 Outcomes reportEach(Report report) {
     Outcomes outcomes;
@@ -97,7 +98,7 @@ TEST(ErrorReportAllocationTest, ReportErrorOutOfMemoryForTheObjectReturnsACodeAn
         reportEach([] { return ZCLReportError(IID_NULL, OLESTR("text"), IID_NULL, E_POINTER); });
     EXPECT_EQ(0, outcomes.withoutText);
     EXPECT_EQ(kRunsOfEach, outcomes.withoutObject);
-    EXPECT_LE(kRunsOfEach * 2, outcomes.thrown);  // what is lost is the description
+    EXPECT_LE(kRunsOfEach * 2, outcomes.thrown);  // only the description is lost
 }
 
 TEST(ErrorReportAllocationTest, ReportErrorUtf8OutOfMemoryForTheTextReturnsACode) {

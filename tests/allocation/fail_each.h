@@ -1,4 +1,4 @@
-// Runs code that is linked into the test, once for each of its allocations, which fails.
+// Repeats code that is linked into the test while each of its allocations fails in turn.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ namespace zr::test {
 inline void failEach(const std::function<void(const Allocations&)>& run) {
     for (std::size_t number = 1;; ++number) {
         SCOPED_TRACE("allocation " + std::to_string(number));
-        // The first run allocates memory that the language libraries keep, as for exceptions.
+        // The first run also allocates memory that the language libraries keep, as for exceptions.
         run(Allocations(Allocations::kOfEverything, number));
         Allocations allocations(Allocations::kOfEverything, number);
         run(allocations);

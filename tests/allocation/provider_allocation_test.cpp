@@ -1,6 +1,6 @@
-// A full session with a token, once for each allocation of the library, which fails: the step that
-// makes the allocation fails as documented and hands out nothing, succeeds when it is repeated, and
-// all memory is free at the end.
+// A full session with a token while each allocation of the library fails in turn: the step that
+// makes the allocation fails as documented and hands out nothing, it succeeds when it is repeated,
+// and all memory is free at the end.
 //
 // ZRKEY_TEST_ALLOCATION=17 runs number 17 only.
 #include <algorithm>
@@ -45,7 +45,7 @@ private:
         if (m_allocations.hasFailed() && !hadFailed) {
             EXPECT_TRUE((m_isLogged && hr == S_OK) ||
                         std::find(outcomes.begin(), outcomes.end(), hr) != outcomes.end())
-                << name << " answers 0x" << std::hex << static_cast<ULONG>(hr);
+                << name << " returns 0x" << std::hex << static_cast<ULONG>(hr);
             if (SUCCEEDED(hr)) {
                 return;
             }

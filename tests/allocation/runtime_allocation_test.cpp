@@ -1,4 +1,4 @@
-// Strings, variants and proxies, once for each of their allocations, which fails.
+// Strings, variants and proxies while each of their allocations fails in turn.
 #include "runtime/path_utils.h"
 #include "runtime/zcom_bstr.h"
 #include "runtime/zcom_variant.h"

@@ -34,7 +34,7 @@ private:
     std::size_t m_before = 0;
 };
 
-TEST_F(ConfigurationTest, LoadWithADriverBehindAnotherTopLevelElementReadsTheDriver) {
+TEST_F(ConfigurationTest, LoadWithADriverAfterAnotherTopLevelElementReadsTheDriver) {
     EXPECT_HR(S_OK, load("<other/><driver><algo>A</algo><digest>D</digest></driver>"));
     EXPECT_EQ((Lines{"[Load] Begin", "[LoadConfig] algoList=[A]", "[LoadConfig] digestList=[D]",
                      "[Load] End"}),

@@ -174,9 +174,7 @@ TEST_F(ModuleLoadingTest, LastReleaseFinalisesTheModule) {
     EXPECT_EQ(Lines{"C_Finalize(null)"}, module.takeCalls());
 }
 
-using LoadedProvider = LoadedProviderTest;
-
-TEST_F(LoadedProvider, GetKeyCountCountsSlotsWithATokenOnly) {
+TEST_F(LoadedProviderTest, GetKeyCountCountsSlotsWithATokenOnly) {
     module->settings().slotCount = 3;
     INT count = 0;
     EXPECT_HR(S_OK, provider->GetKeyCount(&count));
@@ -184,7 +182,7 @@ TEST_F(LoadedProvider, GetKeyCountCountsSlotsWithATokenOnly) {
     EXPECT_EQ(Lines{"C_GetSlotList(1, null)"}, module.takeCalls());
 }
 
-TEST_F(LoadedProvider, GetKeyCountFailsWhenTheModuleFails) {
+TEST_F(LoadedProviderTest, GetKeyCountFailsWhenTheModuleFails) {
     module->fail("C_GetSlotList", 1, CKR_DEVICE_REMOVED);
     INT count = 3;
     EXPECT_HR(E_FAIL, provider->GetKeyCount(&count));
@@ -192,7 +190,7 @@ TEST_F(LoadedProvider, GetKeyCountFailsWhenTheModuleFails) {
     EXPECT_HR(E_INVALIDARG, provider->GetKeyCount(nullptr));
 }
 
-TEST_F(LoadedProvider, GetKeyCountWithoutATokenReturnsZero) {
+TEST_F(LoadedProviderTest, GetKeyCountWithoutATokenReturnsZero) {
     module->settings().slotCount = 0;
     INT count = 3;
     EXPECT_HR(S_OK, provider->GetKeyCount(&count));
@@ -202,7 +200,7 @@ TEST_F(LoadedProvider, GetKeyCountWithoutATokenReturnsZero) {
     EXPECT_EQ(nullptr, key);
 }
 
-TEST_F(LoadedProvider, OpenKeyOpensAReadWriteSessionOnTheSlotOfTheIndex) {
+TEST_F(LoadedProviderTest, OpenKeyOpensAReadWriteSessionOnTheSlotOfTheIndex) {
     module->settings().slotCount = module->settings().slotCountWhenListed = 2;
     ComRef<IKeyObject> token;
     EXPECT_HR(S_OK, provider->OpenKey(1, token.receive()));
@@ -215,7 +213,7 @@ TEST_F(LoadedProvider, OpenKeyOpensAReadWriteSessionOnTheSlotOfTheIndex) {
     EXPECT_EQ(Lines{"C_CloseSession(1)"}, module.takeCalls());
 }
 
-TEST_F(LoadedProvider, OpenKeyWithAnIndexOutOfRangeFails) {
+TEST_F(LoadedProviderTest, OpenKeyWithAnIndexOutOfRangeFails) {
     void* key = nullptr;
     EXPECT_HR(E_INVALIDARG, provider->OpenKey(-1, &key));
     EXPECT_HR(E_INVALIDARG, provider->OpenKey(0, nullptr));
@@ -225,7 +223,7 @@ TEST_F(LoadedProvider, OpenKeyWithAnIndexOutOfRangeFails) {
     EXPECT_EQ(nullptr, key);
 }
 
-TEST_F(LoadedProvider, OpenKeyAfterTheSlotsChangedSucceedsWithoutAToken) {
+TEST_F(LoadedProviderTest, OpenKeyAfterTheSlotsChangedSucceedsWithoutAToken) {
     void* key = this;
     module->settings().slotCountWhenListed = 0;
     EXPECT_HR(S_OK, provider->OpenKey(0, &key));
@@ -236,7 +234,7 @@ TEST_F(LoadedProvider, OpenKeyAfterTheSlotsChangedSucceedsWithoutAToken) {
     EXPECT_EQ(0u, module.count("C_OpenSession"));
 }
 
-TEST_F(LoadedProvider, OpenKeyWithAGrowingOrImpossibleSlotCountStaysInBounds) {
+TEST_F(LoadedProviderTest, OpenKeyWithAGrowingOrImpossibleSlotCountStaysInBounds) {
     ComRef<IKeyObject> key;
     module->settings().slotCountWhenListed = 1000000;
     EXPECT_HR(S_OK, provider->OpenKey(0, key.receive()));
@@ -251,7 +249,7 @@ TEST_F(LoadedProvider, OpenKeyWithAGrowingOrImpossibleSlotCountStaysInBounds) {
     EXPECT_HR(S_OK, provider->OpenKey(0, key.receive()));
 }
 
-TEST_F(LoadedProvider, OpenKeyFailsWhenTheModuleFails) {
+TEST_F(LoadedProviderTest, OpenKeyFailsWhenTheModuleFails) {
     void* key = this;
     module->fail("C_GetSlotList", 1, CKR_GENERAL_ERROR);
     EXPECT_HR(E_FAIL, provider->OpenKey(0, &key));
@@ -264,14 +262,14 @@ TEST_F(LoadedProvider, OpenKeyFailsWhenTheModuleFails) {
     EXPECT_EQ(this, key);
 }
 
-TEST_F(LoadedProvider, OpenKeyDoesNotFreeTheApplicationOfTheModule) {
+TEST_F(LoadedProviderTest, OpenKeyDoesNotFreeTheApplicationOfTheModule) {
     module->settings().setsApplication = true;
     ComRef<IKeyObject> key;
     EXPECT_HR(S_OK, provider->OpenKey(0, key.receive()));
     EXPECT_EQ(0u, key.release()->Release());
 }
 
-TEST_F(TokenTest, ReleaseOfTheProviderKeepsItAliveForTheToken) {
+TEST_F(TokenTest, ReleaseOfAProviderWithATokenKeepsTheProviderAlive) {
     EXPECT_EQ(2u, provider->AddRef() - 1);
     EXPECT_EQ(2u, provider->Release());
     EXPECT_EQ(1u, provider.release()->Release());

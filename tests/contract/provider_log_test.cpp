@@ -93,7 +93,7 @@ TEST_F(ProviderLogTest, LinesBeginWithTheTimeAndTheSourceLine) {
     const std::string text = readText(findLogFiles(folder.home()).at(0));
     const std::string stamp = text.substr(0, text.find('E'));
     EXPECT_TRUE(hasShape(stamp, "[99:99:99.999] [")) << stamp;
-    // Read only where a number stands behind the name.
+    // readLogLines removes the time only when a line number follows the name.
     EXPECT_EQ("[EnableLog] ============ this is new log file ============",
               readLogLines(folder.home()).at(0));
 }

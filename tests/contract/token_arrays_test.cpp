@@ -46,7 +46,9 @@ TEST_F(TokenArraysTest, GetPubKeyDataReturnsBytes) {
     expectArray(VT_UI1, VT_UI1, 1);
 }
 
-TEST_F(TokenFilesFixture, ReadReturnsOneDimensionFromZero) {
+using TokenFileArraysTest = TokenFilesFixture;
+
+TEST_F(TokenFileArraysTest, ReadReturnsOneDimensionFromZero) {
     module.addData("6", "abc");
     ComRef<IKeyFile> file = open("7");
     Variant data;

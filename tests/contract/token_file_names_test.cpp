@@ -22,7 +22,7 @@ TEST_F(TokenFileNamesTest, FileExistsWithARejectedNameStoresTheNumberZero) {
     }
 }
 
-TEST_F(TokenFileNamesTest, FileExistsWithoutASearchStoresTheNumberZero) {
+TEST_F(TokenFileNamesTest, FileExistsWithAFailedSearchStoresTheNumberZero) {
     module->fail("C_FindObjectsInit", 1, CKR_DEVICE_REMOVED);
     VARIANT exists = poisoned();
     EXPECT_HR(E_FAIL, token->FileExists(Text("7"), &exists));

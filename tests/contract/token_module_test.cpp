@@ -44,7 +44,7 @@ TEST_F(TokenModuleTest, LoadOfALibraryWithoutTheExportLeavesTheTokenAlive) {
     expectAlive();
 }
 
-TEST_F(TokenModuleTest, LoadOfALibraryWithoutTheExportAndOfTheModuleLeavesTheTokenAlive) {
+TEST_F(TokenModuleTest, LoadOfTheModuleAfterALibraryWithoutTheExportLeavesTheTokenAlive) {
     EXPECT_HR(E_OUTOFMEMORY, provider->Load(Text(module.noListPath())));
     EXPECT_HR(S_OK, load());
     EXPECT_HR(S_OK, provider->GetKeyCount(&keyCount));
@@ -70,7 +70,7 @@ TEST_F(TokenModuleTest, UnloadEndsTheToken) {
     expectDead();
 }
 
-TEST_F(TokenModuleTest, UnloadAndLoadLeaveTheTokenDead) {
+TEST_F(TokenModuleTest, LoadAfterUnloadLeavesTheTokenDead) {
     EXPECT_HR(S_OK, provider->Unload());
     EXPECT_HR(S_OK, load());
     expectDead();
@@ -90,7 +90,7 @@ TEST_F(TokenModuleTest, UnloadAfterAFailedLoadLeavesTheTokenAlive) {
     expectAlive();
 }
 
-TEST_F(TokenModuleTest, UnloadOfAnotherProviderOverTheModuleEndsTheToken) {
+TEST_F(TokenModuleTest, UnloadByAnotherProviderWithTheSameModuleEndsTheToken) {
     ComRef<ITokenProvider> other = makeProvider();
     EXPECT_HR(S_OK, other->Load(Text(module.path())));
     EXPECT_HR(S_OK, other->Unload());
@@ -98,7 +98,7 @@ TEST_F(TokenModuleTest, UnloadOfAnotherProviderOverTheModuleEndsTheToken) {
     EXPECT_EQ(0u, other.release()->Release());
 }
 
-TEST_F(TokenModuleTest, ReleaseOfAnotherProviderOverTheModuleEndsTheToken) {
+TEST_F(TokenModuleTest, ReleaseOfAnotherProviderWithTheSameModuleEndsTheToken) {
     ComRef<ITokenProvider> other = makeProvider();
     EXPECT_HR(S_OK, other->Load(Text(module.path())));
     EXPECT_EQ(0u, other.release()->Release());

@@ -51,7 +51,7 @@ TEST_F(TokenPinTest, SecondVerifyPinLogsOutAndTriesAgain) {
     EXPECT_TRUE(isLoggedIn());
 }
 
-TEST_F(TokenPinTest, VerifyPinWithALoginThatCannotEndSucceeds) {
+TEST_F(TokenPinTest, VerifyPinWithAFailedLogoutSucceeds) {
     module->fail("C_Login", 0, CKR_USER_ALREADY_LOGGED_IN);
     module->fail("C_Logout", 0, CKR_GENERAL_ERROR);
     EXPECT_HR(S_OK, token->VerifyPIN(Text("0000"), 0));

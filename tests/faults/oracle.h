@@ -29,7 +29,7 @@ Values readValues(Step& step, CK_SESSION_HANDLE session, CK_OBJECT_HANDLE object
 Values readAnnounced(Step& step, CK_SESSION_HANDLE session, CK_OBJECT_HANDLE object,
                      const RecordingAnswer& lengths, std::size_t first = 0);
 
-/// Objects one at a time, each with its values, until visit answers false, a call fails, or the
+/// Objects one at a time, each with its values, until visit returns false, a call fails, or the
 /// count is not 1.
 void walkObjects(
     Step& step, CK_SESSION_HANDLE session, std::size_t attributeCount,

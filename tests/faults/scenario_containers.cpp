@@ -9,7 +9,7 @@ namespace {
 constexpr std::size_t kLongestId = 127;
 constexpr std::size_t kLongestType = 63;
 
-/// The names of a list, which is cleared; one name "(none)" when it is no list.
+/// Returns the names of a list and clears it; one name "(none)" when it is not a list.
 Lines takeNames(VARIANT* variant) {
     Variant names;
     names.reset(*variant);

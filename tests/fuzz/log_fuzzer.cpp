@@ -39,7 +39,7 @@ void checkMessage(zr::fuzz::Input& input, const ZRLog& log) {
     expect(written.size() == kTimeLength + expected.size(), "a line is as long as its message");
     expect(written.compare(kTimeLength, written.npos, expected) == 0,
            "a message is written as it is");
-    expect(written.front() == '[' && written[kTimeLength - 2] == ']', "the time stands before it");
+    expect(written.front() == '[' && written[kTimeLength - 2] == ']', "the time comes before it");
 }
 
 /// Logging into a file of any name is on or off, without other effects.

@@ -102,8 +102,8 @@ void checkStrings(const std::string& text, unsigned int cut) {
            "a text that fits is written");
     const zrapi::ZComBSTR again(narrow.data());
     expect(Wide(again, again.GetLength()) == Wide(string, SysStringLen(string)),
-           "text and string are alike");
-    expect(strlen_unicode(string) == SysStringLen(string), "the lengths are alike");
+           "text and string are equal");
+    expect(strlen_unicode(string) == SysStringLen(string), "the lengths are equal");
     SysFreeString(string);
 
     const BSTR part = ZSysAllocUTF8StringLen(used.c_str(), cut);

@@ -122,7 +122,7 @@ VARIANT readVariant(zr::fuzz::Input& input) {
     VARIANT variant = {};
     variant.vt = static_cast<VARTYPE>(input.below(24));
     if (variant.vt == VT_VARIANT || variant.vt == VT_DECIMAL || variant.vt == 15) {
-        variant.vt = VT_EMPTY;  // none of them stands in a variant's 8 bytes
+        variant.vt = VT_EMPTY;  // the data of these types is not in the variant's 8 bytes
     }
     if (variant.vt == VT_BSTR) {
         const std::string bytes = input.text();

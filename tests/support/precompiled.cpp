@@ -1,1 +1,1 @@
-// A target needs a source; the header before it is what is wanted.
+// CMake needs a source to compile the precompiled header with.

@@ -50,7 +50,7 @@ TEST_F(SoftTokenTest, GetCertDataReturnsTheCertificateOfOpenssl) {
     EXPECT_EQ(0u, certificate.release()->Release());
 }
 
-TEST_F(SoftTokenTest, ReleaseOfTheTokenKeepsItAliveForTheCertificate) {
+TEST_F(SoftTokenTest, ReleaseOfATokenWithACertificateKeepsTheTokenAlive) {
     ComRef<IKeyCertificate> certificate = openCertificate();
     EXPECT_EQ(1u, token.release()->Release());
     ByteArray data;

@@ -56,7 +56,7 @@ TEST_F(SoftProviderTest, LoadByAnotherProviderAfterUnloadSucceeds) {
     EXPECT_EQ(0u, second.release()->Release());
 }
 
-TEST_F(SoftProviderTest, ReleaseOfTheProviderKeepsItAliveForTheToken) {
+TEST_F(SoftProviderTest, ReleaseOfAProviderWithATokenKeepsTheProviderAlive) {
     ComRef<IKeyObject> token = openToken(provider);
     ASSERT_TRUE(token);
     EXPECT_EQ(1u, provider.release()->Release());

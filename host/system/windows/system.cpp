@@ -70,7 +70,7 @@ std::optional<std::string> environmentVariable(const std::string& name) {
     std::wstring value(size, L'\0');
     GetEnvironmentVariableW(wideName.c_str(), value.data(), size);
     std::string utf8 = toUtf8(value.c_str());
-    // It may be a PIN.
+    // The value may be a PIN.
     secureErase(value.data(), value.size() * sizeof(wchar_t));
     return utf8;
 }
@@ -91,6 +91,7 @@ void holdStandardStreams() {
         if (isDescriptorOpen(stream)) {
             continue;
         }
+        // Opened for the wrong direction, so that reading or writing the stream still fails.
         const int null =
             _wopen(L"NUL", (stream == kStandardInput ? _O_WRONLY : _O_RDONLY) | _O_BINARY);
         if (null >= 0 && null != stream) {
@@ -101,7 +102,7 @@ void holdStandardStreams() {
 }
 
 bool isDescriptorOpen(int descriptor) {
-    // The C library's handle of a standard stream that the process was started without.
+    // The C library returns this handle for a standard stream that the caller closed.
     constexpr std::intptr_t nowhere = -2;
     const std::intptr_t handle = _get_osfhandle(descriptor);
     return handle != -1 && handle != nowhere;
@@ -155,8 +156,8 @@ std::error_code writeAll(int descriptor, std::string_view bytes) {
     return {};
 }
 
-// A file that is deleted with its last descriptor. Not the null device: writing to it takes
-// milliseconds under Wine.
+// A file that is deleted when its last descriptor is closed. Not the null device: under Wine each
+// write to it takes milliseconds.
 int openDroppedOutput() {
     wchar_t folder[MAX_PATH + 1];
     wchar_t path[MAX_PATH + 1];

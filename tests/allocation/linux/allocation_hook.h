@@ -6,7 +6,7 @@
 namespace zr::test {
 
 /// @param caller  the caller of the allocation.
-/// @return zeroed memory when isZeroed; null when the system has none or the allocation must
+/// @return memory, zeroed when isZeroed; null when the system has none or the allocation must
 /// fail.
 void* allocateCounted(std::size_t size, bool isZeroed, void* caller);
 /// The same for a block that changes its size; a failure leaves it unchanged.

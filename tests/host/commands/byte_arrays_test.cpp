@@ -8,12 +8,12 @@
 namespace zr::host {
 namespace {
 
-TEST(TakeBytesTest, BytesAreThoseOfTheArray) {
+TEST(TakeBytesTest, BytesOfTheArrayAreReturned) {
     EXPECT_EQ("a", takeBytes(zrkey::ByteArray("a")));
     EXPECT_EQ("", takeBytes(zrkey::ByteArray("")));
 }
 
-TEST(TakeBytesTest, ResultLeftUntouchedIsOutOfMemory) {
+TEST(TakeBytesTest, ResultWithoutAnArrayThrowsOutOfMemory) {
     EXPECT_THROW(takeBytes(zrkey::ByteArray()), std::bad_alloc);
 }
 

@@ -24,14 +24,14 @@ std::string outputOf(Body body) {
     return output;
 }
 
-TEST(CommandFrameTest, ExceptionIsAFailureInJson) {
+TEST(CommandFrameTest, ExceptionIsReportedAsAFailureInJson) {
     EXPECT_EQ(
         "{\"schema\":1,\"command\":\"list\",\"failure\":{\"exit\":1,\"asked\":\"finish list\","
         "\"cause\":\"unexpected error: no way\",\"advice\":\"run it again with --verbose\"}}\n",
         outputOf([]() -> host::Report { throw std::runtime_error("no way"); }));
 }
 
-TEST(CommandFrameTest, OutOfMemoryIsAFailureInJson) {
+TEST(CommandFrameTest, OutOfMemoryIsReportedAsAFailureInJson) {
     EXPECT_EQ(
         "{\"schema\":1,\"command\":\"list\",\"failure\":{\"exit\":1,\"asked\":\"finish list\","
         "\"cause\":\"out of memory\",\"advice\":\"free some memory, or use less data\"}}\n",

@@ -13,7 +13,7 @@ TEST_F(CommandLineTest, VersionIsPrinted) {
     EXPECT_EQ(result.errors, "");
 }
 
-TEST_F(CommandLineTest, UnexpectedWordIsNotRepeated) {
+TEST_F(CommandLineTest, UnexpectedWordIsRefusedAndNotRepeated) {
     // It may be a PIN.
     const CommandResult result = zrkey({"login", "97531"});
     EXPECT_EQ(result.exitCode, 2);
@@ -21,7 +21,7 @@ TEST_F(CommandLineTest, UnexpectedWordIsNotRepeated) {
     EXPECT_EQ(result.errors, "zrkey: unexpected argument; zrkey --help shows the usage\n");
 }
 
-TEST_F(CommandLineTest, FailureHasItsExitCode) {
+TEST_F(CommandLineTest, MissingWorkFolderPrintsItsErrorAndExitsWith3) {
     const CommandResult result = zrkey({"list", "--workdir", "missing", "--module", "any"});
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_EQ(result.output, "");

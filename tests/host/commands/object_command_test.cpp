@@ -7,7 +7,7 @@ namespace {
 
 using ObjectCommandTest = CommandTokenTest;
 
-TEST_F(ObjectCommandTest, FileCreatedUnderANameIsFoundUnderTheNext) {
+TEST_F(ObjectCommandTest, FileCreatedUnderANumberIsFoundUnderTheNext) {
     // The object stays: pkcs11-tool looks for it afterwards.
     expectOutput(zrkeyLoggedIn({"file", "create", "7"}), "created 7, found as 8\n");
     expectOutput(zrkeyLoggedIn({"file", "exists", "8"}), "8 exists\n");
@@ -48,7 +48,7 @@ TEST_F(ObjectCommandTest, NameThatIsNotANumberIsWrongUsage) {
     }
 }
 
-TEST_F(ObjectCommandTest, FileThatNoNameWouldFindIsNotCreated) {
+TEST_F(ObjectCommandTest, CreateFileWithANameThatCannotBeFoundIsWrongUsage) {
     expectFailure(zrkeyLoggedIn({"file", "create", "65536"}), 2, "a number from 1 to 65535");
     expectOutput(zrkeyLoggedIn({"file", "create", "65535"}), "created 65535, found as 65536\n");
     expectOutput(zrkeyLoggedIn({"file", "delete", "65536"}), "deleted 65536\n");
@@ -79,7 +79,7 @@ TEST_F(ObjectCommandTest, MissingCertificateIsNotRead) {
     expectFailure(zrkey({"cert", "read", "--cert-index", "1"}), 4, "index 1");
 }
 
-TEST_F(ObjectCommandTest, SignatureIsLeftForOpensslToVerify) {
+TEST_F(ObjectCommandTest, SignWritesASignatureForOpenssl) {
     expectOutput(zrkeyLoggedIn({"sign", "-o", tokenFile("by-token.bin")}, "signed by the token"),
                  "");
     EXPECT_EQ(256u, readTokenFile("by-token.bin").size());

@@ -49,7 +49,7 @@ TEST_F(ObjectReportTest, FileContentIsWrittenInEachFormat) {
     EXPECT_EQ("abc", readFile("content.bin"));
 }
 
-TEST_F(ObjectReportTest, MissingFileExplainsTheNames) {
+TEST_F(ObjectReportTest, MissingFileReportExplainsHowFilesAreFound) {
     const std::string advice = "a file created as N is found as N + 1";
     const std::string more =
         advice + ", and private files are visible only after a login: give --pin";
@@ -116,7 +116,7 @@ TEST_F(ObjectReportTest, TokenWithoutCertificatesSuggestsALogin) {
                   "visible only after a login: give --pin");
 }
 
-TEST_F(ObjectReportTest, NameOfTwoCertificatesIsRefused) {
+TEST_F(ObjectReportTest, ReadOfACertificateWithASharedNameFails) {
     addCertificate("one", "1");
     addCertificate("one", "2");
     expectFailure(

@@ -35,7 +35,7 @@ TEST_F(CommandTokenTest, InfoShowsTheTokenChosenByItsLabel) {
     EXPECT_NE(std::string::npos, result.output.find("\ntotalSize:\tnot reported\n"));
 }
 
-TEST_F(CommandTokenTest, MissingTokenIsNotChosen) {
+TEST_F(CommandTokenTest, ChoiceOfAMissingTokenFails) {
     expectFailure(zrkey({"info", "--label", "Other"}), 4, "the tokens are: ");
     expectFailure(zrkey({"info", "--serial", "0"}), 4, "serial number \"0\"");
     expectFailure(zrkey({"info", "--index", "2"}), 4, "index 2");
@@ -111,14 +111,14 @@ TEST_F(CommandTokenTest, MissingModuleIsNamed) {
     expectFailure(zrkey({"list", "--workdir", "nowhere"}), 3, "cannot change to the folder");
 }
 
-TEST_F(CommandTokenTest, RelativeModuleIsInTheCallersFolder) {
+TEST_F(CommandTokenTest, RelativeModulePathStartsAtTheCallersFolder) {
     std::filesystem::create_directory("elsewhere");
     std::filesystem::rename("config.xml", "elsewhere/config.xml");
     const std::string module = relativePath(fromEnvironment("ZRKEY_TEST_MODULE").c_str());
     EXPECT_EQ(0, zrkey({"list", "--module", module, "--workdir", "elsewhere"}).exitCode);
 }
 
-TEST_F(CommandTokenTest, UnnamedModuleIsWrongUsage) {
+TEST_F(CommandTokenTest, ListWithoutAModuleNameIsWrongUsage) {
     setEnvironment("ZRKEY_MODULE", "");
     expectFailure(zrkey({"list"}), 2, "give --module PATH or set ZRKEY_MODULE");
 }
@@ -141,7 +141,7 @@ TEST_F(CommandTokenTest, PinChangeWithThreeOrNineBytesIsRefused) {
     EXPECT_EQ(0, zrkeyLoggedIn({"login"}).exitCode);
 }
 
-TEST_F(CommandTokenTest, PinChangeWithTheWrongOldPinIsARefusedLogin) {
+TEST_F(CommandTokenTest, PinChangeWithTheWrongOldPinIsReportedAsARefusedLogin) {
     expectFailure(zrkey({"pin", "change", "--pin", "env:TEST_WRONG_PIN", "--new-pin", "-"}, "4321"),
                   5, "retries are limited");
 }

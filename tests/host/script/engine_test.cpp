@@ -34,7 +34,7 @@ private:
 
 using ScriptEngineTest = zr::test::ChildCommandTest;
 
-TEST(ScriptUseTest, BlockCountsWithItsHeader) {
+TEST(ScriptUseTest, ReallocateCountsTheHeaderOfEachBlock) {
     ScriptLimits limits;
     limits.bytes = 1000;
     ScriptUse use(limits);

@@ -21,7 +21,7 @@ protected:
     }
 };
 
-TEST_F(ScriptLimitsTest, LongLoopInTheEngineIsEndedWithTheProcess) {
+TEST_F(ScriptLimitsTest, LongLoopInTheEngineEndsTheProcessAtTheTimeLimit) {
     const std::string text = "var text = 'a'; while (text.length < 1 << 21) { text += text; } ";
     for (const std::string loop :
          {"/(a+)+b/.exec(new Array(60).join('a'));", "[].indexOf.call({length: 2147483647}, 1);"}) {
@@ -49,7 +49,7 @@ TEST_F(ScriptLimitsTest, TimeoutIsReportedWhenTheErrorCannotBeDescribed) {
     EXPECT_EQ(runBriefly("throw { toString: function () { for (;;) {} } };").errors, kTimeUp);
 }
 
-TEST_F(ScriptLimitsTest, FinalizerAtTheEndIsWithinTheTimeLimit) {
+TEST_F(ScriptLimitsTest, EndlessFinalizerAtTheEndEndsAtTheTimeLimit) {
     // Part of a cycle: collected at the end of the script.
     const CommandResult result = runBriefly(
         "var object = {}; object.self = object;\n"
@@ -58,7 +58,7 @@ TEST_F(ScriptLimitsTest, FinalizerAtTheEndIsWithinTheTimeLimit) {
     EXPECT_EQ(result.errors, kTimeUp);
 }
 
-TEST_F(ScriptLimitsTest, ErrorIsReportedAloneWhenAFinalizerTakesTooLong) {
+TEST_F(ScriptLimitsTest, ErrorBeforeAnEndlessFinalizerIsReportedWithoutTheTimeout) {
     EXPECT_EQ(runBriefly("var object = {}; object.self = object;\n"
                          "Duktape.fin(object, function () { for (;;) {} });\nthrow 'first';\n")
                   .errors,
@@ -72,7 +72,7 @@ TEST_F(ScriptLimitsTest, ScriptWithinItsTimeSucceeds) {
     EXPECT_EQ(result.errors, "");
 }
 
-TEST_F(ScriptLimitsTest, ArgumentsOfACallCountAsMemory) {
+TEST_F(ScriptLimitsTest, ArgumentsOfACallCountTowardTheMemoryLimit) {
     const CommandResult result = runText(
         "var text = 'x', list = []; while (text.length < 1 << 18) { text += text; }\n"
         "while (list.length < 20) { list.push(text); }\n"

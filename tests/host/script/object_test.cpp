@@ -1,4 +1,5 @@
-// Objects of the library in scripts: members, conversion of arguments and results, errors, lifetime.
+// Objects of the library in scripts: members, conversion of arguments and results, errors,
+// lifetime.
 #include "host/script/object.h"
 
 #include "host/script/context.h"
@@ -72,7 +73,7 @@ TEST_F(ScriptObjectTest, ArgumentsArePassedInNaturalOrderWithTheirTypes) {
               "8 5 11 1 0 9 8209");
 }
 
-TEST_F(ScriptObjectTest, ArgumentCountsAsItsVariantAndItsBytes) {
+TEST_F(ScriptObjectTest, SizeOfAnArgumentIsThatOfItsVariantAndItsBytes) {
     const std::pair<const char*, std::size_t> costs[] = {
         {"1", 0}, {"({})", 0}, {"''", 0}, {"'abc'", 6}, {"new Uint8Array(5)", 5}};
     for (const auto& [expression, bytes] : costs) {
@@ -94,7 +95,7 @@ TEST_F(ScriptObjectTest, SimpleValuesAreReturnedUnchanged) {
     EXPECT_EQ(evaluate("object.Echo('') === ''"), "true");
 }
 
-TEST_F(ScriptObjectTest, TextKeepsEveryUnit) {
+TEST_F(ScriptObjectTest, TextKeepsEveryUtf16Unit) {
     EXPECT_EQ(evaluate("var text = 'a\\u0000\\u00e9\\u9375\\ud83d\\udd11\\ud83d';"
                        "object.Echo(text) === text"),
               "true");

@@ -23,20 +23,20 @@ std::string scriptTextOf(const Units& units) {
     return toScriptText(text.get());
 }
 
-TEST(ScriptTextTest, Utf8PastTheFirstPlaneBecomesAPair) {
+TEST(ScriptTextTest, Utf8OfFourBytesBecomesASurrogatePair) {
     EXPECT_EQ(unitsOf(kKeyUtf8), kKey);
 }
 
-TEST(ScriptTextTest, EngineFormBecomesTheSamePair) {
+TEST(ScriptTextTest, Cesu8BecomesTheSameSurrogatePair) {
     EXPECT_EQ(unitsOf(kKeyCesu8), kKey);
     EXPECT_EQ(fromScriptText(kKeyCesu8).utf8(), kKeyUtf8);
 }
 
-TEST(ScriptTextTest, PairIsTwoCharactersInTheEngine) {
+TEST(ScriptTextTest, SurrogatePairBecomesCesu8) {
     EXPECT_EQ(scriptTextOf(kKey), kKeyCesu8);
 }
 
-TEST(ScriptTextTest, NullTextIsEmptyInTheEngine) {
+TEST(ScriptTextTest, NullTextBecomesEmptyText) {
     EXPECT_EQ(toScriptText(nullptr), "");
 }
 
@@ -64,13 +64,13 @@ TEST(ScriptTextTest, BoundaryCharactersOfEveryLengthConvert) {
     }
 }
 
-TEST(ScriptTextTest, NulIsACharacter) {
+TEST(ScriptTextTest, NulInsideATextIsKept) {
     const std::string text("a\0b", 3);
     EXPECT_EQ(unitsOf(text).size(), 3U);
     EXPECT_EQ(scriptTextOf(unitsOf(text)), text);
 }
 
-TEST(ScriptTextTest, HalfAPairStaysAndBecomesTheReplacementCharacterInUtf8) {
+TEST(ScriptTextTest, LoneSurrogateIsKeptAndBecomesTheReplacementCharacterInUtf8) {
     for (const OLECHAR half :
          {OLECHAR{0xD800}, OLECHAR{0xDBFF}, OLECHAR{0xDC00}, OLECHAR{0xDFFF}}) {
         const Units units = {OLECHAR{'a'}, half, OLECHAR{'b'}};

@@ -49,14 +49,14 @@ TEST_F(PinSourceTest, BarePinIsNotASource) {
     }
 }
 
-TEST_F(PinSourceTest, DashIsStandardInput) {
+TEST_F(PinSourceTest, DashReadsStandardInput) {
     EXPECT_EQ(PinSource::Kind::kDescriptor, parsePinSource("-")->kind);
     EXPECT_EQ(0, parsePinSource("-")->descriptor);
     EXPECT_EQ(7, parsePinSource("fd:7")->descriptor);
     EXPECT_EQ(PinSource::Kind::kPrompt, parsePinSource("prompt")->kind);
 }
 
-TEST_F(PinSourceTest, VariableIsReadAsAWhole) {
+TEST_F(PinSourceTest, VariableIsReadWithItsBlanks) {
     setEnvironment("ZRKEY_TEST_PIN", "12 34 ");
     EXPECT_EQ("12 34 ", read("env:ZRKEY_TEST_PIN"));
 }

@@ -51,7 +51,7 @@ std::string text(const CK_ATTRIBUTE* attributes, CK_ULONG count) {
     return line + "}";
 }
 
-/// A mechanism with the length of its parameter, which is marked when there is one.
+/// A mechanism with the length of its parameter, and "set" when there is one.
 std::string text(const CK_MECHANISM& mechanism) {
     return text(mechanism.mechanism) + "/" + text(mechanism.ulParameterLen) +
            (mechanism.pParameter ? " set" : "");

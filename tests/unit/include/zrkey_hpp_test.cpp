@@ -106,7 +106,7 @@ TEST(ComRefTest, CopyAddsAReferenceAndMoveDoesNot) {
     EXPECT_EQ(&object, ref.get());
 }
 
-TEST(ComRefTest, ReleaseGivesTheReferenceUp) {
+TEST(ComRefTest, ReleaseGivesUpTheReference) {
     CountingObject object;
     ComRef<IDispatch> ref;
     ref.reset(&object);
@@ -185,7 +185,7 @@ TEST(TextTest, MalformedUtf8GivesANullText) {
     }
 }
 
-TEST(TextTest, HalfAPairBecomesTheReplacementCharacterInUtf8) {
+TEST(TextTest, LoneSurrogateBecomesTheReplacementCharacterInUtf8) {
     const OLECHAR units[] = {'a', 0xD83D, 'b', 0xDD11, 0xD83D, 0xD83D, 0xDD11, 0xDC00, 0xDBFF, 0};
     EXPECT_EQ(
         "a\xEF\xBF\xBD"
@@ -212,7 +212,7 @@ TEST(TextTest, OwnershipPassesByResetReleaseReceiveAndMove) {
     EXPECT_EQ("new", other.utf8());
 }
 
-TEST(VariantTest, MakersGiveTheTypeTheyAreNamedAfter) {
+TEST(VariantTest, FromFunctionsSetTypeAndValue) {
     EXPECT_EQ(VT_EMPTY, Variant().type());
     const Variant number = Variant::fromNumber(-5);
     EXPECT_EQ(VT_I4, number.type());
@@ -237,7 +237,7 @@ TEST(VariantTest, TextIsTakenOver) {
     EXPECT_EQ("", Variant::fromText(Text()).toText());
 }
 
-TEST(VariantTest, ObjectIsTakenOverAndReadWithAReferenceOfItsOwn) {
+TEST(VariantTest, FromObjectTakesTheReferenceAndToObjectAddsOne) {
     CountingObject object;
     ComRef<IDispatch> ref;
     ref.reset(&object);
@@ -275,7 +275,7 @@ TEST(VariantTest, IntegersOfEveryTypeAreRead) {
     }
 }
 
-TEST(VariantTest, ReadersAnswerNulloptForAnotherType) {
+TEST(VariantTest, ReadersReturnNulloptForAnotherType) {
     const Variant empty;
     EXPECT_EQ(std::nullopt, empty.toBool());
     EXPECT_EQ(std::nullopt, empty.toReal());
@@ -364,7 +364,7 @@ TEST(ByteArrayTest, BytesAreCopiedInAndOut) {
     EXPECT_EQ("", ByteArray("").bytes());
 }
 
-TEST(ByteArrayTest, BytesAreReadWhateverTheSignOfTheElements) {
+TEST(ByteArrayTest, BytesOfSignedAndUnsignedElementsAreRead) {
     for (const VARTYPE element : {VT_I1, VT_UI1}) {
         for (const VARTYPE type : {VT_I1, VT_UI1}) {
             SAFEARRAY* const made = makeArray(element, 2);
@@ -386,7 +386,7 @@ TEST(ByteArrayTest, BytesAreReadWhateverTheSignOfTheElements) {
     }
 }
 
-TEST(ByteArrayTest, BytesOfAnotherValueAreNullopt) {
+TEST(ByteArrayTest, BytesOfAValueWithoutAByteArrayReturnNullopt) {
     EXPECT_EQ(std::nullopt, ByteArray().bytes());
     ByteArray array;
     array.reset(Variant::fromArray(VT_UI1, nullptr).release());
@@ -446,13 +446,13 @@ TEST(ResultTest, EveryCodeOfTheLibraryHasItsName) {
     }
 }
 
-TEST(ResultTest, UnknownCodeHasItsNumberAlone) {
+TEST(ResultTest, UnknownCodeHasItsNumberOnly) {
     const Result result = static_cast<HRESULT>(0x8123ABCDU);
     EXPECT_EQ("", result.name());
     EXPECT_EQ("0x8123ABCD", result.text());
 }
 
-TEST(CreateProviderTest, ProviderAnswersItsName) {
+TEST(CreateProviderTest, GetNameOfTheNewProviderReturnsItsName) {
     ComRef<ITokenProvider> provider;
     ASSERT_EQ(S_OK, zrkey::createProvider(provider));
     ASSERT_TRUE(provider);

@@ -149,14 +149,14 @@ TEST_F(AdapterCallsTest, AdaptersCalledDirectlyReadOnlyTheGivenArguments) {
     EXPECT_EQ("default 0", token->recordedCall);
 }
 
-TEST_F(AdapterCallsTest, OperationsWithoutTheirFirstTextAnswerInvalidArgument) {
+TEST_F(AdapterCallsTest, OperationsWithoutTheirFirstTextReturnInvalidArgument) {
     for (const char* name : {"VerifyPIN", "UnlockPIN", "FileExists"}) {
         EXPECT_HR(E_INVALIDARG, call(name)) << name;
     }
     EXPECT_EQ("", token->recordedCall);
 }
 
-TEST_F(AdapterCallsTest, UnlockPinWithANewPinOfAnotherTypeAnswersInvalidArgument) {
+TEST_F(AdapterCallsTest, UnlockPinWithANewPinOfAnotherTypeReturnsInvalidArgument) {
     EXPECT_HR(E_INVALIDARG, call("UnlockPIN", {string(one), VARIANT()}));
     EXPECT_HR(E_INVALIDARG, call("UnlockPIN", {string(one), number(0)}));
     EXPECT_EQ("", token->recordedCall);

@@ -74,7 +74,7 @@ TEST_F(AdapterResultsTest, VerifyPinWithoutATypeLogsTheUserIn) {
               module.takeCalls());
 }
 
-TEST_F(AdapterResultsTest, VerifyPinWithoutArgumentsAnswersInvalidArgument) {
+TEST_F(AdapterResultsTest, VerifyPinWithoutArgumentsReturnsInvalidArgument) {
     EXPECT_HR(E_INVALIDARG, call(tokenFace(), "VerifyPIN"));
     EXPECT_EQ(VT_BOOL, result.vt);
     EXPECT_EQ(VARIANT_FALSE, result.boolVal);

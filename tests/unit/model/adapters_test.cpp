@@ -56,7 +56,7 @@ protected:
     VARIANT result = {};
 };
 
-TEST_F(AdaptersTest, ProviderAdaptersWithoutArgumentsOrResultAnswerInvalidArgument) {
+TEST_F(AdaptersTest, ProviderAdaptersWithoutArgumentsOrResultReturnInvalidArgument) {
     const Results refused = {{"Load", E_INVALIDARG},
                              {"Unload", E_INVALIDARG},
                              {"OpenKey", E_INVALIDARG},
@@ -81,7 +81,7 @@ TEST_F(AdaptersTest, ProviderAdaptersSetTheResultToZeroFirst) {
     }
 }
 
-TEST_F(AdaptersTest, ProviderAdaptersWithAWrongCountAnswerInvalidArgument) {
+TEST_F(AdaptersTest, ProviderAdaptersWithAWrongCountReturnInvalidArgument) {
     std::vector<VARIANT> many(10000);
     DISPPARAMS params = {};
     params.rgvarg = many.data();
@@ -119,7 +119,7 @@ TEST_F(AdaptersTest, TokenAdaptersWithoutArgumentsDoNotCrash) {
     }
 }
 
-TEST_F(AdaptersTest, TokenAdaptersWithNumbersInPlaceOfTextsAnswerInvalidArgument) {
+TEST_F(AdaptersTest, TokenAdaptersWithNumbersInPlaceOfTextsReturnInvalidArgument) {
     std::vector<VARIANT> many(10000, number(1.5));
     DISPPARAMS params = {};
     params.rgvarg = many.data();

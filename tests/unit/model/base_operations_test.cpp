@@ -140,7 +140,7 @@ TEST_F(BaseOperationsTest, CertificateOperationsAndAdaptersAreNotImplemented) {
     EXPECT_EQ(0u, certificate->Release());
 }
 
-TEST_F(BaseOperationsTest, ReleaseOfAParentKeepsItWhileItHasChildren) {
+TEST_F(BaseOperationsTest, ReleaseOfAParentWithChildrenKeepsItAlive) {
     TokenProvider* provider = held(new TokenProvider);
     BareToken* token = held(new BareToken(provider));
     KeyFile* file = held(new KeyFile(token));

@@ -1,4 +1,4 @@
-// The classes of the backend: what hosts neither call nor see.
+// The parts of the backend's classes that hosts neither call nor see.
 #include <string_view>
 
 #include "tests/support/fixtures/objects.h"

@@ -92,7 +92,7 @@ TEST_F(AutomationMemoryTest, SafeArrayCreateBeyond32BitsReturnsNull) {
     EXPECT_EQ(nullptr, SafeArrayCreate(VT_UI1, 2, square));
 }
 
-TEST_F(AutomationMemoryTest, VariantChangeTypeWithUnsupportedFlagsAnswersInvalidArgument) {
+TEST_F(AutomationMemoryTest, VariantChangeTypeWithUnsupportedFlagsReturnsInvalidArgument) {
     VARIANT variant;
     VariantInit(&variant);
     for (const USHORT flags : {USHORT{4}, USHORT{8}, USHORT{0x80}, USHORT{0xffff}}) {

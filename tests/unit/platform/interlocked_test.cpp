@@ -15,7 +15,7 @@ TEST(InterlockedTest, IncrementAndDecrementReturnTheNewValue) {
     EXPECT_EQ(-1, value);
 }
 
-TEST(InterlockedTest, IncrementsOfTwoThreadsAllCount) {
+TEST(InterlockedTest, IncrementsInTwoThreadsAreAllCounted) {
     constexpr LONG kSteps = 20000;
     LONG value = 0;
     const auto steps = [&value] {

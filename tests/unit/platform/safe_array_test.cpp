@@ -132,7 +132,7 @@ TEST(SafeArrayTest, LockBeyondTheLimitFails) {
     EXPECT_EQ(S_OK, SafeArrayDestroy(array));
 }
 
-TEST(SafeArrayTest, NullArgumentsAnswerInvalidArgument) {
+TEST(SafeArrayTest, NullArgumentsReturnInvalidArgument) {
     SAFEARRAY* array = makeVector(VT_I4, 2);
     void* data = nullptr;
     LONG bound = 0;

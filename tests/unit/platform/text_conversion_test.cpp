@@ -157,7 +157,7 @@ TEST(MultiByteToWideCharTest, InvalidSequencesAreReplacedOneByOne) {
     }
 }
 
-TEST(MultiByteToWideCharTest, DivergencesAreThoseOfTheTable) {
+TEST(MultiByteToWideCharTest, KnownDivergencesGiveOneOfTheTwoListedResults) {
     for (const Divergence& row : divergences()) {
         const std::string text(row.text);
         const auto length = static_cast<int>(text.size());

@@ -79,7 +79,7 @@ TEST(VariantChangeTypeTest, TextsThatAreNoDatesAreATypeMismatch) {
     }
 }
 
-TEST(VariantChangeTypeTest, DivergencesAreThoseOfTheTable) {
+TEST(VariantChangeTypeTest, KnownDivergencesGiveOneOfTheTwoListedResults) {
     for (const Divergence& row : divergences()) {
         OwnedVariant source;
         parseVariant(row.source, source.get());

@@ -96,7 +96,7 @@ TEST_F(ComponentImplTest, GetIDsOfNamesWithoutNamesPrintsItsFirstLineOnly) {
     EXPECT_EQ("[ZComponentImpl::GetIDsOfNames] call in...\n", console.stop().out);
 }
 
-TEST_F(ComponentImplTest, GetIDsOfNamesOfAMemberWithoutAnOutPointerAnswersInvalidArgument) {
+TEST_F(ComponentImplTest, GetIDsOfNamesOfAMemberWithoutAnOutPointerReturnsInvalidArgument) {
     EXPECT_HR(E_INVALIDARG, find(OLESTR("Keep"), nullptr));
     EXPECT_EQ(
         "[ZComponentImpl::GetIDsOfNames] call in...\n"
@@ -157,7 +157,7 @@ TEST_F(ComponentImplTest, InvokeWithIdsOutsideTheTableFails) {
     EXPECT_EQ(0, thing->calls);
 }
 
-TEST_F(ComponentImplTest, ProbeAnswersTheKindOfTheMemberAndCallsNothing) {
+TEST_F(ComponentImplTest, ProbeSucceedsForTheKindOfTheMemberAndCallsNothing) {
     const auto probe = [this](DISPID id, WORD flags) {
         return thing->Invoke(id, IID_NULL, 0, flags, nullptr, nullptr, nullptr, nullptr);
     };
@@ -238,7 +238,7 @@ TEST_F(ComponentImplTest, GetDipatchInfoWithoutAnyArgumentReturnsNull) {
     EXPECT_EQ(nullptr, thing->GetDipatchInfo(5, 1, nullptr, nullptr, nullptr, &argErr));
 }
 
-TEST_F(ComponentImplTest, CallThatFailsWritesNeitherExceptionRecordNorArgumentIndex) {
+TEST_F(ComponentImplTest, InvokeWithAnyResultWritesNeitherExceptionRecordNorArgumentIndex) {
     EXCEPINFO poison;
     std::memset(&poison, 0x5A, sizeof poison);
     const struct {
@@ -296,7 +296,7 @@ TEST_F(TwinRowsTest, LookUpFindsTheFirstOfTwoRowsOfOneName) {
     EXPECT_EQ(&twins->rows[0], ZComponentImpl::GetDispatchInfo(twins, "Keep"));
 }
 
-TEST_F(TwinRowsTest, CallTakesTheFirstOfTwoRowsOfOneId) {
+TEST_F(TwinRowsTest, InvokeCallsTheFirstOfTwoRowsOfOneId) {
     DISPPARAMS params = {};
     VARIANT result;
     EXPECT_HR(7, twins->Invoke(1, IID_NULL, 0, 1, &params, &result, nullptr, nullptr));

@@ -59,7 +59,7 @@ TEST_F(ErrorInfoTest, GettersOfANewObjectReturnEmptyValues) {
     EXPECT_EQ(0u, context);
 }
 
-TEST_F(ErrorInfoTest, GettersWithNullAnswerInvalidArgument) {
+TEST_F(ErrorInfoTest, GettersWithNullReturnInvalidArgument) {
     const ConsoleCapture quiet;
     EXPECT_HR(E_INVALIDARG, info->GetGUID(nullptr));
     EXPECT_HR(E_INVALIDARG, info->GetSource(nullptr));

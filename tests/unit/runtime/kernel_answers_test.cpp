@@ -1,6 +1,6 @@
-// The runtime over kernel services that this test answers in the system's place: failures and paths
-// that a system does not give on demand. For it the runtime's sources are compiled once more, with
-// other names for these services; see CMakeLists.txt.
+// The runtime with kernel services that this test replaces: failures and paths that a system does
+// not return on demand. For this test the runtime's sources are compiled again, with other names for
+// these services; see CMakeLists.txt.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -53,13 +53,13 @@ void expectNoString(Allocate allocate, const std::string& out, const std::string
     EXPECT_EQ(error, text.error);
 }
 
-TEST(KernelAnswersTest, TextThatDoesNotConvertIsReportedOnStandardError) {
+TEST(KernelAnswersTest, FailedConversionIsReportedOnStandardError) {
     const std::string line = "Error: ZConvUTF8ToUnicode() return 0\n";
     expectNoString(ZSysAllocUTF8String, "", line);
     expectNoString([](const char* utf8) { return ZSysAllocUTF8StringLen(utf8, 2); }, "", line);
 }
 
-TEST(KernelAnswersTest, UnderscoreNameReportsTextThatDoesNotConvertUnderItsOwnName) {
+TEST(KernelAnswersTest, UnderscoreFunctionReportsAFailedConversionUnderItsOwnName) {
     const std::string line = "Error: _ZConvUTF8ToUnicode() return 0\n";
     expectNoString(_ZSysAllocUTF8String, "_ZSysAllocUTF8String call...[abc]\n", line);
     expectNoString([](const char* utf8) { return _ZSysAllocUTF8StringLen(utf8, 2); },

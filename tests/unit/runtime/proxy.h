@@ -9,7 +9,7 @@
 
 namespace zr::test {
 
-/// Knows one name, and returns the id and the results that a test sets. Records its calls.
+/// Knows one name and returns the id and the results that a test sets. Records its calls.
 class Proxy : public IDispatch {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(const IID&, void**) override { return E_NOINTERFACE; }

@@ -42,7 +42,7 @@ TEST_F(ReportErrorTest, GetErrorInfoTwiceReturnsTheSameError) {
     EXPECT_EQ(0u, create->Release());
 }
 
-TEST_F(ReportErrorTest, NullOutPointersAnswerInvalidArgument) {
+TEST_F(ReportErrorTest, NullOutPointersReturnInvalidArgument) {
     EXPECT_HR(E_INVALIDARG, ZGetErrorInfo(0, nullptr));
     EXPECT_HR(E_INVALIDARG, ZCreateErrorInfo(nullptr));
     EXPECT_HR(E_INVALIDARG, ZProgIDFromCLSID(IID_NULL, nullptr));
@@ -89,7 +89,7 @@ TEST_F(ReportErrorTest, ReportErrorUtf8PrintsTheLineOfItsConversion) {
     EXPECT_EQ("_ZSysAllocUTF8String call...[a\xe2\x82\xac]\n", console.stop().out);
 }
 
-TEST_F(ReportErrorTest, ReportErrorUtf8WithNullTextAnswersInvalidArgumentAndPrintsNothing) {
+TEST_F(ReportErrorTest, ReportErrorUtf8WithNullTextReturnsInvalidArgumentAndPrintsNothing) {
     ConsoleCapture console;
     EXPECT_HR(E_INVALIDARG, ZCLReportErrorUTF8(IID_NULL, nullptr, IID_NULL, E_FAIL));
     EXPECT_EQ("", console.stop().out);

@@ -17,7 +17,7 @@ ZComVariant null() {
     return variant;
 }
 
-TEST(ZComVariantCompareTest, ComparisonOfTheFourTypesUsesTheirValues) {
+TEST(ZComVariantCompareTest, ComparisonOfSupportedTypesUsesTheirValues) {
     EXPECT_TRUE(ZComVariant(7ul) == ZComVariant(7ul));
     EXPECT_FALSE(ZComVariant(7ul) != ZComVariant(7ul));
     EXPECT_TRUE(ZComVariant(7ul) != ZComVariant(8ul));
@@ -47,7 +47,7 @@ void expectOrder(Value less, Value greater) {
     EXPECT_HR(2, ZComVariant::VarCmp(&b, &a, 0, 0)) << a.vt;
 }
 
-TEST(ZComVariantCompareTest, ComparisonOfTheFourTypesGivesLessEqualAndGreater) {
+TEST(ZComVariantCompareTest, ComparisonOfSupportedTypesGivesLessEqualAndGreater) {
     expectOrder(static_cast<char>(-1), static_cast<char>(1));
     expectOrder(static_cast<unsigned short>(1), static_cast<unsigned short>(0x8001));
     expectOrder(1ul, 0x80000001ul);
@@ -61,7 +61,7 @@ TEST(ZComVariantCompareTest, VarCmpOfNullFails) {
     EXPECT_HR(E_FAIL, ZComVariant::VarCmp(&a, &b, 0, 0));
 }
 
-TEST(ZComVariantCompareTest, ComparisonOfOtherTypesIsAlwaysFalse) {
+TEST(ZComVariantCompareTest, ComparisonOfOtherOrMixedTypesIsAlwaysFalse) {
     const ZComVariant seven(7l, VT_I4);
     EXPECT_FALSE(seven == seven);
     EXPECT_TRUE(seven != seven);
@@ -142,7 +142,7 @@ TEST(ZComVariantSizeTest, GetSizeOfAReferenceIsThatOfItsValueAsText) {
     EXPECT_EQ(VT_BYREF | VT_I4, variant.vt);
 }
 
-TEST(ZComVariantSizeTest, GetSizeOfAReferredObjectDoesNotCallIt) {
+TEST(ZComVariantSizeTest, GetSizeOfAReferenceToAnObjectDoesNotCallIt) {
     ValueObject object;
     IDispatch* face = &object;
     ZComVariant variant;
@@ -154,7 +154,7 @@ TEST(ZComVariantSizeTest, GetSizeOfAReferredObjectDoesNotCallIt) {
     EXPECT_EQ(0, object.calls);
 }
 
-TEST(ZComVariantSizeTest, GetSizeOfAReferredBooleanIsThatOfItsNumber) {
+TEST(ZComVariantSizeTest, GetSizeOfAReferenceToABooleanIsThatOfItsNumberAsText) {
     VARIANT_BOOL truth = VARIANT_TRUE;
     ZComVariant variant;
     variant.vt = VT_BYREF | VT_BOOL;
@@ -191,7 +191,7 @@ TEST(ZComVariantSizeTest, GetSizeBeyond32BitsReturnsTwo) {
     variant.vt = VT_EMPTY;
 }
 
-TEST(ZComVariantCompareTest, InequalityIsTheNegationOfEqualityForBothOperands) {
+TEST(ZComVariantCompareTest, InequalityIsTheNegationOfEqualityForBothOperandTypes) {
     const ZComVariant seven(7ul);
     const ZComVariant eight(8ul);
     EXPECT_FALSE(seven != static_cast<const VARIANT&>(ZComVariant(7ul)));

@@ -45,7 +45,7 @@ TEST_F(SurroundingsTest, EndlessPinIsRefused) {
                   "longer than 127 bytes");
 }
 
-TEST_F(SurroundingsTest, RemovedCurrentFolderIsAFailureInBothForms) {
+TEST_F(SurroundingsTest, RemovedCurrentFolderIsAFailureInTextAndJson) {
     const std::string go = "mkdir gone && cd gone && rmdir ../gone && (\"$ZRKEY\" list --json";
     const CommandResult result = shell("(" + go + "))");
     EXPECT_EQ(3, result.exitCode);
@@ -59,7 +59,7 @@ TEST_F(SurroundingsTest, RemovedCurrentFolderIsAFailureInBothForms) {
     EXPECT_EQ(0, shell("(" + go + " --workdir \"$TEST_FOLDER\"))").exitCode);
 }
 
-TEST_F(SurroundingsTest, ParentOfALinkIsTheParentOfItsTarget) {
+TEST_F(SurroundingsTest, ParentFolderOfALinkInAModulePathIsThatOfItsTarget) {
     std::filesystem::create_directories("real/inner");
     std::filesystem::create_directory_symlink("real/inner", "link");
     std::filesystem::create_symlink(fromEnvironment("ZRKEY_TEST_MODULE"), "real/module.so");
