@@ -11,7 +11,6 @@ using CK_BBOOL = unsigned char;
 using CK_UTF8CHAR = unsigned char;
 using CK_CHAR = unsigned char;
 using CK_ULONG = unsigned long;
-using CK_LONG = long;
 using CK_FLAGS = CK_ULONG;
 using CK_RV = CK_ULONG;
 using CK_SLOT_ID = CK_ULONG;

@@ -10,7 +10,7 @@ Module::Started Module::start(HMODULE library) {
     std::shared_ptr<Module> module;
     try {
         module = std::make_shared<Module>(library);
-    } catch (const std::exception&) {
+    } catch (const std::bad_alloc&) {
         ZFreeLibrary(library);
         return {E_OUTOFMEMORY, nullptr};
     }

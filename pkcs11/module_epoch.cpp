@@ -3,25 +3,26 @@
 
 #include <mutex>
 
+#include "runtime/spin_lock.h"
+
 namespace {
 
-// Never held during a call into a module. The first lock may allocate memory and so may throw; it
-// is taken by a constructor. Later locks do not throw.
-std::mutex s_mutex;
+// Never held during a call into a module.
+zr::SpinLock s_lock;
 ModuleEpoch* s_first = nullptr;
 std::uint64_t s_lastValue = 0;
 
 }  // namespace
 
 ModuleEpoch::ModuleEpoch() {
-    const std::lock_guard<std::mutex> lock(s_mutex);
+    const std::lock_guard<zr::SpinLock> lock(s_lock);
     m_value = ++s_lastValue;
     m_next = s_first;
     s_first = this;
 }
 
 ModuleEpoch::~ModuleEpoch() {
-    const std::lock_guard<std::mutex> lock(s_mutex);
+    const std::lock_guard<zr::SpinLock> lock(s_lock);
     ModuleEpoch** link = &s_first;
     while (*link != this) {
         link = &(*link)->m_next;
@@ -30,12 +31,12 @@ ModuleEpoch::~ModuleEpoch() {
 }
 
 void ModuleEpoch::identify(Identity identity) {
-    const std::lock_guard<std::mutex> lock(s_mutex);
+    const std::lock_guard<zr::SpinLock> lock(s_lock);
     m_identity = identity;
 }
 
 void ModuleEpoch::advance() {
-    const std::lock_guard<std::mutex> lock(s_mutex);
+    const std::lock_guard<zr::SpinLock> lock(s_lock);
     ++s_lastValue;
     for (ModuleEpoch* epoch = s_first; epoch; epoch = epoch->m_next) {
         if (epoch == this || (m_identity && epoch->m_identity == m_identity)) {

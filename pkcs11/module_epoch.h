@@ -17,7 +17,6 @@ public:
     /// its own C_Finalize counts as another module.
     using Identity = decltype(CK_FUNCTIONS::C_Finalize);
 
-    /// Throws std::exception when out of memory.
     ModuleEpoch();
     ModuleEpoch(const ModuleEpoch&) = delete;
     ModuleEpoch& operator=(const ModuleEpoch&) = delete;

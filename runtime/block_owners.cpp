@@ -2,8 +2,10 @@
 #include "runtime/block_owners.h"
 
 #include <atomic>
-#include <exception>
 #include <mutex>
+#include <new>
+
+#include "runtime/spin_lock.h"
 
 namespace zr {
 namespace {
@@ -14,7 +16,7 @@ struct SharedBlock {
     SharedBlock* next;
 };
 
-std::mutex s_mutex;
+SpinLock s_lock;
 SharedBlock* s_first = nullptr;
 // No lock is taken while no string is shared. The library itself shares none.
 std::atomic<unsigned int> s_count{0};
@@ -33,25 +35,25 @@ bool addOwner(const void* block) {
     if (!block) {
         return true;
     }
-    try {
-        const std::lock_guard<std::mutex> lock(s_mutex);
-        if (SharedBlock* shared = *find(block)) {
-            ++shared->furtherOwners;
-        } else {
-            s_first = new SharedBlock{block, 1, s_first};
-            ++s_count;
-        }
+    const std::lock_guard<SpinLock> lock(s_lock);
+    if (SharedBlock* shared = *find(block)) {
+        ++shared->furtherOwners;
         return true;
-    } catch (const std::exception&) {
-        return false;  // out of memory; on Windows the first lock allocates, too
     }
+    auto* shared = new (std::nothrow) SharedBlock{block, 1, s_first};
+    if (!shared) {
+        return false;
+    }
+    s_first = shared;
+    ++s_count;
+    return true;
 }
 
 bool dropOwner(const void* block) {
     if (s_count == 0) {
         return true;
     }
-    const std::lock_guard<std::mutex> lock(s_mutex);
+    const std::lock_guard<SpinLock> lock(s_lock);
     SharedBlock** link = find(block);
     SharedBlock* shared = *link;
     if (!shared) {
