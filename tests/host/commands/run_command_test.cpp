@@ -2,6 +2,9 @@
 #include "tests/host/child_command.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
 
 namespace zr::test {
 namespace {
@@ -96,8 +99,11 @@ TEST_F(RunCommandTest, UncaughtErrorIsOneLineWithoutControlCharacters) {
     expectFailure(runText("var error = new Error('x');\nObject.defineProperty(error, 'fileName', "
                           "{value: 'a\\u001bb\\nc'});\nthrow error;"),
                   "a?b?c:1: x\n");
+    // Windows has an error of its own for a name that no file can have.
+    EXPECT_EQ(std::fopen("no\x1bwhere.js", "rb"), nullptr);
+    const std::string reason = std::generic_category().message(errno);
     expectFailure(zrkey({"run", "no\x1bwhere.js"}),
-                  "zrkey: cannot read no?where.js: No such file or directory\n");
+                  "zrkey: cannot read no?where.js: " + reason + "\n");
 }
 
 TEST_F(RunCommandTest, FailureOfAMemberNamesTheCallingLine) {
