@@ -142,7 +142,8 @@ HRESULT STDMETHODCALLTYPE KeyFile_pkcs11::Read(ULONG length, VARIANT* data) {
     if (!data) {
         return E_INVALIDARG;
     }
-    if (length > m_dwFileSize - m_dwPos || (length > 0 && isClosed())) {
+    // A closed file has a size, but no buffer.
+    if (length > m_dwFileSize - m_dwPos || (length > 0 && !m_pData)) {
         return E_FAIL;
     }
     const unsigned char* bytes = m_pData ? m_pData + m_dwPos : nullptr;

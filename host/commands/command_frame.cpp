@@ -37,11 +37,11 @@ CLI::Validator isIndex() {
 }
 
 ByteFormat parseFormat(const std::string& name) {
-    constexpr std::pair<std::string_view, ByteFormat> formats[] = {{"raw", ByteFormat::kRaw},
-                                                                   {"hex", ByteFormat::kHex},
-                                                                   {"base64", ByteFormat::kBase64},
-                                                                   {"pem", ByteFormat::kPem}};
-    for (const auto& [text, format] : formats) {
+    constexpr std::pair<std::string_view, ByteFormat> kFormats[] = {{"raw", ByteFormat::kRaw},
+                                                                    {"hex", ByteFormat::kHex},
+                                                                    {"base64", ByteFormat::kBase64},
+                                                                    {"pem", ByteFormat::kPem}};
+    for (const auto& [text, format] : kFormats) {
         if (name == text) {
             return format;
         }

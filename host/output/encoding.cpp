@@ -9,11 +9,11 @@ constexpr std::string_view kBase64Digits =
 constexpr std::size_t kPemLine = 64;
 
 std::string toHex(std::string_view bytes) {
-    constexpr std::string_view digits = "0123456789abcdef";
+    constexpr std::string_view kDigits = "0123456789abcdef";
     std::string hex;
     for (const char byte : bytes) {
-        hex += digits[static_cast<unsigned char>(byte) >> 4];
-        hex += digits[static_cast<unsigned char>(byte) & 0x0F];
+        hex += kDigits[static_cast<unsigned char>(byte) >> 4];
+        hex += kDigits[static_cast<unsigned char>(byte) & 0x0F];
     }
     return hex;
 }

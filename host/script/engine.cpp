@@ -90,8 +90,10 @@ duk_ret_t runProtected(duk_context* heap, void* data) {
     return 0;
 }
 
-/// The report of a script that is out of time, after its place.
-const std::string kTimeoutReport = std::string(": RangeError: ") + kTimeoutMessage;
+/// The report of a script that is out of time.
+std::string timeoutReport(const std::string& place) {
+    return place + ": RangeError: " + kTimeoutMessage;
+}
 
 struct ErrorReport {
     const std::string& file;
@@ -118,7 +120,7 @@ duk_ret_t describeError(duk_context* script, void* data) {
     }
     if (contextOf(script).use.wasStopped()) {
         // Do not convert the thrown value to text: that may call the script again.
-        report.text = place + kTimeoutReport;
+        report.text = timeoutReport(place);
         return 0;
     }
     message += utf8At(script, -1);
@@ -170,7 +172,7 @@ bool ScriptEngine::run(const std::string& file, std::string_view source,
         source.remove_prefix(kByteOrderMark.size());
     }
     ScriptUse& use = m_context->use;
-    const std::string timeout = file + kTimeoutReport;
+    const std::string timeout = timeoutReport(file);
     std::optional<ScriptWatchdog> watchdog;
     if (m_mayEndProcess && use.end()) {
         watchdog.emplace(*use.end(), m_context->libraryCalls, [this, &timeout] {

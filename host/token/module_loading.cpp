@@ -85,7 +85,7 @@ private:
 };
 
 std::string modulePath(const ModuleOptions& options) {
-    const std::string path =
+    std::string path =
         options.path.empty() ? environmentVariable(kModuleVariable).value_or("") : options.path;
     if (path.empty()) {
         throw commandFailure(kExitUsage, "load a module", "no module is named",
@@ -126,7 +126,7 @@ std::string loadAdvice(ITokenProvider& provider, const fs::path& module, const f
 }  // namespace
 
 fs::path loadablePath(const fs::path& module, const fs::path& folder) {
-    const fs::path relative = module.lexically_normal().lexically_relative(folder);
+    fs::path relative = module.lexically_normal().lexically_relative(folder);
     if (!relative.empty()) {
         return relative;
     }

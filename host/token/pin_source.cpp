@@ -39,13 +39,14 @@ ReadStatus readLine(int descriptor, bool skipByteOrderMark, Pin& line, std::erro
 }
 
 ReadStatus readVariable(const std::string& name, Pin& pin) {
-    std::optional<std::string> value = environmentVariable(name);
-    if (!value) {
+    std::optional<std::string> found = environmentVariable(name);
+    if (!found) {
         return ReadStatus::kNotSet;
     }
+    std::string& value = *found;
     const bool fits =
-        std::all_of(value->begin(), value->end(), [&](char byte) { return pin.append(byte); });
-    secureErase(value->data(), value->size());
+        std::all_of(value.begin(), value.end(), [&](char byte) { return pin.append(byte); });
+    secureErase(value.data(), value.size());
     return fits ? ReadStatus::kRead : ReadStatus::kTooLong;
 }
 

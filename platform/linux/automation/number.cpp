@@ -67,7 +67,8 @@ ULONGLONG twosComplement(bool negative, ULONGLONG magnitude) {
 }
 
 HRESULT storeInteger(bool negative, ULONGLONG magnitude, IntegerType type, VARIANT* target) {
-    const ULONGLONG all = std::numeric_limits<ULONGLONG>::max() >> (64 - type.bits);
+    const ULONGLONG all =
+        type.bits < 64 ? (ULONGLONG{1} << type.bits) - 1 : std::numeric_limits<ULONGLONG>::max();
     ULONGLONG limit = all;
     if (type.isSigned) {
         limit = (all >> 1) + (negative ? 1 : 0);
