@@ -66,8 +66,15 @@ void Module::unload() {
         }
         freeFunctionTable();
     }
-    ZFreeLibrary(m_hModule);
-    m_hModule = nullptr;
+    m_isUnloaded = true;
+    freeUnloadedLibrary();
+}
+
+void Module::freeUnloadedLibrary() {
+    if (m_isUnloaded && m_calls == 0) {
+        ZFreeLibrary(m_hModule);
+        m_hModule = nullptr;
+    }
 }
 
 void Module::freeFunctionTable() {

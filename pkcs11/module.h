@@ -14,6 +14,7 @@
 class Module {
 public:
     struct Started;
+    class Use;
 
     /// Copies the entry points of a loaded library and initialises it as a Cryptoki module.
     /// @param library  taken over; freed when the module cannot be started.
@@ -27,7 +28,8 @@ public:
     ~Module();
 
     /// Finalises the module for the whole process and frees the library. Every session of this
-    /// Cryptoki module is dead afterwards, whichever provider opened it.
+    /// Cryptoki module is dead afterwards, whichever provider opened it. Called from within a call
+    /// into the module, it leaves the library to the end of that call.
     void unload();
 
     /// @return the function; null when the module has no such entry point or was unloaded.
@@ -43,10 +45,29 @@ private:
     HRESULT copyFunctionList();
     HRESULT initialize() const;
     void freeFunctionTable();
+    void freeUnloadedLibrary();
 
     HMODULE m_hModule;
+    unsigned int m_calls = 0;
+    bool m_isUnloaded = false;
     CK_FUNCTIONS* m_pFunctionTable = nullptr;
     ModuleEpoch m_epoch;
+};
+
+/// Keeps the library in memory during a call into it: a module may call back, and the host may
+/// unload it then.
+class Module::Use {
+public:
+    explicit Use(Module& module) : m_module(module) { ++m_module.m_calls; }
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+    ~Use() {
+        --m_module.m_calls;
+        m_module.freeUnloadedLibrary();
+    }
+
+private:
+    Module& m_module;
 };
 
 struct Module::Started {

@@ -63,7 +63,7 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::OpenKey(LONG index, void** key) 
     }
     const auto wanted = static_cast<CK_ULONG>(index);
     CK_ULONG count = 0;
-    // Made before the first call: if the module unloads itself meanwhile, every later call fails.
+    // Made before the first call: if the module is unloaded during one, it and all later ones fail.
     Session session(m_pModule);
     if (session.Call(&CK_FUNCTIONS::C_GetSlotList, CK_TRUE, nullptr, &count) != CKR_OK ||
         wanted >= count) {

@@ -15,7 +15,7 @@ public:
     Session() = default;
     /// Opens nothing. Every call fails once the module has been finalised.
     /// @param module  kept; may be null.
-    explicit Session(std::shared_ptr<const Module> module)
+    explicit Session(std::shared_ptr<Module> module)
         : m_module(std::move(module)), m_epoch(m_module ? m_module->epoch() : 0) {}
 
     CK_SLOT_ID slot() const { return m_ulSlotID; }
@@ -24,20 +24,29 @@ public:
     CK_SESSION_HANDLE handle() const { return m_hSession; }
     void setHandle(CK_SESSION_HANDLE handle) { m_hSession = handle; }
 
+    /// Whether there is a module that was not finalised since this was made.
+    bool isAlive() const { return m_module && m_module->epoch() == m_epoch; }
+
     /// Calls an entry point of the module.
-    /// @return its result; CKR_CRYPTOKI_NOT_INITIALIZED, without a call, when there is no module or
-    ///         it was finalised meanwhile; CKR_FUNCTION_NOT_SUPPORTED without such an entry point.
+    /// @return its result; CKR_FUNCTION_NOT_SUPPORTED when it has no such entry point;
+    ///         CKR_CRYPTOKI_NOT_INITIALIZED when the session is not alive, without a call, or when
+    ///         the module was finalised during the call: what it returned is worthless then.
     template <class... Parameters, class... Arguments>
     CK_RV Call(CK_RV (*CK_FUNCTIONS::*member)(Parameters...), Arguments... arguments) const {
-        if (!m_module || m_module->epoch() != m_epoch) {
+        if (!isAlive()) {
             return CKR_CRYPTOKI_NOT_INITIALIZED;
         }
         const auto function = m_module->entry(member);
-        return function ? function(arguments...) : CKR_FUNCTION_NOT_SUPPORTED;
+        if (!function) {
+            return CKR_FUNCTION_NOT_SUPPORTED;
+        }
+        const Module::Use use(*m_module);
+        const CK_RV rv = function(arguments...);
+        return isAlive() ? rv : CKR_CRYPTOKI_NOT_INITIALIZED;
     }
 
 private:
-    std::shared_ptr<const Module> m_module;
+    std::shared_ptr<Module> m_module;
     std::uint64_t m_epoch = 0;
     CK_SLOT_ID m_ulSlotID = 0;
     CK_SESSION_HANDLE m_hSession = 0;

@@ -67,6 +67,7 @@ CK_RV finalize(void* reserved) {
 }
 
 CK_RV getFunctionList(CK_FUNCTION_LIST** list) {
+    state().runCallback("C_GetFunctionList");
     if (const CK_RV rv = state().settings().functionListResult; rv != CKR_OK) {
         return rv;
     }

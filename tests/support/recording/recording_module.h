@@ -42,6 +42,8 @@ public:
     virtual void setFault(const RecordingFault& fault) = 0;
     /// Whether that call was made.
     virtual bool wasFaultHit() const = 0;
+    /// Calls back once, from within the next call of a function.
+    virtual void callBack(const char* function, void (*callback)(void*), void* argument) = 0;
     /// Removes an entry point from the list that is handed out next.
     virtual void removeEntry(std::size_t index) = 0;
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -34,6 +35,7 @@ void RecordingState::reset() {
     info.ulTotalPublicMemory = 65536;
     info.ulFreePublicMemory = 4096;
     m_failures.clear();
+    m_callback = {};
     m_removed = std::vector<std::size_t>();
     m_counts.clear();
     m_objects.clear();
@@ -76,8 +78,16 @@ const void* RecordingState::attribute(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE
     return value.data();
 }
 
+void RecordingState::runCallback(const std::string& function) {
+    if (m_callback.callback && m_callback.function == function) {
+        const Callback now = std::exchange(m_callback, {});
+        now.callback(now.argument);
+    }
+}
+
 CK_RV RecordingState::record(const std::string& function, const std::string& arguments) {
     m_calls.emplace_back(function + "(" + arguments + ")");
+    runCallback(function);
     const unsigned int nth = ++m_counts[function];
     const unsigned int overall = ++m_counts[""];
     for (Failure& failure : m_failures) {

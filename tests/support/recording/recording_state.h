@@ -3,6 +3,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/recording/fault_injector.h"
@@ -21,6 +22,9 @@ public:
     void fail(const char* function, unsigned int nth, CK_RV result) override;
     void setFault(const RecordingFault& fault) override { m_fault.set(fault); }
     bool wasFaultHit() const override { return m_fault.wasHit(); }
+    void callBack(const char* function, void (*callback)(void*), void* argument) override {
+        m_callback = {function, callback, argument};
+    }
     void removeEntry(std::size_t index) override;
     CK_OBJECT_HANDLE addObject() override;
     void setAttribute(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE type, const void* value,
@@ -36,6 +40,8 @@ public:
     std::size_t openSessions() const override { return m_sessions.size(); }
     bool isSearchOpen() const override;
 
+    /// Calls back when a test asked for it during this function.
+    void runCallback(const std::string& function);
     /// Records a call.
     /// @return the failure to return, or CKR_OK.
     CK_RV record(const std::string& function, const std::string& arguments);
@@ -68,6 +74,12 @@ private:
         bool isOver;  ///< it has happened; never true for a failure of every call
     };
 
+    struct Callback {
+        std::string function;
+        void (*callback)(void*) = nullptr;
+        void* argument = nullptr;
+    };
+
     struct Session {
         bool isSearchOpen = false;
         std::vector<CK_OBJECT_HANDLE> found;
@@ -79,6 +91,7 @@ private:
 
     Settings m_settings;
     std::vector<Failure> m_failures;
+    Callback m_callback;
     std::vector<std::size_t> m_removed;
     std::map<std::string, unsigned int> m_counts;
     std::map<CK_OBJECT_HANDLE, Attributes> m_objects;
