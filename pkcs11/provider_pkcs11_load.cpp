@@ -5,6 +5,7 @@
 
 #include "model/log_scope.h"
 #include "pkcs11/provider_pkcs11.h"
+#include "pkcs11/stored_pin.h"
 #include "runtime/bounded_text.h"
 #include "runtime/path_utils.h"
 #include "runtime/zcom_bstr.h"
@@ -13,14 +14,19 @@ namespace {
 
 constexpr std::size_t kPathSize = 260;
 
+/// Whether a backslash in a name of the current directory would read as a separator.
+bool namesAnotherFolder(const char* directory) {
+    return zr::kPathSeparator != '\\' && std::strchr(directory, '\\');
+}
+
 /// Makes the path of a module. It is always taken relative to the current directory; an absolute
 /// path is prefixed with it too, and hosts give their paths accordingly.
 /// @param path  kPathSize zeroed bytes.
-/// @return false when the path does not fit. What the resolution leaves of a path that climbs above
-///         the root goes to the loader as it is.
+/// @return false when the path does not fit or would lie in another folder. What the resolution
+///         leaves of a path that climbs above the root goes to the loader as it is.
 bool makeModulePath(const char* modulePath, char* path) {
-    const int length = ZGetCurrentPath(path, kPathSize);
-    if (length <= 0 || static_cast<std::size_t>(length) >= kPathSize) {
+    const DWORD length = GetCurrentDirectoryA(kPathSize, path);
+    if (length == 0 || length >= kPathSize || namesAnotherFolder(path)) {
         return false;
     }
     ZConvertLinuxPath(path);
@@ -70,6 +76,7 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::Unload() {
     // Forgotten first: a module that calls back must not be unloaded twice.
     if (const std::shared_ptr<Module> module = std::exchange(m_pModule, nullptr)) {
         module->unload();
+        StoredPin::wipeEnded();
     }
     return scope.end(S_OK);
 }

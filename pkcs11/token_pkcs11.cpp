@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "model/log_scope.h"
-#include "runtime/secret.h"
 
 namespace {
 
@@ -28,14 +27,12 @@ void setList(char (&list)[Size], const char* text, const char* name, const LogSc
 KeyObject_pkcs11::KeyObject_pkcs11(TokenProvider* provider, Session session)
     : KeyObject(provider), m_session(std::move(session)) {
     const LogScope scope(GetLog(), "KeyObject_pkcs11");
-    m_szPIN[0] = 0;
     scope.end();
 }
 
 KeyObject_pkcs11::~KeyObject_pkcs11() {
     const LogScope scope(GetLog(), "~KeyObject_pkcs11");
     scope.end();
-    zr::wipe(m_szPIN, sizeof m_szPIN);
 }
 
 TokenProvider_pkcs11* KeyObject_pkcs11::GetTokenProvider() const {
@@ -81,6 +78,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::CloseKey() {
         m_session.Call(&CK_FUNCTIONS::C_CloseSession, m_session.handle());
         m_session.setHandle(0);
     }
+    m_pin.wipe();
     if (m_pApplication) {
         std::free(m_pApplication);
         m_pApplication = nullptr;

@@ -5,6 +5,7 @@
 #include "pkcs11/cryptoki.h"
 #include "pkcs11/provider_pkcs11.h"
 #include "pkcs11/session.h"
+#include "pkcs11/stored_pin.h"
 
 class LogScope;
 class TokenAttributes;
@@ -107,9 +108,9 @@ private:
 
     int m_bLogin = 0;
     int m_nLoginType = 0;
-    char m_szPIN[128];
     char m_szAlgoList[500] = {};
     char m_szDigestList[500] = {};
     void* m_pApplication = nullptr;
     Session m_session;
+    StoredPin m_pin{m_session};
 };

@@ -1,6 +1,4 @@
 // KeyObject_pkcs11: login and PINs. The PIN of the last login is kept as long as the token object.
-#include <cstring>
-
 #include "model/log_scope.h"
 #include "pkcs11/token_pkcs11.h"
 #include "runtime/secret.h"
@@ -32,14 +30,14 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyPIN(BSTR pin, INT type) {
     }
     const CK_USER_TYPE user = type == 0 ? CKU_USER : CKU_SO;
     m_bLogin = 0;
-    const zr::SecretText<sizeof m_szPIN> text(pin);
+    const zr::SecretText<StoredPin::kSize> text(pin);
     // Reject here: sent as an empty PIN it would cost a retry.
     if (!pin || !text.fits()) {
         return E_FAIL;
     }
     const auto login = [&] {
         // A copy for each call: a module may overwrite the PIN it is handed.
-        const zr::SecretText<sizeof m_szPIN> handed(pin);
+        const zr::SecretText<StoredPin::kSize> handed(pin);
         return m_session.Call(&CK_FUNCTIONS::C_Login, m_session.handle(), user, pinBytes(handed),
                               static_cast<CK_ULONG>(handed.length()));
     };
@@ -56,7 +54,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::VerifyPIN(BSTR pin, INT type) {
     }
     m_bLogin = 1;
     m_nLoginType = type;
-    std::memcpy(m_szPIN, text.c_str(), sizeof m_szPIN);
+    m_pin.store(text.c_str());
     return scope.end(S_OK);
 }
 
@@ -74,7 +72,7 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::ModifyPIN(BSTR oldPin, BSTR newPin, 
     if (FAILED(VerifyPIN(oldPin, type))) {
         return E_FAIL;
     }
-    // m_szPIN keeps the old PIN; nothing reads it.
+    // m_pin keeps the old PIN; nothing reads it.
     if (m_session.Call(&CK_FUNCTIONS::C_SetPIN, m_session.handle(), pinBytes(oldText),
                        static_cast<CK_ULONG>(oldText.length()), pinBytes(newText),
                        static_cast<CK_ULONG>(newText.length())) != CKR_OK) {
