@@ -31,6 +31,7 @@ endif()
 # Hardening, for everything that is linked into what is installed. _FORTIFY_SOURCE needs optimised
 # code, and gets in the way of the sanitizers' own checks.
 add_compile_options(-fstack-protector-strong)
+add_compile_definitions($<$<COMPILE_LANGUAGE:CXX>:_GLIBCXX_ASSERTIONS>)
 if(NOT ZRKEY_SANITIZE AND NOT ZRKEY_SANITIZE_THREADS)
   add_compile_options($<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
 endif()
@@ -38,6 +39,8 @@ if(WIN32)
   add_link_options(LINKER:--dynamicbase,--high-entropy-va,--nxcompat
                    -fstack-protector-strong)  # with the library that reports an overrun
 else()
+  # For Windows every large frame is probed anyway, and g++ 12 fails on -fstack-clash-protection.
+  add_compile_options(-fstack-clash-protection -fcf-protection)
   include(CheckPIESupported)
   check_pie_supported()
   add_link_options(LINKER:-z,relro,-z,now,-z,noexecstack)

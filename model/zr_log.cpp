@@ -6,6 +6,7 @@
 #include <memory>
 #include <new>
 
+#include "platform/files.h"
 #include "platform/kernel.h"
 #include "runtime/bounded_text.h"
 
@@ -22,7 +23,7 @@ ZRLog::~ZRLog() {}
 int ZRLog::SetFilePath(const char* path) {
     m_szFilePath[0] = 0;
     if (path && zr::appendText(m_szFilePath, path)) {
-        if (std::FILE* file = std::fopen(m_szFilePath, "a+")) {
+        if (std::FILE* file = zr::openLogFile(m_szFilePath)) {
             std::fclose(file);
         }
     }
@@ -34,7 +35,7 @@ void ZRLog::Log(int, const char* format, ...) const {
         return;
     }
     const std::unique_ptr<char[]> message(new (std::nothrow) char[kMessageSize]);
-    std::FILE* file = message ? std::fopen(m_szFilePath, "a+") : nullptr;
+    std::FILE* file = message ? zr::openLogFile(m_szFilePath) : nullptr;
     if (!file) {
         return;
     }

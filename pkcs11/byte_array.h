@@ -36,9 +36,10 @@ public:
     }
 
     /// Whether the bytes can be read. An array that cannot be locked, or that has elements but no
-    /// memory, must not be taken for an empty one.
+    /// memory for them, must not be taken for an empty one.
     bool isAccessed() const {
-        return m_isAccessed && (m_data || m_array->rgsabound[0].cElements == 0);
+        return m_isAccessed &&
+               (m_array->rgsabound[0].cElements == 0 || (m_data && m_array->cbElements > 0));
     }
     unsigned char* data() const { return m_data; }
     ULONG length() const { return m_length; }

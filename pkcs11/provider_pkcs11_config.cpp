@@ -5,12 +5,18 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <optional>
+#include <string>
+#include <utility>
 
 #include "model/log_scope.h"
 #include "pkcs11/provider_pkcs11.h"
+#include "platform/files.h"
 #include "runtime/bounded_text.h"
 
 namespace {
+
+constexpr std::size_t kMostBytes = 1 << 20;
 
 /// Appends the text of a child element to a list: every further Load appends the lists once more.
 /// A missing element changes nothing, nor does a text for which the list has no room any more: a
@@ -34,16 +40,32 @@ bool appendChildText(const tinyxml2::XMLElement& driver, const char* name, char 
     return true;
 }
 
+/// @return nothing when there is no such regular file, or when it is larger than kMostBytes.
+std::optional<std::string> readConfig() {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(zr::openRegularFile("config.xml"),
+                                                               std::fclose);
+    if (!file) {
+        return std::nullopt;
+    }
+    std::string text;
+    char part[4096];
+    while (const std::size_t read = std::fread(part, 1, sizeof part, file.get())) {
+        text.append(part, read);
+        if (text.size() > kMostBytes) {
+            return std::nullopt;
+        }
+    }
+    return std::ferror(file.get()) ? std::nullopt : std::optional(std::move(text));
+}
+
 }  // namespace
 
 bool TokenProvider_pkcs11::LoadConfig() {
     const LogScope scope = LogScope::withoutBegin(GetLog(), "LoadConfig");
     try {
-        // Opened here: out of memory, the parser would leave a file open that it opened itself.
-        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen("config.xml", "rb"),
-                                                                   std::fclose);
+        const std::optional<std::string> text = readConfig();
         tinyxml2::XMLDocument document(true, tinyxml2::PRESERVE_WHITESPACE);
-        if (!file || document.LoadFile(file.get()) != tinyxml2::XML_SUCCESS) {
+        if (!text || document.Parse(text->data(), text->size()) != tinyxml2::XML_SUCCESS) {
             return false;
         }
         const tinyxml2::XMLElement* driver = document.FirstChildElement("driver");

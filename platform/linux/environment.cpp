@@ -55,12 +55,13 @@ DWORD GetModuleFileNameA(HMODULE module, LPSTR buffer, DWORD size) {
 }
 
 DWORD GetEnvironmentVariableA(LPCSTR name, LPSTR buffer, DWORD size) {
-    const char* value = name ? std::getenv(name) : nullptr;
+    // A set-user-ID host has more rights than its caller, whose environment it must not obey.
+    const char* value = name ? secure_getenv(name) : nullptr;
     return value ? copyIfItFits(value, buffer, size) : 0;
 }
 
 BOOL CreateDirectoryA(LPCSTR path, SECURITY_ATTRIBUTES* attributes) {
-    return path && !attributes && mkdir(path, 0777) == 0 ? TRUE : FALSE;
+    return path && !attributes && mkdir(path, S_IRWXU) == 0 ? TRUE : FALSE;
 }
 
 void GetLocalTime(SYSTEMTIME* time) {

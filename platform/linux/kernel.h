@@ -42,7 +42,9 @@ inline constexpr DWORD WC_ERR_INVALID_CHARS = 0x80;
 
 /// Loads a shared library. Call FreeLibrary once for each successful call.
 /// @param fileName  a path, or a bare name that the dynamic loader searches for. "OleAut32.dll", in
-///                  upper or lower case, is the automation platform of the process.
+///                  upper or lower case, is the automation platform of the process. A name with a
+///                  token that the dynamic loader would replace ($ORIGIN, $LIB or $PLATFORM) is
+///                  refused: it would name another file.
 /// @return the module; null when it cannot be loaded.
 HMODULE LoadLibraryA(LPCSTR fileName);
 
@@ -78,9 +80,10 @@ DWORD GetModuleFileNameA(HMODULE module, LPSTR buffer, DWORD size);
 /// @param buffer  receives the terminated value; untouched when it does not fit.
 /// @param size    size of buffer in bytes.
 /// @return the length without the terminator; when the value does not fit, the size it needs with
-///         the terminator; 0 when the variable is not set.
+///         the terminator; 0 when the variable is not set, and always in a set-user-ID program.
 DWORD GetEnvironmentVariableA(LPCSTR name, LPSTR buffer, DWORD size);
 
+/// Creates a directory for its owner alone.
 /// @param attributes  reserved, must be null.
 /// @return 1 when the directory was created, else 0.
 BOOL CreateDirectoryA(LPCSTR path, SECURITY_ATTRIBUTES* attributes);

@@ -5,6 +5,7 @@
 #include <strings.h>
 
 #include <cstring>
+#include <string_view>
 
 namespace {
 
@@ -32,6 +33,22 @@ HMODULE automation() {
     return module;
 }
 
+/// Whether dlopen would replace a part of the name, as in "$LIB" or "${LIB}".
+bool hasLoaderToken(std::string_view name) {
+    for (std::size_t at = 0; (at = name.find('$', at)) != name.npos; ++at) {
+        std::string_view token = name.substr(at + 1);
+        if (token.substr(0, 1) == "{") {
+            token.remove_prefix(1);
+        }
+        for (const std::string_view known : {"ORIGIN", "LIB", "PLATFORM"}) {
+            if (token.substr(0, known.size()) == known) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
 }  // namespace
 
 HMODULE LoadLibraryA(LPCSTR fileName) {
@@ -41,7 +58,7 @@ HMODULE LoadLibraryA(LPCSTR fileName) {
     if (strcasecmp(fileName, "oleaut32.dll") == 0) {
         return automation();
     }
-    return fromHandle(dlopen(fileName, RTLD_NOW | RTLD_LOCAL));
+    return hasLoaderToken(fileName) ? nullptr : fromHandle(dlopen(fileName, RTLD_NOW | RTLD_LOCAL));
 }
 
 HMODULE LoadLibraryExA(LPCSTR fileName, HANDLE file, DWORD flags) {

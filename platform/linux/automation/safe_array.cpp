@@ -13,6 +13,8 @@ namespace {
 
 constexpr std::size_t kHiddenSize = 16;
 constexpr ULONG kMaxLocks = 0xffff;
+// How deep arrays of variants may contain each other. An array that contains itself is deeper.
+constexpr int kMostLevels = 256;
 // The array does not own its memory.
 constexpr USHORT kForeign = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED;
 
@@ -88,13 +90,23 @@ void releaseDescriptor(SAFEARRAY* array) {
     zr::release(hiddenPart(array));
 }
 
+// Whether the stored element type, if there is one, has the size of the elements.
+bool hasTypeOfItsSize(SAFEARRAY* array) {
+    if ((array->fFeatures & FADF_HAVEVARTYPE) == 0) {
+        return true;
+    }
+    DWORD type = 0;
+    std::memcpy(&type, hiddenPart(array) + kHiddenSize - sizeof type, sizeof type);
+    return elementType(static_cast<VARTYPE>(type)).size == array->cbElements;
+}
+
 SAFEARRAYBOUND* boundsOf(SAFEARRAY* array) {
     return reinterpret_cast<SAFEARRAYBOUND*>(reinterpret_cast<char*>(array) +
                                              offsetof(SAFEARRAY, rgsabound));
 }
 
 std::size_t elementCount(SAFEARRAY* array) {
-    std::size_t count = 1;
+    std::size_t count = array->cDims > 0 ? 1 : 0;
     for (UINT i = 0; i < array->cDims; ++i) {
         count *= boundsOf(array)[i].cElements;
     }
@@ -117,6 +129,41 @@ bool dataSize(SAFEARRAY* array, std::size_t* size) {
     *size = static_cast<std::size_t>(total);
     return fits;
 }
+
+// The size that elements of a kind have; 0 when the features leave it open.
+ULONG sizeByFeatures(USHORT features) {
+    if ((features & (FADF_BSTR | FADF_UNKNOWN | FADF_DISPATCH)) != 0) {
+        return sizeof(void*);
+    }
+    return (features & FADF_VARIANT) != 0 ? sizeof(VARIANT) : 0;
+}
+
+bool hasSizeByFeatures(SAFEARRAY* array) {
+    const ULONG size = sizeByFeatures(array->fFeatures);
+    return size == 0 || array->cbElements == size;
+}
+
+// Whether the elements can be where the structure says: a caller may have built or changed it.
+bool isConsistent(SAFEARRAY* array) {
+    return array->cDims > 0 && array->cbElements > 0 && hasSizeByFeatures(array) &&
+           (array->pvData || elementCount(array) == 0);
+}
+
+// Counts the levels of arrays within arrays that the thread works on.
+class Level {
+public:
+    Level() { ++s_levels; }
+    Level(const Level&) = delete;
+    Level& operator=(const Level&) = delete;
+    ~Level() { --s_levels; }
+
+    bool isTooDeep() const { return s_levels > kMostLevels; }
+
+private:
+    static thread_local int s_levels;
+};
+
+thread_local int Level::s_levels = 0;
 
 bool allocateData(SAFEARRAY* array) {
     std::size_t size = 0;
@@ -182,6 +229,19 @@ HRESULT copyElements(SAFEARRAY* from, SAFEARRAY* to) {
     return S_OK;
 }
 
+void destroy(SAFEARRAY* array) {
+    if (array->pvData) {
+        // Locked, so that an array that contains itself is not destroyed within.
+        ++array->cLocks;
+        clearElements(array);
+        --array->cLocks;
+    }
+    if ((array->fFeatures & kForeign) == 0) {
+        zr::release(array->pvData);
+        releaseDescriptor(array);
+    }
+}
+
 }  // namespace
 
 extern "C" {
@@ -216,13 +276,11 @@ HRESULT SafeArrayDestroy(SAFEARRAY* array) {
     if (array->cLocks > 0) {
         return DISP_E_ARRAYISLOCKED;
     }
-    if (array->pvData) {
-        clearElements(array);
+    const Level level;
+    if (level.isTooDeep() || !hasSizeByFeatures(array)) {
+        return E_INVALIDARG;
     }
-    if ((array->fFeatures & kForeign) == 0) {
-        zr::release(array->pvData);
-        releaseDescriptor(array);
-    }
+    destroy(array);
     return S_OK;
 }
 
@@ -252,8 +310,14 @@ HRESULT SafeArrayAccessData(SAFEARRAY* array, void** data) {
     if (!array || !data) {
         return E_INVALIDARG;
     }
+    *data = nullptr;
+    if (!isConsistent(array)) {
+        return E_INVALIDARG;
+    }
     const HRESULT hr = SafeArrayLock(array);
-    *data = SUCCEEDED(hr) ? array->pvData : nullptr;
+    if (SUCCEEDED(hr)) {
+        *data = array->pvData;
+    }
     return hr;
 }
 
@@ -268,6 +332,10 @@ HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy) {
     *copy = nullptr;
     if (!array) {
         return S_OK;
+    }
+    const Level level;
+    if (level.isTooDeep() || !isConsistent(array) || !hasTypeOfItsSize(array)) {
+        return E_INVALIDARG;
     }
     SAFEARRAY* result = allocateDescriptor(array->cDims);
     if (!result) {
@@ -287,7 +355,7 @@ HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy) {
     }
     const HRESULT hr = copyElements(array, result);
     if (FAILED(hr)) {
-        SafeArrayDestroy(result);
+        destroy(result);
         return hr;
     }
     *copy = result;
