@@ -72,8 +72,9 @@ struct ITokenProvider : public IDispatch {
     /// @retval S_OK           loaded, initialised and configured.
     /// @retval E_FAIL         path is null, too long or names no loadable library; C_Initialize
     ///                        failed; out of memory for the path; or the configuration is missing,
-    ///                        has no "driver" or cannot be read. After a failure of the
-    ///                        configuration the module stays loaded and usable.
+    ///                        no regular file, larger than 1 MiB, has no "driver" or cannot be
+    ///                        read. After a failure of the configuration the module stays loaded
+    ///                        and usable.
     /// @retval E_OUTOFMEMORY  out of memory for the module's functions, or the library has no
     ///                        usable C_GetFunctionList.
     /// @note The current directory, a separator and path must fit 259 bytes. What is left of a path
@@ -82,6 +83,8 @@ struct ITokenProvider : public IDispatch {
     ///       appends the configured texts to what its provider has. A text that does not fit any
     ///       more leaves its list as it is, and Load succeeds; a text of 500 bytes or more is
     ///       E_FAIL.
+    /// @note On Linux a path with "$ORIGIN", "$LIB" or "$PLATFORM" in it is E_FAIL, and so is every
+    ///       Load in a directory with a backslash in its name: another file would be loaded.
     /// @note A further Load does not release the earlier module. Tokens opened before go on with
     ///       the module they were opened with.
     virtual HRESULT STDMETHODCALLTYPE Load(BSTR path) = 0;
@@ -236,7 +239,8 @@ struct IKeyObject : public IDispatch {
     /// @retval S_OK    destroyed.
     /// @retval E_FAIL  the file cannot be opened (see OpenFile) or destroyed.
     /// @note Each deletion keeps a reference to the token: the object stays in memory until the
-    ///       process ends, its session stays open until the token's module is unloaded.
+    ///       process ends. Its session stays open, and its login lasts, until the token's module is
+    ///       unloaded.
     virtual HRESULT STDMETHODCALLTYPE DeleteFile(BSTR name) = 0;
     /// @param out  receives "MD5".
     /// @retval S_OK           done.
