@@ -21,6 +21,14 @@ std::vector<std::string> commandLineArguments(int argc, char** argv);
 /// A variable of the environment in UTF-8; nullopt when it is not set.
 std::optional<std::string> environmentVariable(const std::string& name);
 
+enum class PathUse { kFolder, kModule };
+
+/// Why the library would not use the folder or module that a path names, but another one. The
+/// library changes the path, or the system reads it differently.
+/// @param path  absolute, in UTF-8.
+/// @return what comes after "the path"; empty when the library uses what the path names.
+std::string pathProblem(const std::string& path, PathUse use);
+
 /// How large the stack of the calling thread may become, at least.
 std::size_t stackSize();
 

@@ -37,6 +37,21 @@ std::optional<std::string> environmentVariable(const std::string& name) {
     return value ? std::optional<std::string>(value) : std::nullopt;
 }
 
+std::string pathProblem(const std::string& path, PathUse use) {
+    if (path.find('\\') != std::string::npos) {
+        return "contains \"\\\", which the library reads as a separator";
+    }
+    for (const std::string_view name : {"ORIGIN", "LIB", "PLATFORM"}) {
+        for (const std::string& token :
+             {std::string("$").append(name), std::string("${").append(name).append("}")}) {
+            if (use == PathUse::kModule && path.find(token) != std::string::npos) {
+                return "contains " + token + ", which the dynamic loader replaces by a folder";
+            }
+        }
+    }
+    return {};
+}
+
 std::size_t stackSize() {
     rlimit limit = {kMostStack, kMostStack};
     getrlimit(RLIMIT_STACK, &limit);

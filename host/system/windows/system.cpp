@@ -75,6 +75,16 @@ std::optional<std::string> environmentVariable(const std::string& name) {
     return utf8;
 }
 
+std::string pathProblem(const std::string& path, PathUse) {
+    const bool isAscii = std::all_of(path.begin(), path.end(),
+                                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    // The library passes UTF-8 to functions that read the code page of the process. The manifest
+    // makes that UTF-8, but Windows before version 1903 does not know this.
+    return isAscii || GetACP() == CP_UTF8 ? ""
+                                          : "contains characters outside ASCII, which this version "
+                                            "of Windows reads differently";
+}
+
 std::size_t stackSize() {
     ULONG_PTR low = 0;
     ULONG_PTR high = 0;
