@@ -12,6 +12,7 @@
 #include "host/script/object.h"
 #include "host/script/script_text.h"
 #include "host/script/values.h"
+#include "host/system/system.h"
 
 namespace zr::host {
 namespace {
@@ -69,6 +70,14 @@ std::vector<zrkey::Variant> readArguments(duk_context* script, const std::string
     return arguments;
 }
 
+/// The modules that a script loads find their dependencies as those of the other commands do.
+void prepareLoad(duk_context* script, const std::string& member) {
+    if (member == "Load" && duk_is_string(script, 0)) {
+        // The library takes every path relative to the current directory.
+        searchBesideModule("./" + textAt(script, 0));
+    }
+}
+
 /// Calls a member of an object. The first argument comes first, not last as is usual for rgvarg.
 HRESULT invoke(ScriptContext& context, IDispatch& object, const std::string& member,
                const std::vector<zrkey::Variant>& arguments, zrkey::Variant& value) {
@@ -101,6 +110,7 @@ duk_ret_t callMember(duk_context* script) {
     }
     ScriptCharge charge(context.use);
     const std::vector<zrkey::Variant> arguments = readArguments(script, member, count, charge);
+    prepareLoad(script, member);
     zrkey::Variant value;
     const HRESULT result = invoke(context, *object.get(), member, arguments, value);
     if (FAILED(result)) {

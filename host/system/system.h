@@ -29,6 +29,14 @@ enum class PathUse { kFolder, kModule };
 /// @return what comes after "the path"; empty when the library uses what the path names.
 std::string pathProblem(const std::string& path, PathUse use);
 
+/// Keeps the system from looking for the dependencies of modules in the current directory. To be
+/// called once, before the first module is loaded.
+void restrictModuleSearch();
+
+/// Lets the dependencies of a module be found beside it.
+/// @param module  its path in UTF-8, absolute or relative to the current directory.
+void searchBesideModule(const std::string& module);
+
 /// How large the stack of the calling thread may become, at least.
 std::size_t stackSize();
 

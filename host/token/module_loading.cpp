@@ -163,6 +163,7 @@ LoadedModule::LoadedModule(const ModuleOptions& options) {
     const fs::path loadable = loadablePath(module, folder);
     const std::string asked = "load the module " + inQuotes(name);
     checkPaths(asked, module, folder);
+    searchBesideModule(toUtf8(module));
 
     HRESULT result = zrkey::createProvider(m_provider);
     if (FAILED(result)) {

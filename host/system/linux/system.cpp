@@ -52,6 +52,15 @@ std::string pathProblem(const std::string& path, PathUse use) {
     return {};
 }
 
+void restrictModuleSearch() {
+    // The dynamic loader looks in the current directory only when LD_LIBRARY_PATH or the module
+    // itself says so.
+}
+
+void searchBesideModule(const std::string&) {
+    // A module says itself where its dependencies are, by its RUNPATH.
+}
+
 std::size_t stackSize() {
     rlimit limit = {kMostStack, kMostStack};
     getrlimit(RLIMIT_STACK, &limit);

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <filesystem>
+#include <set>
 
 #include <windows.h>
 
@@ -32,6 +34,15 @@ std::string toUtf8(const wchar_t* text) {
     WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes.data(), size, nullptr, nullptr);
     bytes.pop_back();
     return bytes;
+}
+
+/// Lets the dependencies of modules be found in a folder. The system keeps each folder that is added,
+/// also one that it knows already.
+void addSearchFolder(const std::filesystem::path& folder) {
+    static std::set<std::wstring> s_added;
+    if (folder.is_absolute() && s_added.insert(folder.wstring()).second) {
+        AddDllDirectory(folder.c_str());
+    }
 }
 
 std::error_code lastError() {
@@ -83,6 +94,27 @@ std::string pathProblem(const std::string& path, PathUse) {
     return isAscii || GetACP() == CP_UTF8 ? ""
                                           : "contains characters outside ASCII, which this version "
                                             "of Windows reads differently";
+}
+
+void restrictModuleSearch() {
+    SetDllDirectoryW(L"");
+    // Wine needs this as well. It excludes the folders of PATH too: they are added again, without
+    // those that depend on the current directory.
+    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+    const std::wstring path = toWide(environmentVariable("PATH").value_or(""));
+    for (std::size_t begin = 0; begin < path.size();) {
+        const std::size_t end = std::min(path.find(L';', begin), path.size());
+        addSearchFolder(path.substr(begin, end - begin));
+        begin = end + 1;
+    }
+}
+
+void searchBesideModule(const std::string& module) {
+    std::error_code error;
+    const std::filesystem::path path = std::filesystem::absolute(toWide(module), error);
+    if (!error) {
+        addSearchFolder(path.lexically_normal().parent_path());
+    }
 }
 
 std::size_t stackSize() {
