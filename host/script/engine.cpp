@@ -35,19 +35,20 @@ struct Script {
 };
 
 void pushText(duk_context* script, std::string_view utf8) {
-    const std::string text = toScriptText(fromScriptText(utf8).get());
+    const ErasedVector<OLECHAR> units = toUnits(utf8);
+    const ErasedBytes text = toScriptText(units.data(), units.size());
     duk_push_lstring(script, text.data(), text.size());
 }
 
-std::string utf8At(duk_context* script, duk_idx_t index) {
+ErasedBytes utf8At(duk_context* script, duk_idx_t index) {
     duk_size_t size = 0;
     const char* text = duk_to_lstring(script, index, &size);
-    return fromScriptText({text, size}).utf8();
+    return toUtf8({text, size});
 }
 
-void writePrinted(duk_context* script, const std::string& text) {
+void writePrinted(duk_context* script, const ErasedBytes& text) {
     stopInTime(script);
-    if (const std::error_code error = contextOf(script).console.writeOutput(text)) {
+    if (const std::error_code error = contextOf(script).console.writeOutput(viewOf(text))) {
         throwError(script, DUK_ERR_ERROR,
                    "print failed: cannot write to standard output: " + error.message());
     }
@@ -56,18 +57,20 @@ void writePrinted(duk_context* script, const std::string& text) {
 /// print(...): writes the arguments as texts, separated by blanks, as a line of standard output.
 duk_ret_t print(duk_context* script) {
     const duk_idx_t count = duk_get_top(script);
-    std::string text;
+    ErasedBytes text;
     for (duk_idx_t i = 0; i < count; ++i) {
         if (i > 0) {
             text.push_back(' ');
         }
-        text += utf8At(script, i);
+        const ErasedBytes value = utf8At(script, i);
+        text.insert(text.end(), value.begin(), value.end());
         if (text.size() >= kPrintedAtOnce) {
             writePrinted(script, text);
             text = {};
         }
     }
-    writePrinted(script, text.append("\n"));
+    text.push_back('\n');
+    writePrinted(script, text);
     return 0;
 }
 
@@ -106,7 +109,7 @@ duk_ret_t describeError(duk_context* script, void* data) {
     if (duk_is_error(script, -1)) {
         duk_get_prop_string(script, -1, "fileName");
         if (duk_is_string(script, -1)) {
-            place = utf8At(script, -1);
+            place = viewOf(utf8At(script, -1));
         }
         duk_get_prop_string(script, -2, "lineNumber");
         if (duk_get_uint(script, -1) > 0) {
@@ -121,7 +124,7 @@ duk_ret_t describeError(duk_context* script, void* data) {
         report.text = place + kTimeoutReport;
         return 0;
     }
-    message += utf8At(script, -1);
+    message += viewOf(utf8At(script, -1));
     // "Error: " is left out, names of other kinds are kept.
     if (message.starts_with("Error: ")) {
         message.erase(0, 7);

@@ -1,6 +1,7 @@
 // How much time and memory a script may use.
 #include "host/script/limits.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -70,20 +71,27 @@ void* ScriptUse::reallocate(void* block, std::size_t size) {
     if (m_mostBytes && size > before && size - before > *m_mostBytes - m_usedBytes) {
         return nullptr;
     }
-    void* const start = block ? static_cast<char*>(block) - kHeader : nullptr;
-    char* const made = static_cast<char*>(std::realloc(start, size));
+    // Not realloc: it would leave a copy in the old place, or behind the end of a smaller block.
+    char* const made = static_cast<char*>(std::malloc(size));
     if (!made) {
         return nullptr;
     }
-    m_usedBytes += size - before;
     std::memcpy(made, &size, sizeof size);
+    if (block) {
+        std::memcpy(made + kHeader, block, std::min(size, before) - kHeader);
+        free(block);
+    }
+    m_usedBytes += size;
     return made + kHeader;
 }
 
 void ScriptUse::free(void* block) {
     if (block) {
-        m_usedBytes -= sizeOf(block);
-        std::free(static_cast<char*>(block) - kHeader);
+        const std::size_t size = sizeOf(block);
+        void* const start = static_cast<char*>(block) - kHeader;
+        m_usedBytes -= size;
+        secureErase(start, size);
+        std::free(start);
     }
 }
 

@@ -35,7 +35,8 @@ public:
     /// Whether the stack is so full that the engine must not recurse further.
     bool isStackShort() const;
     const std::optional<TimePoint>& end() const { return m_end; }
-    /// Like std::realloc; null also when the limit is reached.
+    /// Like std::realloc; null also when the limit is reached. Both functions erase what they free:
+    /// it may hold a PIN.
     void* reallocate(void* block, std::size_t size);
     void free(void* block);
     /// Counts memory that is allocated elsewhere on behalf of the script.
