@@ -7,9 +7,12 @@
 #include <duktape.h>
 
 #include <cstdlib>
+#include <future>
 #include <memory>
 #include <new>
 #include <optional>
+#include <system_error>
+#include <thread>
 
 #include "host/output/console.h"
 #include "host/output/failure.h"
@@ -176,23 +179,36 @@ bool ScriptEngine::run(const std::string& file, std::string_view source,
     const std::string timeout = file + kTimeoutReport;
     std::optional<ScriptWatchdog> watchdog;
     if (m_mayEndProcess && use.end()) {
-        watchdog.emplace(*use.end(), m_context->libraryCalls, [this, &timeout] {
-            report(timeout);
-            std::_Exit(kExitFailure);
-        });
+        m_context->endProcess = [this, &timeout] { endProcess(timeout); };
+        watchdog.emplace(*use.end(), m_context->libraryCalls, m_context->endProcess);
     }
     Script script{file, source, arguments};
     const bool isDone = duk_safe_call(m_heap, runProtected, &script, 0, 1) == DUK_EXEC_SUCCESS;
     if (!isDone) {
         report(describeFailure(m_heap, file, timeout));
     }
-    // Runs the finalizers, which may take too long.
+    // Runs the finalizers and releases the objects, which may take too long.
     duk_destroy_heap(m_heap);
     m_heap = nullptr;
-    if (use.wasStopped()) {
+    if (use.isTimeUp()) {
         report(timeout);
     }
-    return isDone && !use.wasStopped();
+    return isDone && !use.isTimeUp();
+}
+
+void ScriptEngine::endProcess(const std::string& line) {
+    // On another thread: nobody may read standard error.
+    std::promise<void> written;
+    try {
+        std::thread([&] {
+            report(line);
+            written.set_value();
+        }).detach();
+        written.get_future().wait_for(kGrace);
+    } catch (const std::system_error&) {
+        // Without another thread the process ends without its report.
+    }
+    std::_Exit(kExitFailure);
 }
 
 void ScriptEngine::report(const std::string& line) {

@@ -36,10 +36,7 @@ HRESULT findMember(ScriptContext& context, IDispatch& object, const std::string&
     }
     const zrkey::Text wide = fromScriptText(name);
     LPOLESTR names[] = {wide.get()};
-    const LibraryCall call(context.libraryCalls);
-    const HRESULT result = object.GetIDsOfNames(IID_NULL, names, 1, 0, &id);
-    context.console.drainDiagnostics();
-    return result;
+    return callLibrary(context, [&] { return object.GetIDsOfNames(IID_NULL, names, 1, 0, &id); });
 }
 
 duk_ret_t throwResult(duk_context* script, const std::string& member, HRESULT result) {
@@ -103,11 +100,10 @@ HRESULT invoke(ScriptContext& context, IDispatch& object, const std::string& mem
     }
     std::vector<VARIANT> borrowed = arguments.borrow();
     DISPPARAMS params = {borrowed.data(), nullptr, static_cast<UINT>(borrowed.size()), 0};
-    const LibraryCall call(context.libraryCalls);
-    const HRESULT result =
-        object.Invoke(id, IID_NULL, 0, DISPATCH_METHOD, &params, value.receive(), nullptr, nullptr);
-    context.console.drainDiagnostics();
-    return result;
+    return callLibrary(context, [&] {
+        return object.Invoke(id, IID_NULL, 0, DISPATCH_METHOD, &params, value.receive(), nullptr,
+                             nullptr);
+    });
 }
 
 /// A member, called with a script object as "this".
@@ -190,20 +186,14 @@ duk_ret_t hasProperty(duk_context* script) {
     return 1;
 }
 
-HRESULT createProviderFor(ScriptContext& context, zrkey::ComRef<ITokenProvider>& provider) {
-    const LibraryCall call(context.libraryCalls);
-    const HRESULT result = zrkey::createProvider(provider);
-    context.console.drainDiagnostics();
-    return result;
-}
-
 duk_ret_t makeProvider(duk_context* script) {
     if (!duk_is_constructor_call(script)) {
         return throwError(script, DUK_ERR_TYPE_ERROR, "TokenProvider must be called with new");
     }
     stopInTime(script);
     zrkey::ComRef<ITokenProvider> provider;
-    const HRESULT result = createProviderFor(contextOf(script), provider);
+    const HRESULT result =
+        callLibrary(contextOf(script), [&] { return zrkey::createProvider(provider); });
     if (FAILED(result)) {
         return throwResult(script, "TokenProvider", result);
     }

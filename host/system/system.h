@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -37,8 +38,8 @@ void restrictModuleSearch();
 /// @param module  its path in UTF-8, absolute or relative to the current directory.
 void searchBesideModule(const std::string& module);
 
-/// How large the stack of the calling thread may become, at least.
-std::size_t stackSize();
+/// The lowest address that the stack of the calling thread may reach.
+std::uintptr_t lowestStackAddress();
 
 /// Overwrites memory with zeros; the compiler cannot optimise this away.
 void secureErase(void* memory, std::size_t size);

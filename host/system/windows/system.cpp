@@ -117,11 +117,11 @@ void searchBesideModule(const std::string& module) {
     }
 }
 
-std::size_t stackSize() {
+std::uintptr_t lowestStackAddress() {
     ULONG_PTR low = 0;
     ULONG_PTR high = 0;
     GetCurrentThreadStackLimits(&low, &high);
-    return high - low;
+    return low;
 }
 
 void secureErase(void* memory, std::size_t size) {
