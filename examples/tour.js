@@ -1,6 +1,9 @@
-// A tour of one token: what it is, a refused login, and a login.
+// A tour of one token: what it is, a call that fails, and a login.
 //
 //     zrkey run tour.js MODULE [PIN]
+//
+// Without PIN there is no login. PIN is tried once: a token locks itself after a few wrong PINs. Other
+// users of the computer can see a PIN in a command line; that is fit for a test token only.
 //
 // MODULE is the token maker's PKCS #11 library. Its path is always relative to the current
 // directory, which must also contain "config.xml":
@@ -8,7 +11,7 @@
 //     <driver><algo>...</algo><digest>...</digest></driver>
 
 var modulePath = arguments[0];
-var pin = arguments[1] || "1234";
+var pin = arguments[1];
 var USER = 0; // the kind of PIN; 1 is the security officer's
 
 if (!modulePath) {
@@ -36,7 +39,7 @@ if (token === null) {
     throw new Error("no token with a label; set one up first");
 }
 
-// A module that does not report a size returns all bits set.
+// A token that does not report a size returns all bits set.
 function size(bytes) {
     return bytes === 0xFFFFFFFF ? "not reported" : bytes + " bytes";
 }
@@ -48,18 +51,23 @@ print("model:         " + token.GetModelID());
 print("total size:    " + size(token.GetTotalSize()));
 print("free size:     " + size(token.GetFreeSize()));
 
-// A refused login is an error like any other; the result code does not say why.
+// A call that fails throws an error with the result code. There is no PIN of the kind 2, so the token
+// is not asked, and no retry is used.
 try {
-    token.VerifyPIN(pin + "0", USER);
-    throw new Error("the token took a wrong PIN");
+    token.VerifyPIN("none", 2);
+    throw new Error("a PIN of an unknown kind was accepted");
 } catch (error) {
     if (error.hresult === undefined) {
         throw error;
     }
-    print("wrong PIN:     " + error.message);
+    print("failing call:  " + error.message);
 }
 
-print("right PIN:     " + (token.VerifyPIN(pin, USER) ? "logged in" : "not logged in"));
+if (pin === undefined) {
+    print("login:         none, no PIN is given");
+} else {
+    print("login:         " + (token.VerifyPIN(pin, USER) ? "logged in" : "not logged in"));
+}
 
 // Objects close with their last reference: the token logs out, then the provider frees the module.
 token = null;

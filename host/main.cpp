@@ -1,4 +1,4 @@
-// The zrkey command: prepares the standard streams, then runs the command line.
+// The zrkey command: prepares the process, then runs the command line.
 #include <exception>
 #include <string>
 
@@ -10,6 +10,7 @@ int main(int argc, char** argv) {
     using namespace zr::host;
     holdStandardStreams();
     try {
+        restrictModuleSearch();
         return runCommandLine(commandLineArguments(argc, argv));
     } catch (const std::exception& error) {
         writeAll(kStandardError, std::string("zrkey: ") + error.what() + "\n");

@@ -16,7 +16,7 @@ namespace zr::host {
 zrkey::ByteArray readInput(const std::string& path) {
     const std::string place = path == kStandardStream ? "standard input" : inQuotes(path);
     std::error_code error;
-    const std::string bytes = readBytes(path, error);
+    const ErasedBytes bytes = readBytes(path, error);
     if (error) {
         throw systemFailure(kExitFailure, "read " + place, error,
                             "check the path and its permissions");
@@ -25,7 +25,7 @@ zrkey::ByteArray readInput(const std::string& path) {
         throw commandFailure(kExitFailure, "use " + place, "it is larger than 2 GiB",
                              "split it: the library takes the data of a call in one array");
     }
-    return zrkey::ByteArray(bytes);
+    return zrkey::ByteArray(viewOf(bytes));
 }
 
 std::string takeBytes(const zrkey::ByteArray& result) {

@@ -47,14 +47,14 @@ ScriptLimits limitsOf(const RunOptions& options) {
 int runScriptFile(const RunOptions& options) {
     Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
     std::error_code error;
-    const std::string source = readBytes(options.file, error);
+    const ErasedBytes source = readBytes(options.file, error);
     if (error) {
         console.writeError(
             printable("zrkey: cannot read " + options.file + ": " + error.message()) + "\n");
         return kExitFailure;
     }
     ScriptEngine engine(console, limitsOf(options));
-    return engine.run(options.file, source, options.arguments) ? kExitOk : kExitFailure;
+    return engine.run(options.file, viewOf(source), options.arguments) ? kExitOk : kExitFailure;
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <zrkey/zrkey.hpp>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <unordered_map>
 
@@ -40,7 +41,23 @@ struct ScriptContext {
     ScriptUse use = ScriptUse(ScriptLimits());
     LibraryCalls libraryCalls = 0;
     ObjectRegistry objects = {};
+    /// Reports that the time is up and ends the process; empty where that is not allowed.
+    std::function<void()> endProcess = {};
 };
+
+/// Calls the library for a script.
+/// @param call  returns the library's result.
+template <class Call>
+HRESULT callLibrary(ScriptContext& context, Call call) {
+    HRESULT result = S_OK;
+    {
+        const LibraryCall mark(context.libraryCalls);
+        result = call();
+    }
+    // Outside the call, which is never interrupted: nobody may read the diagnostics.
+    context.console.drainDiagnostics();
+    return result;
+}
 
 /// The context that belongs to an engine.
 ScriptContext& contextOf(duk_context* script);

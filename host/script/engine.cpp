@@ -7,9 +7,12 @@
 #include <duktape.h>
 
 #include <cstdlib>
+#include <future>
 #include <memory>
 #include <new>
 #include <optional>
+#include <system_error>
+#include <thread>
 
 #include "host/output/console.h"
 #include "host/output/failure.h"
@@ -35,19 +38,20 @@ struct Script {
 };
 
 void pushText(duk_context* script, std::string_view utf8) {
-    const std::string text = toScriptText(fromScriptText(utf8).get());
+    const ErasedVector<OLECHAR> units = toUnits(utf8);
+    const ErasedBytes text = toScriptText(units.data(), units.size());
     duk_push_lstring(script, text.data(), text.size());
 }
 
-std::string utf8At(duk_context* script, duk_idx_t index) {
+ErasedBytes utf8At(duk_context* script, duk_idx_t index) {
     duk_size_t size = 0;
     const char* text = duk_to_lstring(script, index, &size);
-    return fromScriptText({text, size}).utf8();
+    return toUtf8({text, size});
 }
 
-void writePrinted(duk_context* script, const std::string& text) {
+void writePrinted(duk_context* script, const ErasedBytes& text) {
     stopInTime(script);
-    if (const std::error_code error = contextOf(script).console.writeOutput(text)) {
+    if (const std::error_code error = contextOf(script).console.writeOutput(viewOf(text))) {
         throwError(script, DUK_ERR_ERROR,
                    "print failed: cannot write to standard output: " + error.message());
     }
@@ -56,18 +60,20 @@ void writePrinted(duk_context* script, const std::string& text) {
 /// print(...): writes the arguments as texts, separated by blanks, as a line of standard output.
 duk_ret_t print(duk_context* script) {
     const duk_idx_t count = duk_get_top(script);
-    std::string text;
+    ErasedBytes text;
     for (duk_idx_t i = 0; i < count; ++i) {
         if (i > 0) {
             text.push_back(' ');
         }
-        text += utf8At(script, i);
+        const ErasedBytes value = utf8At(script, i);
+        text.insert(text.end(), value.begin(), value.end());
         if (text.size() >= kPrintedAtOnce) {
             writePrinted(script, text);
             text = {};
         }
     }
-    writePrinted(script, text.append("\n"));
+    text.push_back('\n');
+    writePrinted(script, text);
     return 0;
 }
 
@@ -108,7 +114,7 @@ duk_ret_t describeError(duk_context* script, void* data) {
     if (duk_is_error(script, -1)) {
         duk_get_prop_string(script, -1, "fileName");
         if (duk_is_string(script, -1)) {
-            place = utf8At(script, -1);
+            place = viewOf(utf8At(script, -1));
         }
         duk_get_prop_string(script, -2, "lineNumber");
         if (duk_get_uint(script, -1) > 0) {
@@ -123,7 +129,7 @@ duk_ret_t describeError(duk_context* script, void* data) {
         report.text = timeoutReport(place);
         return 0;
     }
-    message += utf8At(script, -1);
+    message += viewOf(utf8At(script, -1));
     // "Error: " is left out, names of other kinds are kept.
     if (message.starts_with("Error: ")) {
         message.erase(0, 7);
@@ -175,23 +181,36 @@ bool ScriptEngine::run(const std::string& file, std::string_view source,
     const std::string timeout = timeoutReport(file);
     std::optional<ScriptWatchdog> watchdog;
     if (m_mayEndProcess && use.end()) {
-        watchdog.emplace(*use.end(), m_context->libraryCalls, [this, &timeout] {
-            report(timeout);
-            std::_Exit(kExitFailure);
-        });
+        m_context->endProcess = [this, &timeout] { endProcess(timeout); };
+        watchdog.emplace(*use.end(), m_context->libraryCalls, m_context->endProcess);
     }
     Script script{file, source, arguments};
     const bool isDone = duk_safe_call(m_heap, runProtected, &script, 0, 1) == DUK_EXEC_SUCCESS;
     if (!isDone) {
         report(describeFailure(m_heap, file, timeout));
     }
-    // Runs the finalizers, which may take too long.
+    // Runs the finalizers and releases the objects, which may take too long.
     duk_destroy_heap(m_heap);
     m_heap = nullptr;
-    if (use.wasStopped()) {
+    if (use.isTimeUp()) {
         report(timeout);
     }
-    return isDone && !use.wasStopped();
+    return isDone && !use.isTimeUp();
+}
+
+void ScriptEngine::endProcess(const std::string& line) {
+    // On another thread: nobody may read standard error.
+    std::promise<void> written;
+    try {
+        std::thread([&] {
+            report(line);
+            written.set_value();
+        }).detach();
+        written.get_future().wait_for(kGrace);
+    } catch (const std::system_error&) {
+        // Without another thread the process ends without its report.
+    }
+    std::_Exit(kExitFailure);
 }
 
 void ScriptEngine::report(const std::string& line) {

@@ -37,6 +37,8 @@ public:
 private:
     /// Writes the line of the first failure and ignores later ones; on any thread.
     void report(const std::string& line);
+    /// Reports and ends the process, also when the report cannot be written; on any thread.
+    [[noreturn]] void endProcess(const std::string& line);
 
     Console& m_console;
     bool m_mayEndProcess;

@@ -1,6 +1,7 @@
 // How much time and memory a script may use.
 #include "host/script/limits.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -15,14 +16,21 @@ namespace {
 /// The header of each block: the size of header and block, padded to the strictest alignment.
 constexpr std::size_t kHeader = alignof(std::max_align_t);
 
-/// The engine's share of the stack, in quarters. The rest is for the library, which is called
-/// at any depth, and for the engine's own functions between two checks.
-constexpr std::size_t kEngineQuarters = 3;
+/// What the engine leaves of the stack: a quarter, but not less than so many bytes. It is for the
+/// library, which is called at any depth, and for the engine's own functions between two checks.
+constexpr std::size_t kLeastReserve = 96 << 10;
+/// More stack is not used: an unlimited one is not a number to calculate with.
+constexpr std::size_t kMostStack = 8 << 20;
 
 /// The caller's position in the stack. Not the address of a local variable: sanitizers may keep
 /// variables elsewhere.
 [[gnu::always_inline]] inline std::uintptr_t stackPosition() {
     return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+}
+
+std::uintptr_t deepest(std::uintptr_t position) {
+    const std::size_t room = std::min<std::size_t>(position - lowestStackAddress(), kMostStack);
+    return position - room + std::max(room / 4, kLeastReserve);
 }
 
 std::size_t sizeOf(const void* block) {
@@ -34,7 +42,7 @@ std::size_t sizeOf(const void* block) {
 }  // namespace
 
 ScriptUse::ScriptUse(const ScriptLimits& limits)
-    : m_deepest(stackPosition() - stackSize() / 4 * kEngineQuarters), m_mostBytes(limits.bytes) {
+    : m_deepest(deepest(stackPosition())), m_mostBytes(limits.bytes) {
     if (limits.time) {
         m_end = std::chrono::steady_clock::now() + *limits.time;
     }
@@ -43,6 +51,10 @@ ScriptUse::ScriptUse(const ScriptLimits& limits)
 bool ScriptUse::isTimeUp() {
     m_wasStopped = m_wasStopped || (m_end && std::chrono::steady_clock::now() >= *m_end);
     return m_wasStopped;
+}
+
+bool ScriptUse::isOverdue() const {
+    return m_end && std::chrono::steady_clock::now() >= *m_end + kGrace;
 }
 
 bool ScriptUse::isStackShort() const {
@@ -70,20 +82,27 @@ void* ScriptUse::reallocate(void* block, std::size_t size) {
     if (m_mostBytes && size > before && size - before > *m_mostBytes - m_usedBytes) {
         return nullptr;
     }
-    void* const start = block ? static_cast<char*>(block) - kHeader : nullptr;
-    char* const made = static_cast<char*>(std::realloc(start, size));
+    // Not realloc: it would leave a copy in the old place, or behind the end of a smaller block.
+    char* const made = static_cast<char*>(std::malloc(size));
     if (!made) {
         return nullptr;
     }
-    m_usedBytes += size - before;
     std::memcpy(made, &size, sizeof size);
+    if (block) {
+        std::memcpy(made + kHeader, block, std::min(size, before) - kHeader);
+        free(block);
+    }
+    m_usedBytes += size;
     return made + kHeader;
 }
 
 void ScriptUse::free(void* block) {
     if (block) {
-        m_usedBytes -= sizeOf(block);
-        std::free(static_cast<char*>(block) - kHeader);
+        const std::size_t size = sizeOf(block);
+        void* const start = static_cast<char*>(block) - kHeader;
+        m_usedBytes -= size;
+        secureErase(start, size);
+        std::free(start);
     }
 }
 

@@ -11,6 +11,9 @@ namespace zr::host {
 /// The engine's message when a script's time is up.
 inline constexpr const char* kTimeoutMessage = "execution timeout";
 
+/// How long a script that is out of time may take to end.
+inline constexpr std::chrono::seconds kGrace{1};
+
 struct ScriptLimits {
     std::optional<std::chrono::milliseconds> time;
     std::optional<std::size_t> bytes;
@@ -30,12 +33,15 @@ public:
 
     /// Whether the script has to stop now.
     bool isTimeUp();
+    /// Whether the time has been up for kGrace: the script should have ended.
+    bool isOverdue() const;
     /// Whether isTimeUp has ever returned true.
     bool wasStopped() const { return m_wasStopped; }
     /// Whether the stack is so full that the engine must not recurse further.
     bool isStackShort() const;
     const std::optional<TimePoint>& end() const { return m_end; }
-    /// Like std::realloc; null also when the limit is reached.
+    /// Like std::realloc; null also when the limit is reached. Both functions erase what they free:
+    /// it may hold a PIN.
     void* reallocate(void* block, std::size_t size);
     void free(void* block);
     /// Counts memory that is allocated elsewhere on behalf of the script.
@@ -46,7 +52,7 @@ public:
 private:
     std::optional<TimePoint> m_end;
     bool m_wasStopped = false;
-    std::uintptr_t m_deepest;
+    std::uintptr_t m_deepest;  ///< the lowest address that the engine may use of the stack
     std::optional<std::size_t> m_mostBytes;
     std::size_t m_usedBytes = 0;
 };

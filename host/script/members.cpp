@@ -3,6 +3,7 @@
 
 #include <zrkey/zrkey.hpp>
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <utility>
@@ -12,6 +13,7 @@
 #include "host/script/object.h"
 #include "host/script/script_text.h"
 #include "host/script/values.h"
+#include "host/system/system.h"
 
 namespace zr::host {
 namespace {
@@ -34,10 +36,7 @@ HRESULT findMember(ScriptContext& context, IDispatch& object, const std::string&
     }
     const zrkey::Text wide = fromScriptText(name);
     LPOLESTR names[] = {wide.get()};
-    const LibraryCall call(context.libraryCalls);
-    const HRESULT result = object.GetIDsOfNames(IID_NULL, names, 1, 0, &id);
-    context.console.drainDiagnostics();
-    return result;
+    return callLibrary(context, [&] { return object.GetIDsOfNames(IID_NULL, names, 1, 0, &id); });
 }
 
 duk_ret_t throwResult(duk_context* script, const std::string& member, HRESULT result) {
@@ -48,15 +47,30 @@ duk_ret_t throwResult(duk_context* script, const std::string& member, HRESULT re
     return duk_throw(script);
 }
 
+/// The arguments of a call, erased on destruction.
+class CallArguments {
+public:
+    CallArguments() = default;
+    ~CallArguments() { std::for_each(m_values.begin(), m_values.end(), eraseArgument); }
+    CallArguments(const CallArguments&) = delete;
+    CallArguments& operator=(const CallArguments&) = delete;
+
+    void add(zrkey::Variant value) { m_values.push_back(std::move(value)); }
+    /// The values, borrowed.
+    std::vector<VARIANT> borrow() const { return {m_values.begin(), m_values.end()}; }
+
+private:
+    std::vector<zrkey::Variant> m_values;
+};
+
 /// Converts the arguments of a call, after charging the script for them.
-std::vector<zrkey::Variant> readArguments(duk_context* script, const std::string& member,
-                                          duk_idx_t count, ScriptCharge& charge) {
+void readArguments(duk_context* script, const std::string& member, duk_idx_t count,
+                   ScriptCharge& charge, CallArguments& arguments) {
     for (duk_idx_t i = 0; i < count; ++i) {
         if (!charge.add(argumentSize(script, i))) {
             throwError(script, DUK_ERR_ERROR, "alloc failed");
         }
     }
-    std::vector<zrkey::Variant> arguments;
     for (duk_idx_t i = 0; i < count; ++i) {
         std::optional<zrkey::Variant> argument = readArgument(script, i);
         if (!argument) {
@@ -64,26 +78,32 @@ std::vector<zrkey::Variant> readArguments(duk_context* script, const std::string
                        member + ": argument " + std::to_string(i + 1) +
                            " has a type that cannot be passed");
         }
-        arguments.push_back(std::move(*argument));
+        arguments.add(std::move(*argument));
     }
-    return arguments;
+}
+
+/// The modules that a script loads find their dependencies as those of the other commands do.
+void prepareLoad(duk_context* script, const std::string& member) {
+    if (member == "Load" && duk_is_string(script, 0)) {
+        // The library takes every path relative to the current directory.
+        searchBesideModule("./" + textAt(script, 0));
+    }
 }
 
 /// Calls a member of an object. The first argument comes first, not last as is usual for rgvarg.
 HRESULT invoke(ScriptContext& context, IDispatch& object, const std::string& member,
-               const std::vector<zrkey::Variant>& arguments, zrkey::Variant& value) {
+               const CallArguments& arguments, zrkey::Variant& value) {
     DISPID id = 0;
     const HRESULT found = findMember(context, object, member, id);
     if (FAILED(found)) {
         return found;
     }
-    std::vector<VARIANT> borrowed(arguments.begin(), arguments.end());
+    std::vector<VARIANT> borrowed = arguments.borrow();
     DISPPARAMS params = {borrowed.data(), nullptr, static_cast<UINT>(borrowed.size()), 0};
-    const LibraryCall call(context.libraryCalls);
-    const HRESULT result =
-        object.Invoke(id, IID_NULL, 0, DISPATCH_METHOD, &params, value.receive(), nullptr, nullptr);
-    context.console.drainDiagnostics();
-    return result;
+    return callLibrary(context, [&] {
+        return object.Invoke(id, IID_NULL, 0, DISPATCH_METHOD, &params, value.receive(), nullptr,
+                             nullptr);
+    });
 }
 
 /// A member, called with a script object as "this".
@@ -100,7 +120,9 @@ duk_ret_t callMember(duk_context* script) {
         return throwError(script, DUK_ERR_TYPE_ERROR, member + " was not called on a token object");
     }
     ScriptCharge charge(context.use);
-    const std::vector<zrkey::Variant> arguments = readArguments(script, member, count, charge);
+    CallArguments arguments;
+    readArguments(script, member, count, charge, arguments);
+    prepareLoad(script, member);
     zrkey::Variant value;
     const HRESULT result = invoke(context, *object.get(), member, arguments, value);
     if (FAILED(result)) {
@@ -164,20 +186,14 @@ duk_ret_t hasProperty(duk_context* script) {
     return 1;
 }
 
-HRESULT createProviderFor(ScriptContext& context, zrkey::ComRef<ITokenProvider>& provider) {
-    const LibraryCall call(context.libraryCalls);
-    const HRESULT result = zrkey::createProvider(provider);
-    context.console.drainDiagnostics();
-    return result;
-}
-
 duk_ret_t makeProvider(duk_context* script) {
     if (!duk_is_constructor_call(script)) {
         return throwError(script, DUK_ERR_TYPE_ERROR, "TokenProvider must be called with new");
     }
     stopInTime(script);
     zrkey::ComRef<ITokenProvider> provider;
-    const HRESULT result = createProviderFor(contextOf(script), provider);
+    const HRESULT result =
+        callLibrary(contextOf(script), [&] { return zrkey::createProvider(provider); });
     if (FAILED(result)) {
         return throwResult(script, "TokenProvider", result);
     }

@@ -17,9 +17,14 @@ duk_ret_t releaseObject(duk_context* script) {
     ScriptContext& context = contextOf(script);
     if (duk_is_object(script, 0) && duk_get_prop_string(script, 0, kNumberKey)) {
         if (zrkey::ComRef<IDispatch> object = context.objects.remove(duk_get_uint(script, -1))) {
-            const LibraryCall call(context.libraryCalls);
-            object.reset();
-            context.console.drainDiagnostics();
+            if (context.endProcess && context.use.isOverdue()) {
+                // The engine cannot be stopped while it releases many objects.
+                context.endProcess();
+            }
+            callLibrary(context, [&] {
+                object.reset();
+                return S_OK;
+            });
         }
     }
     return 0;

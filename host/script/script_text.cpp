@@ -3,11 +3,20 @@
 
 #include <utf8cpp/utf8.h>
 
+#include <cstdint>
 #include <iterator>
 #include <new>
 
 namespace zr::host {
 namespace {
+
+constexpr OLECHAR kReplacement = 0xFFFD;
+constexpr std::uint32_t kFirstHalf = 0xD800;
+constexpr std::uint32_t kSecondHalf = 0xDC00;
+
+bool isHalf(OLECHAR unit, std::uint32_t which) {
+    return (unit & 0xFC00U) == which;
+}
 
 /// Whether half of a surrogate pair, encoded on its own, begins here.
 bool isHalfPair(std::string_view text) {
@@ -17,9 +26,8 @@ bool isHalfPair(std::string_view text) {
 
 }  // namespace
 
-zrkey::Text fromScriptText(std::string_view text) {
-    constexpr OLECHAR kReplacement = 0xFFFD;
-    std::basic_string<OLECHAR> units;
+ErasedVector<OLECHAR> toUnits(std::string_view text) {
+    ErasedVector<OLECHAR> units;
     units.reserve(text.size());
     while (!text.empty()) {
         const std::size_t valid = utf8::find_invalid(text);
@@ -35,6 +43,11 @@ zrkey::Text fromScriptText(std::string_view text) {
             text.remove_prefix(1);
         }
     }
+    return units;
+}
+
+zrkey::Text fromScriptText(std::string_view text) {
+    const ErasedVector<OLECHAR> units = toUnits(text);
     zrkey::Text converted;
     converted.reset(SysAllocStringLen(units.data(), static_cast<UINT>(units.size())));
     if (!converted) {
@@ -43,12 +56,28 @@ zrkey::Text fromScriptText(std::string_view text) {
     return converted;
 }
 
-std::string toScriptText(BSTR text) {
-    std::string bytes;
-    const UINT size = SysStringLen(text);
+ErasedBytes toScriptText(const OLECHAR* units, std::size_t size) {
+    ErasedBytes bytes;
     bytes.reserve(size);
-    for (UINT i = 0; i < size; ++i) {
-        utf8::unchecked::append(text[i], std::back_inserter(bytes));
+    for (std::size_t i = 0; i < size; ++i) {
+        utf8::unchecked::append(units[i], std::back_inserter(bytes));
+    }
+    return bytes;
+}
+
+ErasedBytes toUtf8(std::string_view text) {
+    const ErasedVector<OLECHAR> units = toUnits(text);
+    ErasedBytes bytes;
+    bytes.reserve(text.size());
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        std::uint32_t character = units[i];
+        if (isHalf(units[i], kFirstHalf) && i + 1 < units.size() &&
+            isHalf(units[i + 1], kSecondHalf)) {
+            character = 0x10000 + ((character - kFirstHalf) << 10) + (units[++i] - kSecondHalf);
+        } else if (isHalf(units[i], kFirstHalf) || isHalf(units[i], kSecondHalf)) {
+            character = kReplacement;
+        }
+        utf8::unchecked::append(character, std::back_inserter(bytes));
     }
     return bytes;
 }

@@ -33,7 +33,7 @@ std::optional<zrkey::Variant> readBytes(duk_context* script, duk_idx_t index) {
 }
 
 void pushText(duk_context* script, BSTR text) {
-    const std::string bytes = toScriptText(text);
+    const ErasedBytes bytes = toScriptText(text, SysStringLen(text));
     duk_push_lstring(script, bytes.data(), bytes.size());
 }
 
@@ -114,6 +114,17 @@ std::optional<zrkey::Variant> readArgument(duk_context* script, duk_idx_t index)
         return std::nullopt;
     }
     return zrkey::Variant::fromObject(std::move(object));
+}
+
+void eraseArgument(zrkey::Variant& value) {
+    if (value.type() == VT_BSTR && value.get().bstrVal) {
+        secureErase(value.get().bstrVal, SysStringByteLen(value.get().bstrVal));
+    } else if (value.type() == kByteArray) {
+        const zrkey::ArrayLock lock(value.get().parray);
+        if (lock.size() > 0) {
+            secureErase(lock.data(), lock.size());
+        }
+    }
 }
 
 bool pushResult(duk_context* script, const zrkey::Variant& value) {

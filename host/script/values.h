@@ -17,6 +17,9 @@ std::size_t argumentSize(duk_context* script, duk_idx_t index);
 /// @return nullopt for a value of another kind, and for a byte buffer too large for an array.
 std::optional<zrkey::Variant> readArgument(duk_context* script, duk_idx_t index);
 
+/// Overwrites the text or the bytes of a converted value, which may be a PIN.
+void eraseArgument(zrkey::Variant& value);
+
 /// Pushes a call's result as a script value.
 /// @return false, with nothing pushed, for a type that has no script value.
 bool pushResult(duk_context* script, const zrkey::Variant& value);

@@ -3,12 +3,9 @@
 
 #include <utility>
 
+#include "host/script/limits.h"
+
 namespace zr::host {
-namespace {
-
-constexpr std::chrono::seconds kGrace{1};
-
-}  // namespace
 
 ScriptWatchdog::ScriptWatchdog(std::chrono::steady_clock::time_point end, const LibraryCalls& calls,
                                std::function<void()> act)

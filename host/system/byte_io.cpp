@@ -1,23 +1,21 @@
 // Whole files and streams of bytes.
 #include "host/system/byte_io.h"
 
-#include <vector>
-
 #include "host/system/system.h"
 
 namespace zr::host {
 
-std::string readBytes(const std::string& path, std::error_code& error) {
+ErasedBytes readBytes(const std::string& path, std::error_code& error) {
     error.clear();
     const bool isStream = path == kStandardStream;
     const int descriptor = isStream ? kStandardInput : openForReading(path, error);
     if (error) {
         return {};
     }
-    std::string content;
-    std::vector<char> block(65536);
+    ErasedBytes content;
+    ErasedBytes block(65536);
     while (const std::size_t count = readSome(descriptor, block.data(), block.size(), error)) {
-        content.append(block.data(), count);
+        content.insert(content.end(), block.data(), block.data() + count);
     }
     if (!isStream) {
         closeDescriptor(descriptor);

@@ -5,14 +5,17 @@
 #include <string_view>
 #include <system_error>
 
+#include "host/system/erasing_allocator.h"
+
 namespace zr::host {
 
 /// How the command line names standard input and output.
 inline constexpr std::string_view kStandardStream = "-";
 
-/// All bytes of a file, or of standard input for "-".
+/// All bytes of a file, or of standard input for "-". No other copy of them stays in memory: a
+/// script may contain a PIN.
 /// @param error  says why they cannot be read; cleared otherwise.
-std::string readBytes(const std::string& path, std::error_code& error);
+ErasedBytes readBytes(const std::string& path, std::error_code& error);
 
 /// Makes bytes the content of a file.
 std::error_code writeFile(const std::string& path, std::string_view bytes);

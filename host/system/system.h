@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,8 +22,24 @@ std::vector<std::string> commandLineArguments(int argc, char** argv);
 /// A variable of the environment in UTF-8; nullopt when it is not set.
 std::optional<std::string> environmentVariable(const std::string& name);
 
-/// How large the stack of the calling thread may become, at least.
-std::size_t stackSize();
+enum class PathUse { kFolder, kModule };
+
+/// Why the library would not use the folder or module that a path names, but another one. The
+/// library changes the path, or the system reads it differently.
+/// @param path  absolute, in UTF-8.
+/// @return what comes after "the path"; empty when the library uses what the path names.
+std::string pathProblem(const std::string& path, PathUse use);
+
+/// Keeps the system from looking for the dependencies of modules in the current directory. To be
+/// called once, before the first module is loaded.
+void restrictModuleSearch();
+
+/// Lets the dependencies of a module be found beside it.
+/// @param module  its path in UTF-8, absolute or relative to the current directory.
+void searchBesideModule(const std::string& module);
+
+/// The lowest address that the stack of the calling thread may reach.
+std::uintptr_t lowestStackAddress();
 
 /// Overwrites memory with zeros; the compiler cannot optimise this away.
 void secureErase(void* memory, std::size_t size);

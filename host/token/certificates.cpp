@@ -9,6 +9,9 @@
 namespace zr::host {
 namespace {
 
+/// The longest ID in bytes with which the library opens a certificate.
+constexpr std::size_t kLongestId = 127;
+
 std::string listNames(const std::vector<std::string>& names) {
     std::string text;
     for (std::size_t i = 0; i < names.size(); ++i) {
@@ -48,6 +51,20 @@ std::size_t findCertificate(const std::vector<std::string>& names,
     return 0;
 }
 
+/// Names and positions come from different walks over the token. Throws a Failure when another
+/// certificate has taken the position since.
+void checkName(IKeyCertificate& certificate, const std::string& name, const std::string& asked) {
+    zrkey::Text id;
+    const HRESULT result = certificate.GetCertID(id.receive());
+    if (FAILED(result)) {
+        throw libraryFailure(kExitFailure, asked, result, "the system may be out of memory");
+    }
+    if (id.utf8() != name) {
+        throw commandFailure(kExitNotFound, asked,
+                             "the certificates on the token changed meanwhile", "try again");
+    }
+}
+
 }  // namespace
 
 std::vector<std::string> listCertificates(IKeyObject& token) {
@@ -76,8 +93,12 @@ ChosenCertificate openCertificate(IKeyObject& token, const CertificateChoice& ch
         result = container->GetKeyCert(true, chosen.certificate.receive());
     }
     if (FAILED(result)) {
-        throw libraryFailure(kExitNotFound, asked, result, "its ID may be longer than 127 bytes");
+        throw libraryFailure(kExitNotFound, asked, result,
+                             names[index].size() > kLongestId
+                                 ? "its ID may be longer than 127 bytes"
+                                 : "the certificates on the token may have changed; try again");
     }
+    checkName(*chosen.certificate.get(), chosen.name, asked);
     return chosen;
 }
 

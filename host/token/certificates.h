@@ -18,8 +18,9 @@ struct ChosenCertificate {
     zrkey::ComRef<IKeyCertificate> certificate;
 };
 
-/// Opens the chosen certificate. Throws a Failure when none matches, or when several have its name:
-/// the library uses the keys of the first one with an ID, which need not be the chosen one.
+/// Opens the chosen certificate. Throws a Failure when none matches, when several have its name, or
+/// when the token changes meanwhile: the library uses the keys of the first certificate with an ID,
+/// which need not be the chosen one.
 ChosenCertificate openCertificate(IKeyObject& token, const CertificateChoice& choice);
 
 }  // namespace zr::host

@@ -94,6 +94,23 @@ std::string modulePath(const ModuleOptions& options) {
     return path;
 }
 
+/// Throws a Failure when the library would load another module than the named one, or read
+/// config.xml from another folder.
+void checkPaths(const std::string& asked, const fs::path& module, const fs::path& folder) {
+    if (const std::string problem = pathProblem(toUtf8(module), PathUse::kModule);
+        !problem.empty()) {
+        throw commandFailure(kExitModule, asked,
+                             "its path " + inQuotes(toUtf8(module)) + " " + problem,
+                             "rename it, or load it through a link with another path");
+    }
+    if (const std::string problem = pathProblem(toUtf8(folder), PathUse::kFolder);
+        !problem.empty()) {
+        throw commandFailure(kExitModule, asked,
+                             "the working folder " + inQuotes(toUtf8(folder)) + " " + problem,
+                             "choose another --workdir");
+    }
+}
+
 /// Why a load may have failed, and what to try.
 std::string loadAdvice(ITokenProvider& provider, const fs::path& module, const fs::path& folder,
                        const fs::path& loadable) {
@@ -144,6 +161,9 @@ LoadedModule::LoadedModule(const ModuleOptions& options) {
     const FolderChange change(options.workFolder);
     const fs::path folder = currentFolder();
     const fs::path loadable = loadablePath(module, folder);
+    const std::string asked = "load the module " + inQuotes(name);
+    checkPaths(asked, module, folder);
+    searchBesideModule(toUtf8(module));
 
     HRESULT result = zrkey::createProvider(m_provider);
     if (FAILED(result)) {
@@ -157,7 +177,7 @@ LoadedModule::LoadedModule(const ModuleOptions& options) {
                 ? "it has no usable C_GetFunctionList: name a PKCS #11 module with --module"
                 : loadAdvice(*m_provider.get(), module, folder, loadable);
         m_provider->Unload();
-        throw libraryFailure(kExitModule, "load the module " + inQuotes(name), result, advice);
+        throw libraryFailure(kExitModule, asked, result, advice);
     }
 }
 

@@ -1,20 +1,17 @@
 // The command's system services on Linux.
 #include "host/system/system.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include <fcntl.h>
-#include <sys/resource.h>
+#include <pthread.h>
 #include <unistd.h>
 
 namespace zr::host {
 namespace {
-
-/// The usual limit. A larger one is not used: "unlimited" is not a number to calculate with.
-constexpr rlim_t kMostStack = 8 << 20;
 
 std::error_code lastError() {
     return {errno, std::generic_category()};
@@ -37,10 +34,42 @@ std::optional<std::string> environmentVariable(const std::string& name) {
     return value ? std::optional<std::string>(value) : std::nullopt;
 }
 
-std::size_t stackSize() {
-    rlimit limit = {kMostStack, kMostStack};
-    getrlimit(RLIMIT_STACK, &limit);
-    return static_cast<std::size_t>(std::min(limit.rlim_cur, kMostStack));
+std::string pathProblem(const std::string& path, PathUse use) {
+    if (path.find('\\') != std::string::npos) {
+        return "contains \"\\\", which the library reads as a separator";
+    }
+    for (const std::string_view name : {"ORIGIN", "LIB", "PLATFORM"}) {
+        for (const std::string& token :
+             {std::string("$").append(name), std::string("${").append(name).append("}")}) {
+            if (use == PathUse::kModule && path.find(token) != std::string::npos) {
+                return "contains " + token + ", which the dynamic loader replaces by a folder";
+            }
+        }
+    }
+    return {};
+}
+
+void restrictModuleSearch() {
+    // The dynamic loader looks in the current directory only when LD_LIBRARY_PATH or the module
+    // itself says so.
+}
+
+void searchBesideModule(const std::string&) {
+    // A module says itself where its dependencies are, by its RUNPATH.
+}
+
+std::uintptr_t lowestStackAddress() {
+    // The arguments and the environment of the process are on the stack too, so its size alone says
+    // little.
+    pthread_attr_t attributes;
+    if (pthread_getattr_np(pthread_self(), &attributes) != 0) {
+        throw std::bad_alloc();
+    }
+    void* lowest = nullptr;
+    std::size_t size = 0;
+    pthread_attr_getstack(&attributes, &lowest, &size);
+    pthread_attr_destroy(&attributes);
+    return reinterpret_cast<std::uintptr_t>(lowest);
 }
 
 void secureErase(void* memory, std::size_t size) {

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <filesystem>
+#include <set>
 
 #include <windows.h>
 
@@ -32,6 +34,15 @@ std::string toUtf8(const wchar_t* text) {
     WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes.data(), size, nullptr, nullptr);
     bytes.pop_back();
     return bytes;
+}
+
+/// Lets the dependencies of modules be found in a folder. The system keeps each folder that is added,
+/// also one that it knows already.
+void addSearchFolder(const std::filesystem::path& folder) {
+    static std::set<std::wstring> s_added;
+    if (folder.is_absolute() && s_added.insert(folder.wstring()).second) {
+        AddDllDirectory(folder.c_str());
+    }
 }
 
 std::error_code lastError() {
@@ -75,11 +86,42 @@ std::optional<std::string> environmentVariable(const std::string& name) {
     return utf8;
 }
 
-std::size_t stackSize() {
+std::string pathProblem(const std::string& path, PathUse) {
+    const bool isAscii = std::all_of(path.begin(), path.end(),
+                                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    // The library passes UTF-8 to functions that read the code page of the process. The manifest
+    // makes that UTF-8, but Windows before version 1903 does not know this.
+    return isAscii || GetACP() == CP_UTF8 ? ""
+                                          : "contains characters outside ASCII, which this version "
+                                            "of Windows reads differently";
+}
+
+void restrictModuleSearch() {
+    SetDllDirectoryW(L"");
+    // Wine needs this as well. It excludes the folders of PATH too: they are added again, without
+    // those that depend on the current directory.
+    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+    const std::wstring path = toWide(environmentVariable("PATH").value_or(""));
+    for (std::size_t begin = 0; begin < path.size();) {
+        const std::size_t end = std::min(path.find(L';', begin), path.size());
+        addSearchFolder(path.substr(begin, end - begin));
+        begin = end + 1;
+    }
+}
+
+void searchBesideModule(const std::string& module) {
+    std::error_code error;
+    const std::filesystem::path path = std::filesystem::absolute(toWide(module), error);
+    if (!error) {
+        addSearchFolder(path.lexically_normal().parent_path());
+    }
+}
+
+std::uintptr_t lowestStackAddress() {
     ULONG_PTR low = 0;
     ULONG_PTR high = 0;
     GetCurrentThreadStackLimits(&low, &high);
-    return high - low;
+    return low;
 }
 
 void secureErase(void* memory, std::size_t size) {

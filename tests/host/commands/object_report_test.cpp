@@ -15,10 +15,11 @@ protected:
     }
 
     /// A certificate with its two keys.
-    void addCertificate(const std::string& id, const std::string& value) {
-        module.addCertificate(id, value);
+    CK_OBJECT_HANDLE addCertificate(const std::string& id, const std::string& value) {
+        const CK_OBJECT_HANDLE certificate = module.addCertificate(id, value);
         module.addKey(CKO_PRIVATE_KEY, id);
         module.addKey(CKO_PUBLIC_KEY, id);
+        return certificate;
     }
 };
 
@@ -137,6 +138,39 @@ TEST_F(ObjectReportTest, CertificateWithAnOverlongIdDoesNotOpen) {
                   "\": the library returned E_FAIL (0x80004005); its ID may be longer than 127 "
                   "bytes\n",
               result.errors);
+}
+
+TEST_F(ObjectReportTest, CertificateThatTookThePositionOfTheChosenOneIsNotUsed) {
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"cert", "read"},
+          {"sign", "-i", "data.bin"},
+          {"verify", "-i", "data.bin", "--signature", "signature.bin"}}) {
+        module->reset();
+        module->settings().signatureLength = 4;
+        const CK_OBJECT_HANDLE first = addCertificate("one", "1");
+        addCertificate("two", "2");
+        addCertificate("three", "3");
+        // The names are listed by the first search; the second one finds "three" in the place of
+        // "two".
+        module->settings().vanishingObject = first;
+        module->settings().vanishingSearch = 2;
+        std::vector<std::string> words = withPin(command);
+        words.insert(words.end(), {"--cert", "two"});
+        expectFailure(words, 4,
+                      "open the certificate \"two\": the certificates on the token changed "
+                      "meanwhile; try again");
+        EXPECT_EQ(0u, module.count("C_Sign") + module.count("C_Verify"));
+        EXPECT_EQ(0, zrkey(words).exitCode) << command.front();
+    }
+}
+
+TEST_F(ObjectReportTest, CertificateThatVanishesBeforeItIsOpenedIsReported) {
+    const CK_OBJECT_HANDLE only = addCertificate("one", "1");
+    module->settings().vanishingObject = only;
+    module->settings().vanishingSearch = 2;
+    expectFailure({"cert", "read"}, 4,
+                  std::string("open the certificate \"one\": ") + kFailed +
+                      "the certificates on the token may have changed; try again");
 }
 
 TEST_F(ObjectReportTest, CertificateReadFailureIsReported) {

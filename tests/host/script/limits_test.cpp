@@ -3,6 +3,8 @@
 
 #include <chrono>
 
+#include "tests/support/temp_dir.h"
+
 namespace zr::test {
 namespace {
 
@@ -63,6 +65,51 @@ TEST_F(ScriptLimitsTest, ErrorBeforeAnEndlessFinalizerIsReportedWithoutTheTimeou
                          "Duktape.fin(object, function () { for (;;) {} });\nthrow 'first';\n")
                   .errors,
               "script.js: uncaught first\n");
+}
+
+/// With a token whose sessions take their time to end.
+class SlowReleaseTest : public ScriptLimitsTest {
+protected:
+    void SetUp() override {
+        ScriptLimitsTest::SetUp();
+        writeFile("config.xml", "<driver/>");
+    }
+    void TearDown() override {
+        setEnvironment("ZRKEY_INSTANT_CLOSE_TIME", "");
+        ScriptLimitsTest::TearDown();
+    }
+
+    /// Runs a script with a provider.
+    static CommandResult runWithProvider(const std::string& closeTime, const std::string& limit,
+                                         const std::string& text) {
+        setEnvironment("ZRKEY_INSTANT_CLOSE_TIME", closeTime);
+        return runText("var provider = new TokenProvider(), tokens = [];\nprovider.Load('" +
+                           relativePath(ZR_INSTANT_MODULE) + "');\n" + text,
+                       {"--time-limit", limit});
+    }
+    static void expectEnd(const std::string& text) {
+        const auto start = std::chrono::steady_clock::now();
+        const CommandResult result = runWithProvider("100", "0.5", text);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15)) << text;
+        EXPECT_EQ(result.exitCode, 1) << text;
+        EXPECT_EQ(result.errors, kTimeUp) << text;
+    }
+};
+
+TEST_F(SlowReleaseTest, ReleaseAtTheEndIsWithinTheTimeLimit) {
+    const CommandResult result =
+        runWithProvider("3000", "2", "tokens.push(provider.OpenKey(0)); print('done');");
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.output, "done\n");
+    EXPECT_EQ(result.errors, kTimeUp);
+}
+
+TEST_F(SlowReleaseTest, ManyReleasesAreEndedWithTheProcess) {
+    // Together they would take 30 seconds.
+    const std::string open =
+        "for (var i = 0; i < 300; ++i) { tokens.push(provider.OpenKey(0)); }\n";
+    expectEnd(open);
+    expectEnd(open + "tokens = null; Duktape.gc(); print('never');");
 }
 
 TEST_F(ScriptLimitsTest, ScriptWithinItsTimeSucceeds) {

@@ -83,6 +83,29 @@ TEST_F(ScriptObjectTest, SizeOfAnArgumentIsThatOfItsVariantAndItsBytes) {
     }
 }
 
+TEST_F(ScriptObjectTest, ErasedArgumentIsZeroToItsEnd) {
+    duk_eval_string(m_heap, "'1234'");
+    zrkey::Variant text = readArgument(m_heap, -1).value();
+    eraseArgument(text);
+    EXPECT_EQ(text.toText(), std::string(4, '\0'));
+    duk_eval_string(m_heap, "new Uint8Array([1, 2, 3])");
+    zrkey::Variant bytes = readArgument(m_heap, -1).value();
+    eraseArgument(bytes);
+    const zrkey::ArrayLock lock(bytes.get().parray);
+    EXPECT_EQ(std::string(3, '\0'), std::string(static_cast<const char*>(lock.data()), 3));
+    duk_pop_2(m_heap);
+}
+
+TEST_F(ScriptObjectTest, ErasingAnArgumentWithoutBytesDoesNothing) {
+    zrkey::Variant nullText = zrkey::Variant::fromText(zrkey::Text());
+    eraseArgument(nullText);
+    zrkey::Variant number = zrkey::Variant::fromReal(5);
+    eraseArgument(number);
+    EXPECT_EQ(number.toReal(), 5.0);
+    zrkey::Variant noBytes = zrkey::Variant::fromArray(VT_UI1, nullptr);
+    eraseArgument(noBytes);
+}
+
 TEST_F(ScriptObjectTest, CallWithoutArgumentsPassesNone) {
     EXPECT_EQ(evaluate("object.Types()"), "");
 }

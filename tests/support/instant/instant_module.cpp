@@ -1,15 +1,19 @@
 // A Cryptoki module that returns at once and stores nothing, so that time and memory of the
 // library itself can be measured: one token with as many certificates as set by
-// ZRKEY_INSTANT_CERTIFICATES (32), and one key pair. It accepts any PIN.
+// ZRKEY_INSTANT_CERTIFICATES (32), and one key pair. It accepts any PIN. The end of a session takes
+// as many milliseconds as set by ZRKEY_INSTANT_CLOSE_TIME (0).
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 
 #include "pkcs11/cryptoki.h"
 
 namespace {
 
 CK_ULONG s_certificates = 32;
+long s_closeTime = 0;
 // A session is used by one thread at a time, and each thread of a test has one.
 thread_local CK_OBJECT_CLASS s_class = 0;
 thread_local CK_ULONG s_next = 0;
@@ -17,6 +21,9 @@ thread_local CK_ULONG s_next = 0;
 CK_RV initialize(void*) {
     if (const char* count = std::getenv("ZRKEY_INSTANT_CERTIFICATES")) {
         s_certificates = std::strtoul(count, nullptr, 10);
+    }
+    if (const char* milliseconds = std::getenv("ZRKEY_INSTANT_CLOSE_TIME")) {
+        s_closeTime = std::strtol(milliseconds, nullptr, 10);
     }
     return CKR_OK;
 }
@@ -39,6 +46,13 @@ CK_RV openSession(CK_SLOT_ID, CK_FLAGS, void*, CK_NOTIFY, CK_SESSION_HANDLE* ses
 }
 
 CK_RV closeSession(CK_SESSION_HANDLE) {
+    if (s_closeTime > 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(s_closeTime));
+    }
+    return CKR_OK;
+}
+
+CK_RV logout(CK_SESSION_HANDLE) {
     return CKR_OK;
 }
 
@@ -107,7 +121,7 @@ CK_FUNCTION_LIST makeList() {
     functions.C_GetSlotList = getSlotList;
     functions.C_OpenSession = openSession;
     functions.C_CloseSession = closeSession;
-    functions.C_Logout = closeSession;
+    functions.C_Logout = logout;
     functions.C_Login = login;
     functions.C_SetPIN = setPin;
     functions.C_FindObjectsInit = findObjectsInit;

@@ -27,8 +27,10 @@ public:
         CK_ULONG signatureLength;  ///< bytes of a signature
         const char* userPin;
         const char* securityOfficerPin;
-        bool setsApplication;  ///< C_OpenSession writes through the application pointer
-        bool overwritesPin;    ///< C_Login writes into the PIN, over its terminator too
+        bool setsApplication;              ///< C_OpenSession writes through the application pointer
+        bool overwritesPin;                ///< C_Login writes into the PIN, over its terminator too
+        CK_OBJECT_HANDLE vanishingObject;  ///< disappears when the vanishingSearch-th search begins
+        unsigned int vanishingSearch;      ///< from 1, counted from now; 0 never
     };
 
     /// Removes calls, failures and objects; restores the default answers: one token, user PIN 1234.

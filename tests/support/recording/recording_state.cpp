@@ -183,6 +183,9 @@ CK_RV RecordingState::findInit(CK_SESSION_HANDLE session, const CK_ATTRIBUTE* at
     if (searching(session) && m_settings.isSearchExclusive) {
         return CKR_OPERATION_ACTIVE;
     }
+    if (m_settings.vanishingSearch > 0 && --m_settings.vanishingSearch == 0) {
+        m_objects.erase(m_settings.vanishingObject);
+    }
     Session& search = m_sessions[session];
     search.isSearchOpen = true;
     search.found.clear();
