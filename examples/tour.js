@@ -2,8 +2,8 @@
 //
 //     zrkey run tour.js MODULE [PIN]
 //
-// Without PIN there is no login. PIN is tried once: a token locks itself after a few wrong PINs. Other
-// users of the computer can see a PIN in a command line; that is fit for a test token only.
+// Without PIN there is no login. PIN is tried once: a token locks itself after a few wrong PINs.
+// Other users of the computer can see a PIN in a command line; that is fit for a test token only.
 //
 // MODULE is the token maker's PKCS #11 library. Its path is always relative to the current
 // directory, which must also contain "config.xml":
@@ -51,8 +51,8 @@ print("model:         " + token.GetModelID());
 print("total size:    " + size(token.GetTotalSize()));
 print("free size:     " + size(token.GetFreeSize()));
 
-// A call that fails throws an error with the result code. There is no PIN of the kind 2, so the token
-// is not asked, and no retry is used.
+// A call that fails throws an error with the result code. There is no PIN of the kind 2, so the
+// token is not asked, and no retry is used.
 try {
     token.VerifyPIN("none", 2);
     throw new Error("a PIN of an unknown kind was accepted");
