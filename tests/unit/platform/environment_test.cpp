@@ -1,6 +1,7 @@
 // Current directory, executable, environment variables, directories and local time.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -134,11 +135,15 @@ TEST(EnvironmentTest, CreateDirectoryOfAnExistingOneFails) {
 }
 
 TEST(EnvironmentTest, GetLocalTimeReturnsTheTimeOfTheProcess) {
-    const std::time_t before = std::time(nullptr);
+    // std::time reads a coarser clock, which may still show the second before.
+    const auto now = [] {
+        return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    };
+    const std::time_t before = now();
     SYSTEMTIME time;
     std::memset(&time, 0x5a, sizeof time);
     GetLocalTime(&time);
-    const std::time_t after = std::time(nullptr);
+    const std::time_t after = now();
     std::tm parts{};
     parts.tm_year = time.wYear - 1900;
     parts.tm_mon = time.wMonth - 1;
