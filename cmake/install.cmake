@@ -1,4 +1,5 @@
-# Installed: the library, its headers, a CMake package (zrkey::zrkey) and a pkg-config file.
+# Installed: the library, its headers, a CMake package (zrkey::zrkey), a pkg-config file, and the command
+# with its shell completion and manual page.
 include(CMakePackageConfigHelpers)
 
 install(DIRECTORY include/zrkey DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
@@ -10,6 +11,14 @@ if(TARGET zrautomation)
 endif()
 if(TARGET zrkey_host)
   install(TARGETS zrkey_host)
+endif()
+if(ZRKEY_SHELL_FILES)
+  install(FILES ${ZRKEY_SHELL_FILES}/zrkey
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+  install(FILES ${ZRKEY_SHELL_FILES}/_zrkey DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+  install(FILES ${ZRKEY_SHELL_FILES}/zrkey.fish
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+  install(FILES ${ZRKEY_SHELL_FILES}/zrkey.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endif()
 install(EXPORT zrkeyTargets NAMESPACE zrkey:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zrkey)
 

@@ -97,15 +97,23 @@ void addReportOptions(CLI::App& command, ReportOptions& options) {
                      "Shows the library's diagnostics on standard error");
 }
 
+void addConfigurationOptions(CLI::App& command, ModuleOptions& options) {
+    command
+        .add_option("--workdir", options.workFolder,
+                    "The working folder; the default is the current folder")
+        ->type_name("DIR");
+    command
+        .add_option("--config", options.configuration,
+                    "The configuration; the default is the first that \"zrkey config path\" finds")
+        ->type_name("FILE");
+}
+
 void addModuleOptions(CLI::App& command, ModuleOptions& options) {
     command
         .add_option("--module", options.path,
                     "The PKCS #11 module; the default is the variable ZRKEY_MODULE")
         ->type_name("PATH");
-    command
-        .add_option("--workdir", options.workFolder,
-                    "The folder that contains config.xml; the default is the current folder")
-        ->type_name("DIR");
+    addConfigurationOptions(command, options);
 }
 
 void addTokenOptions(CLI::App& command, TokenOptions& options) {

@@ -22,7 +22,9 @@ namespace zr::host {
 
 /// --json and -v.
 void addReportOptions(CLI::App& command, ReportOptions& options);
-/// --module and --workdir.
+/// --config and --workdir.
+void addConfigurationOptions(CLI::App& command, ModuleOptions& options);
+/// --module and the two above.
 void addModuleOptions(CLI::App& command, ModuleOptions& options);
 /// All of the above, and --index, --label, --serial.
 void addTokenOptions(CLI::App& command, TokenOptions& options);

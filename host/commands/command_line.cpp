@@ -4,48 +4,18 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <memory>
 #include <sstream>
 
+#include "host/commands/command_tables.h"
 #include "host/commands/commands.h"
+#include "host/commands/examples.h"
+#include "host/commands/usage.h"
+#include "host/commands/word_order.h"
 #include "host/output/failure.h"
-#include "host/output/printable.h"
 #include "host/system/system.h"
 
 namespace zr::host {
 namespace {
-
-/// Describes the words that no command expects. Only names of options are repeated: any other word
-/// may be a PIN.
-std::string describeExtras(const std::vector<std::string>& words) {
-    std::string names;
-    for (const std::string& word : words) {
-        if (word.starts_with("--")) {
-            names += " " + word.substr(0, word.find('='));
-        }
-    }
-    return names.empty() ? "unexpected argument" : "unknown options:" + names;
-}
-
-/// One line that says what is wrong and what to try.
-std::string usageLine(const CLI::App* app, const CLI::Error& error) {
-    std::string what = error.what();
-    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError)) {
-        what = describeExtras(app->remaining(true));
-    } else if (app->get_subcommands().empty() && !app->remaining().empty()) {
-        what = "unknown command";
-    }
-    return "zrkey: " + printable(what) + "; zrkey --help shows the usage\n";
-}
-
-/// Leaves out the lists of excluded options: the parser sorts them by address, which varies.
-class HelpFormatter : public CLI::Formatter {
-public:
-    std::string make_option_opts(const CLI::Option* option) const override {
-        const std::string text = CLI::Formatter::make_option_opts(option);
-        return text.substr(0, text.find(" Excludes:"));
-    }
-};
 
 CLI::App& addGroup(CLI::App& app, const std::string& name, const std::string& help) {
     CLI::App* group = app.add_subcommand(name, help);
@@ -71,22 +41,56 @@ void addCommands(CLI::App& app, Action& action) {
     addSignCommand(app, action);
     addVerifyCommand(app, action);
     addDigestCommand(app, action);
+    CLI::App& config = addGroup(app, "config", "Shows where the configuration comes from");
+    addConfigShowCommand(config, action);
+    addConfigInitCommand(config, action);
+    addConfigPathCommand(config, action);
+    // Its words are exchanged before they reach the parser.
+    app.add_subcommand("help", "Shows the help of a command")
+        ->add_option_function<std::string>(
+            "COMMAND", [](const std::string&) {}, "The command, such as: pin change")
+        ->type_name("");
+}
+
+/// Adds the examples to the help of a command and of those in it.
+void addExamples(CLI::App& command, const std::string& name) {
+    std::string footer = name.empty() ? "--module, --workdir, --config, --json and -v may also "
+                                        "stand before the command.\n\nExamples:"
+                                      : "Examples:";
+    for (const std::string& example : examplesOf(name)) {
+        footer.append("\n  zrkey ").append(example);
+    }
+    command.footer(footer);
+    for (CLI::App* inner : command.get_subcommands([](const CLI::App*) { return true; })) {
+        addExamples(*inner, name.empty() ? inner->get_name() : name + ' ' + inner->get_name());
+    }
 }
 
 }  // namespace
 
-int runCommandLine(std::vector<std::string> words) {
+int runCommandLine(const std::vector<std::string>& words) {
     CLI::App app("Cryptographic tokens from the command line and from scripts.", "zrkey");
     app.set_version_flag("--version", "zrkey " ZRKEY_VERSION);
-    app.failure_message(usageLine);
-    app.formatter(std::make_shared<HelpFormatter>());
+    app.failure_message([&words](const CLI::App* failed, const CLI::Error& error) {
+        return usageLine(*failed, error, words);
+    });
+    app.formatter(helpFormatter());
     Action action;
     addCommands(app, action);
+    addExamples(app, "");
 
+    // For the build, which installs what it writes.
+    if (words.size() == 2 && words.front() == "--generate") {
+        const std::string text = generate(app, words.back());
+        if (!text.empty()) {
+            return writeAll(kStandardOutput, text) ? kExitFailure : kExitOk;
+        }
+    }
+    std::vector<std::string> ordered = inParserOrder(app, words);
     // The parser takes the words from the end.
-    std::reverse(words.begin(), words.end());
+    std::reverse(ordered.begin(), ordered.end());
     try {
-        app.parse(words);
+        app.parse(ordered);
     } catch (const CLI::ParseError& error) {
         std::ostringstream output;
         std::ostringstream errors;

@@ -29,5 +29,8 @@ void addCertReadCommand(CLI::App& parent, Action& action);
 void addSignCommand(CLI::App& parent, Action& action);
 void addVerifyCommand(CLI::App& parent, Action& action);
 void addDigestCommand(CLI::App& parent, Action& action);
+void addConfigShowCommand(CLI::App& parent, Action& action);
+void addConfigInitCommand(CLI::App& parent, Action& action);
+void addConfigPathCommand(CLI::App& parent, Action& action);
 
 }  // namespace zr::host

@@ -20,4 +20,8 @@ ErasedBytes readBytes(const std::string& path, std::error_code& error);
 /// Makes bytes the content of a file.
 std::error_code writeFile(const std::string& path, std::string_view bytes);
 
+/// Makes a file with these bytes. It is an error when there is one already; a file that cannot be
+/// written whole is removed.
+std::error_code writeNewFile(const std::string& path, std::string_view bytes);
+
 }  // namespace zr::host

@@ -22,6 +22,15 @@ std::vector<std::string> commandLineArguments(int argc, char** argv);
 /// A variable of the environment in UTF-8; nullopt when it is not set.
 std::optional<std::string> environmentVariable(const std::string& name);
 
+/// The folders that hold the configurations of all programs, of the user and of the system; empty
+/// when the environment does not name it.
+std::string userConfigurationFolder();
+std::string systemConfigurationFolder();
+
+/// Makes an empty folder for temporary files that only this user can use.
+/// @return its path; empty when it cannot be made: error says why.
+std::string makePrivateFolder(std::error_code& error);
+
 enum class PathUse { kFolder, kModule };
 
 /// Why the library would not use the folder or module that a path names, but another one. The
@@ -54,6 +63,8 @@ bool isDescriptorOpen(int descriptor);
 /// @return -1 when it cannot be opened; error says why.
 int openForReading(const std::string& path, std::error_code& error);
 int openForWriting(const std::string& path, std::error_code& error);
+/// Opens a file for writing that does not exist yet.
+int openNewForWriting(const std::string& path, std::error_code& error);
 
 /// Reads bytes unchanged.
 /// @return how many; 0 at the end, and when they cannot be read: error says why then.

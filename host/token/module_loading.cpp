@@ -3,9 +3,14 @@
 
 #include <utf8cpp/utf8.h>
 
+#include <optional>
+
 #include "host/output/failure.h"
 #include "host/output/printable.h"
 #include "host/system/system.h"
+#include "host/system/utf8_path.h"
+#include "host/token/configuration.h"
+#include "host/token/paths.h"
 
 namespace fs = std::filesystem;
 
@@ -13,41 +18,8 @@ namespace zr::host {
 namespace {
 
 constexpr const char* kModuleVariable = "ZRKEY_MODULE";
-constexpr const char* kConfiguration = "config.xml";
 /// The library's limit for the current directory and the module path together.
 constexpr std::size_t kLongestPath = 259;
-
-fs::path toPath(const std::string& utf8) {
-    return {std::u8string(utf8.begin(), utf8.end())};
-}
-
-std::string toUtf8(const fs::path& path) {
-    const std::u8string text = path.generic_u8string();
-    return {text.begin(), text.end()};
-}
-
-Failure noCurrentFolder(std::error_code error) {
-    return systemFailure(kExitModule, "find the current folder", error,
-                         "change to another folder, or give --module and --workdir as full paths");
-}
-
-fs::path currentFolder() {
-    std::error_code error;
-    fs::path folder = fs::current_path(error);
-    if (error) {
-        throw noCurrentFolder(error);
-    }
-    return folder;
-}
-
-fs::path absolutePath(const fs::path& path) {
-    std::error_code error;
-    fs::path absolute = fs::absolute(path, error);
-    if (error) {
-        throw noCurrentFolder(error);
-    }
-    return absolute;
-}
 
 /// The same file with the links in its folder resolved: ".." after a link is the parent of the
 /// link's target. The file itself may stay a link: a module may find its own files by its name.
@@ -57,31 +29,11 @@ fs::path withoutLinks(const fs::path& module) {
     return error ? module : folder / module.filename();
 }
 
-/// Makes a folder the current one until destruction.
-class FolderChange {
-public:
-    explicit FolderChange(const std::string& folder) {
-        std::error_code error;
-        // The current folder may not exist any more; there is no way back to it then.
-        m_before = fs::current_path(error);
-        error.clear();
-        if (!folder.empty()) {
-            fs::current_path(toPath(folder), error);
-        }
-        if (error) {
-            throw systemFailure(kExitModule, "change to the folder " + inQuotes(folder), error,
-                                "check --workdir, the folder that contains config.xml");
-        }
-    }
-    ~FolderChange() {
-        std::error_code ignored;
-        fs::current_path(m_before, ignored);
-    }
-    FolderChange(const FolderChange&) = delete;
-    FolderChange& operator=(const FolderChange&) = delete;
-
-private:
-    fs::path m_before;
+/// The folder that is current during Load.
+struct LoadFolder {
+    fs::path path;
+    std::string what;         ///< how messages call it
+    std::string alternative;  ///< how to get another one
 };
 
 std::string modulePath(const ModuleOptions& options) {
@@ -96,48 +48,52 @@ std::string modulePath(const ModuleOptions& options) {
 
 /// Throws a Failure when the library would load another module than the named one, or read
 /// config.xml from another folder.
-void checkPaths(const std::string& asked, const fs::path& module, const fs::path& folder) {
+void checkPaths(const std::string& asked, const fs::path& module, const LoadFolder& folder) {
     if (const std::string problem = pathProblem(toUtf8(module), PathUse::kModule);
         !problem.empty()) {
         throw commandFailure(kExitModule, asked,
                              "its path " + inQuotes(toUtf8(module)) + " " + problem,
                              "rename it, or load it through a link with another path");
     }
-    if (const std::string problem = pathProblem(toUtf8(folder), PathUse::kFolder);
+    if (const std::string problem = pathProblem(toUtf8(folder.path), PathUse::kFolder);
         !problem.empty()) {
         throw commandFailure(kExitModule, asked,
-                             "the working folder " + inQuotes(toUtf8(folder)) + " " + problem,
-                             "choose another --workdir");
+                             folder.what + " " + inQuotes(toUtf8(folder.path)) + " " + problem,
+                             "choose another " + folder.alternative);
     }
 }
 
 /// Why a load may have failed, and what to try.
-std::string loadAdvice(ITokenProvider& provider, const fs::path& module, const fs::path& folder,
-                       const fs::path& loadable) {
+std::string loadAdvice(ITokenProvider& provider, const fs::path& module, const LoadFolder& folder,
+                       const fs::path& loadable, const ConfigurationPlace& configuration) {
     std::error_code ignored;
-    const std::string place = inQuotes(toUtf8(folder));
-    if (!fs::exists(folder / kConfiguration, ignored)) {
-        return "there is no config.xml in the working folder " + place +
-               ": create one with a <driver> element, or name its folder with --workdir";
-    }
     if (!fs::is_regular_file(module, ignored)) {
         return "the file does not exist: check --module";
     }
     if (!utf8::is_valid(toUtf8(loadable))) {
         return "its path is not valid UTF-8: rename it, or load it through a link";
     }
-    if (toUtf8(folder).size() + 1 + toUtf8(loadable).size() > kLongestPath) {
-        return "the working folder and the module path together are longer than 259 bytes: choose "
-               "a "
-               "shorter --workdir";
+    if (toUtf8(folder.path).size() + 1 + toUtf8(loadable).size() > kLongestPath) {
+        return folder.what +
+               " and the module path together are longer than 259 bytes: choose a shorter " +
+               folder.alternative;
     }
     INT count = 0;
     if (SUCCEEDED(provider.GetKeyCount(&count))) {
-        return "the module was loaded, but config.xml in " + place +
+        return "the module was loaded, but " + configuration.description() +
                " is not valid: it needs a <driver> element, and lists shorter than 500 bytes";
     }
     return "it is not a PKCS #11 module for this platform, or it failed to start: check its own "
            "settings";
+}
+
+/// @param temporary  the folder of the configuration's copy; empty: the working folder.
+LoadFolder loadFolder(const std::string& temporary) {
+    // Its path without links, as the library finds it.
+    const FolderChange change(temporary);
+    return temporary.empty() ? LoadFolder{currentFolder(), "the working folder", "--workdir"}
+                             : LoadFolder{currentFolder(), "the folder for temporary files",
+                                          "one, or put config.xml into the working folder"};
 }
 
 }  // namespace
@@ -158,24 +114,33 @@ fs::path loadablePath(const fs::path& module, const fs::path& folder) {
 LoadedModule::LoadedModule(const ModuleOptions& options) {
     const std::string name = modulePath(options);
     const fs::path module = withoutLinks(absolutePath(toPath(name)));
+    const ConfigurationPlace configuration = chooseConfiguration(configurationPlaces(options));
     const FolderChange change(options.workFolder);
-    const fs::path folder = currentFolder();
-    const fs::path loadable = loadablePath(module, folder);
+    std::optional<TemporaryConfiguration> copy;
+    if (configuration.kind != ConfigurationPlace::Kind::kWorkFolder) {
+        copy.emplace(readConfiguration(configuration));
+    }
+    const LoadFolder folder = loadFolder(copy ? copy->folder() : "");
+    const fs::path loadable = loadablePath(module, folder.path);
     const std::string asked = "load the module " + inQuotes(name);
     checkPaths(asked, module, folder);
     searchBesideModule(toUtf8(module));
 
+    // In the working folder, which names the folder of the log file.
     HRESULT result = zrkey::createProvider(m_provider);
     if (FAILED(result)) {
         throw libraryFailure(kExitFailure, "create a provider", result,
                              "the system may be out of memory");
     }
-    result = m_provider->Load(zrkey::Text(toUtf8(loadable)).get());
+    {
+        const FolderChange toConfiguration(copy ? copy->folder() : "");
+        result = m_provider->Load(zrkey::Text(toUtf8(loadable)).get());
+    }
     if (FAILED(result)) {
         const std::string advice =
             result == E_OUTOFMEMORY
                 ? "it has no usable C_GetFunctionList: name a PKCS #11 module with --module"
-                : loadAdvice(*m_provider.get(), module, folder, loadable);
+                : loadAdvice(*m_provider.get(), module, folder, loadable, configuration);
         m_provider->Unload();
         throw libraryFailure(kExitModule, asked, result, advice);
     }

@@ -16,8 +16,9 @@ struct ReportOptions {
 };
 
 struct ModuleOptions {
-    std::string path;        ///< empty: the variable ZRKEY_MODULE names it
-    std::string workFolder;  ///< contains config.xml; empty: the current folder
+    std::string path;           ///< empty: the variable ZRKEY_MODULE names it
+    std::string workFolder;     ///< may contain config.xml; empty: the current folder
+    std::string configuration;  ///< a file; empty: it is looked for in its places
 };
 
 /// At most one of the three is given; none is needed when there is only one token.

@@ -4,6 +4,7 @@
 
 #include "host/commands/command_line.h"
 #include "tests/host/child_command.h"
+#include "tests/host/configuration_folders.h"
 #include "tests/support/fixtures/token.h"
 
 namespace zr::test {
@@ -63,13 +64,21 @@ protected:
         EXPECT_EQ("", result.output);
         EXPECT_EQ("zrkey: cannot " + line + "\n", result.errors);
     }
-    /// @param line  the text between "zrkey: " and the hint to the help.
-    static void expectUsageError(const std::vector<std::string>& words, const std::string& line) {
+    /// @param line   the text between "zrkey: " and the usage.
+    /// @param usage  without "zrkey ": "file read [OPTIONS] NUMBER".
+    static void expectUsageError(const std::vector<std::string>& words, const std::string& line,
+                                 const std::string& usage) {
         const CommandResult result = zrkey(words);
         EXPECT_EQ(2, result.exitCode);
         EXPECT_EQ("", result.output);
-        EXPECT_EQ("zrkey: " + line + "; zrkey --help shows the usage\n", result.errors);
+        const std::string command = usage.substr(0, usage.find('['));
+        std::string text = "zrkey: ";
+        text.append(line).append("; usage: zrkey ").append(usage);
+        text.append("; zrkey help ").append(command).append("shows more\n");
+        EXPECT_EQ(text, result.errors);
     }
+
+    ConfigurationFolders configurations{folder.root()};
 };
 
 }  // namespace zr::test

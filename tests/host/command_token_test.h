@@ -2,7 +2,10 @@
 // a configuration in the current directory.
 #pragma once
 
+#include <optional>
+
 #include "tests/host/child_command.h"
+#include "tests/host/configuration_folders.h"
 #include "tests/support/fixtures/soft_token.h"
 #include "tests/support/temp_dir.h"
 
@@ -12,6 +15,7 @@ class CommandTokenTest : public ChildCommandTest {
 protected:
     void SetUp() override {
         ChildCommandTest::SetUp();
+        m_configurations.emplace(std::filesystem::current_path());
         writeFile("config.xml", "<driver><algo>SHA1WithRSA</algo><digest>MD5</digest></driver>");
         setEnvironment("ZRKEY_MODULE", fromEnvironment("ZRKEY_TEST_MODULE"));
         setEnvironment("TEST_PIN", "1234");
@@ -25,6 +29,9 @@ protected:
         words.insert(words.end(), {"--pin", "env:TEST_PIN"});
         return zrkey(words, input);
     }
+
+private:
+    std::optional<ConfigurationFolders> m_configurations;
 };
 
 inline void expectOutput(const CommandResult& result, const std::string& output) {

@@ -34,6 +34,34 @@ std::optional<std::string> environmentVariable(const std::string& name) {
     return value ? std::optional<std::string>(value) : std::nullopt;
 }
 
+std::string userConfigurationFolder() {
+    std::string folder = environmentVariable("XDG_CONFIG_HOME").value_or("");
+    if (folder.starts_with('/')) {
+        return folder;
+    }
+    const std::string home = environmentVariable("HOME").value_or("");
+    return home.starts_with('/') ? home + "/.config" : "";
+}
+
+std::string systemConfigurationFolder() {
+    return "/etc";
+}
+
+std::string makePrivateFolder(std::error_code& error) {
+    std::string folder = environmentVariable("TMPDIR").value_or("");
+    if (!folder.starts_with('/')) {
+        folder = "/tmp";
+    }
+    folder += "/zrkey-XXXXXX";
+    // With the mode 0700.
+    if (!mkdtemp(folder.data())) {
+        error = lastError();
+        return {};
+    }
+    error.clear();
+    return folder;
+}
+
 std::string pathProblem(const std::string& path, PathUse use) {
     if (path.find('\\') != std::string::npos) {
         return "contains \"\\\", which the library reads as a separator";
@@ -95,6 +123,10 @@ int openForReading(const std::string& path, std::error_code& error) {
 
 int openForWriting(const std::string& path, std::error_code& error) {
     return openFile(path, O_WRONLY | O_CREAT | O_TRUNC, error);
+}
+
+int openNewForWriting(const std::string& path, std::error_code& error) {
+    return openFile(path, O_WRONLY | O_CREAT | O_EXCL, error);
 }
 
 std::size_t readSome(int descriptor, char* bytes, std::size_t size, std::error_code& error) {

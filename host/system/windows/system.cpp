@@ -86,6 +86,38 @@ std::optional<std::string> environmentVariable(const std::string& name) {
     return utf8;
 }
 
+std::string userConfigurationFolder() {
+    return environmentVariable("APPDATA").value_or("");
+}
+
+std::string systemConfigurationFolder() {
+    return environmentVariable("PROGRAMDATA").value_or("");
+}
+
+std::string makePrivateFolder(std::error_code& error) {
+    constexpr int kMostTries = 1000;
+    wchar_t folder[MAX_PATH + 1];
+    if (GetTempPathW(MAX_PATH, folder) == 0) {
+        error = {static_cast<int>(GetLastError()), std::system_category()};
+        return {};
+    }
+    // The user's folder for temporary files, which others cannot read; its entries inherit that.
+    const std::wstring name =
+        std::wstring(folder) + L"zrkey-" + std::to_wstring(GetCurrentProcessId()) + L'-';
+    for (int i = 0; i < kMostTries; ++i) {
+        const std::wstring path = name + std::to_wstring(i);
+        if (CreateDirectoryW(path.c_str(), nullptr)) {
+            error.clear();
+            return toUtf8(path.c_str());
+        }
+        if (GetLastError() != ERROR_ALREADY_EXISTS) {
+            break;
+        }
+    }
+    error = {static_cast<int>(GetLastError()), std::system_category()};
+    return {};
+}
+
 std::string pathProblem(const std::string& path, PathUse) {
     const bool isAscii = std::all_of(path.begin(), path.end(),
                                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
@@ -156,6 +188,10 @@ int openForReading(const std::string& path, std::error_code& error) {
 
 int openForWriting(const std::string& path, std::error_code& error) {
     return openFile(path, _O_WRONLY | _O_CREAT | _O_TRUNC, error);
+}
+
+int openNewForWriting(const std::string& path, std::error_code& error) {
+    return openFile(path, _O_WRONLY | _O_CREAT | _O_EXCL, error);
 }
 
 std::size_t readSome(int descriptor, char* bytes, std::size_t size, std::error_code& error) {

@@ -18,7 +18,9 @@ TEST_F(CommandLineTest, UnexpectedWordIsRefusedAndNotRepeated) {
     const CommandResult result = zrkey({"login", "97531"});
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.errors, "zrkey: unexpected argument; zrkey --help shows the usage\n");
+    EXPECT_EQ(result.errors,
+              "zrkey: argument 2 is not expected; usage: zrkey login [OPTIONS]; zrkey help login "
+              "shows more\n");
 }
 
 TEST_F(CommandLineTest, MissingWorkFolderPrintsItsErrorAndExitsWith3) {

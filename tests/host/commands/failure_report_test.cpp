@@ -74,15 +74,6 @@ TEST_F(FailureReportTest, FileThatIsNotAModuleIsNamed) {
                             "--module"));
 }
 
-TEST_F(FailureReportTest, MissingConfigurationIsNamed) {
-    std::filesystem::remove("config.xml");
-    expectFailure({"list"}, 3,
-                  notLoaded(module.path(), "E_FAIL (0x80004005)",
-                            "there is no config.xml in the working folder \"" + here() +
-                                "\": create one with a <driver> element, or name its folder "
-                                "with --workdir"));
-}
-
 TEST_F(FailureReportTest, InvalidConfigurationIsNamed) {
     writeFile("config.xml", "<other/>");
     expectFailure({"list"}, 3,
@@ -140,35 +131,71 @@ TEST_F(FailureReportTest, UnusablePinIsRefused) {
 }
 
 TEST_F(FailureReportTest, WrongWordsAreNamed) {
-    expectUsageError({"login", "--pin", "97531"},
-                     "--pin: the source must be prompt, env:NAME, file:PATH, fd:N or -");
-    expectUsageError({"pin", "change", "--new-pin", "97531"},
-                     "--new-pin: the source must be prompt, env:NAME, file:PATH, fd:N or -");
+    const std::string login = "login [OPTIONS]";
+    const std::string info = "info [OPTIONS]";
+    const std::string digest = "digest [OPTIONS]";
+    const std::string sources = "the source must be prompt, env:NAME, file:PATH, fd:N or -";
+    expectUsageError({"login", "--pin", "97531"}, "--pin: " + sources, login);
+    expectUsageError({"pin", "change", "--new-pin", "97531"}, "--new-pin: " + sources,
+                     "pin change [OPTIONS]");
     expectUsageError({"digest", "--format", "der"},
-                     "--format: the format must be raw, hex, base64 or pem");
+                     "--format: the format must be raw, hex, base64 or pem", digest);
     expectUsageError({"info", "--index", "x"},
-                     "--index: an index must be a number from 0 to 2147483647");
+                     "--index: an index must be a number from 0 to 2147483647", info);
+    expectUsageError({"info", "--index"}, "--index needs a value", info);
     expectUsageError({"file", "read", "0"},
-                     "NUMBER: the name of a file must be a number from 1 to 65536");
+                     "NUMBER: the name of a file must be a number from 1 to 65536",
+                     "file read [OPTIONS] NUMBER");
     expectUsageError({"file", "create", "65536"},
-                     "NUMBER: the name of a file must be a number from 1 to 65535");
-    expectUsageError({"info", "--index", "0", "--label", "Label"}, "--index excludes --label");
-    expectUsageError({"info", "--index", "0", "--serial", "Serial"}, "--index excludes --serial");
-    expectUsageError({"info", "--label", "Label", "--serial", "S"}, "--label excludes --serial");
+                     "NUMBER: the name of a file must be a number from 1 to 65535",
+                     "file create [OPTIONS] NUMBER");
+    expectUsageError({"info", "--index", "0", "--label", "Label"}, "--index excludes --label",
+                     info);
+    expectUsageError({"info", "--index", "0", "--serial", "Serial"}, "--index excludes --serial",
+                     info);
+    expectUsageError({"info", "--label", "Label", "--serial", "S"}, "--label excludes --serial",
+                     info);
     expectUsageError({"cert", "read", "--cert", "a", "--cert-index", "0"},
-                     "--cert excludes --cert-index");
-    expectUsageError({"digest", "--json", "-o", "a"}, "--json excludes --output");
-    expectUsageError({"digest", "--json", "--format", "raw"}, "--json excludes --format");
-    expectUsageError({"verify"}, "--signature is required");
-    expectUsageError({"file", "read"}, "NUMBER is required");
-    expectUsageError({"file"}, "A subcommand is required");
-    expectUsageError({}, "A subcommand is required");
-    expectUsageError({"dance"}, "unknown command");
-    expectUsageError({"login", "97531"}, "unexpected argument");
-    expectUsageError({"login", "--pni=97531", "--dance", "5"}, "unknown options: --pni --dance");
-    expectUsageError({"run"}, "FILE is required");
-    expectUsageError({"run", "--dance"}, "unknown options: --dance");
-    expectUsageError({"run", "--time-limit", "nan", "a.js"}, "--time-limit: a number is required");
+                     "--cert excludes --cert-index", "cert read [OPTIONS]");
+    expectUsageError({"digest", "--json", "-o", "a"}, "--json excludes --output", digest);
+    expectUsageError({"digest", "--json", "--format", "raw"}, "--json excludes --format", digest);
+    expectUsageError({"verify"}, "--signature is required", "verify [OPTIONS]");
+    expectUsageError({"file", "read"}, "NUMBER is required", "file read [OPTIONS] NUMBER");
+    expectUsageError({"file"}, "file needs a command: exists, read, create, delete",
+                     "file [OPTIONS] COMMAND");
+    expectUsageError({"run"}, "FILE is required", "run [OPTIONS] FILE [ARG...]");
+    expectUsageError({"run", "--dance"}, "unknown option --dance", "run [OPTIONS] FILE [ARG...]");
+    expectUsageError({"run", "--time-limit", "nan", "a.js"}, "--time-limit: a number is required",
+                     "run [OPTIONS] FILE [ARG...]");
+}
+
+TEST_F(FailureReportTest, MistypedNamesGetSuggestions) {
+    const std::string all = "[OPTIONS] COMMAND";
+    expectUsageError({"dance"}, "unknown command \"dance\"", all);
+    expectUsageError({"lsit"}, "unknown command \"lsit\" (did you mean list?)", all);
+    expectUsageError({"veri"}, "unknown command \"veri\" (did you mean verify?)", all);
+    expectUsageError({"filr"}, "unknown command \"filr\" (did you mean file?)", all);
+    expectUsageError({"create", "7"}, "unknown command \"create\" (did you mean file create?)",
+                     all);
+    expectUsageError({"read", "7"},
+                     "unknown command \"read\" (did you mean file read or cert read?)", all);
+    expectUsageError({"pin", "chnage"}, "unknown command \"chnage\" (did you mean change?)",
+                     "pin [OPTIONS] COMMAND");
+    expectUsageError({"login", "--pni=97531", "--dance", "5"},
+                     "unknown options --pni (did you mean --pin?) --dance", "login [OPTIONS]");
+    expectUsageError({"digest", "--jsno"}, "unknown option --jsno (did you mean --json?)",
+                     "digest [OPTIONS]");
+}
+
+TEST_F(FailureReportTest, WordsThatMayBePinsAreNamedByTheirNumber) {
+    expectUsageError({"login", "97531"}, "argument 2 is not expected", "login [OPTIONS]");
+    expectUsageError({"login", "secret", "97531"}, "argument 2 and argument 3 are not expected",
+                     "login [OPTIONS]");
+    expectUsageError({"login", "--label", "97531", "97531"}, "an argument is not expected",
+                     "login [OPTIONS]");
+    expectUsageError({"login", "-p97531"}, "unknown option -p", "login [OPTIONS]");
+    expectUsageError({"97531"}, "argument 1 is not a command", "[OPTIONS] COMMAND");
+    expectUsageError({"pin", "secret"}, "argument 2 is not a command", "pin [OPTIONS] COMMAND");
 }
 
 }  // namespace

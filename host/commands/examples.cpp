@@ -1,0 +1,56 @@
+// The examples at the end of each help page.
+#include "host/commands/examples.h"
+
+#include <array>
+
+namespace zr::host {
+namespace {
+
+struct CommandExamples {
+    const char* command;
+    std::array<const char*, 2> lines;
+};
+
+constexpr CommandExamples kExamples[] = {
+    {"", {"list --module /usr/lib/softhsm/libsofthsm2.so", "help file read"}},
+    {"run", {"run first.js", "run --time-limit 10 first.js 1234"}},
+    {"list", {"list", "list --module /usr/lib/softhsm/libsofthsm2.so --json"}},
+    {"info", {"info", "info --label 'ZRKey Test' --json"}},
+    {"login", {"login", "login --so --pin file:so-pin.txt"}},
+    {"pin", {"pin change", "help pin change"}},
+    {"pin change", {"pin change", "pin change --pin env:PIN --new-pin env:NEW_PIN"}},
+    {"file", {"file create 7 --pin env:PIN", "file read 8 --pin env:PIN -o content.bin"}},
+    {"file exists", {"file exists 8", "file exists 8 --pin env:PIN --json"}},
+    {"file read", {"file read 8 --format hex", "file read 8 --pin env:PIN -o content.bin"}},
+    {"file create", {"file create 7", "file create 7 --pin env:PIN"}},
+    {"file delete", {"file delete 8", "file delete 8 --pin env:PIN"}},
+    {"cert", {"cert list", "cert read --format pem"}},
+    {"cert list", {"cert list", "cert list --pin env:PIN --json"}},
+    {"cert read",
+     {"cert read --format pem -o certificate.pem",
+      "cert read --cert container1 -o certificate.der"}},
+    {"sign",
+     {"sign -i letter.txt -o letter.sig", "sign -i letter.txt --format base64 --pin env:PIN"}},
+    {"verify",
+     {"verify -i letter.txt --signature letter.sig",
+      "verify --cert container1 -i letter.txt --signature letter.sig --pin env:PIN"}},
+    {"digest", {"digest -i letter.txt", "digest -i letter.txt --format base64"}},
+    {"config", {"config path", "config init"}},
+    {"config show", {"config show", "config show --workdir /srv/tokens --json"}},
+    {"config init", {"config init", "config init --json"}},
+    {"config path", {"config path", "config path --config other.xml"}},
+    {"help", {"help list", "help pin change"}},
+};
+
+}  // namespace
+
+std::vector<std::string> examplesOf(const std::string& command) {
+    for (const CommandExamples& examples : kExamples) {
+        if (examples.command == command) {
+            return {examples.lines.begin(), examples.lines.end()};
+        }
+    }
+    return {};
+}
+
+}  // namespace zr::host
