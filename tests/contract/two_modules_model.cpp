@@ -51,7 +51,7 @@ std::vector<Step> TwoModulesModel::steps(int mostTokens) const {
 bool TwoModulesModel::take(const Step& step) {
     switch (step.kind) {
         case Step::kLoad: {
-            // What was loaded before stays as it is, and its reference is never given back.
+            // The module that was loaded before stays loaded for ever.
             Module& loaded = m_modules[step.other];
             loaded.isInitialized = true;
             ++loaded.references;

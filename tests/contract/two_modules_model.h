@@ -1,6 +1,6 @@
 // A small model of two providers, two modules and the tokens opened on them: which steps a host can
-// take, and what each step must answer. It knows no Cryptoki call, only who is loaded, finalised and
-// logged in.
+// take, and whether they succeed. It knows what is loaded, finalised and logged in, but no Cryptoki
+// calls.
 #pragma once
 
 #include <string>
@@ -41,7 +41,7 @@ public:
         bool isInitialized = false;
         bool isLoggedIn[kSlots] = {};
         int sessions[kSlots] = {};
-        int references = 0;     ///< Loads that were not given back
+        int references = 0;     ///< how often the library has it loaded
         int finalizations = 0;  ///< calls of C_Finalize
     };
 
@@ -58,7 +58,7 @@ public:
     const Token& token(int number) const { return m_tokens[static_cast<std::size_t>(number)]; }
     int tokenCount() const { return static_cast<int>(m_tokens.size()); }
     const Module& module(int number) const { return m_modules[number]; }
-    /// Whether the token can sign: it is logged in, in its own eyes and in the module's.
+    /// Whether the token can sign: both the token object and the module count it as logged in.
     bool isLoggedIn(int token) const;
 
 private:

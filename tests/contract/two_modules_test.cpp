@@ -1,8 +1,8 @@
 // Two providers and two modules: every order of Load, Unload, OpenKey, use and release.
 //
-// The model (two_modules_model.h) proposes the steps and predicts their outcomes; the library takes
-// them, some thousand sequences, over two modules that are really loaded and unloaded. No call may reach another token than the
-// one that is used, and a token whose module was unloaded makes no call at all.
+// The model (two_modules_model.h) proposes the steps and predicts their outcomes. The library takes
+// them, in more than a thousand sequences, over two modules that are really loaded and unloaded. A
+// call may reach only the token that is used, and a token of an unloaded module makes no call.
 #include <optional>
 #include <set>
 
@@ -27,8 +27,8 @@ std::string toText(const Steps& steps) {
     return text;
 }
 
-/// Every step from every state of the model that fewer than kLongest steps reach, each once: two ways to
-/// a state go on as one.
+/// Every step from every state of the model that fewer than kLongest steps reach. Of several ways
+/// to a state, one is continued.
 std::vector<Steps> makeSequences() {
     struct Reached {
         TwoModulesModel model;
@@ -178,8 +178,7 @@ private:
             module->overwriteFiles();
         }
         checkInformation(opened, token);
-        // Whoever logged in before, and was logged out by another object of the same token, cannot
-        // sign; the library asks the module.
+        // Another object on the same token may have logged out the user meanwhile.
         checkSignature(opened, token,
                        m_model.isLoggedIn(step.object) ? S_OK
                        : token.hasLoggedIn             ? E_FAIL

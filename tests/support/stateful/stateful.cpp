@@ -8,6 +8,8 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "platform/kernel.h"
+
 namespace zr::test {
 namespace {
 
@@ -87,18 +89,11 @@ void Stateful::setInitialized(bool isInitialized) {
     m_isInitialized = isInitialized;
 }
 
-void Stateful::hold() {
-    if (!m_held) {
-        m_held = LoadLibraryA(m_file.c_str());
-    }
-}
-
 std::size_t Stateful::unload() {
     if (!isLoaded()) {
         return 0;
     }
-    const HMODULE module = m_held ? m_held : LoadLibraryA(m_file.c_str());
-    m_held = nullptr;
+    const HMODULE module = LoadLibraryA(m_file.c_str());
     FreeLibrary(module);
     std::size_t freed = 0;
     for (; isLoaded() && freed < kMostReferences; ++freed) {

@@ -5,8 +5,8 @@
 //     token->VerifyPIN(Text(module.pin(0)), 0);
 //     EXPECT_EQ(Lines{}, module.takeMisuses());
 //
-// Each Stateful is a module of its own. The library alone keeps it loaded, so Unload really unloads it;
-// its tokens keep what they hold. Safe to use in several threads, onCall apart.
+// Each Stateful is a module of its own. Only the library keeps it loaded, so Unload really unloads
+// it; its tokens keep their objects. Safe to use in several threads, except for onCall.
 #pragma once
 
 #include <functional>
@@ -15,7 +15,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/kernel.h"
 #include "tests/support/stateful/stateful_tokens.h"
 
 namespace zr::test {
@@ -57,10 +56,8 @@ public:
 
     bool isLoaded() const;
     bool isInitialized() const;
-    /// Keeps the module loaded until unload: a test whose module calls back must do so.
-    void hold();
     /// Unloads the module.
-    /// @return how many references were there beside that of hold.
+    /// @return how many references to it were there.
     std::size_t unload();
 
     /// Every call on another session or slot is a misuse from now on; 0 is none.
@@ -73,7 +70,7 @@ public:
     /// The session that was opened last.
     CK_SESSION_HANDLE lastSession() const;
 
-    /// Called where a call begins and where it ends; may call the library. Not for threads.
+    /// Called where a call begins and where it ends; may call the library.
     std::function<void(const StatefulCall& call, bool isEnd)> onCall;
 
     void setLoaded(bool isLoaded) override;
@@ -114,7 +111,6 @@ private:
     CK_ULONG m_tokenCount;
     std::string m_path;
     std::string m_file;
-    HMODULE m_held = nullptr;
 
     mutable std::mutex m_mutex;
     std::vector<Token> m_tokens;

@@ -1,6 +1,6 @@
-// The stateful Cryptoki module: a module that behaves like a real one in what outlives a call. Its
-// sessions end with C_Finalize and are numbered from 1 again; its code is really loaded and unloaded;
-// calls that no correct caller makes are reported. Its tokens belong to the test (stateful.h).
+// The stateful Cryptoki module: it keeps state between calls as real modules do. Its sessions end
+// with C_Finalize and are then numbered from 1 again. Its code is really loaded and unloaded. It
+// reports calls that no correct caller makes. Its tokens belong to the test (stateful.h).
 #include <string>
 
 #include "tests/support/stateful/module_sessions.h"

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "platform/kernel.h"
 #include "tests/support/stateful/signature.h"
 #include "tests/support/temp_dir.h"
 

@@ -1,5 +1,5 @@
-// What a stateful module knows of the test that made it: the tokens that are plugged in, and who is
-// to hear of its calls. Both outlive the module, as tokens and hosts do.
+// What a stateful module knows of the test that made it: the tokens, and who records its calls.
+// Both outlive the module, as tokens and hosts do.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +8,8 @@
 
 namespace zr::test {
 
-/// Stands in the module's file before 16 digits; Stateful replaces them by the address of its tokens,
-/// in hexadecimal, so that each copy of the file is a module with tokens of its own.
+/// Stands in the module's file before 16 digits. Stateful replaces the digits by the address of its
+/// tokens in hexadecimal, so that each copy of the file is a module with tokens of its own.
 inline constexpr char kTokensMark[] = "zrkey stateful tokens at ";
 inline constexpr std::size_t kTokensDigits = 16;
 
