@@ -1,6 +1,6 @@
 // A Cryptoki module that returns at once and stores nothing, so that time and memory of the
 // library itself can be measured: one token with as many certificates as set by
-// ZRKEY_INSTANT_CERTIFICATES (32), and one key pair. It accepts any PIN. The end of a session takes
+// ZRKEY_INSTANT_CERTIFICATES (32), one key pair, and a file "6". It accepts any PIN. The end of a session takes
 // as many milliseconds as set by ZRKEY_INSTANT_CLOSE_TIME (0).
 #include <chrono>
 #include <cstdio>
@@ -92,6 +92,11 @@ CK_RV getAttributeValue(CK_SESSION_HANDLE, CK_OBJECT_HANDLE object, CK_ATTRIBUTE
                 std::memcpy(attribute.pValue, id, 8);
             }
             attribute.ulValueLen = 8;
+        } else if (attribute.type == CKA_LABEL) {
+            if (attribute.pValue) {
+                std::memcpy(attribute.pValue, "6", 1);
+            }
+            attribute.ulValueLen = 1;
         } else {
             if (attribute.pValue) {
                 std::memset(attribute.pValue, 0, sizeof(CK_ULONG));
@@ -99,6 +104,10 @@ CK_RV getAttributeValue(CK_SESSION_HANDLE, CK_OBJECT_HANDLE object, CK_ATTRIBUTE
             attribute.ulValueLen = sizeof(CK_ULONG);
         }
     }
+    return CKR_OK;
+}
+
+CK_RV destroyObject(CK_SESSION_HANDLE, CK_OBJECT_HANDLE) {
     return CKR_OK;
 }
 
@@ -124,6 +133,7 @@ CK_FUNCTION_LIST makeList() {
     functions.C_Logout = logout;
     functions.C_Login = login;
     functions.C_SetPIN = setPin;
+    functions.C_DestroyObject = destroyObject;
     functions.C_FindObjectsInit = findObjectsInit;
     functions.C_FindObjects = findObjects;
     functions.C_FindObjectsFinal = findObjectsFinal;
