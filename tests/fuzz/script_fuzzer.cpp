@@ -110,7 +110,20 @@ constexpr const char* kStatements[] = {
     "v = v.hresult",
     "v = v.stack",
     "v = v.message",
+    "v = readFile('config.xml')",
+    "v = readFile('config.xml', 'utf8')",
+    "v = readFile(v)",
+    "v = environment",
+    "v = require('./config.xml')",
+    "sleep(0.001)",
+    "exit(v)",
 };
+
+/// Takes the functions away that would change files or wait for a user. On the line of the input, so
+/// that its lines keep their numbers.
+const std::string kSafe =
+    "['writeFile', 'readLine', 'readPin'].forEach(function (name) {"
+    " delete this[name]; }, this); ";
 
 /// The statements in any order, one for each byte; an error in one does not stop the others.
 std::string compose(zr::fuzz::Input& input) {
@@ -141,6 +154,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                    ? compose(input)
                                    : std::string(reinterpret_cast<const char*>(data), size);
     zr::host::ScriptEngine engine(console, limits);
-    engine.run("fuzz.js", script, {path});
+    engine.run({"fuzz.js", kSafe + script, {path}});
     return 0;
 }
