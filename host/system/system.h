@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,6 +22,10 @@ std::vector<std::string> commandLineArguments(int argc, char** argv);
 
 /// A variable of the environment in UTF-8; nullopt when it is not set.
 std::optional<std::string> environmentVariable(const std::string& name);
+
+/// Calls a function with the name and the value of each variable of the environment, in UTF-8 on
+/// Windows and as they are on Linux. Every copy is erased.
+void forEachVariable(const std::function<void(std::string_view, std::string_view)>& take);
 
 enum class PathUse { kFolder, kModule };
 

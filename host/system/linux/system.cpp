@@ -34,6 +34,16 @@ std::optional<std::string> environmentVariable(const std::string& name) {
     return value ? std::optional<std::string>(value) : std::nullopt;
 }
 
+void forEachVariable(const std::function<void(std::string_view, std::string_view)>& take) {
+    for (char** variable = environ; variable && *variable; ++variable) {
+        const std::string_view text = *variable;
+        const std::size_t end = text.find('=');
+        if (end != std::string_view::npos) {
+            take(text.substr(0, end), text.substr(end + 1));
+        }
+    }
+}
+
 std::string pathProblem(const std::string& path, PathUse use) {
     if (path.find('\\') != std::string::npos) {
         return "contains \"\\\", which the library reads as a separator";

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <csignal>
+#include <mutex>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -66,6 +67,10 @@ private:
     sigset_t m_maskBefore = {};
 };
 
+class SilentTerminal;
+std::mutex s_prompting;
+const SilentTerminal* s_silent = nullptr;  ///< guarded by s_prompting
+
 /// The terminal, open and without echo until destruction.
 class SilentTerminal {
 public:
@@ -75,12 +80,16 @@ public:
             termios silent = m_before;
             silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
             silent.c_lflag |= ICANON | ISIG;
+            const std::lock_guard lock(s_prompting);
             m_isChanged = tcsetattr(m_descriptor, TCSAFLUSH, &silent) == 0;
+            s_silent = this;
         }
     }
     ~SilentTerminal() {
-        if (m_isChanged) {
-            tcsetattr(m_descriptor, TCSAFLUSH, &m_before);
+        {
+            const std::lock_guard lock(s_prompting);
+            s_silent = nullptr;
+            restore();
         }
         if (m_descriptor >= 0) {
             close(m_descriptor);
@@ -91,6 +100,11 @@ public:
 
     bool isSilent() const { return m_isChanged; }
     int descriptor() const { return m_descriptor; }
+    void restore() const {
+        if (m_isChanged) {
+            tcsetattr(m_descriptor, TCSAFLUSH, &m_before);
+        }
+    }
 
 private:
     int m_descriptor;
@@ -137,6 +151,13 @@ PromptResult promptHidden(const std::string& prompt, const std::function<bool(ch
     const PromptResult result = readLine(signals, terminal.descriptor(), take);
     writeAll(terminal.descriptor(), "\n");
     return result;
+}
+
+void restoreTerminal() {
+    const std::lock_guard lock(s_prompting);
+    if (s_silent) {
+        s_silent->restore();
+    }
 }
 
 }  // namespace zr::host

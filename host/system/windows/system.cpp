@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cwchar>
 #include <filesystem>
+#include <memory>
 #include <set>
 
 #include <windows.h>
@@ -13,6 +15,8 @@
 #include <io.h>
 #include <shellapi.h>
 #include <sys/stat.h>
+
+#include "host/system/erasing_allocator.h"
 
 namespace zr::host {
 namespace {
@@ -44,6 +48,10 @@ void addSearchFolder(const std::filesystem::path& folder) {
         AddDllDirectory(folder.c_str());
     }
 }
+
+struct EnvironmentRelease {
+    void operator()(wchar_t* block) const { FreeEnvironmentStringsW(block); }
+};
 
 std::error_code lastError() {
     return {errno, std::generic_category()};
@@ -84,6 +92,26 @@ std::optional<std::string> environmentVariable(const std::string& name) {
     // The value may be a PIN.
     secureErase(value.data(), value.size() * sizeof(wchar_t));
     return utf8;
+}
+
+void forEachVariable(const std::function<void(std::string_view, std::string_view)>& take) {
+    const std::unique_ptr<wchar_t, EnvironmentRelease> block(GetEnvironmentStringsW());
+    for (wchar_t* variable = block.get(); variable && *variable;) {
+        const std::size_t length = std::wcslen(variable);
+        ErasedBytes utf8(3 * length);
+        const int size =
+            WideCharToMultiByte(CP_UTF8, 0, variable, static_cast<int>(length), utf8.data(),
+                                static_cast<int>(utf8.size()), nullptr, nullptr);
+        // The block is a copy of the environment. A value may be a PIN.
+        secureErase(variable, length * sizeof(wchar_t));
+        variable += length + 1;
+        const std::string_view text(utf8.data(), static_cast<std::size_t>(size));
+        // A name that begins with "=" is one of the system's own, the current directory of a drive.
+        const std::size_t end = text.find('=');
+        if (end != std::string_view::npos && end > 0) {
+            take(text.substr(0, end), text.substr(end + 1));
+        }
+    }
 }
 
 std::string pathProblem(const std::string& path, PathUse) {

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <array>
+#include <mutex>
 
 #include "host/system/system.h"
 
@@ -32,22 +33,33 @@ private:
     HANDLE m_handle;
 };
 
+class SilentInput;
+std::mutex s_prompting;
+const SilentInput* s_silent = nullptr;  ///< guarded by s_prompting
+
 /// Switches the echo of the console's input off until destruction.
 class SilentInput {
 public:
     explicit SilentInput(HANDLE input) : m_input(input) {
+        const std::lock_guard lock(s_prompting);
         m_isChanged = GetConsoleMode(input, &m_before) != 0 &&
                       SetConsoleMode(input, ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT) != 0;
+        s_silent = this;
     }
     ~SilentInput() {
-        if (m_isChanged) {
-            SetConsoleMode(m_input, m_before);
-        }
+        const std::lock_guard lock(s_prompting);
+        s_silent = nullptr;
+        restore();
     }
     SilentInput(const SilentInput&) = delete;
     SilentInput& operator=(const SilentInput&) = delete;
 
     bool isSilent() const { return m_isChanged; }
+    void restore() const {
+        if (m_isChanged) {
+            SetConsoleMode(m_input, m_before);
+        }
+    }
 
 private:
     HANDLE m_input;
@@ -115,6 +127,13 @@ PromptResult promptHidden(const std::string& prompt, const std::function<bool(ch
     const PromptResult result = readLine(input.get(), take);
     write(output.get(), "\n");
     return result;
+}
+
+void restoreTerminal() {
+    const std::lock_guard lock(s_prompting);
+    if (s_silent) {
+        s_silent->restore();
+    }
 }
 
 }  // namespace zr::host

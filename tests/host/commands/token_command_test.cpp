@@ -91,6 +91,7 @@ TEST_F(CommandTokenTest, BarePinIsWrongUsageAndNotRepeated) {
 TEST_F(CommandTokenTest, LoginWithoutTerminalAndSourceIsWrongUsage) {
     expectFailure(zrkey({"login"}), 2, "there is no terminal");
     expectFailure(zrkeyLoggedIn({"pin", "change"}), 2, "there is no terminal");
+    expectFailure(zrkey({"run", "-e", "readPin()"}), 1, "there is no terminal");
 }
 
 TEST_F(CommandTokenTest, MissingConfigurationIsNamed) {

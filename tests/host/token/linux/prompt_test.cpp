@@ -160,5 +160,53 @@ TEST_F(PromptTest, EmptyAnswerIsRefusedWithoutARetry) {
     EXPECT_EQ(2, WEXITSTATUS(status));
 }
 
+TEST_F(PromptTest, ScriptPromptsAndHidesTheAnswer) {
+    TerminalCommand command({"run", "-e", "print(readPin('the\\u001b PIN: ').length, readPin())"});
+    command.waitFor("the? PIN: ");
+    EXPECT_FALSE(command.isEchoOn());
+    command.type("98765\n");
+    command.waitFor("PIN: ");
+    command.type("secret\n");
+    int status = 0;
+    const std::string shown = command.finish(&status);
+    EXPECT_EQ(0, WEXITSTATUS(status));
+    EXPECT_EQ(std::string::npos, shown.find("98765")) << shown;
+    EXPECT_NE(std::string::npos, shown.find("5 secret\r\n")) << shown;
+    EXPECT_TRUE(command.isEchoOn());
+}
+
+TEST_F(PromptTest, PinOfTheCommandLineAnswersTheScriptOnce) {
+    setEnvironment("TEST_PIN", "1234");
+    TerminalCommand command(
+        {"run", "--pin", "env:TEST_PIN", "-e",
+         "print('first', readPin('one: ')); print('second', readPin('two: '))"});
+    command.waitFor("first 1234\r\ntwo: ");
+    command.type("5678\n");
+    int status = 0;
+    EXPECT_NE(std::string::npos, command.finish(&status).find("second 5678\r\n"));
+    EXPECT_EQ(0, WEXITSTATUS(status));
+}
+
+TEST_F(PromptTest, ScriptThatIsOutOfTimeAtThePromptRestoresTheEcho) {
+    TerminalCommand command({"run", "--time-limit", "0.3", "-e", "readPin('PIN: ')"});
+    command.waitFor("PIN: ");
+    int status = 0;
+    const std::string shown = command.finish(&status);
+    EXPECT_EQ(1, WEXITSTATUS(status));
+    EXPECT_NE(std::string::npos, shown.find("command line: RangeError: execution timeout"))
+        << shown;
+    EXPECT_TRUE(command.isEchoOn());
+}
+
+TEST_F(PromptTest, EmptyAnswerIsAnErrorOfTheScript) {
+    TerminalCommand command(
+        {"run", "-e", "try { readPin('PIN: ') } catch (error) { print(error.message) }"});
+    command.waitFor("PIN: ");
+    command.type("\n");
+    int status = 0;
+    EXPECT_NE(std::string::npos,
+              command.finish(&status).find("readPin failed: the PIN is empty\r\n"));
+}
+
 }  // namespace
 }  // namespace zr::test
