@@ -17,4 +17,7 @@ bool hasTerminal();
 ///              no more, which makes the line too long.
 PromptResult promptHidden(const std::string& prompt, const std::function<bool(char)>& take);
 
+/// The same for a line that is shown and is no secret.
+PromptResult promptVisible(const std::string& prompt, const std::function<bool(char)>& take);
+
 }  // namespace zr::host

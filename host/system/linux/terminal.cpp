@@ -14,6 +14,8 @@
 namespace zr::host {
 namespace {
 
+enum class Echo { kOff, kOn };
+
 volatile std::sig_atomic_t s_signal = 0;
 
 void noteSignal(int signal) {
@@ -66,19 +68,20 @@ private:
     sigset_t m_maskBefore = {};
 };
 
-/// The terminal, open and without echo until destruction.
-class SilentTerminal {
+/// The terminal, open and without echo, or with it, until destruction.
+class PromptTerminal {
 public:
-    SilentTerminal() : m_descriptor(open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+    explicit PromptTerminal(Echo echo)
+        : m_descriptor(open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)) {
         m_isChanged = m_descriptor >= 0 && tcgetattr(m_descriptor, &m_before) == 0;
         if (m_isChanged) {
-            termios silent = m_before;
-            silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
-            silent.c_lflag |= ICANON | ISIG;
-            m_isChanged = tcsetattr(m_descriptor, TCSAFLUSH, &silent) == 0;
+            termios mode = m_before;
+            mode.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
+            mode.c_lflag |= ICANON | ISIG | (echo == Echo::kOn ? ECHO : 0);
+            m_isChanged = tcsetattr(m_descriptor, TCSAFLUSH, &mode) == 0;
         }
     }
-    ~SilentTerminal() {
+    ~PromptTerminal() {
         if (m_isChanged) {
             tcsetattr(m_descriptor, TCSAFLUSH, &m_before);
         }
@@ -86,10 +89,10 @@ public:
             close(m_descriptor);
         }
     }
-    SilentTerminal(const SilentTerminal&) = delete;
-    SilentTerminal& operator=(const SilentTerminal&) = delete;
+    PromptTerminal(const PromptTerminal&) = delete;
+    PromptTerminal& operator=(const PromptTerminal&) = delete;
 
-    bool isSilent() const { return m_isChanged; }
+    bool isReady() const { return m_isChanged; }
     int descriptor() const { return m_descriptor; }
 
 private:
@@ -117,6 +120,21 @@ PromptResult readLine(const SignalGuard& signals, int descriptor,
     }
 }
 
+PromptResult promptWith(Echo echo, const std::string& prompt,
+                        const std::function<bool(char)>& take) {
+    const SignalGuard signals;
+    const PromptTerminal terminal(echo);
+    if (!terminal.isReady()) {
+        return PromptResult::kNoTerminal;
+    }
+    writeAll(terminal.descriptor(), prompt);
+    const PromptResult result = readLine(signals, terminal.descriptor(), take);
+    if (echo == Echo::kOff || result == PromptResult::kCancelled) {
+        writeAll(terminal.descriptor(), "\n");
+    }
+    return result;
+}
+
 }  // namespace
 
 bool hasTerminal() {
@@ -128,15 +146,11 @@ bool hasTerminal() {
 }
 
 PromptResult promptHidden(const std::string& prompt, const std::function<bool(char)>& take) {
-    const SignalGuard signals;
-    const SilentTerminal terminal;
-    if (!terminal.isSilent()) {
-        return PromptResult::kNoTerminal;
-    }
-    writeAll(terminal.descriptor(), prompt);
-    const PromptResult result = readLine(signals, terminal.descriptor(), take);
-    writeAll(terminal.descriptor(), "\n");
-    return result;
+    return promptWith(Echo::kOff, prompt, take);
+}
+
+PromptResult promptVisible(const std::string& prompt, const std::function<bool(char)>& take) {
+    return promptWith(Echo::kOn, prompt, take);
 }
 
 }  // namespace zr::host

@@ -32,22 +32,22 @@ private:
     HANDLE m_handle;
 };
 
-/// Switches the echo of the console's input off until destruction.
-class SilentInput {
+/// Switches the echo of the console's input off, or on, until destruction.
+class PromptInput {
 public:
-    explicit SilentInput(HANDLE input) : m_input(input) {
+    PromptInput(HANDLE input, DWORD echo) : m_input(input) {
         m_isChanged = GetConsoleMode(input, &m_before) != 0 &&
-                      SetConsoleMode(input, ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT) != 0;
+                      SetConsoleMode(input, ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT | echo) != 0;
     }
-    ~SilentInput() {
+    ~PromptInput() {
         if (m_isChanged) {
             SetConsoleMode(m_input, m_before);
         }
     }
-    SilentInput(const SilentInput&) = delete;
-    SilentInput& operator=(const SilentInput&) = delete;
+    PromptInput(const PromptInput&) = delete;
+    PromptInput& operator=(const PromptInput&) = delete;
 
-    bool isSilent() const { return m_isChanged; }
+    bool isReady() const { return m_isChanged; }
 
 private:
     HANDLE m_input;
@@ -95,6 +95,26 @@ PromptResult readLine(HANDLE input, const std::function<bool(char)>& take) {
     return result;
 }
 
+/// @param echo  ENABLE_ECHO_INPUT, or 0 for none.
+PromptResult promptWith(DWORD echo, const std::string& prompt,
+                        const std::function<bool(char)>& take) {
+    const ConsoleHandle input(L"CONIN$");
+    const ConsoleHandle output(L"CONOUT$");
+    if (!input.isOpen() || !output.isOpen()) {
+        return PromptResult::kNoTerminal;
+    }
+    const PromptInput mode(input.get(), echo);
+    if (!mode.isReady()) {
+        return PromptResult::kNoTerminal;
+    }
+    write(output.get(), prompt);
+    const PromptResult result = readLine(input.get(), take);
+    if (echo == 0) {
+        write(output.get(), "\n");
+    }
+    return result;
+}
+
 }  // namespace
 
 bool hasTerminal() {
@@ -102,19 +122,11 @@ bool hasTerminal() {
 }
 
 PromptResult promptHidden(const std::string& prompt, const std::function<bool(char)>& take) {
-    const ConsoleHandle input(L"CONIN$");
-    const ConsoleHandle output(L"CONOUT$");
-    if (!input.isOpen() || !output.isOpen()) {
-        return PromptResult::kNoTerminal;
-    }
-    const SilentInput silent(input.get());
-    if (!silent.isSilent()) {
-        return PromptResult::kNoTerminal;
-    }
-    write(output.get(), prompt);
-    const PromptResult result = readLine(input.get(), take);
-    write(output.get(), "\n");
-    return result;
+    return promptWith(0, prompt, take);
+}
+
+PromptResult promptVisible(const std::string& prompt, const std::function<bool(char)>& take) {
+    return promptWith(ENABLE_ECHO_INPUT, prompt, take);
 }
 
 }  // namespace zr::host
