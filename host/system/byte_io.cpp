@@ -1,6 +1,7 @@
 // Whole files and streams of bytes.
 #include "host/system/byte_io.h"
 
+#include "host/system/output_file.h"
 #include "host/system/system.h"
 
 namespace zr::host {
@@ -25,13 +26,8 @@ ErasedBytes readBytes(const std::string& path, std::error_code& error) {
 
 std::error_code writeFile(const std::string& path, std::string_view bytes) {
     std::error_code error;
-    const int descriptor = openForWriting(path, error);
-    if (error) {
-        return error;
-    }
-    error = writeAll(descriptor, bytes);
-    const std::error_code closeError = closeDescriptor(descriptor);
-    return error ? error : closeError;
+    OutputFile file(path, error);
+    return error ? error : file.write(bytes);
 }
 
 }  // namespace zr::host

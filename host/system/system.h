@@ -53,12 +53,23 @@ void secureErase(void* memory, std::size_t size);
 /// later gets its number. Reading or writing such a stream still fails.
 void holdStandardStreams();
 
+/// Makes writing to a pipe or socket whose reader is gone an error, where it ends the process
+/// otherwise: a module may write to its dead server.
+void ignoreClosedPipes();
+
 bool isDescriptorOpen(int descriptor);
 
-/// Opens a file to read its bytes, or to replace them.
+/// Opens a file to read its bytes.
 /// @return -1 when it cannot be opened; error says why.
 int openForReading(const std::string& path, std::error_code& error);
-int openForWriting(const std::string& path, std::error_code& error);
+
+/// Opens a file to replace its bytes, which are still there.
+/// @param isNew  set to whether the file did not exist.
+/// @return -1 when it cannot be opened; error says why.
+int openForWriting(const std::string& path, std::error_code& error, bool* isNew = nullptr);
+
+/// Removes the bytes of a file, if it is one that keeps bytes.
+std::error_code emptyFile(int descriptor);
 
 /// Reads bytes unchanged.
 /// @return how many; 0 at the end, and when they cannot be read: error says why then.

@@ -1,11 +1,11 @@
 // Loads a PKCS #11 module through the library, wherever the module and its configuration are.
 #include "host/token/module_loading.h"
 
-#include <utf8cpp/utf8.h>
-
 #include "host/output/failure.h"
 #include "host/output/printable.h"
 #include "host/system/system.h"
+#include "host/system/utf8_path.h"
+#include "host/token/load_cause.h"
 
 namespace fs = std::filesystem;
 
@@ -13,18 +13,6 @@ namespace zr::host {
 namespace {
 
 constexpr const char* kModuleVariable = "ZRKEY_MODULE";
-constexpr const char* kConfiguration = "config.xml";
-/// The library's limit for the current directory and the module path together.
-constexpr std::size_t kLongestPath = 259;
-
-fs::path toPath(const std::string& utf8) {
-    return {std::u8string(utf8.begin(), utf8.end())};
-}
-
-std::string toUtf8(const fs::path& path) {
-    const std::u8string text = path.generic_u8string();
-    return {text.begin(), text.end()};
-}
 
 Failure noCurrentFolder(std::error_code error) {
     return systemFailure(kExitModule, "find the current folder", error,
@@ -111,35 +99,6 @@ void checkPaths(const std::string& asked, const fs::path& module, const fs::path
     }
 }
 
-/// Why a load may have failed, and what to try.
-std::string loadAdvice(ITokenProvider& provider, const fs::path& module, const fs::path& folder,
-                       const fs::path& loadable) {
-    std::error_code ignored;
-    const std::string place = inQuotes(toUtf8(folder));
-    if (!fs::exists(folder / kConfiguration, ignored)) {
-        return "there is no config.xml in the working folder " + place +
-               ": create one with a <driver> element, or name its folder with --workdir";
-    }
-    if (!fs::is_regular_file(module, ignored)) {
-        return "the file does not exist: check --module";
-    }
-    if (!utf8::is_valid(toUtf8(loadable))) {
-        return "its path is not valid UTF-8: rename it, or load it through a link";
-    }
-    if (toUtf8(folder).size() + 1 + toUtf8(loadable).size() > kLongestPath) {
-        return "the working folder and the module path together are longer than 259 bytes: choose "
-               "a "
-               "shorter --workdir";
-    }
-    INT count = 0;
-    if (SUCCEEDED(provider.GetKeyCount(&count))) {
-        return "the module was loaded, but config.xml in " + place +
-               " is not valid: it needs a <driver> element, and lists shorter than 500 bytes";
-    }
-    return "it is not a PKCS #11 module for this platform, or it failed to start: check its own "
-           "settings";
-}
-
 }  // namespace
 
 fs::path loadablePath(const fs::path& module, const fs::path& folder) {
@@ -163,7 +122,8 @@ LoadedModule::LoadedModule(const ModuleOptions& options) {
     const fs::path loadable = loadablePath(module, folder);
     const std::string asked = "load the module " + inQuotes(name);
     checkPaths(asked, module, folder);
-    searchBesideModule(toUtf8(module));
+    m_path = toUtf8(module);
+    searchBesideModule(m_path);
 
     HRESULT result = zrkey::createProvider(m_provider);
     if (FAILED(result)) {
@@ -172,12 +132,9 @@ LoadedModule::LoadedModule(const ModuleOptions& options) {
     }
     result = m_provider->Load(zrkey::Text(toUtf8(loadable)).get());
     if (FAILED(result)) {
-        const std::string advice =
-            result == E_OUTOFMEMORY
-                ? "it has no usable C_GetFunctionList: name a PKCS #11 module with --module"
-                : loadAdvice(*m_provider.get(), module, folder, loadable);
+        const Cause cause = findLoadCause({*m_provider.get(), result, module, folder, loadable});
         m_provider->Unload();
-        throw libraryFailure(kExitModule, asked, result, advice);
+        throw explainedFailure(kExitModule, asked, result, cause);
     }
 }
 

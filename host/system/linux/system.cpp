@@ -2,12 +2,14 @@
 #include "host/system/system.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace zr::host {
@@ -95,6 +97,10 @@ void holdStandardStreams() {
     }
 }
 
+void ignoreClosedPipes() {
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
 bool isDescriptorOpen(int descriptor) {
     return fcntl(descriptor, F_GETFD) >= 0;
 }
@@ -103,8 +109,18 @@ int openForReading(const std::string& path, std::error_code& error) {
     return openFile(path, O_RDONLY, error);
 }
 
-int openForWriting(const std::string& path, std::error_code& error) {
-    return openFile(path, O_WRONLY | O_CREAT | O_TRUNC, error);
+int openForWriting(const std::string& path, std::error_code& error, bool* isNew) {
+    const int descriptor = openFile(path, O_WRONLY | O_CREAT | O_EXCL, error);
+    if (isNew) {
+        *isNew = descriptor >= 0;
+    }
+    return error == std::errc::file_exists ? openFile(path, O_WRONLY | O_CREAT, error) : descriptor;
+}
+
+std::error_code emptyFile(int descriptor) {
+    struct stat file = {};
+    const bool keepsBytes = fstat(descriptor, &file) == 0 && S_ISREG(file.st_mode);
+    return keepsBytes && ftruncate(descriptor, 0) != 0 ? lastError() : std::error_code();
 }
 
 std::size_t readSome(int descriptor, char* bytes, std::size_t size, std::error_code& error) {

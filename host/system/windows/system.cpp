@@ -171,6 +171,10 @@ void holdStandardStreams() {
     }
 }
 
+void ignoreClosedPipes() {
+    // Writing to one is an error here.
+}
+
 bool isDescriptorOpen(int descriptor) {
     // The C library returns this handle for a standard stream that the caller closed.
     constexpr std::intptr_t nowhere = -2;
@@ -182,8 +186,20 @@ int openForReading(const std::string& path, std::error_code& error) {
     return openFile(path, _O_RDONLY, error);
 }
 
-int openForWriting(const std::string& path, std::error_code& error) {
-    return openFile(path, _O_WRONLY | _O_CREAT | _O_TRUNC, error);
+int openForWriting(const std::string& path, std::error_code& error, bool* isNew) {
+    const int descriptor = openFile(path, _O_WRONLY | _O_CREAT | _O_EXCL, error);
+    if (isNew) {
+        *isNew = descriptor >= 0;
+    }
+    return error == std::errc::file_exists ? openFile(path, _O_WRONLY | _O_CREAT, error)
+                                           : descriptor;
+}
+
+std::error_code emptyFile(int descriptor) {
+    struct _stat64 file = {};
+    const bool keepsBytes =
+        _fstat64(descriptor, &file) == 0 && (file.st_mode & _S_IFMT) == _S_IFREG;
+    return {keepsBytes ? _chsize_s(descriptor, 0) : 0, std::generic_category()};
 }
 
 std::size_t readSome(int descriptor, char* bytes, std::size_t size, std::error_code& error) {

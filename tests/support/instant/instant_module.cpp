@@ -1,7 +1,8 @@
 // A Cryptoki module that returns at once and stores nothing, so that time and memory of the
 // library itself can be measured: one token with as many certificates as set by
-// ZRKEY_INSTANT_CERTIFICATES (32), one key pair, and a file "6". It accepts any PIN. The end of a session takes
-// as many milliseconds as set by ZRKEY_INSTANT_CLOSE_TIME (0).
+// ZRKEY_INSTANT_CERTIFICATES (32), one key pair, and a file "6". It accepts any PIN. The end of a
+// session takes as many milliseconds as set by ZRKEY_INSTANT_CLOSE_TIME (0). The token "Instant" has
+// the flags set by ZRKEY_INSTANT_FLAGS (0).
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -37,6 +38,15 @@ CK_RV getSlotList(CK_BBOOL, CK_SLOT_ID* slots, CK_ULONG* count) {
         slots[0] = 0;
     }
     *count = 1;
+    return CKR_OK;
+}
+
+CK_RV getTokenInfo(CK_SLOT_ID, CK_TOKEN_INFO* info) {
+    *info = {};
+    std::memcpy(info->label, "Instant", 7);
+    if (const char* flags = std::getenv("ZRKEY_INSTANT_FLAGS")) {
+        info->flags = std::strtoul(flags, nullptr, 0);
+    }
     return CKR_OK;
 }
 
@@ -128,6 +138,7 @@ CK_FUNCTION_LIST makeList() {
     functions.C_Initialize = initialize;
     functions.C_Finalize = finalize;
     functions.C_GetSlotList = getSlotList;
+    functions.C_GetTokenInfo = getTokenInfo;
     functions.C_OpenSession = openSession;
     functions.C_CloseSession = closeSession;
     functions.C_Logout = logout;

@@ -208,5 +208,47 @@ TEST_F(PromptTest, EmptyAnswerIsAnErrorOfTheScript) {
               command.finish(&status).find("readPin failed: the PIN is empty\r\n"));
 }
 
+class LastTryTest : public PromptTest {
+protected:
+    void SetUp() override {
+        PromptTest::SetUp();
+        setEnvironment("ZRKEY_MODULE", ZR_INSTANT_MODULE);
+        setEnvironment("ZRKEY_INSTANT_FLAGS", "0x20000");
+    }
+    void TearDown() override {
+        setEnvironment("ZRKEY_INSTANT_FLAGS", "");
+        PromptTest::TearDown();
+    }
+
+    static constexpr const char* kQuestion =
+        "One try is left for the user PIN of \"Instant\"; a wrong PIN locks it. Use it (yes/no)? ";
+};
+
+TEST_F(LastTryTest, YesUsesTheLastTry) {
+    TerminalCommand command({"login"});
+    command.waitFor(kQuestion);
+    EXPECT_TRUE(command.isEchoOn());
+    command.type("yes\n");
+    command.waitFor("user PIN of \"Instant\": ");
+    command.type("1234\n");
+    int status = 0;
+    const std::string shown = command.finish(&status);
+    EXPECT_EQ(0, WEXITSTATUS(status));
+    EXPECT_NE(std::string::npos, shown.find("yes\r\n")) << shown;
+    EXPECT_NE(std::string::npos, shown.find("logged in to \"Instant\" as user")) << shown;
+}
+
+TEST_F(LastTryTest, AnyOtherAnswerLeavesTheLastTry) {
+    for (const char* answer : {"no\n", "\n", "yes, of course I am sure\n"}) {
+        TerminalCommand command({"login", "--pin", "env:TEST_PIN"});
+        command.waitFor(kQuestion);
+        command.type(answer);
+        int status = 0;
+        const std::string shown = command.finish(&status);
+        EXPECT_EQ(2, WEXITSTATUS(status));
+        EXPECT_NE(std::string::npos, shown.find("the answer was not yes")) << shown;
+    }
+}
+
 }  // namespace
 }  // namespace zr::test
