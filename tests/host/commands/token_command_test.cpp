@@ -88,7 +88,9 @@ TEST_F(CommandTokenTest, BarePinIsWrongUsageAndNotRepeated) {
 TEST_F(CommandTokenTest, LoginWithoutTerminalAndSourceIsWrongUsage) {
     expectFailure(zrkey({"login"}), 2, "there is no terminal");
     expectFailure(zrkeyLoggedIn({"pin", "change"}), 2, "there is no terminal");
-    expectFailure(zrkey({"run", "-e", "readPin()"}), 1, "there is no terminal");
+    const CommandResult script = zrkey({"run", "-e", "readPin()"});
+    EXPECT_EQ(1, script.exitCode);
+    EXPECT_EQ("command line:1: readPin failed: there is no terminal\n", script.errors);
 }
 
 TEST_F(CommandTokenTest, MissingConfigurationIsNamed) {

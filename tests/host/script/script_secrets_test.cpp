@@ -68,6 +68,7 @@ private:
     static void writeScript(int seed, const std::string& text) {
         std::error_code error;
         const int file = host::openForWriting("script.js", error);
+        EXPECT_FALSE(host::emptyFile(file));
         for (const char character : text) {
             for (std::size_t i = 0; i < (character == '#' ? kPinSize : 1); ++i) {
                 const char byte = character == '#' ? letter(seed, i) : character;

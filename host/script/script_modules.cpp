@@ -3,7 +3,7 @@
 // A module is a file. Its source becomes the body of a function of exports, require and module; the
 // call of it fills exports. Each module has a require of its own, which knows the module's folder
 // under two names: as it is shown in messages, and without symbolic links.
-#include "host/script/modules.h"
+#include "host/script/script_modules.h"
 
 #include <filesystem>
 #include <string_view>
@@ -11,7 +11,7 @@
 
 #include "host/script/context.h"
 #include "host/script/engine_text.h"
-#include "host/script/files.h"
+#include "host/script/script_files.h"
 #include "host/script/syntax.h"
 
 namespace fs = std::filesystem;

@@ -1,5 +1,5 @@
 // Files for scripts: the globals readFile and writeFile.
-#include "host/script/files.h"
+#include "host/script/script_files.h"
 
 #include <utf8cpp/utf8.h>
 
@@ -102,6 +102,9 @@ duk_ret_t callWriteFile(duk_context* script) {
     stopInTime(script);
     std::error_code error;
     OpenedFile file(openForWriting(path, error));
+    if (!error) {
+        error = emptyFile(file.get());
+    }
     while (!error && !rest.empty()) {
         stopInTime(script);
         const std::string_view block =
