@@ -35,5 +35,6 @@ function(zr_run_on_token name target)
                ZRKEY_BRIDGE_MODULE=${arg_MODULE})
     set_tests_properties(${name} PROPERTIES FIXTURES_REQUIRED wine)
   endif()
-  set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT "${module};${arg_ENVIRONMENT}")
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300 LABELS quick
+                       ENVIRONMENT "${module};${arg_ENVIRONMENT}")
 endfunction()

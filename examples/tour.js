@@ -1,9 +1,11 @@
 // A tour of one token: what it is, a call that fails, and a login.
 //
-//     zrkey run tour.js MODULE [PIN]
+//     zrkey run tour.js MODULE
+//     zrkey run tour.js MODULE login
+//     zrkey run --pin env:PIN tour.js MODULE login
 //
-// Without PIN there is no login. PIN is tried once: a token locks itself after a few wrong PINs.
-// Other users of the computer can see a PIN in a command line; that is fit for a test token only.
+// Without "login" there is no login. The PIN is asked for on the terminal, unless --pin says where it
+// is. It is tried once: a token locks itself after a few wrong PINs.
 //
 // MODULE is the token maker's PKCS #11 library. Its path is always relative to the current
 // directory, which must also contain "config.xml":
@@ -11,11 +13,12 @@
 //     <driver><algo>...</algo><digest>...</digest></driver>
 
 var modulePath = arguments[0];
-var pin = arguments[1];
+var wantsLogin = arguments[1] === "login";
 var USER = 0; // the kind of PIN; 1 is the security officer's
 
-if (!modulePath) {
-    throw new Error("usage: zrkey run tour.js MODULE [PIN]");
+if (!modulePath || (arguments.length > 1 && !wantsLogin)) {
+    printError("usage: zrkey run tour.js MODULE [login]");
+    exit(2);
 }
 
 // Everything starts with a provider and a module.
@@ -63,10 +66,11 @@ try {
     print("failing call:  " + error.message);
 }
 
-if (pin === undefined) {
-    print("login:         none, no PIN is given");
-} else {
+if (wantsLogin) {
+    var pin = readPin("user PIN of " + token.GetLabel() + ": ");
     print("login:         " + (token.VerifyPIN(pin, USER) ? "logged in" : "not logged in"));
+} else {
+    print("login:         none was asked for");
 }
 
 // Objects close with their last reference: the token logs out, then the provider frees the module.

@@ -9,6 +9,7 @@
 int main(int argc, char** argv) {
     using namespace zr::host;
     holdStandardStreams();
+    ignoreClosedPipes();
     try {
         restrictModuleSearch();
         return runCommandLine(commandLineArguments(argc, argv));

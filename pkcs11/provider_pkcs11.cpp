@@ -78,7 +78,8 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::OpenKey(LONG index, void** key) 
     }
     if (session.Call(&CK_FUNCTIONS::C_GetSlotList, CK_TRUE, slots.get(), &count) != CKR_OK ||
         wanted >= count) {
-        // The slots changed meanwhile. Hosts detect this by the null pointer, so S_OK is kept.
+        // The slots changed meanwhile, or the call failed. Hosts detect this by the null pointer, so
+        // S_OK is kept.
         return S_OK;
     }
     void* application = nullptr;
@@ -90,6 +91,7 @@ HRESULT STDMETHODCALLTYPE TokenProvider_pkcs11::OpenKey(LONG index, void** key) 
     }
     auto* token = new (std::nothrow) KeyObject_pkcs11(this, std::move(session));
     if (!token) {
+        // The session stays open until Unload: no other call is made after C_OpenSession.
         return E_OUTOFMEMORY;
     }
     token->SetSlotID(slots[wanted]);

@@ -16,6 +16,7 @@ struct CertReadOptions : TokenOptions {
 
 Report readCertificate(const CertReadOptions& options) {
     PinEntry pin(options.pin, PinEntry::Need::kOnRequest);
+    const OpenOutput output = openOutput(options.output);
     const TokenSession session(options);
     session.login(pin);
     const ChosenCertificate chosen = openCertificate(session.token(), options.certificate);
@@ -25,7 +26,7 @@ Report readCertificate(const CertReadOptions& options) {
         throw libraryFailure(kExitFailure, "read the certificate " + inQuotes(chosen.name), result,
                              "check that the token is still connected");
     }
-    Report report = byteReport("certificate", takeBytes(data), options.output, "CERTIFICATE");
+    Report report = byteReport("certificate", takeBytes(data), output, "CERTIFICATE");
     report.fields.push_back({"name", chosen.name});
     return report;
 }

@@ -10,7 +10,6 @@
 
 #include "host/output/console.h"
 #include "host/output/printable.h"
-#include "host/system/byte_io.h"
 
 namespace zr::host {
 namespace {
@@ -58,18 +57,18 @@ void writeReport(Console& console, const std::string& name, const ReportOptions&
                          {"result", resultFields(S_OK)}};
         record.insert(record.end(), report.fields.begin(), report.fields.end());
         error = console.writeOutput(toJson(record));
-    } else if (report.path == kStandardStream) {
-        error = console.writeOutput(report.output);
+    } else if (report.file) {
+        error = report.file->write(report.output);
     } else {
-        error = writeFile(report.path, report.output);
+        error = console.writeOutput(report.output);
     }
     if (error) {
-        const std::string place =
-            report.path == kStandardStream ? "standard output" : inQuotes(report.path);
+        const std::string place = report.file ? inQuotes(report.file->path()) : "standard output";
         throw systemFailure(
             kExitFailure, "write to " + place, error,
             "the operation on the token is complete; check free space and permissions");
     }
+    console.writeError(report.note);
 }
 
 int writeFailure(Console& console, const std::string& name, const ReportOptions& options,
@@ -152,6 +151,8 @@ void addPinOptions(CLI::App& command, PinOptions& options) {
     addPinSource(command, "--pin", options.source, "Where to read the PIN");
     command.add_flag("--so", options.securityOfficer,
                      "The PIN is the security officer's, not the user's");
+    command.add_flag("--last-try", options.lastTry,
+                     "Uses the last try that is left for the PIN without asking");
 }
 
 void addCertificateOptions(CLI::App& command, CertificateChoice& choice) {

@@ -15,6 +15,7 @@ struct DigestOptions : TokenOptions {
 
 Report digest(const DigestOptions& options) {
     const zrkey::ByteArray data = readInput(options.input);
+    const OpenOutput output = openOutput(options.output);
     const TokenSession session(options);
     zrkey::ByteArray value;
     const HRESULT result =
@@ -26,7 +27,7 @@ Report digest(const DigestOptions& options) {
     if (FAILED(result)) {
         throw libraryFailure(kExitFailure, asked, result, "the system may be out of memory");
     }
-    Report report = byteReport("digest", takeBytes(value), options.output, "DIGEST");
+    Report report = byteReport("digest", takeBytes(value), output, "DIGEST");
     report.fields.push_back({"method", options.method});
     return report;
 }

@@ -13,7 +13,7 @@ struct CommandExamples {
 
 constexpr CommandExamples kExamples[] = {
     {"", {"list --module /usr/lib/softhsm/libsofthsm2.so", "help file read"}},
-    {"run", {"run first.js", "run --time-limit 10 first.js 1234"}},
+    {"run", {"run --pin env:PIN first.js", "run -e 'print(arguments)' one two"}},
     {"list", {"list", "list --module /usr/lib/softhsm/libsofthsm2.so --json"}},
     {"info", {"info", "info --label 'ZRKey Test' --json"}},
     {"login", {"login", "login --so --pin file:so-pin.txt"}},

@@ -25,6 +25,7 @@ std::string readWhole(IKeyFile& file, const std::string& name) {
 
 Report readFile(const FileReadOptions& options) {
     PinEntry pin(options.pin, PinEntry::Need::kOnRequest);
+    const OpenOutput output = openOutput(options.output);
     const TokenSession session(options);
     const bool isLoggedIn = session.login(pin);
     zrkey::ComRef<IKeyFile> file;
@@ -33,7 +34,7 @@ Report readFile(const FileReadOptions& options) {
         throw libraryFailure(kExitNotFound, "open the file " + options.name, result,
                              fileAdvice(isLoggedIn));
     }
-    return byteReport("content", readWhole(*file.get(), options.name), options.output, "DATA");
+    return byteReport("content", readWhole(*file.get(), options.name), output, "DATA");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "host/commands/command_frame.h"
 #include "host/commands/token_fields.h"
 #include "host/output/printable.h"
+#include "host/token/token_state.h"
 
 namespace zr::host {
 namespace {
@@ -21,6 +22,10 @@ Report list(const ListOptions& options) {
         report.output += std::to_string(row.index) + '\t' + printable(row.label) + '\t' +
                          printable(row.serial) + '\t' + printable(row.manufacturer) + '\t' +
                          printable(row.model) + '\n';
+    }
+    if (table.rows.empty()) {
+        const Cause cause = whyNoToken(module);
+        report.note = "zrkey: no token to list: " + cause.text + "; " + cause.advice + '\n';
     }
     report.fields = {{"slots", static_cast<std::uint64_t>(table.slots)}, {"tokens", tokens}};
     return report;

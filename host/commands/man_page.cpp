@@ -79,13 +79,16 @@ std::string manualPage(const std::vector<CommandRow>& table) {
            ".PP\nWithout a file a built\\-in configuration is used.\n"
            ".SH \"EXIT STATUS\"\n"
            ".TP\n0\nSuccess.\n"
-           ".TP\n1\nThe operation failed, or a local file could not be read or written.\n"
+           ".TP\n1\nThe operation failed, the token was removed, or a local file or stream could "
+           "not "
+           "be read or written.\n"
            ".TP\n2\nWrong usage; no token was changed and no retry used.\n"
-           ".TP\n3\nThe module or its configuration could not be loaded.\n"
+           ".TP\n3\nThe module or its configuration could not be loaded or found.\n"
            ".TP\n4\nNo token, file or certificate matches, or several do.\n"
-           ".TP\n5\nThe login was refused.\n"
+           ".TP\n5\nThe login was refused: the PIN is wrong or not initialised.\n"
            ".TP\n6\nThe signature does not verify, or the token lacks the public key.\n"
-           ".TP\n7\nThe operation needs a login.\n";
+           ".TP\n7\nThe operation needs a login.\n"
+           ".TP\n8\nThe PIN is locked.\n";
 }
 
 }  // namespace zr::host

@@ -50,7 +50,7 @@ Report changePin(const PinChangeOptions& options) {
         throw noTerminal();
     }
     const TokenSession session(options);
-    const Pin& old = *oldPin.get(session.row());
+    const Pin& old = *session.pinFor(oldPin);
     checkLength(old, "old");
     if (!newPin) {
         newPin = readNewPin(newSource);

@@ -1,17 +1,22 @@
-// zrkey run: runs a script file that uses the library's objects.
+// zrkey run: runs a script that uses the library's objects.
 #include <CLI/CLI.hpp>
 
 #include <chrono>
 #include <cmath>
 #include <memory>
+#include <optional>
 #include <system_error>
+#include <utility>
 
+#include "host/commands/command_frame.h"
 #include "host/commands/commands.h"
 #include "host/output/console.h"
 #include "host/output/failure.h"
 #include "host/output/printable.h"
 #include "host/script/engine.h"
 #include "host/system/byte_io.h"
+#include "host/system/system.h"
+#include "host/token/pin_source.h"
 
 namespace zr::host {
 namespace {
@@ -20,6 +25,8 @@ struct RunOptions {
     bool verbose = false;
     double seconds = 0;
     unsigned int mebibytes = 0;
+    std::optional<PinSource> pin;
+    std::optional<std::string> code;
     std::string file;
     std::vector<std::string> arguments;
 };
@@ -28,7 +35,8 @@ struct RunOptions {
 class RunFormatter : public CLI::Formatter {
 public:
     std::string make_usage(const CLI::App*, std::string name) const override {
-        return "Usage: " + name + " [OPTIONS] FILE [ARG...]\n";
+        return "Usage: " + name + " [OPTIONS] FILE [ARG...]\n       " + name +
+               " [OPTIONS] -e CODE [ARG...]\n";
     }
 };
 
@@ -44,17 +52,59 @@ ScriptLimits limitsOf(const RunOptions& options) {
     return limits;
 }
 
-int runScriptFile(const RunOptions& options) {
+/// The script, and its bytes if they are read: the script refers to them.
+/// @param error  says why they cannot be read.
+Script makeScript(const RunOptions& options, ErasedBytes& bytes, std::error_code& error) {
+    if (options.code) {
+        return {"command line", *options.code, options.arguments, ScriptOrigin::kCommandLine};
+    }
+    bytes = readBytes(options.file, error);
+    if (options.file == kStandardStream) {
+        return {"standard input", viewOf(bytes), options.arguments, ScriptOrigin::kStandardInput};
+    }
+    return {options.file, viewOf(bytes), options.arguments};
+}
+
+int runScript(const RunOptions& options) {
     Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
     std::error_code error;
-    const ErasedBytes source = readBytes(options.file, error);
+    ErasedBytes bytes;
+    Script script = makeScript(options, bytes, error);
     if (error) {
-        console.writeError(
-            printable("zrkey: cannot read " + options.file + ": " + error.message()) + "\n");
+        console.writeError(printable("zrkey: cannot read " + script.name + ": " + error.message()) +
+                           "\n");
         return kExitFailure;
     }
-    ScriptEngine engine(console, limitsOf(options));
-    return engine.run(options.file, viewOf(source), options.arguments) ? kExitOk : kExitFailure;
+    try {
+        // The prompt waits until the script asks.
+        if (options.pin && options.pin->kind != PinSource::Kind::kPrompt) {
+            script.pin = readPin(*options.pin, "");
+        }
+    } catch (const Failure& failure) {
+        console.writeError(failure.line());
+        return failure.exitCode;
+    }
+    return ScriptEngine(console, limitsOf(options)).run(std::move(script));
+}
+
+/// Takes the words that are no options: FILE, unless -e gives the script, and the arguments.
+void takeWords(std::vector<std::string> words, RunOptions& options) {
+    if (words.empty() && !options.code) {
+        throw CLI::RequiredError("FILE");
+    }
+    if (!words.empty() && words.front().starts_with('-') && words.front() != kStandardStream) {
+        throw CLI::ExtrasError({words.front()});
+    }
+    if (!options.code) {
+        options.file = words.front();
+        words.erase(words.begin());
+    }
+    options.arguments = std::move(words);
+}
+
+bool isStandardInput(const std::optional<PinSource>& source) {
+    return source && source->kind == PinSource::Kind::kDescriptor &&
+           source->descriptor == kStandardInput;
 }
 
 }  // namespace
@@ -73,24 +123,22 @@ void addRunCommand(CLI::App& app, Action& action) {
                      "Gives the script at most this many MiB of memory")
         ->type_name("MIB")
         ->check(CLI::Range(1, 1 << 20).description(""));
+    addPinSource(*command, "--pin", options->pin, "Where readPin() gets the PIN first");
+    command->add_option("-e,--eval", options->code, "Runs this script instead of a file")
+        ->type_name("CODE");
     // FILE and the words after it are passed on unchanged, also those that look like options.
     command->prefix_command();
     command->formatter(std::make_shared<RunFormatter>());
     command->callback([command, options, &action] {
-        std::vector<std::string> words = command->remaining();
-        if (words.empty()) {
-            throw CLI::RequiredError("FILE");
-        }
-        if (words.front().starts_with('-')) {
-            throw CLI::ExtrasError({words.front()});
-        }
+        takeWords(command->remaining(), *options);
         if (std::isnan(options->seconds)) {
             // The range check accepts it.
             throw CLI::ValidationError("--time-limit", "a number is required");
         }
-        options->file = words.front();
-        options->arguments.assign(words.begin() + 1, words.end());
-        action = [options] { return runScriptFile(*options); };
+        if (options->file == kStandardStream && isStandardInput(options->pin)) {
+            throw CLI::ValidationError("--pin", "standard input contains the script");
+        }
+        action = [options] { return runScript(*options); };
     });
 }
 

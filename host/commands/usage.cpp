@@ -148,7 +148,12 @@ std::string describeMissing(const CLI::App& group) {
 std::string describe(const CLI::App& app, const CLI::App& command, const CLI::Error& error,
                      const Words& words) {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError)) {
-        return describeExtras(command, app.remaining(true), words);
+        Words extras = app.remaining(true);
+        if (command.get_prefix_command() && !extras.empty()) {
+            // The parser stops at the first: the others may be known.
+            extras.resize(1);
+        }
+        return describeExtras(command, extras, words);
     }
     if (command.get_require_subcommand_min() > 0) {
         const Words extras = command.remaining();

@@ -51,8 +51,8 @@ std::error_code Console::writeOutput(std::string_view bytes) {
     return writeAll(m_output, bytes);
 }
 
-void Console::writeError(std::string_view bytes) {
-    writeAll(m_error, bytes);
+std::error_code Console::writeError(std::string_view bytes) {
+    return writeAll(m_error, bytes);
 }
 
 void Console::drainDiagnostics() {

@@ -21,8 +21,8 @@ public:
 
     /// Writes bytes to standard output, unchanged and without a buffer.
     std::error_code writeOutput(std::string_view bytes);
-    /// Writes bytes to standard error.
-    void writeError(std::string_view bytes);
+    /// The same to standard error.
+    std::error_code writeError(std::string_view bytes);
 
     /// Flushes what the library wrote, or bounds it where it is dropped. To be called after calls
     /// of the library.

@@ -16,6 +16,10 @@ Failure libraryFailure(int exitCode, std::string asked, zrkey::Result result, st
             result};
 }
 
+Failure explainedFailure(int exitCode, std::string asked, zrkey::Result result, Cause cause) {
+    return {exitCode, std::move(asked), std::move(cause.text), std::move(cause.advice), result};
+}
+
 Failure systemFailure(int exitCode, std::string asked, std::error_code error, std::string advice) {
     return {exitCode, std::move(asked), error.message(), std::move(advice), std::nullopt};
 }

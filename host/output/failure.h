@@ -17,6 +17,13 @@ inline constexpr int kExitNotFound = 4;      ///< no object matches, or several 
 inline constexpr int kExitLoginRefused = 5;  ///< the token refused the PIN
 inline constexpr int kExitNotVerified = 6;   ///< the signature does not verify
 inline constexpr int kExitLoginNeeded = 7;   ///< try again with a PIN
+inline constexpr int kExitPinLocked = 8;     ///< the PIN is locked; no try is left
+
+/// Why something failed, and what to try.
+struct Cause {
+    std::string text;
+    std::string advice;
+};
 
 /// Thrown by the parts of a command, shown by its frame.
 struct Failure {
@@ -32,6 +39,9 @@ struct Failure {
 
 /// An operation of the library failed.
 Failure libraryFailure(int exitCode, std::string asked, zrkey::Result result, std::string advice);
+
+/// An operation of the library failed, and the command found the cause.
+Failure explainedFailure(int exitCode, std::string asked, zrkey::Result result, Cause cause);
 
 /// An operation of the operating system failed; its own text is the cause.
 Failure systemFailure(int exitCode, std::string asked, std::error_code error, std::string advice);

@@ -3,6 +3,12 @@
 
 #include <nlohmann/json.hpp>
 
+#include <system_error>
+
+#include "host/output/failure.h"
+#include "host/output/printable.h"
+#include "host/system/byte_io.h"
+
 namespace zr::host {
 namespace {
 
@@ -36,9 +42,22 @@ Json convert(const Record& record) {
 
 }  // namespace
 
-Report byteReport(const std::string& name, const std::string& bytes, const ByteOutput& output,
+OpenOutput openOutput(const ByteOutput& output) {
+    OpenOutput open = {output.format, nullptr};
+    if (output.path != kStandardStream) {
+        std::error_code error;
+        open.file = std::make_shared<OutputFile>(output.path, error);
+        if (error) {
+            throw systemFailure(kExitFailure, "write to " + inQuotes(output.path), error,
+                                "nothing was done; check the path and its permissions");
+        }
+    }
+    return open;
+}
+
+Report byteReport(const std::string& name, const std::string& bytes, const OpenOutput& output,
                   std::string_view pemLabel) {
-    return {encode(bytes, output.format, pemLabel), {{name, ByteValue{bytes}}}, output.path};
+    return {encode(bytes, output.format, pemLabel), {{name, ByteValue{bytes}}}, output.file};
 }
 
 Record resultFields(zrkey::Result result) {

@@ -4,11 +4,13 @@
 #include <zrkey/zrkey.hpp>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include "host/output/encoding.h"
+#include "host/system/output_file.h"
 
 namespace zr::host {
 
@@ -37,17 +39,28 @@ struct ByteOutput {
     ByteFormat format = ByteFormat::kRaw;
 };
 
+/// A ByteOutput whose file is open.
+struct OpenOutput {
+    ByteFormat format = ByteFormat::kRaw;
+    std::shared_ptr<OutputFile> file;  ///< null: standard output
+};
+
+/// Opens the file, so that one that cannot be written fails before the token is used. Throws a
+/// Failure.
+OpenOutput openOutput(const ByteOutput& output);
+
 /// The result of a command in both forms.
 struct Report {
-    std::string output;      ///< text or bytes, written without --json
-    Record fields;           ///< members of the object written with --json
-    std::string path = "-";  ///< where output is written
+    std::string output;                          ///< text or bytes, written without --json
+    Record fields;                               ///< members of the object written with --json
+    std::shared_ptr<OutputFile> file = nullptr;  ///< gets output; null: standard output
+    std::string note = {};                       ///< a line for standard error; may be empty
 };
 
 /// Reports bytes.
 /// @param name      their name in JSON.
 /// @param pemLabel  see encode.
-Report byteReport(const std::string& name, const std::string& bytes, const ByteOutput& output,
+Report byteReport(const std::string& name, const std::string& bytes, const OpenOutput& output,
                   std::string_view pemLabel);
 
 /// A result of the library: "name", unless it has none, and "hex".

@@ -33,7 +33,7 @@ ScriptContext& contextOf(duk_context* script) {
 }
 
 void stopInTime(duk_context* script) {
-    if (contextOf(script).use.isTimeUp()) {
+    if (contextOf(script).mustStop()) {
         throwError(script, DUK_ERR_RANGE_ERROR, kTimeoutMessage);
     }
 }

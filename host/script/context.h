@@ -6,12 +6,15 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
 #include "host/output/console.h"
 #include "host/script/limits.h"
 #include "host/script/watchdog.h"
+#include "host/system/erasing_allocator.h"
+#include "host/token/pin.h"
 
 namespace zr::host {
 
@@ -35,6 +38,23 @@ private:
     std::uint32_t m_lastNumber = 0;
 };
 
+/// The end that a script asks for with exit.
+struct ScriptExit {
+    /// Set by the first call.
+    std::optional<int> code;
+    /// Whether the script has to stop now because of it.
+    bool isStopping = false;
+    /// Whether the script has ended: exit stops nothing but the finalizer that calls it.
+    bool isOver = false;
+};
+
+/// What a script reads from standard input.
+struct ScriptInput {
+    bool wasTheScript = false;  ///< the script itself was read from it
+    ErasedBytes bytes = {};     ///< read, but not yet taken by the script
+    std::size_t taken = 0;      ///< how many of the bytes the script has taken
+};
+
 /// Lives as long as the heap of the script engine.
 struct ScriptContext {
     Console& console;
@@ -43,6 +63,12 @@ struct ScriptContext {
     ObjectRegistry objects = {};
     /// Reports that the time is up and ends the process; empty where that is not allowed.
     std::function<void()> endProcess = {};
+    ScriptExit exit = {};
+    ScriptInput input = {};
+    std::optional<Pin> pin = {};  ///< given on the command line, not yet taken by the script
+
+    /// Whether the engine has to throw an error until the script is left.
+    bool mustStop() { return exit.isStopping || use.isTimeUp(); }
 };
 
 /// Calls the library for a script.
@@ -62,8 +88,8 @@ HRESULT callLibrary(ScriptContext& context, Call call) {
 /// The context that belongs to an engine.
 ScriptContext& contextOf(duk_context* script);
 
-/// Throws the engine's timeout error into the script when its time is up. For functions that a
-/// script can call many times before the engine checks the time again.
+/// Throws an error into the script when its time is up, or it called exit. For functions that a
+/// script can call many times before the engine checks this again.
 void stopInTime(duk_context* script);
 
 /// Throws an error into the script and never returns; the return type lets callers return it.

@@ -1,4 +1,4 @@
-// Runs one script on the script engine, with the library's objects and a few globals.
+// Runs one script on the script engine, with the library's objects and the globals of scripts.
 //
 // The engine reports errors as C++ exceptions of its own type. They unwind the command's frames; no
 // code here may catch everything.
@@ -13,75 +13,36 @@
 #include <optional>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "host/output/console.h"
 #include "host/output/failure.h"
 #include "host/output/printable.h"
 #include "host/script/context.h"
+#include "host/script/engine_text.h"
+#include "host/script/globals.h"
 #include "host/script/heap.h"
+#include "host/script/line_input.h"
 #include "host/script/members.h"
-#include "host/script/script_text.h"
+#include "host/script/script_files.h"
+#include "host/script/script_modules.h"
+#include "host/script/syntax.h"
+#include "host/script/uncaught.h"
 #include "host/script/watchdog.h"
+#include "host/system/terminal.h"
 
 namespace zr::host {
 namespace {
 
-/// How many bytes print collects before it writes: its arguments together can be larger than the
-/// script's memory.
-constexpr std::size_t kPrintedAtOnce = 1 << 16;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
-struct Script {
-    const std::string& file;
-    std::string_view source;
-    const std::vector<std::string>& arguments;
-};
-
-void pushText(duk_context* script, std::string_view utf8) {
-    const ErasedVector<OLECHAR> units = toUnits(utf8);
-    const ErasedBytes text = toScriptText(units.data(), units.size());
-    duk_push_lstring(script, text.data(), text.size());
-}
-
-ErasedBytes utf8At(duk_context* script, duk_idx_t index) {
-    duk_size_t size = 0;
-    const char* text = duk_to_lstring(script, index, &size);
-    return toUtf8({text, size});
-}
-
-void writePrinted(duk_context* script, const ErasedBytes& text) {
-    stopInTime(script);
-    if (const std::error_code error = contextOf(script).console.writeOutput(viewOf(text))) {
-        throwError(script, DUK_ERR_ERROR,
-                   "print failed: cannot write to standard output: " + error.message());
-    }
-}
-
-/// print(...): writes the arguments as texts, separated by blanks, as a line of standard output.
-duk_ret_t print(duk_context* script) {
-    const duk_idx_t count = duk_get_top(script);
-    ErasedBytes text;
-    for (duk_idx_t i = 0; i < count; ++i) {
-        if (i > 0) {
-            text.push_back(' ');
-        }
-        const ErasedBytes value = utf8At(script, i);
-        text.insert(text.end(), value.begin(), value.end());
-        if (text.size() >= kPrintedAtOnce) {
-            writePrinted(script, text);
-            text = {};
-        }
-    }
-    text.push_back('\n');
-    writePrinted(script, text);
-    return 0;
-}
 
 duk_ret_t runProtected(duk_context* heap, void* data) {
     const Script& script = *static_cast<const Script*>(data);
     addObjectSupport(heap);
-    duk_push_c_function(heap, print, DUK_VARARGS);
-    duk_put_global_string(heap, "print");
+    addGlobals(heap);
+    addFileFunctions(heap);
+    addLineInput(heap);
+    addModules(heap, script.origin == ScriptOrigin::kFile ? script.name : std::string());
     const duk_idx_t list = duk_push_array(heap);
     for (std::size_t i = 0; i < script.arguments.size(); ++i) {
         pushText(heap, script.arguments[i]);
@@ -89,65 +50,10 @@ duk_ret_t runProtected(duk_context* heap, void* data) {
     }
     duk_put_global_string(heap, "arguments");
 
-    pushText(heap, script.file);
-    duk_compile_lstring_filename(heap, DUK_COMPILE_SHEBANG, script.source.data(),
-                                 script.source.size());
+    pushText(heap, script.name);
+    compileSource(heap, script.source, DUK_COMPILE_SHEBANG);
     duk_call(heap, 0);
     return 0;
-}
-
-/// The report of a script that is out of time.
-std::string timeoutReport(const std::string& place) {
-    return place + ": RangeError: " + kTimeoutMessage;
-}
-
-struct ErrorReport {
-    const std::string& file;
-    std::string text;
-};
-
-/// Describes the thrown value on top of the stack. Its own code may run and throw again.
-duk_ret_t describeError(duk_context* script, void* data) {
-    ErrorReport& report = *static_cast<ErrorReport*>(data);
-    std::string place = report.file;
-    std::string message;
-    if (duk_is_error(script, -1)) {
-        duk_get_prop_string(script, -1, "fileName");
-        if (duk_is_string(script, -1)) {
-            place = viewOf(utf8At(script, -1));
-        }
-        duk_get_prop_string(script, -2, "lineNumber");
-        if (duk_get_uint(script, -1) > 0) {
-            place.append(":").append(std::to_string(duk_get_uint(script, -1)));
-        }
-        duk_pop_2(script);
-    } else {
-        message = "uncaught ";
-    }
-    if (contextOf(script).use.wasStopped()) {
-        // Do not convert the thrown value to text: that may call the script again.
-        report.text = timeoutReport(place);
-        return 0;
-    }
-    message += viewOf(utf8At(script, -1));
-    // "Error: " is left out, names of other kinds are kept.
-    if (message.starts_with("Error: ")) {
-        message.erase(0, 7);
-    }
-    report.text = place.append(": ").append(message);
-    return 0;
-}
-
-/// Describes the thrown value on top of the stack and pops it.
-/// @param timeout  the line when the time is up and the place is unknown.
-std::string describeFailure(duk_context* script, const std::string& file,
-                            const std::string& timeout) {
-    ErrorReport report{file, {}};
-    if (duk_safe_call(script, describeError, &report, 1, 1) == DUK_EXEC_SUCCESS) {
-        return report.text;
-    }
-    return contextOf(script).use.wasStopped() ? timeout
-                                              : file + ": an error that cannot be described";
 }
 
 [[noreturn]] void failEngine(void* context, const char* message) {
@@ -172,52 +78,58 @@ ScriptEngine::~ScriptEngine() {
     duk_destroy_heap(m_heap);
 }
 
-bool ScriptEngine::run(const std::string& file, std::string_view source,
-                       const std::vector<std::string>& arguments) {
-    if (source.starts_with(kByteOrderMark)) {
-        source.remove_prefix(kByteOrderMark.size());
+int ScriptEngine::run(Script script) {
+    if (script.source.starts_with(kByteOrderMark)) {
+        script.source.remove_prefix(kByteOrderMark.size());
     }
+    m_context->pin = std::exchange(script.pin, std::nullopt);
+    m_context->input.wasTheScript = script.origin == ScriptOrigin::kStandardInput;
     ScriptUse& use = m_context->use;
-    const std::string timeout = timeoutReport(file);
+    ScriptExit& exit = m_context->exit;
+    const std::string timeout = printable(timeoutReport(script.name));
     std::optional<ScriptWatchdog> watchdog;
     if (m_mayEndProcess && use.end()) {
         m_context->endProcess = [this, &timeout] { endProcess(timeout); };
         watchdog.emplace(*use.end(), m_context->libraryCalls, m_context->endProcess);
     }
-    Script script{file, source, arguments};
-    const bool isDone = duk_safe_call(m_heap, runProtected, &script, 0, 1) == DUK_EXEC_SUCCESS;
+    const bool isDone =
+        duk_safe_call(m_heap, runProtected, &script, 0, 1) == DUK_EXEC_SUCCESS || exit.code;
+    exit.isStopping = false;
+    exit.isOver = true;
     if (!isDone) {
-        report(describeFailure(m_heap, file, timeout));
+        report(describeFailure(m_heap, script.name, timeout));
     }
     // Runs the finalizers and releases the objects, which may take too long.
     duk_destroy_heap(m_heap);
     m_heap = nullptr;
     if (use.isTimeUp()) {
         report(timeout);
+        return kExitFailure;
     }
-    return isDone && !use.isTimeUp();
+    return isDone ? exit.code.value_or(kExitOk) : kExitFailure;
 }
 
-void ScriptEngine::endProcess(const std::string& line) {
+void ScriptEngine::endProcess(const std::string& text) {
     // On another thread: nobody may read standard error.
     std::promise<void> written;
     try {
         std::thread([&] {
-            report(line);
+            report(text);
             written.set_value();
         }).detach();
         written.get_future().wait_for(kGrace);
     } catch (const std::system_error&) {
         // Without another thread the process ends without its report.
     }
+    restoreTerminal();
     std::_Exit(kExitFailure);
 }
 
-void ScriptEngine::report(const std::string& line) {
+void ScriptEngine::report(const std::string& text) {
     const std::lock_guard lock(m_reporting);
     if (!m_isReported) {
         m_isReported = true;
-        m_console.writeError(printable(line) + "\n");
+        m_console.writeError(text + "\n");
     }
 }
 

@@ -1,13 +1,15 @@
-// Runs one script on the script engine, with the library's objects and a few globals.
+// Runs one script on the script engine, with the library's objects and the globals of scripts.
 #pragma once
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "host/script/limits.h"
+#include "host/token/pin.h"
 
 struct duk_hthread;
 
@@ -15,6 +17,22 @@ namespace zr::host {
 
 class Console;
 struct ScriptContext;
+
+/// Where the source of a script was read.
+enum class ScriptOrigin { kFile, kStandardInput, kCommandLine };
+
+/// A script, and what it is given.
+struct Script {
+    /// Its name in messages; the path of a file, beside which the script's modules are.
+    std::string name;
+    /// UTF-8; a byte order mark and a first line "#!..." are skipped.
+    std::string_view source;
+    /// UTF-8; the global array "arguments".
+    std::vector<std::string> arguments = {};
+    ScriptOrigin origin = ScriptOrigin::kFile;
+    /// What readPin returns at its first call.
+    std::optional<Pin> pin = {};
+};
 
 /// An engine for one script.
 class ScriptEngine {
@@ -26,19 +44,17 @@ public:
     ScriptEngine& operator=(const ScriptEngine&) = delete;
 
     /// Runs a script to its end and releases the objects it still holds. To be called once.
-    /// @param file       the script's name in error messages.
-    /// @param source     UTF-8; a byte order mark and a first line "#!..." are skipped.
-    /// @param arguments  UTF-8; the script's global array "arguments".
-    /// @return false after an error that the script did not catch, and when its time was up. The
-    ///         error is then on standard error, as one line "FILE:LINE: message".
-    bool run(const std::string& file, std::string_view source,
-             const std::vector<std::string>& arguments);
+    /// @return the exit code: what the script gave to exit, else 0; 1 after an error that the script
+    ///         did not catch, and when its time was up. The error is then on standard error: a line
+    ///         "FILE:LINE: message" and, indented, what explains it and who called.
+    int run(Script script);
 
 private:
-    /// Writes the line of the first failure and ignores later ones; on any thread.
-    void report(const std::string& line);
+    /// Writes the report of the first failure and ignores later ones; on any thread.
+    /// @param text  without control characters but line ends.
+    void report(const std::string& text);
     /// Reports and ends the process, also when the report cannot be written; on any thread.
-    [[noreturn]] void endProcess(const std::string& line);
+    [[noreturn]] void endProcess(const std::string& text);
 
     Console& m_console;
     bool m_mayEndProcess;

@@ -31,7 +31,7 @@ duk_context* createLimitedHeap(ScriptContext& context, duk_fatal_function fatal)
 /// Called by the engine every few instructions. Nonzero stops the script with an error that the
 /// engine throws again each time the script catches it.
 extern "C" int zrIsScriptTimeUp(void* context) {
-    return static_cast<zr::host::ScriptContext*>(context)->use.isTimeUp() ? 1 : 0;
+    return static_cast<zr::host::ScriptContext*>(context)->mustStop() ? 1 : 0;
 }
 
 /// Called by the engine before each call and each step of its recursions. Nonzero is an error that

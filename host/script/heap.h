@@ -14,3 +14,6 @@ namespace zr::host {
 duk_context* createLimitedHeap(ScriptContext& context, duk_fatal_function fatal);
 
 }  // namespace zr::host
+
+/// Makes the engine ask before its next instruction whether the script has to stop.
+extern "C" void zrAskSoon(duk_context* script);

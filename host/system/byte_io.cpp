@@ -3,19 +3,11 @@
 
 #include <filesystem>
 
+#include "host/system/output_file.h"
 #include "host/system/system.h"
+#include "host/system/utf8_path.h"
 
 namespace zr::host {
-namespace {
-
-std::error_code writeAndClose(int descriptor, std::string_view bytes) {
-    const std::error_code error = writeAll(descriptor, bytes);
-    const std::error_code closeError = closeDescriptor(descriptor);
-    return error ? error : closeError;
-}
-
-}  // namespace
-
 ErasedBytes readBytes(const std::string& path, std::error_code& error) {
     error.clear();
     const bool isStream = path == kStandardStream;
@@ -36,8 +28,8 @@ ErasedBytes readBytes(const std::string& path, std::error_code& error) {
 
 std::error_code writeFile(const std::string& path, std::string_view bytes) {
     std::error_code error;
-    const int descriptor = openForWriting(path, error);
-    return error ? error : writeAndClose(descriptor, bytes);
+    OutputFile file(path, error);
+    return error ? error : file.write(bytes);
 }
 
 std::error_code writeNewFile(const std::string& path, std::string_view bytes) {
@@ -46,10 +38,14 @@ std::error_code writeNewFile(const std::string& path, std::string_view bytes) {
     if (error) {
         return error;
     }
-    error = writeAndClose(descriptor, bytes);
+    error = writeAll(descriptor, bytes);
+    const std::error_code closeError = closeDescriptor(descriptor);
+    if (!error) {
+        error = closeError;
+    }
     if (error) {
         std::error_code ignored;
-        std::filesystem::remove(std::u8string(path.begin(), path.end()), ignored);
+        std::filesystem::remove(toPath(path), ignored);
     }
     return error;
 }

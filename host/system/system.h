@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,6 +32,10 @@ std::string systemConfigurationFolder();
 /// @return its path; empty when it cannot be made: error says why.
 std::string makePrivateFolder(std::error_code& error);
 
+/// Calls a function with the name and the value of each variable of the environment, in UTF-8 on
+/// Windows and as they are on Linux. Every copy is erased.
+void forEachVariable(const std::function<void(std::string_view, std::string_view)>& take);
+
 enum class PathUse { kFolder, kModule };
 
 /// Why the library would not use the folder or module that a path names, but another one. The
@@ -57,14 +62,27 @@ void secureErase(void* memory, std::size_t size);
 /// later gets its number. Reading or writing such a stream still fails.
 void holdStandardStreams();
 
+/// Makes writing to a pipe or socket whose reader is gone an error, where it ends the process
+/// otherwise: a module may write to its dead server.
+void ignoreClosedPipes();
+
 bool isDescriptorOpen(int descriptor);
 
-/// Opens a file to read its bytes, or to replace them.
+/// Opens a file to read its bytes.
 /// @return -1 when it cannot be opened; error says why.
 int openForReading(const std::string& path, std::error_code& error);
-int openForWriting(const std::string& path, std::error_code& error);
+
+/// Opens a file to replace its bytes, which are still there.
+/// @param isNew  set to whether the file did not exist.
+/// @return -1 when it cannot be opened; error says why.
+int openForWriting(const std::string& path, std::error_code& error, bool* isNew = nullptr);
+
 /// Opens a file for writing that does not exist yet.
+/// @return -1 when it cannot be opened; error says why.
 int openNewForWriting(const std::string& path, std::error_code& error);
+
+/// Removes the bytes of a file, if it is one that keeps bytes.
+std::error_code emptyFile(int descriptor);
 
 /// Reads bytes unchanged.
 /// @return how many; 0 at the end, and when they cannot be read: error says why then.

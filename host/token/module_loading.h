@@ -27,8 +27,11 @@ public:
     LoadedModule& operator=(const LoadedModule&) = delete;
 
     ITokenProvider& provider() const { return *m_provider.get(); }
+    /// Absolute, in UTF-8.
+    const std::string& path() const { return m_path; }
 
 private:
+    std::string m_path;
     zrkey::ComRef<ITokenProvider> m_provider;
 };
 

@@ -37,6 +37,7 @@ struct TokenOptions {
 struct PinOptions {
     std::optional<PinSource> source;
     bool securityOfficer = false;
+    bool lastTry = false;  ///< use the last try without a question
 };
 
 /// At most one of the two is given; none is needed when the token has only one certificate.

@@ -7,6 +7,7 @@
 #include "host/output/failure.h"
 #include "host/output/printable.h"
 #include "host/system/terminal.h"
+#include "host/token/token_state.h"
 
 namespace zr::host {
 namespace {
@@ -47,6 +48,46 @@ std::string listRows(const std::vector<TokenRow>& rows) {
     return text;
 }
 
+/// A cause as constants.
+struct FixedCause {
+    const char* text;
+    const char* advice;
+};
+
+constexpr FixedCause kRemoved = {"the token was removed", "connect it and try again"};
+constexpr FixedCause kLocked = {"the PIN is locked", "ask the issuer of the token to unlock it"};
+
+std::string askedLogin(const TokenRow& row, const PinEntry& pin) {
+    return "log in to " + inQuotes(row.label) + " as " + pin.role();
+}
+
+/// The failure of a login.
+/// @param state  of the PIN, after the login.
+Failure refusedLogin(PinState state, const std::string& asked, HRESULT result) {
+    const auto explain = [&](int exitCode, const FixedCause& cause) {
+        return explainedFailure(exitCode, asked, result, {cause.text, cause.advice});
+    };
+    constexpr const char* kCheck = "retries are limited, so check the PIN before you try again";
+    switch (state) {
+        case PinState::kTokenRemoved:
+            return explain(kExitFailure, kRemoved);
+        case PinState::kLocked:
+            return explain(kExitPinLocked, kLocked);
+        case PinState::kNotSet:
+            return explain(kExitLoginRefused,
+                           {"the PIN is not initialised", "ask the issuer of the token to set it"});
+        case PinState::kLastTry:
+            return explain(kExitLoginRefused, {"the PIN is wrong, and one try is left",
+                                               "make sure of the PIN: another wrong one locks it"});
+        case PinState::kFewTries:
+            return explain(kExitLoginRefused, {"the PIN is wrong", kCheck});
+        default:
+            // The library's result is the same for every cause.
+            return explain(kExitLoginRefused,
+                           {"the PIN is wrong, or the token could not check it", kCheck});
+    }
+}
+
 }  // namespace
 
 TokenTable readTokens(ITokenProvider& provider) {
@@ -74,7 +115,8 @@ TokenTable readTokens(ITokenProvider& provider) {
     return table;
 }
 
-TokenRow chooseToken(TokenTable table, const TokenChoice& choice) {
+TokenRow chooseToken(const LoadedModule& module, const TokenChoice& choice) {
+    TokenTable table = readTokens(module.provider());
     std::vector<TokenRow> chosen;
     const std::string present = listRows(table.rows);
     for (TokenRow& row : table.rows) {
@@ -87,19 +129,21 @@ TokenRow chooseToken(TokenTable table, const TokenChoice& choice) {
         throw commandFailure(kExitNotFound, asked, "several tokens match: " + listRows(chosen),
                              "choose one with --index, --label or --serial");
     }
+    if (chosen.empty() && present.empty()) {
+        const Cause cause = whyNoToken(module);
+        throw commandFailure(kExitNotFound, asked, cause.text, cause.advice);
+    }
     if (chosen.empty()) {
-        throw commandFailure(kExitNotFound, asked,
-                             present.empty() ? "none of " + std::to_string(table.slots) +
-                                                   " slots contains a token that opens"
-                                             : "the tokens are: " + present,
-                             present.empty() ? "connect a token, or initialise the connected one"
-                                             : "choose one of them");
+        throw commandFailure(kExitNotFound, asked, "the tokens are: " + present,
+                             "choose one of them");
     }
     return std::move(chosen.front());
 }
 
 PinEntry::PinEntry(const PinOptions& options, Need need)
-    : m_source(options.source), m_securityOfficer(options.securityOfficer) {
+    : m_source(options.source),
+      m_securityOfficer(options.securityOfficer),
+      m_mayUseLastTry(options.lastTry) {
     const bool isMissing = !m_source && need != Need::kOnRequest;
     if (isMissing && (need == Need::kAlways || hasTerminal())) {
         m_source = PinSource();
@@ -128,6 +172,31 @@ const Pin* PinEntry::get(const TokenRow& token) {
     return &*m_pin;
 }
 
+void PinEntry::agreeToLastTry(const TokenRow& token) {
+    if (m_mayUseLastTry) {
+        return;
+    }
+    const std::string asked =
+        "use the last try for the " + role() + " PIN of " + inQuotes(token.label);
+    std::string answer;
+    const PromptResult result =
+        promptVisible("One try is left for the " + role() + " PIN of " + inQuotes(token.label) +
+                          "; a wrong PIN locks it. Use it (yes/no)? ",
+                      [&](char byte) {
+                          answer += byte;
+                          return answer.size() < 16;
+                      });
+    if (result == PromptResult::kNoTerminal) {
+        throw commandFailure(kExitUsage, asked, "there is no terminal to ask",
+                             "make sure of the PIN, then give --last-try");
+    }
+    if (result != PromptResult::kAnswered || (answer != "yes" && answer != "y")) {
+        throw commandFailure(kExitUsage, asked, "the answer was not yes",
+                             "the try is not used; make sure of the PIN first");
+    }
+    m_mayUseLastTry = true;
+}
+
 std::string PinEntry::role() const {
     return m_securityOfficer ? "security officer" : "user";
 }
@@ -137,20 +206,37 @@ INT PinEntry::type() const {
 }
 
 TokenSession::TokenSession(const TokenOptions& options)
-    : m_module(options.module),
-      m_row(chooseToken(readTokens(m_module.provider()), options.choice)) {}
+    : m_module(options.module), m_row(chooseToken(m_module, options.choice)) {}
+
+const Pin* TokenSession::pinFor(PinEntry& pin) const {
+    if (!pin.isGiven()) {
+        return nullptr;
+    }
+    const std::string asked = askedLogin(m_row, pin);
+    switch (readPinState(m_module, m_row, pin.isSecurityOfficer())) {
+        case PinState::kTokenRemoved:
+            throw commandFailure(kExitFailure, asked, kRemoved.text, kRemoved.advice);
+        case PinState::kLocked:
+            throw commandFailure(kExitPinLocked, asked, kLocked.text, kLocked.advice);
+        case PinState::kLastTry:
+            pin.agreeToLastTry(m_row);
+            break;
+        default:
+            // A module may forget to say that the PIN is set, and trying costs nothing if it is not.
+            break;
+    }
+    return pin.get(m_row);
+}
 
 bool TokenSession::login(PinEntry& pin) const {
-    const Pin* value = pin.get(m_row);
+    const Pin* value = pinFor(pin);
     if (!value) {
         return false;
     }
     const HRESULT result = m_row.token->VerifyPIN(PinText(*value).get(), pin.type());
     if (FAILED(result)) {
-        throw libraryFailure(
-            kExitLoginRefused, "log in to " + inQuotes(m_row.label) + " as " + pin.role(), result,
-            "the PIN is wrong or locked; retries are limited, so check the PIN before you "
-            "try again");
+        throw refusedLogin(readPinState(m_module, m_row, pin.isSecurityOfficer()),
+                           askedLogin(m_row, pin), result);
     }
     return true;
 }

@@ -31,8 +31,8 @@ struct TokenTable {
 
 TokenTable readTokens(ITokenProvider& provider);
 
-/// The row that matches. Throws a Failure when none or several match.
-TokenRow chooseToken(TokenTable table, const TokenChoice& choice);
+/// The row of a module that matches. Throws a Failure when none or several match.
+TokenRow chooseToken(const LoadedModule& module, const TokenChoice& choice);
 
 /// The PIN of a command. It is read before any token is touched; only the prompt waits until the
 /// token is known.
@@ -46,8 +46,14 @@ public:
     /// Throws a Failure when the source has no PIN.
     PinEntry(const PinOptions& options, Need need);
 
+    /// Whether there will be a PIN; false means no login.
+    bool isGiven() const { return m_source.has_value(); }
     /// The PIN; null means no login.
     const Pin* get(const TokenRow& token);
+    /// Makes sure that the last try is to be used: by the option, or by a question on the terminal,
+    /// once. Throws a Failure, with the try unused, when it is not, or nobody can be asked.
+    void agreeToLastTry(const TokenRow& token);
+    bool isSecurityOfficer() const { return m_securityOfficer; }
     /// "user" or "security officer".
     std::string role() const;
     INT type() const;
@@ -55,6 +61,7 @@ public:
 private:
     std::optional<PinSource> m_source;
     bool m_securityOfficer;
+    bool m_mayUseLastTry;
     std::optional<Pin> m_pin;
 };
 
@@ -66,6 +73,9 @@ public:
     const TokenRow& row() const { return m_row; }
     IKeyObject* operator->() const { return m_row.token.get(); }
     IKeyObject& token() const { return *m_row.token.get(); }
+    /// The PIN for this token; null means no login. Throws a Failure when the token says that no
+    /// login can succeed.
+    const Pin* pinFor(PinEntry& pin) const;
     /// Logs in, with one attempt. Throws a Failure when the token refuses the PIN.
     /// @return false, without a login, when there is no PIN.
     bool login(PinEntry& pin) const;

@@ -98,7 +98,8 @@ struct ITokenProvider : public IDispatch {
     /// @param index  index from 0 among the slots that hold a token.
     /// @param key    receives an IKeyObject with one reference; untouched unless a token was
     ///               opened.
-    /// @retval S_OK           opened; or not opened, because the slots changed during the call.
+    /// @retval S_OK           opened; or not opened, because the slots changed during the call or
+    ///                        could not be listed a second time.
     /// @retval E_INVALIDARG   index is negative or key is null.
     /// @retval E_FAIL         no module is loaded, there is no such slot, or a Cryptoki call
     ///                        failed.

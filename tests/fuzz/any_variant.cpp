@@ -39,6 +39,19 @@ AnyVariants::AnyVariants(Input& input, const std::vector<IDispatch*>& objects)
     : m_input(input), m_objects(objects) {}
 
 AnyVariants::~AnyVariants() {
+    // Nobody can free arrays that contradict themselves.
+    for (const Changed& changed : m_changed) {
+        changed.array->cDims = changed.before.cDims;
+        changed.array->fFeatures = changed.before.fFeatures;
+        changed.array->cbElements = changed.before.cbElements;
+        changed.array->pvData = changed.before.pvData;
+    }
+    for (VARIANT* variant : m_nested) {
+        VariantInit(variant);
+    }
+    for (SAFEARRAY* array : m_nest) {
+        SafeArrayDestroy(array);
+    }
     for (SAFEARRAY* array : m_locked) {
         SafeArrayUnlock(array);
     }
@@ -107,10 +120,17 @@ void AnyVariants::setArray(VARIANT* variant, int depth) {
     if (!variant->parray) {
         return;
     }
-    if (dimensions == 1 && depth < kDeepest) {
+    // Not within other arrays: in a copy, a nest would be deeper than what can be freed.
+    const bool isNest = kind >= 190 && kind < 200 && depth == 0 && dimensions == 1 &&
+                        element == VT_VARIANT && bounds[0].cElements > 0;
+    if (isNest) {
+        nest(variant->parray);
+    } else if (dimensions == 1 && depth < kDeepest) {
         fillArray(variant->parray, element, depth);
     }
-    if (kind >= 200 && kind < 210) {
+    if (kind >= 180 && kind < 190) {
+        contradict(variant->parray, element);
+    } else if (kind >= 200 && kind < 210) {
         SafeArrayLock(variant->parray);
         m_locked.push_back(variant->parray);
     } else if (kind >= 210 && kind < 220) {
@@ -127,11 +147,67 @@ void AnyVariants::fillArray(SAFEARRAY* array, VARTYPE element, int depth) {
         }
     } else if (element == VT_VARIANT) {
         for (ULONG i = 0; i < count && i < 3; ++i) {
-            VariantCopy(static_cast<VARIANT*>(array->pvData) + i, &make(depth + 1));
+            auto* made = const_cast<VARIANT*>(&make(depth + 1));
+            VARIANT* const target = static_cast<VARIANT*>(array->pvData) + i;
+            if (FAILED(VariantCopy(target, made)) &&
+                (made->vt & (VT_ARRAY | VT_BYREF)) == VT_ARRAY) {
+                // An array that contradicts itself is put there itself.
+                *target = *made;
+                VariantInit(made);
+            }
         }
     } else if (element != VT_DISPATCH && element != VT_UNKNOWN) {
         m_input.text(std::size_t{count} * array->cbElements)
             .copy(static_cast<char*>(array->pvData), std::size_t{count} * array->cbElements);
+    }
+}
+
+/// Only what no code may believe: elements that are as large as they say are really there.
+void AnyVariants::contradict(SAFEARRAY* array, VARTYPE element) {
+    m_changed.push_back({array, *array});
+    static constexpr USHORT kinds[] = {FADF_BSTR, FADF_VARIANT, FADF_UNKNOWN, FADF_DISPATCH};
+    const bool isPointer = element == VT_BSTR || element == VT_UNKNOWN || element == VT_DISPATCH;
+    switch (m_input.below(4)) {
+        case 0:
+            array->cbElements = 0;
+            break;
+        case 1:
+            array->cDims = 0;
+            break;
+        case 2:
+            // Without elements, nothing to read is no contradiction.
+            if (array->cDims == 1 && array->rgsabound[0].cElements > 0) {
+                array->pvData = nullptr;
+            }
+            break;
+        default:
+            if (isPointer || element == VT_VARIANT) {
+                static constexpr ULONG sizes[] = {1, 4, 16, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
+                array->cbElements = sizes[m_input.below(std::size(sizes))];
+            } else if (array->cbElements != sizeof(void*)) {
+                array->fFeatures =
+                    static_cast<USHORT>(array->fFeatures | kinds[m_input.below(std::size(kinds))]);
+            }
+    }
+}
+
+/// Puts the array into itself, or a nest of arrays into it that may be deeper than any walk goes.
+void AnyVariants::nest(SAFEARRAY* array) {
+    auto* place = static_cast<VARIANT*>(array->pvData);
+    const std::size_t levels = m_input.flag() ? 250 + m_input.below(12) : 0;
+    for (std::size_t i = 0; i < levels; ++i) {
+        SAFEARRAYBOUND bound = {1, 0};
+        SAFEARRAY* const inner = SafeArrayCreate(VT_VARIANT, 1, &bound);
+        m_nest.push_back(inner);
+        m_nested.push_back(place);
+        place->vt = VT_ARRAY | VT_VARIANT;
+        place->parray = inner;
+        place = static_cast<VARIANT*>(inner->pvData);
+    }
+    if (levels == 0) {
+        m_nested.push_back(place);
+        place->vt = VT_ARRAY | VT_VARIANT;
+        place->parray = array;
     }
 }
 

@@ -1,6 +1,7 @@
 // What remains of PINs in memory, and of PINs, data and signatures in the log.
 #include <vector>
 
+#include "model/key_object.h"
 #include "tests/support/fixtures/token.h"
 #include "tests/support/log_file.h"
 #include "tests/support/process_memory.h"
@@ -142,6 +143,49 @@ TEST_F(SecretsTest, ScriptVerifyPinLeavesNoPinInMemory) {
     release();
     EXPECT_EQ(0u, pin.narrowCopies());
     EXPECT_EQ(0u, pin.wideCopies());
+}
+
+TEST_F(SecretsTest, UnloadLeavesNoPinOfALiveTokenInMemory) {
+    SecretPin pin(8);
+    EXPECT_HR(S_OK, token->VerifyPIN(pin.text(), 0));
+    pin.wipe();
+    EXPECT_EQ(1u, pin.narrowCopies());
+    EXPECT_HR(S_OK, provider->Unload());
+    EXPECT_EQ(0u, pin.narrowCopies());
+    EXPECT_EQ(0u, pin.wideCopies());
+}
+
+TEST_F(SecretsTest, ReleaseOfAnotherProviderOverTheModuleLeavesNoPinInMemory) {
+    SecretPin pin(9);
+    EXPECT_HR(S_OK, token->VerifyPIN(pin.text(), 0));
+    pin.wipe();
+    ComRef<ITokenProvider> other = makeProvider();
+    EXPECT_HR(S_OK, other->Load(Text(relativePath(ZR_INSTANT_MODULE))));
+    EXPECT_EQ(1u, pin.narrowCopies());
+    other.reset();
+    EXPECT_EQ(0u, pin.narrowCopies());
+}
+
+TEST_F(SecretsTest, UnloadLeavesNoPinOfATokenThatDeleteFileKeepsInMemory) {
+    SecretPin pin(10);
+    EXPECT_HR(S_OK, token->VerifyPIN(pin.text(), 0));
+    pin.wipe();
+    EXPECT_HR(S_OK, token->DeleteFile(Text("7")));
+    EXPECT_NE(0u, token.release()->Release());
+    EXPECT_EQ(1u, pin.narrowCopies());
+    EXPECT_HR(S_OK, provider->Unload());
+    EXPECT_EQ(0u, pin.narrowCopies());
+    EXPECT_EQ(0u, pin.wideCopies());
+}
+
+TEST_F(SecretsTest, CloseKeyLeavesNoPinInMemory) {
+    SecretPin pin(11);
+    EXPECT_HR(S_OK, token->VerifyPIN(pin.text(), 0));
+    pin.wipe();
+    EXPECT_EQ(1u, pin.narrowCopies());
+    // Not part of IKeyObject, but in a slot that compiled hosts call.
+    EXPECT_HR(S_OK, static_cast<KeyObject*>(token.get())->CloseKey());
+    EXPECT_EQ(0u, pin.narrowCopies());
 }
 
 TEST_F(SecretsTest, LogContainsNoPinDataOrSignature) {

@@ -2,12 +2,14 @@
 #include "host/system/system.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace zr::host {
@@ -62,6 +64,16 @@ std::string makePrivateFolder(std::error_code& error) {
     return folder;
 }
 
+void forEachVariable(const std::function<void(std::string_view, std::string_view)>& take) {
+    for (char** variable = environ; variable && *variable; ++variable) {
+        const std::string_view text = *variable;
+        const std::size_t end = text.find('=');
+        if (end != std::string_view::npos) {
+            take(text.substr(0, end), text.substr(end + 1));
+        }
+    }
+}
+
 std::string pathProblem(const std::string& path, PathUse use) {
     if (path.find('\\') != std::string::npos) {
         return "contains \"\\\", which the library reads as a separator";
@@ -113,6 +125,10 @@ void holdStandardStreams() {
     }
 }
 
+void ignoreClosedPipes() {
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
 bool isDescriptorOpen(int descriptor) {
     return fcntl(descriptor, F_GETFD) >= 0;
 }
@@ -121,12 +137,22 @@ int openForReading(const std::string& path, std::error_code& error) {
     return openFile(path, O_RDONLY, error);
 }
 
-int openForWriting(const std::string& path, std::error_code& error) {
-    return openFile(path, O_WRONLY | O_CREAT | O_TRUNC, error);
-}
-
 int openNewForWriting(const std::string& path, std::error_code& error) {
     return openFile(path, O_WRONLY | O_CREAT | O_EXCL, error);
+}
+
+int openForWriting(const std::string& path, std::error_code& error, bool* isNew) {
+    const int descriptor = openNewForWriting(path, error);
+    if (isNew) {
+        *isNew = descriptor >= 0;
+    }
+    return error == std::errc::file_exists ? openFile(path, O_WRONLY | O_CREAT, error) : descriptor;
+}
+
+std::error_code emptyFile(int descriptor) {
+    struct stat file = {};
+    const bool keepsBytes = fstat(descriptor, &file) == 0 && S_ISREG(file.st_mode);
+    return keepsBytes && ftruncate(descriptor, 0) != 0 ? lastError() : std::error_code();
 }
 
 std::size_t readSome(int descriptor, char* bytes, std::size_t size, std::error_code& error) {

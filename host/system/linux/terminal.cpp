@@ -3,6 +3,7 @@
 
 #include <array>
 #include <csignal>
+#include <mutex>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -13,6 +14,8 @@
 
 namespace zr::host {
 namespace {
+
+enum class Echo { kOff, kOn };
 
 volatile std::sig_atomic_t s_signal = 0;
 
@@ -66,31 +69,45 @@ private:
     sigset_t m_maskBefore = {};
 };
 
-/// The terminal, open and without echo until destruction.
-class SilentTerminal {
+class PromptTerminal;
+std::mutex s_prompting;
+const PromptTerminal* s_terminal = nullptr;  ///< guarded by s_prompting
+
+/// The terminal, open and without echo, or with it, until destruction.
+class PromptTerminal {
 public:
-    SilentTerminal() : m_descriptor(open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+    explicit PromptTerminal(Echo echo)
+        : m_descriptor(open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)) {
         m_isChanged = m_descriptor >= 0 && tcgetattr(m_descriptor, &m_before) == 0;
         if (m_isChanged) {
-            termios silent = m_before;
-            silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
-            silent.c_lflag |= ICANON | ISIG;
-            m_isChanged = tcsetattr(m_descriptor, TCSAFLUSH, &silent) == 0;
+            termios mode = m_before;
+            mode.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
+            mode.c_lflag |= ICANON | ISIG | (echo == Echo::kOn ? ECHO : 0);
+            const std::lock_guard lock(s_prompting);
+            m_isChanged = tcsetattr(m_descriptor, TCSAFLUSH, &mode) == 0;
+            s_terminal = this;
         }
     }
-    ~SilentTerminal() {
-        if (m_isChanged) {
-            tcsetattr(m_descriptor, TCSAFLUSH, &m_before);
+    ~PromptTerminal() {
+        {
+            const std::lock_guard lock(s_prompting);
+            s_terminal = nullptr;
+            restore();
         }
         if (m_descriptor >= 0) {
             close(m_descriptor);
         }
     }
-    SilentTerminal(const SilentTerminal&) = delete;
-    SilentTerminal& operator=(const SilentTerminal&) = delete;
+    PromptTerminal(const PromptTerminal&) = delete;
+    PromptTerminal& operator=(const PromptTerminal&) = delete;
 
-    bool isSilent() const { return m_isChanged; }
+    bool isReady() const { return m_isChanged; }
     int descriptor() const { return m_descriptor; }
+    void restore() const {
+        if (m_isChanged) {
+            tcsetattr(m_descriptor, TCSAFLUSH, &m_before);
+        }
+    }
 
 private:
     int m_descriptor;
@@ -117,6 +134,21 @@ PromptResult readLine(const SignalGuard& signals, int descriptor,
     }
 }
 
+PromptResult promptWith(Echo echo, const std::string& prompt,
+                        const std::function<bool(char)>& take) {
+    const SignalGuard signals;
+    const PromptTerminal terminal(echo);
+    if (!terminal.isReady()) {
+        return PromptResult::kNoTerminal;
+    }
+    writeAll(terminal.descriptor(), prompt);
+    const PromptResult result = readLine(signals, terminal.descriptor(), take);
+    if (echo == Echo::kOff || result == PromptResult::kCancelled) {
+        writeAll(terminal.descriptor(), "\n");
+    }
+    return result;
+}
+
 }  // namespace
 
 bool hasTerminal() {
@@ -128,15 +160,18 @@ bool hasTerminal() {
 }
 
 PromptResult promptHidden(const std::string& prompt, const std::function<bool(char)>& take) {
-    const SignalGuard signals;
-    const SilentTerminal terminal;
-    if (!terminal.isSilent()) {
-        return PromptResult::kNoTerminal;
+    return promptWith(Echo::kOff, prompt, take);
+}
+
+PromptResult promptVisible(const std::string& prompt, const std::function<bool(char)>& take) {
+    return promptWith(Echo::kOn, prompt, take);
+}
+
+void restoreTerminal() {
+    const std::lock_guard lock(s_prompting);
+    if (s_terminal) {
+        s_terminal->restore();
     }
-    writeAll(terminal.descriptor(), prompt);
-    const PromptResult result = readLine(signals, terminal.descriptor(), take);
-    writeAll(terminal.descriptor(), "\n");
-    return result;
 }
 
 }  // namespace zr::host

@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cwchar>
 #include <filesystem>
+#include <memory>
 #include <set>
 
 #include <windows.h>
@@ -13,6 +15,8 @@
 #include <io.h>
 #include <shellapi.h>
 #include <sys/stat.h>
+
+#include "host/system/erasing_allocator.h"
 
 namespace zr::host {
 namespace {
@@ -44,6 +48,10 @@ void addSearchFolder(const std::filesystem::path& folder) {
         AddDllDirectory(folder.c_str());
     }
 }
+
+struct EnvironmentRelease {
+    void operator()(wchar_t* block) const { FreeEnvironmentStringsW(block); }
+};
 
 std::error_code lastError() {
     return {errno, std::generic_category()};
@@ -118,6 +126,26 @@ std::string makePrivateFolder(std::error_code& error) {
     return {};
 }
 
+void forEachVariable(const std::function<void(std::string_view, std::string_view)>& take) {
+    const std::unique_ptr<wchar_t, EnvironmentRelease> block(GetEnvironmentStringsW());
+    for (wchar_t* variable = block.get(); variable && *variable;) {
+        const std::size_t length = std::wcslen(variable);
+        ErasedBytes utf8(3 * length);
+        const int size =
+            WideCharToMultiByte(CP_UTF8, 0, variable, static_cast<int>(length), utf8.data(),
+                                static_cast<int>(utf8.size()), nullptr, nullptr);
+        // The block is a copy of the environment. A value may be a PIN.
+        secureErase(variable, length * sizeof(wchar_t));
+        variable += length + 1;
+        const std::string_view text(utf8.data(), static_cast<std::size_t>(size));
+        // A name that begins with "=" is one of the system's own, the current directory of a drive.
+        const std::size_t end = text.find('=');
+        if (end != std::string_view::npos && end > 0) {
+            take(text.substr(0, end), text.substr(end + 1));
+        }
+    }
+}
+
 std::string pathProblem(const std::string& path, PathUse) {
     const bool isAscii = std::all_of(path.begin(), path.end(),
                                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
@@ -175,6 +203,10 @@ void holdStandardStreams() {
     }
 }
 
+void ignoreClosedPipes() {
+    // Writing to one is an error here.
+}
+
 bool isDescriptorOpen(int descriptor) {
     // The C library returns this handle for a standard stream that the caller closed.
     constexpr std::intptr_t nowhere = -2;
@@ -186,12 +218,24 @@ int openForReading(const std::string& path, std::error_code& error) {
     return openFile(path, _O_RDONLY, error);
 }
 
-int openForWriting(const std::string& path, std::error_code& error) {
-    return openFile(path, _O_WRONLY | _O_CREAT | _O_TRUNC, error);
-}
-
 int openNewForWriting(const std::string& path, std::error_code& error) {
     return openFile(path, _O_WRONLY | _O_CREAT | _O_EXCL, error);
+}
+
+int openForWriting(const std::string& path, std::error_code& error, bool* isNew) {
+    const int descriptor = openNewForWriting(path, error);
+    if (isNew) {
+        *isNew = descriptor >= 0;
+    }
+    return error == std::errc::file_exists ? openFile(path, _O_WRONLY | _O_CREAT, error)
+                                           : descriptor;
+}
+
+std::error_code emptyFile(int descriptor) {
+    struct _stat64 file = {};
+    const bool keepsBytes =
+        _fstat64(descriptor, &file) == 0 && (file.st_mode & _S_IFMT) == _S_IFREG;
+    return {keepsBytes ? _chsize_s(descriptor, 0) : 0, std::generic_category()};
 }
 
 std::size_t readSome(int descriptor, char* bytes, std::size_t size, std::error_code& error) {

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <array>
+#include <mutex>
 
 #include "host/system/system.h"
 
@@ -32,22 +33,33 @@ private:
     HANDLE m_handle;
 };
 
-/// Switches the echo of the console's input off until destruction.
-class SilentInput {
+class PromptInput;
+std::mutex s_prompting;
+const PromptInput* s_input = nullptr;  ///< guarded by s_prompting
+
+/// Switches the echo of the console's input off, or on, until destruction.
+class PromptInput {
 public:
-    explicit SilentInput(HANDLE input) : m_input(input) {
+    PromptInput(HANDLE input, DWORD echo) : m_input(input) {
+        const std::lock_guard lock(s_prompting);
         m_isChanged = GetConsoleMode(input, &m_before) != 0 &&
-                      SetConsoleMode(input, ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT) != 0;
+                      SetConsoleMode(input, ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT | echo) != 0;
+        s_input = this;
     }
-    ~SilentInput() {
+    ~PromptInput() {
+        const std::lock_guard lock(s_prompting);
+        s_input = nullptr;
+        restore();
+    }
+    PromptInput(const PromptInput&) = delete;
+    PromptInput& operator=(const PromptInput&) = delete;
+
+    bool isReady() const { return m_isChanged; }
+    void restore() const {
         if (m_isChanged) {
             SetConsoleMode(m_input, m_before);
         }
     }
-    SilentInput(const SilentInput&) = delete;
-    SilentInput& operator=(const SilentInput&) = delete;
-
-    bool isSilent() const { return m_isChanged; }
 
 private:
     HANDLE m_input;
@@ -95,6 +107,26 @@ PromptResult readLine(HANDLE input, const std::function<bool(char)>& take) {
     return result;
 }
 
+/// @param echo  ENABLE_ECHO_INPUT, or 0 for none.
+PromptResult promptWith(DWORD echo, const std::string& prompt,
+                        const std::function<bool(char)>& take) {
+    const ConsoleHandle input(L"CONIN$");
+    const ConsoleHandle output(L"CONOUT$");
+    if (!input.isOpen() || !output.isOpen()) {
+        return PromptResult::kNoTerminal;
+    }
+    const PromptInput mode(input.get(), echo);
+    if (!mode.isReady()) {
+        return PromptResult::kNoTerminal;
+    }
+    write(output.get(), prompt);
+    const PromptResult result = readLine(input.get(), take);
+    if (echo == 0) {
+        write(output.get(), "\n");
+    }
+    return result;
+}
+
 }  // namespace
 
 bool hasTerminal() {
@@ -102,19 +134,18 @@ bool hasTerminal() {
 }
 
 PromptResult promptHidden(const std::string& prompt, const std::function<bool(char)>& take) {
-    const ConsoleHandle input(L"CONIN$");
-    const ConsoleHandle output(L"CONOUT$");
-    if (!input.isOpen() || !output.isOpen()) {
-        return PromptResult::kNoTerminal;
+    return promptWith(0, prompt, take);
+}
+
+PromptResult promptVisible(const std::string& prompt, const std::function<bool(char)>& take) {
+    return promptWith(ENABLE_ECHO_INPUT, prompt, take);
+}
+
+void restoreTerminal() {
+    const std::lock_guard lock(s_prompting);
+    if (s_input) {
+        s_input->restore();
     }
-    const SilentInput silent(input.get());
-    if (!silent.isSilent()) {
-        return PromptResult::kNoTerminal;
-    }
-    write(output.get(), prompt);
-    const PromptResult result = readLine(input.get(), take);
-    write(output.get(), "\n");
-    return result;
 }
 
 }  // namespace zr::host

@@ -223,7 +223,7 @@ HRESULT copyElements(SAFEARRAY* from, SAFEARRAY* to) {
                 element->AddRef();
             }
         }
-    } else {
+    } else if (count > 0) {
         std::memcpy(to->pvData, from->pvData, count * from->cbElements);
     }
     return S_OK;

@@ -244,10 +244,32 @@ TEST_F(ObjectReportTest, UnreadableInputAndUnwritableOutputShowTheSystemsError) 
     expectFailure({"digest", "-i", "missing.bin"}, 1,
                   "read \"missing.bin\": No such file or directory; check the path and its "
                   "permissions");
-    expectFailure(
-        {"digest", "-i", "data.bin", "-o", "missing/digest.txt"}, 1,
-        "write to \"missing/digest.txt\": No such file or directory; the operation on the "
-        "token is complete; check free space and permissions");
+    expectFailure({"digest", "-i", "data.bin", "-o", "missing/digest.txt"}, 1,
+                  "write to \"missing/digest.txt\": No such file or directory; nothing was done; "
+                  "check the path and its permissions");
+}
+
+TEST_F(ObjectReportTest, UnwritableOutputFailsBeforeTheTokenWorks) {
+    addCertificate("one", "1");
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"sign", "-i", "data.bin"},
+          {"cert", "read"},
+          {"digest", "-i", "data.bin"},
+          {"file", "read", "8"}}) {
+        std::vector<std::string> words = command.front() == "digest" ? command : withPin(command);
+        words.insert(words.end(), {"-o", "missing/output.bin"});
+        EXPECT_EQ(1, zrkey(words).exitCode) << command.front();
+    }
+    EXPECT_EQ(0u, module.count("C_Initialize"));
+}
+
+TEST_F(ObjectReportTest, FailedCommandLeavesTheOutputFileAsItWas) {
+    writeFile("kept.bin", "kept");
+    for (const char* name : {"kept.bin", "new.bin"}) {
+        EXPECT_EQ(4, zrkey({"cert", "read", "-o", name}).exitCode);
+    }
+    EXPECT_EQ("kept", readFile("kept.bin"));
+    EXPECT_FALSE(std::filesystem::exists("new.bin"));
 }
 
 TEST_F(ObjectReportTest, TwoReadsOfStandardInputAreWrongUsage) {

@@ -49,6 +49,10 @@ TEST_F(RunCommandTest, ByteOrderMarkAndInterpreterLineAreSkipped) {
     expectSuccess(runText("\xEF\xBB\xBF#!/usr/bin/env zrkey\nprint('there');\n"), "there\n");
 }
 
+TEST_F(RunCommandTest, EmptyFileIsAScript) {
+    expectSuccess(runText(""), "");
+}
+
 TEST_F(RunCommandTest, MissingFileIsNamed) {
     const CommandResult result = zrkey({"run", "nowhere.js"});
     expectFailure(result, "zrkey: cannot read nowhere.js: No such file or directory\n");
@@ -70,7 +74,7 @@ TEST_F(RunCommandTest, SyntaxErrorNamesFileAndLine) {
     EXPECT_EQ(result.output, "");
     EXPECT_EQ(result.errors.find(scriptPath("syntax_error.js") + ":4: SyntaxError: "), 0U)
         << result.errors;
-    EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1);
+    EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 2);
 }
 
 TEST_F(RunCommandTest, UncaughtErrorNamesFileAndLineAfterEarlierOutput) {
@@ -93,12 +97,12 @@ TEST_F(RunCommandTest, ErrorThatCannotBeDescribedStillFails) {
                   "script.js: an error that cannot be described\n");
 }
 
-TEST_F(RunCommandTest, UncaughtErrorIsOneLineWithoutControlCharacters) {
+TEST_F(RunCommandTest, UncaughtErrorIsShownWithoutControlCharacters) {
     expectFailure(runText("throw new Error('a\\nb\\r\\u001b[2Jc\\u009bd');"),
                   "script.js:1: a?b??[2Jc??d\n");
     expectFailure(runText("var error = new Error('x');\nObject.defineProperty(error, 'fileName', "
                           "{value: 'a\\u001bb\\nc'});\nthrow error;"),
-                  "a?b?c:1: x\n");
+                  "a?b?c:1: x\n    at script.js:1\n");
     // Windows has an error of its own for a name that no file can have.
     EXPECT_EQ(std::fopen("no\x1bwhere.js", "rb"), nullptr);
     const std::string reason = std::generic_category().message(errno);
@@ -109,7 +113,8 @@ TEST_F(RunCommandTest, UncaughtErrorIsOneLineWithoutControlCharacters) {
 TEST_F(RunCommandTest, FailureOfAMemberNamesTheCallingLine) {
     expectFailure(runText("var provider = new TokenProvider();\n"
                           "function count() {\n    return provider.GetKeyCount();\n}\ncount();\n"),
-                  "script.js:3: GetKeyCount failed: E_FAIL (0x80004005)\n");
+                  "script.js:3: GetKeyCount failed: E_FAIL (0x80004005)\n"
+                  "    at count (script.js:3)\n    at script.js:5\n");
 }
 
 TEST_F(RunCommandTest, ProviderWithoutAModuleReturnsItsResults) {

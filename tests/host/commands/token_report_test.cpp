@@ -6,9 +6,16 @@ namespace {
 
 using TokenReportTest = CommandTest;
 
-constexpr const char* kRefusedPin =
-    "the library returned E_FAIL (0x80004005); the PIN is wrong or locked; retries are limited, so "
-    "check the PIN before you try again";
+/// A list without a token says why.
+/// @param line  the text after "zrkey: no token to list: ".
+void expectNoToken(const CommandResult& result, const std::string& line) {
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ("", result.output);
+    EXPECT_EQ("zrkey: no token to list: " + line + "\n", result.errors);
+}
+
+constexpr const char* kNotOpened =
+    "the module does not open its tokens; disconnect the token and connect it again";
 
 TEST_F(TokenReportTest, ListWritesALineForEachToken) {
     module->settings().slotCount = 2;
@@ -29,15 +36,47 @@ TEST_F(TokenReportTest, ListReplacesControlCharacters) {
     expectOutput({"list"}, "0\ta?\tb?\tc?\td?\n");
 }
 
-TEST_F(TokenReportTest, ListWithoutATokenIsEmpty) {
+TEST_F(TokenReportTest, ListWithoutAReaderSaysSo) {
     module->settings().slotCount = 0;
-    expectOutput({"list"}, "");
-    expectJson({"list"}, "list", R"("slots":0,"tokens":[])");
+    module->settings().slotCountWhenListed = 0;
+    const std::string line =
+        "the module finds no reader; connect a reader or a token, and check that its service runs";
+    expectNoToken(zrkey({"list"}), line);
+    const CommandResult result = zrkey({"list", "--json"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ(R"({"schema":1,"command":"list","result":{"name":"S_OK","hex":"0x00000000"},)"
+              R"("slots":0,"tokens":[]})"
+              "\n",
+              result.output);
+    EXPECT_EQ("zrkey: no token to list: " + line + "\n", result.errors);
+}
+
+TEST_F(TokenReportTest, ListWithAnEmptyReaderSaysSo) {
+    module->settings().slotCount = 0;
+    module->settings().slotCountWhenListed = 0;
+    module->settings().emptySlotCount = 1;
+    expectNoToken(zrkey({"list"}), "no reader contains a token; connect a token");
+    expectFailure({"info"}, 4, "choose a token: no reader contains a token; connect a token");
+}
+
+TEST_F(TokenReportTest, ListWithATokenThatIsNotInitialisedSaysSo) {
+    CK_TOKEN_INFO& info = module->settings().tokenInfo;
+    setText(info.label, "");
+    setText(info.serialNumber, "");
+    expectNoToken(zrkey({"list"}),
+                  "the token is not initialised; initialise it with the tool of its maker");
+}
+
+TEST_F(TokenReportTest, ListWithATokenThatDoesNotOpenSaysSo) {
+    constexpr CK_FLAGS kTokenInitialised = 0x400;
+    module->settings().tokenInfo.flags = kTokenInitialised;
+    module->fail("C_OpenSession", 0, CKR_GENERAL_ERROR);
+    expectNoToken(zrkey({"list"}), kNotOpened);
 }
 
 TEST_F(TokenReportTest, ListEndsWhenTheModuleReportsBillionsOfSlots) {
     module->settings().slotCount = 0x7FFFFFFF;
-    expectOutput({"list"}, "");
+    expectNoToken(zrkey({"list"}), kNotOpened);
 }
 
 TEST_F(TokenReportTest, ListFailsWhenTheTokensCannotBeCounted) {
@@ -89,21 +128,6 @@ TEST_F(TokenReportTest, LoginReportsTokenAndRole) {
     const std::vector<std::string> officer = {"login", "--so", "--pin", "env:TEST_SO_PIN"};
     expectOutput(officer, "logged in to \"Label\" as security officer\n");
     expectJson(officer, "login", R"("label":"Label","role":"security officer")");
-}
-
-TEST_F(TokenReportTest, RefusedLoginWarnsAboutRetries) {
-    const std::string line = std::string("log in to \"Label\" as user: ") + kRefusedPin;
-    expectFailure({"login", "--pin", "env:TEST_WRONG_PIN"}, 5, line);
-    const CommandResult result = zrkey({"login", "--json", "--pin", "env:TEST_WRONG_PIN"});
-    EXPECT_EQ(
-        R"({"schema":1,"command":"login","result":{"name":"E_FAIL","hex":"0x80004005"},)"
-        R"("failure":{"exit":5,"asked":"log in to \"Label\" as user",)"
-        R"-("cause":"the library returned E_FAIL (0x80004005)",)-"
-        R"("advice":"the PIN is wrong or locked; retries are limited, so check the PIN before )"
-        R"(you try again"}})"
-        "\n",
-        result.output);
-    EXPECT_EQ("zrkey: cannot " + line + "\n", result.errors);
 }
 
 TEST_F(TokenReportTest, SecurityOfficerWithoutAPinIsWrongUsage) {

@@ -96,15 +96,15 @@ TEST_F(FreedBlockTest, BlockThatShrankLeavesNothingBehindItsEnd) {
 
 TEST_F(ScriptEngineTest, PrintThrowsWhenStandardOutputCannotBeWritten) {
     writeFile("sealed.txt", "");
-    bool isDone = true;
+    int exitCode = 0;
     {
         std::error_code error;
         const Redirection errors(kStandardError, openForWriting("errors.txt", error));
         const Redirection output(kStandardOutput, openForReading("sealed.txt", error));
         Console console(Diagnostics::kDropped);
-        isDone = ScriptEngine(console).run("script.js", "\nprint('lost');", {});
+        exitCode = ScriptEngine(console).run({"script.js", "\nprint('lost');"});
     }
-    EXPECT_FALSE(isDone);
+    EXPECT_EQ(1, exitCode);
     EXPECT_EQ(readFile("errors.txt"),
               "script.js:2: print failed: cannot write to standard output: Bad file descriptor\n");
 }

@@ -143,7 +143,7 @@ TEST_F(ScriptLimitsTest, PrintWritesLargeArgumentsOneByOne) {
         "var text = 'x'; while (text.length < 1 << 17) { text += text; }\n"
         "print(text, text, { toString: function () { throw new Error('not this'); } });\n");
     EXPECT_EQ(result.output, large + ' ' + large);
-    EXPECT_EQ(result.errors, "script.js:2: not this\n");
+    EXPECT_EQ(result.errors, "script.js:2: not this\n    at script.js:2\n    at script.js:2\n");
 }
 
 }  // namespace

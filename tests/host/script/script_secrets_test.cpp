@@ -37,14 +37,19 @@ protected:
     }
 
     /// Runs the file "script.js" on a token, with the PIN in place of each "#" of the text.
-    bool run(int seed, const std::string& text) {
+    /// @param pin  given to the script.
+    bool run(int seed, const std::string& text, std::optional<host::Pin> pin = {}) {
         writeScript(seed, text);
         const Redirection output(host::kStandardOutput, host::openDroppedOutput());
         host::Console console(host::Diagnostics::kDropped);
         std::error_code error;
         const host::ErasedBytes source = host::readBytes("script.js", error);
         host::ScriptEngine engine(console);
-        return engine.run("script.js", host::viewOf(source), {module});
+        return engine.run({"script.js",
+                           host::viewOf(source),
+                           {module},
+                           host::ScriptOrigin::kFile,
+                           std::move(pin)}) == 0;
     }
 
     static std::size_t narrowCopies(int seed) { return maskedPin<char>(seed).countInMemory(); }
@@ -63,6 +68,7 @@ private:
     static void writeScript(int seed, const std::string& text) {
         std::error_code error;
         const int file = host::openForWriting("script.js", error);
+        EXPECT_FALSE(host::emptyFile(file));
         for (const char character : text) {
             for (std::size_t i = 0; i < (character == '#' ? kPinSize : 1); ++i) {
                 const char byte = character == '#' ? letter(seed, i) : character;
@@ -111,6 +117,26 @@ TEST_F(ScriptSecretsTest, PinThatGrewInTheScriptLeavesNoCopy) {
 TEST_F(ScriptSecretsTest, PrintLeavesNoPin) {
     EXPECT_TRUE(run(7, "print('#', 'of', ['#']); print('#');"));
     expectNoCopy(7);
+}
+
+TEST_F(ScriptSecretsTest, PinGivenToTheScriptLeavesNoCopy) {
+    for (const char* use : {"token.VerifyPIN(readPin(), 0);", "readPin() + readLine;", ""}) {
+        host::Pin pin;
+        for (std::size_t i = 0; i < kPinSize; ++i) {
+            EXPECT_TRUE(pin.append(letter(8, i)));
+        }
+        EXPECT_TRUE(run(8, kOpen + use, std::move(pin)));
+        expectNoCopy(8);
+    }
+}
+
+TEST_F(ScriptSecretsTest, PinInFilesAndVariablesLeavesNoCopy) {
+    EXPECT_TRUE(run(9, "writeFile('pin', '#');\n"));
+    EXPECT_TRUE(run(0,
+                    "var pin = readFile('pin', 'utf8'), bytes = readFile('pin');\n"
+                    "writeFile('pin', bytes); writeFile('pin', pin + '\\udd11');\n"
+                    "pin = readFile('pin', 'utf8'); writeFile('pin', pin + pin);\n"));
+    expectNoCopy(9);
 }
 
 }  // namespace

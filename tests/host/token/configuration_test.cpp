@@ -32,9 +32,8 @@ protected:
         return result.output.substr(begin, result.output.find('\n', begin) - begin);
     }
     /// The line of a load that failed.
-    std::string notLoaded(const std::string& advice) const {
-        return "load the module \"" + module.path() +
-               "\": the library returned E_FAIL (0x80004005); " + advice;
+    std::string notLoaded(const std::string& cause) const {
+        return "load the module \"" + module.path() + "\": " + cause;
     }
 
     const fs::path temporary = folder.root() / "temporary";
@@ -85,7 +84,7 @@ TEST_F(ConfigurationTest, FileThatIsNamedMustExist) {
 TEST_F(ConfigurationTest, InvalidFileIsNamed) {
     fs::create_directories(configurations.userFile().parent_path());
     const std::string reason =
-        "\" is not valid: it needs a <driver> element, and lists shorter than 500 bytes";
+        "\" is not valid; it needs a <driver> element, and lists shorter than 500 bytes";
     for (const std::string& text :
          {std::string("<other/>"), std::string("<driver/>") + std::string(1 << 20, ' ')}) {
         writeFile(configurations.userFile(), text);
@@ -122,6 +121,29 @@ TEST_F(ConfigurationTest, LibraryFindsTheCopyInAPrivateFolderDuringLoadOnly) {
     EXPECT_TRUE(fs::equivalent(folder.work(), fs::current_path()));
 }
 
+TEST_F(ConfigurationTest, SecondStartForTheCauseIsInTheFolderOfTheFirst) {
+    struct Starts {
+        RecordingModule& module;
+        std::vector<fs::path> folders;
+
+        /// A module calls back once.
+        void awaitNext() { module.callBack("C_Initialize", note, this); }
+        static void note(void* argument) {
+            auto& starts = *static_cast<Starts*>(argument);
+            starts.folders.push_back(fs::current_path());
+            starts.awaitNext();
+        }
+    } starts{*module.operator->(), {}};
+    starts.awaitNext();
+    module->fail("C_Initialize", 0, CKR_GENERAL_ERROR);
+    EXPECT_EQ(3, zrkey({"list"}).exitCode);
+    module->reset();
+    ASSERT_EQ(2u, starts.folders.size());
+    EXPECT_EQ(starts.folders.front(), starts.folders.back());
+    EXPECT_NE(fs::current_path(), starts.folders.back());
+    EXPECT_TRUE(fs::is_empty(temporary));
+}
+
 TEST_F(ConfigurationTest, NoCopyRemainsAfterFailures) {
     writeFile("other.xml", "<other/>");
     EXPECT_EQ(3, zrkey({"list", "--config", "other.xml"}).exitCode);
@@ -149,7 +171,7 @@ TEST_F(ConfigurationTest, OverlongFolderForTemporaryFilesIsNamed) {
     expectFailure(
         {"list"}, 3,
         notLoaded("the folder for temporary files and the module path together are longer "
-                  "than 259 bytes: choose a shorter one, or put config.xml into the "
+                  "than 259 bytes; choose a shorter one, or put config.xml into the "
                   "working folder"));
     write("config.xml", "WORK");
     EXPECT_EQ("WORK", algorithms());

@@ -1,7 +1,8 @@
 // A Cryptoki module that returns at once and stores nothing, so that time and memory of the
 // library itself can be measured: one token with as many certificates as set by
-// ZRKEY_INSTANT_CERTIFICATES (32), and one key pair. It accepts any PIN. The end of a session takes
-// as many milliseconds as set by ZRKEY_INSTANT_CLOSE_TIME (0).
+// ZRKEY_INSTANT_CERTIFICATES (32), one key pair, and a file "6". It accepts any PIN. The end of a
+// session takes as many milliseconds as set by ZRKEY_INSTANT_CLOSE_TIME (0). The token "Instant" has
+// the flags set by ZRKEY_INSTANT_FLAGS (0).
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -37,6 +38,15 @@ CK_RV getSlotList(CK_BBOOL, CK_SLOT_ID* slots, CK_ULONG* count) {
         slots[0] = 0;
     }
     *count = 1;
+    return CKR_OK;
+}
+
+CK_RV getTokenInfo(CK_SLOT_ID, CK_TOKEN_INFO* info) {
+    *info = {};
+    std::memcpy(info->label, "Instant", 7);
+    if (const char* flags = std::getenv("ZRKEY_INSTANT_FLAGS")) {
+        info->flags = std::strtoul(flags, nullptr, 0);
+    }
     return CKR_OK;
 }
 
@@ -92,6 +102,11 @@ CK_RV getAttributeValue(CK_SESSION_HANDLE, CK_OBJECT_HANDLE object, CK_ATTRIBUTE
                 std::memcpy(attribute.pValue, id, 8);
             }
             attribute.ulValueLen = 8;
+        } else if (attribute.type == CKA_LABEL) {
+            if (attribute.pValue) {
+                std::memcpy(attribute.pValue, "6", 1);
+            }
+            attribute.ulValueLen = 1;
         } else {
             if (attribute.pValue) {
                 std::memset(attribute.pValue, 0, sizeof(CK_ULONG));
@@ -99,6 +114,10 @@ CK_RV getAttributeValue(CK_SESSION_HANDLE, CK_OBJECT_HANDLE object, CK_ATTRIBUTE
             attribute.ulValueLen = sizeof(CK_ULONG);
         }
     }
+    return CKR_OK;
+}
+
+CK_RV destroyObject(CK_SESSION_HANDLE, CK_OBJECT_HANDLE) {
     return CKR_OK;
 }
 
@@ -119,11 +138,13 @@ CK_FUNCTION_LIST makeList() {
     functions.C_Initialize = initialize;
     functions.C_Finalize = finalize;
     functions.C_GetSlotList = getSlotList;
+    functions.C_GetTokenInfo = getTokenInfo;
     functions.C_OpenSession = openSession;
     functions.C_CloseSession = closeSession;
     functions.C_Logout = logout;
     functions.C_Login = login;
     functions.C_SetPIN = setPin;
+    functions.C_DestroyObject = destroyObject;
     functions.C_FindObjectsInit = findObjectsInit;
     functions.C_FindObjects = findObjects;
     functions.C_FindObjectsFinal = findObjectsFinal;

@@ -82,7 +82,8 @@ CK_RV getSlotList(CK_BBOOL tokenPresent, CK_SLOT_ID* slots, CK_ULONG* count) {
         return rv;
     }
     const auto& settings = state().settings();
-    const CK_ULONG present = slots ? settings.slotCountWhenListed : settings.slotCount;
+    const CK_ULONG present = (slots ? settings.slotCountWhenListed : settings.slotCount) +
+                             (tokenPresent ? 0 : settings.emptySlotCount);
     for (CK_ULONG i = 0; slots && i < *count && i < present; ++i) {
         slots[i] = 10 + i;
     }

@@ -19,6 +19,7 @@ public:
         CK_TOKEN_INFO tokenInfo;       ///< of every slot
         CK_ULONG slotCount;            ///< slots with a token
         CK_ULONG slotCountWhenListed;  ///< the same when a list is requested
+        CK_ULONG emptySlotCount;       ///< slots without a token
         bool isSearchExclusive;        ///< a second C_FindObjectsInit is CKR_OPERATION_ACTIVE
         CK_ULONG foundCount;           ///< what C_FindObjects reports for an object; 1
         CK_ATTRIBUTE_TYPE lyingType;   ///< an attribute whose length is reported wrongly

@@ -45,6 +45,29 @@ TEST_F(SurroundingsTest, EndlessPinIsRefused) {
                   "longer than 127 bytes");
 }
 
+TEST_F(SurroundingsTest, PipeThatNobodyReadsIsAFailure) {
+    // The reader is gone before the command writes.
+    const CommandResult result = shell("((sleep 0.5; \"$ZRKEY\" list; echo $? > code.txt) | true)");
+    EXPECT_EQ("1\n", readFile("code.txt"));
+    EXPECT_EQ(
+        "zrkey: cannot write to standard output: Broken pipe; the operation on the token is "
+        "complete; check free space and permissions\n",
+        result.errors);
+    writeFile("script.js", "for (;;) { print('line'); }");
+    shell("((timeout 30 \"$ZRKEY\" run script.js; echo $? > code.txt) | head -n 1)");
+    EXPECT_EQ("1\n", readFile("code.txt"));
+}
+
+TEST_F(SurroundingsTest, LastTryWithoutATerminalIsNotUsed) {
+    setEnvironment("ZRKEY_MODULE", ZR_INSTANT_MODULE);
+    setEnvironment("ZRKEY_INSTANT_FLAGS", "0x20000");
+    expectFailure(zrkeyLoggedIn({"login"}), 2,
+                  "cannot use the last try for the user PIN of \"Instant\": there is no terminal "
+                  "to ask; make sure of the PIN, then give --last-try");
+    EXPECT_EQ(0, zrkeyLoggedIn({"login", "--last-try"}).exitCode);
+    setEnvironment("ZRKEY_INSTANT_FLAGS", "");
+}
+
 TEST_F(SurroundingsTest, RemovedCurrentFolderIsAFailureInTextAndJson) {
     const std::string go = "mkdir gone && cd gone && rmdir ../gone && (\"$ZRKEY\" list --json";
     const CommandResult result = shell("(" + go + "))");
@@ -65,7 +88,7 @@ TEST_F(SurroundingsTest, ParentFolderOfALinkInAModulePathIsThatOfItsTarget) {
     std::filesystem::create_symlink(fromEnvironment("ZRKEY_TEST_MODULE"), "real/module.so");
     EXPECT_EQ(0, zrkey({"list", "--module", "link/../module.so"}).exitCode);
     std::filesystem::rename("real/module.so", "module.so");
-    expectFailure(zrkey({"list", "--module", "link/../module.so"}), 3, "the file does not exist");
+    expectFailure(zrkey({"list", "--module", "link/../module.so"}), 3, "No such file or directory");
 }
 
 TEST_F(SurroundingsTest, ModulePathThatIsNotUtf8IsNamed) {

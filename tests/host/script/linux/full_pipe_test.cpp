@@ -43,6 +43,24 @@ TEST_F(FullPipeTest, BlockedDiagnosticsAreEnded) {
     EXPECT_EQ(1, run("for (;;) { new TokenProvider().Unload(); }", "2>&3", "-v").exitCode);
 }
 
+TEST_F(FullPipeTest, BlockedPrintErrorIsEnded) {
+    EXPECT_EQ(
+        1, run("for (;;) { printError('a line of a script that never ends'); }", "2>&3").exitCode);
+}
+
+TEST_F(FullPipeTest, BlockedReadLineIsEnded) {
+    const CommandResult result = run("print('before'); readLine();", "<&3");
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("before\n", result.output);
+    EXPECT_EQ(kTimeUp, result.errors);
+}
+
+TEST_F(FullPipeTest, BlockedReadOfAFileIsEnded) {
+    const CommandResult result = run("readFile('pipe');", "");
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ(kTimeUp, result.errors);
+}
+
 TEST_F(FullPipeTest, BlockedReportOfAnErrorIsEnded) {
     const std::string fill = "new Array(1 << 16).join('x')";
     EXPECT_EQ(1, run("throw new Error(" + fill + " + " + fill + ");", "2>&3").exitCode);

@@ -26,7 +26,9 @@ protected:
 
     static CommandResult runOnSmallStack(const std::string& text) {
         writeFile("script.js", text);
-        return shell(std::string("(") + kSmallStack + "\"$ZRKEY\" run script.js)");
+        std::string line = "(";
+        line.append(kSmallStack).append("\"$ZRKEY\" run script.js)");
+        return shell(line);
     }
     static std::string repeat(const std::string& text) {
         std::string all;

@@ -1,4 +1,4 @@
-// A script that writes to a pipe that nobody reads. tests/host/script/linux has more such tests; here
+// Scripts on a pipe that nobody reads or writes. tests/host/script/linux has more such tests; here
 // the pipe is one of Windows.
 #include <windows.h>
 
@@ -11,7 +11,7 @@ namespace {
 
 constexpr DWORD kMostMilliseconds = 30000;
 
-/// Runs "zrkey run" with both standard streams on a pipe that nobody reads.
+/// Runs "zrkey run" with all standard streams on a pipe that nobody else reads or writes.
 /// @return its exit code; STILL_ACTIVE when it does not end.
 DWORD runOnFullPipe(const std::wstring& script) {
     SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
@@ -21,6 +21,7 @@ DWORD runOnFullPipe(const std::wstring& script) {
     STARTUPINFOW start = {};
     start.cb = sizeof start;
     start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdInput = reading;
     start.hStdOutput = writing;
     start.hStdError = writing;
     std::wstring line = L'"' + std::filesystem::absolute(ZRKEY_COMMAND).make_preferred().wstring() +
@@ -44,6 +45,11 @@ using FullPipeTest = ChildCommandTest;
 
 TEST_F(FullPipeTest, BlockedPrintIsEndedWhenTheReportIsBlockedToo) {
     writeFile("script.js", "for (;;) { print('a line of a script that never ends'); }");
+    EXPECT_EQ(1u, runOnFullPipe(L"script.js"));
+}
+
+TEST_F(FullPipeTest, BlockedReadLineIsEnded) {
+    writeFile("script.js", "readLine();");
     EXPECT_EQ(1u, runOnFullPipe(L"script.js"));
 }
 

@@ -74,5 +74,19 @@ TEST_F(ModulePathTest, WorkFolderWithABackslashIsRefused) {
     fs::current_path("..");
 }
 
+TEST_F(ModulePathTest, MissingDependencyIsNamed) {
+    fs::copy_file(ZRKEY_DEPENDENT_MODULE, "dependent.so");
+    expectFailure({"list", "--module", "dependent.so"}, 3,
+                  "load the module \"dependent.so\": module_dependency.so: cannot open shared "
+                  "object file: No such file or directory; check that the module is whole and that "
+                  "the libraries it needs are installed");
+}
+
+TEST_F(ModulePathTest, FileThatCannotBeOpenedShowsTheSystemsError) {
+    fs::create_symlink("loop.so", "loop.so");
+    expectFailure({"list", "--module", "loop.so"}, 3,
+                  "load the module \"loop.so\": Too many levels of symbolic links; check --module");
+}
+
 }  // namespace
 }  // namespace zr::test

@@ -160,5 +160,95 @@ TEST_F(PromptTest, EmptyAnswerIsRefusedWithoutARetry) {
     EXPECT_EQ(2, WEXITSTATUS(status));
 }
 
+TEST_F(PromptTest, ScriptPromptsAndHidesTheAnswer) {
+    TerminalCommand command({"run", "-e", "print(readPin('the\\u001b PIN: ').length, readPin())"});
+    command.waitFor("the? PIN: ");
+    EXPECT_FALSE(command.isEchoOn());
+    command.type("98765\n");
+    command.waitFor("PIN: ");
+    command.type("secret\n");
+    int status = 0;
+    const std::string shown = command.finish(&status);
+    EXPECT_EQ(0, WEXITSTATUS(status));
+    EXPECT_EQ(std::string::npos, shown.find("98765")) << shown;
+    EXPECT_NE(std::string::npos, shown.find("5 secret\r\n")) << shown;
+    EXPECT_TRUE(command.isEchoOn());
+}
+
+TEST_F(PromptTest, PinOfTheCommandLineAnswersTheScriptOnce) {
+    setEnvironment("TEST_PIN", "1234");
+    TerminalCommand command(
+        {"run", "--pin", "env:TEST_PIN", "-e",
+         "print('first', readPin('one: ')); print('second', readPin('two: '))"});
+    command.waitFor("first 1234\r\ntwo: ");
+    command.type("5678\n");
+    int status = 0;
+    EXPECT_NE(std::string::npos, command.finish(&status).find("second 5678\r\n"));
+    EXPECT_EQ(0, WEXITSTATUS(status));
+}
+
+TEST_F(PromptTest, ScriptThatIsOutOfTimeAtThePromptRestoresTheEcho) {
+    TerminalCommand command({"run", "--time-limit", "0.3", "-e", "readPin('PIN: ')"});
+    command.waitFor("PIN: ");
+    int status = 0;
+    const std::string shown = command.finish(&status);
+    EXPECT_EQ(1, WEXITSTATUS(status));
+    EXPECT_NE(std::string::npos, shown.find("command line: RangeError: execution timeout"))
+        << shown;
+    EXPECT_TRUE(command.isEchoOn());
+}
+
+TEST_F(PromptTest, EmptyAnswerIsAnErrorOfTheScript) {
+    TerminalCommand command(
+        {"run", "-e", "try { readPin('PIN: ') } catch (error) { print(error.message) }"});
+    command.waitFor("PIN: ");
+    command.type("\n");
+    int status = 0;
+    EXPECT_NE(std::string::npos,
+              command.finish(&status).find("readPin failed: the PIN is empty\r\n"));
+}
+
+class LastTryTest : public PromptTest {
+protected:
+    void SetUp() override {
+        PromptTest::SetUp();
+        setEnvironment("ZRKEY_MODULE", ZR_INSTANT_MODULE);
+        setEnvironment("ZRKEY_INSTANT_FLAGS", "0x20000");
+    }
+    void TearDown() override {
+        setEnvironment("ZRKEY_INSTANT_FLAGS", "");
+        PromptTest::TearDown();
+    }
+
+    static constexpr const char* kQuestion =
+        "One try is left for the user PIN of \"Instant\"; a wrong PIN locks it. Use it (yes/no)? ";
+};
+
+TEST_F(LastTryTest, YesUsesTheLastTry) {
+    TerminalCommand command({"login"});
+    command.waitFor(kQuestion);
+    EXPECT_TRUE(command.isEchoOn());
+    command.type("yes\n");
+    command.waitFor("user PIN of \"Instant\": ");
+    command.type("1234\n");
+    int status = 0;
+    const std::string shown = command.finish(&status);
+    EXPECT_EQ(0, WEXITSTATUS(status));
+    EXPECT_NE(std::string::npos, shown.find("yes\r\n")) << shown;
+    EXPECT_NE(std::string::npos, shown.find("logged in to \"Instant\" as user")) << shown;
+}
+
+TEST_F(LastTryTest, AnyOtherAnswerLeavesTheLastTry) {
+    for (const char* answer : {"no\n", "\n", "yes, of course I am sure\n"}) {
+        TerminalCommand command({"login", "--pin", "env:TEST_PIN"});
+        command.waitFor(kQuestion);
+        command.type(answer);
+        int status = 0;
+        const std::string shown = command.finish(&status);
+        EXPECT_EQ(2, WEXITSTATUS(status));
+        EXPECT_NE(std::string::npos, shown.find("the answer was not yes")) << shown;
+    }
+}
+
 }  // namespace
 }  // namespace zr::test

@@ -63,7 +63,7 @@ TEST_F(ProgramPathTest, ProgramDoesNotRefuseAModuleOutsideAscii) {
     SetEnvironmentVariableW(L"ZRKEY_MODULE", kWideName);
     const CommandResult result = zrkey({"list"});
     EXPECT_EQ(3, result.exitCode);
-    EXPECT_NE(std::string::npos, result.errors.find("the file does not exist: check --module"))
+    EXPECT_NE(std::string::npos, result.errors.find("No such file or directory; check --module"))
         << result.errors;
 }
 

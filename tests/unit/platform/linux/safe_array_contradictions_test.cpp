@@ -83,13 +83,16 @@ TEST(SafeArrayContradictionsTest, CopyOfElementsThatContradictTheirTypeIsRefused
     EXPECT_EQ(E_INVALIDARG, SafeArrayCopy(array.get(), &copy));
 }
 
-TEST(SafeArrayContradictionsTest, EmptyArrayWithoutMemoryIsAccessible) {
+TEST(SafeArrayContradictionsTest, EmptyArrayWithoutMemoryIsAccessibleAndCopied) {
     Array array(VT_UI1, 0);
     void* const memory = array->pvData;
     array->pvData = nullptr;
     void* data = &data;
     EXPECT_EQ(S_OK, SafeArrayAccessData(array.get(), &data));
     EXPECT_EQ(S_OK, SafeArrayUnaccessData(array.get()));
+    SAFEARRAY* copy = nullptr;
+    EXPECT_EQ(S_OK, SafeArrayCopy(array.get(), &copy));
+    EXPECT_EQ(S_OK, SafeArrayDestroy(copy));
     array->pvData = memory;
 }
 

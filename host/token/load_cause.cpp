@@ -1,0 +1,131 @@
+// Why the library could not load a module.
+#include "host/token/load_cause.h"
+
+#include <utf8cpp/utf8.h>
+
+#include <array>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include "host/system/shared_library.h"
+#include "host/system/system.h"
+#include "host/system/utf8_path.h"
+#include "host/token/module_calls.h"
+#include "host/token/platform_of.h"
+
+namespace fs = std::filesystem;
+
+namespace zr::host {
+namespace {
+
+/// The library's limit for the current directory and the module path together.
+constexpr std::size_t kLongestPath = 259;
+
+/// The first bytes of a file.
+std::string readHeader(const std::string& path, std::error_code& error) {
+    const int descriptor = openForReading(path, error);
+    if (error) {
+        return {};
+    }
+    std::array<char, kHeaderSize> bytes;
+    std::size_t size = 0;
+    while (size < bytes.size()) {
+        const std::size_t count =
+            readSome(descriptor, bytes.data() + size, bytes.size() - size, error);
+        if (count == 0) {
+            break;
+        }
+        size += count;
+    }
+    closeDescriptor(descriptor);
+    return {bytes.data(), size};
+}
+
+/// What is wrong with the file, before anything is loaded.
+std::optional<Cause> checkFile(const fs::path& module) {
+    std::error_code error;
+    const fs::file_status status = fs::status(module, error);
+    if (fs::is_directory(status)) {
+        return Cause{"it is a folder", "name the file of the module with --module"};
+    }
+    if (!fs::exists(status)) {
+        if (!error) {
+            error = std::make_error_code(std::errc::no_such_file_or_directory);
+        }
+        return Cause{error.message(), "check --module"};
+    }
+    if (!fs::is_regular_file(status)) {
+        return std::nullopt;
+    }
+    const std::string platform = platformOf(readHeader(toUtf8(module), error));
+    if (error) {
+        return Cause{error.message(), "check the permissions of the file"};
+    }
+    if (!platform.empty() && platform != ownPlatform()) {
+        const std::string own(ownPlatform());
+        return Cause{"it is built for " + platform + ", and this command for " + own,
+                     "name the module for " + own + " with --module"};
+    }
+    return std::nullopt;
+}
+
+/// Whether the library cannot use the paths.
+std::optional<Cause> checkPaths(const FailedLoad& load) {
+    const std::string loadable = toUtf8(load.loadable);
+    if (!utf8::is_valid(loadable)) {
+        return Cause{"its path is not valid UTF-8", "rename it, or load it through a link"};
+    }
+    if (toUtf8(load.folder.path).size() + 1 + loadable.size() > kLongestPath) {
+        return Cause{load.folder.what + " and the module path together are longer than 259 bytes",
+                     "choose a shorter " + load.folder.alternative};
+    }
+    return std::nullopt;
+}
+
+/// Whether the module does not start. Asks only a module that the library has not initialised.
+std::optional<Cause> checkStart(const FailedLoad& load, const ModuleCalls& calls) {
+    INT count = 0;
+    if (SUCCEEDED(load.provider.GetKeyCount(&count))) {
+        return std::nullopt;
+    }
+    const ModuleNumber result = calls.initialise();
+    if (result == kResultAlreadyInitialised) {
+        return std::nullopt;
+    }
+    if (result == kResultOk) {
+        calls.finalise();
+        return Cause{"the module did not start the first time, but the second", "try again"};
+    }
+    return Cause{"its C_Initialize returned " + resultText(result),
+                 "check the module's own settings, and whether its service runs"};
+}
+
+}  // namespace
+
+Cause findLoadCause(const FailedLoad& load) {
+    if (const std::optional<Cause> cause = checkFile(load.module)) {
+        return *cause;
+    }
+    const ModuleCalls calls(toUtf8(load.module));
+    if (!calls.library().isLoaded()) {
+        return {calls.library().problem(),
+                "check that the module is whole and that the libraries it needs are installed"};
+    }
+    if (const std::optional<Cause> cause = checkPaths(load)) {
+        return *cause;
+    }
+    if (!calls.problem().empty()) {
+        return {calls.problem(), "name a PKCS #11 module with --module"};
+    }
+    if (load.result == E_OUTOFMEMORY) {
+        return {"out of memory", "free some memory"};
+    }
+    if (const std::optional<Cause> cause = checkStart(load, calls)) {
+        return *cause;
+    }
+    return {"the module was loaded, but " + load.configuration.description() + " is not valid",
+            "it needs a <driver> element, and lists shorter than 500 bytes"};
+}
+
+}  // namespace zr::host

@@ -1,0 +1,35 @@
+// Why the library could not load a module.
+#pragma once
+
+#include <zrkey/zrkey.hpp>
+
+#include <filesystem>
+#include <string>
+
+#include "host/output/failure.h"
+#include "host/token/configuration.h"
+
+namespace zr::host {
+
+/// The folder that is current during Load.
+struct LoadFolder {
+    std::filesystem::path path;
+    std::string what;         ///< how messages call it
+    std::string alternative;  ///< how to get another one
+};
+
+/// A load that failed.
+struct FailedLoad {
+    ITokenProvider& provider;        ///< it may have loaded and initialised the module
+    HRESULT result;                  ///< the library's
+    std::filesystem::path module;    ///< absolute
+    std::filesystem::path loadable;  ///< the path that the library got
+    LoadFolder folder;
+    ConfigurationPlace configuration;
+};
+
+/// Finds the cause: first in the module, then in the configuration. It initialises the module once more,
+/// for its result, when it is not initialised; if that succeeds, it finalises it.
+Cause findLoadCause(const FailedLoad& load);
+
+}  // namespace zr::host

@@ -1,0 +1,89 @@
+// What a module says about its readers and tokens when the library only fails.
+#include "host/token/token_state.h"
+
+#include <utf8cpp/utf8.h>
+
+#include <algorithm>
+#include <string>
+
+#include "host/token/module_calls.h"
+#include "host/token/token_session.h"
+
+namespace zr::host {
+namespace {
+
+bool isRemoved(ModuleNumber result) {
+    return result == kResultTokenRemoved || result == kResultTokenNotPresent ||
+           result == kResultTokenNotRecognised || result == kResultSlotIdInvalid;
+}
+
+/// Whether a text of the module can be the one that the library read. The library changes bytes
+/// that are not valid UTF-8.
+bool isSame(const std::string& text, const std::string& read) {
+    return text == read || !utf8::is_valid(text);
+}
+
+PinState stateOf(ModuleNumber flags, bool securityOfficer) {
+    const ModuleNumber pinFlags = securityOfficer ? flags >> kFlagOfficerShift : flags;
+    if (pinFlags & kFlagUserPinLocked) {
+        return PinState::kLocked;
+    }
+    if (pinFlags & kFlagUserPinFinalTry) {
+        return PinState::kLastTry;
+    }
+    if (pinFlags & kFlagUserPinCountLow) {
+        return PinState::kFewTries;
+    }
+    // Only a module that sets the one flag can be expected to set the other.
+    const bool isNotSet =
+        !securityOfficer && (flags & kFlagTokenInitialised) != 0 && (flags & kFlagUserPinSet) == 0;
+    return isNotSet ? PinState::kNotSet : PinState::kUsable;
+}
+
+}  // namespace
+
+PinState readPinState(const LoadedModule& module, const TokenRow& row, bool securityOfficer) {
+    const ModuleCalls calls(module.path());
+    const auto slots = calls.slots(true);
+    if (!slots) {
+        return PinState::kUnknown;
+    }
+    const auto index = static_cast<std::size_t>(row.index);
+    if (index >= slots->size()) {
+        return PinState::kTokenRemoved;
+    }
+    TokenFacts facts;
+    const ModuleNumber result = calls.readToken((*slots)[index], facts);
+    if (result != kResultOk) {
+        return isRemoved(result) ? PinState::kTokenRemoved : PinState::kUnknown;
+    }
+    // Another token may be in its place.
+    if (!isSame(facts.label, row.label) || !isSame(facts.serial, row.serial)) {
+        return PinState::kTokenRemoved;
+    }
+    return stateOf(facts.flags, securityOfficer);
+}
+
+Cause whyNoToken(const LoadedModule& module) {
+    const ModuleCalls calls(module.path());
+    const auto readers = calls.slots(false);
+    const auto slots = calls.slots(true);
+    if (slots && slots->empty() && readers && readers->empty()) {
+        return {"the module finds no reader",
+                "connect a reader or a token, and check that its service runs"};
+    }
+    if (slots && slots->empty()) {
+        return {"no reader contains a token", "connect a token"};
+    }
+    const auto isBlank = [&](ModuleNumber slot) {
+        TokenFacts facts;
+        return calls.readToken(slot, facts) == kResultOk &&
+               (facts.flags & kFlagTokenInitialised) == 0;
+    };
+    if (slots && std::any_of(slots->begin(), slots->end(), isBlank)) {
+        return {"the token is not initialised", "initialise it with the tool of its maker"};
+    }
+    return {"the module does not open its tokens", "disconnect the token and connect it again"};
+}
+
+}  // namespace zr::host
