@@ -58,16 +58,24 @@ std::optional<Cause> checkFile(const fs::path& module) {
     if (!fs::is_regular_file(status)) {
         return std::nullopt;
     }
-    const std::string platform = platformOf(readHeader(toUtf8(module), error));
+    readHeader(toUtf8(module), error);
     if (error) {
         return Cause{error.message(), "check the permissions of the file"};
     }
+    return std::nullopt;
+}
+
+/// Why the system does not load a file.
+Cause whyNotLoaded(const fs::path& module, const ModuleCalls& calls) {
+    std::error_code ignored;
+    const std::string platform = platformOf(readHeader(toUtf8(module), ignored));
     if (!platform.empty() && platform != ownPlatform()) {
         const std::string own(ownPlatform());
-        return Cause{"it is built for " + platform + ", and this command for " + own,
-                     "name the module for " + own + " with --module"};
+        return {"it is built for " + platform + ", and this command for " + own,
+                "name the module for " + own + " with --module"};
     }
-    return std::nullopt;
+    return {calls.library().problem(),
+            "check that the module is whole and that the libraries it needs are installed"};
 }
 
 /// Whether the library cannot use the paths.
@@ -109,8 +117,7 @@ Cause findLoadCause(const FailedLoad& load) {
     }
     const ModuleCalls calls(toUtf8(load.module));
     if (!calls.library().isLoaded()) {
-        return {calls.library().problem(),
-                "check that the module is whole and that the libraries it needs are installed"};
+        return whyNotLoaded(load.module, calls);
     }
     if (const std::optional<Cause> cause = checkPaths(load)) {
         return *cause;

@@ -1,5 +1,5 @@
-// zrkey with unusual descriptors and folders at its start. On Linux only, where the shell can close
-// descriptors.
+// zrkey with unusual descriptors, folders and settings of the module at its start. On Linux only,
+// where the shell can close descriptors and the module sees the environment.
 #include "tests/host/command_token_test.h"
 
 namespace zr::test {
@@ -94,6 +94,14 @@ TEST_F(SurroundingsTest, ParentFolderOfALinkInAModulePathIsThatOfItsTarget) {
 TEST_F(SurroundingsTest, ModulePathThatIsNotUtf8IsNamed) {
     std::filesystem::create_symlink(fromEnvironment("ZRKEY_TEST_MODULE"), "module\xFF.so");
     expectFailure(zrkey({"list", "--module", "module\xFF.so"}), 3, "its path is not valid UTF-8");
+}
+
+/// Through Wine the module would not see the changed variable.
+TEST_F(SurroundingsTest, ModuleThatDoesNotStartIsNamedWithItsResult) {
+    const std::string before = fromEnvironment("SOFTHSM2_CONF");
+    setEnvironment("SOFTHSM2_CONF", "missing.conf");
+    expectFailure(zrkey({"list"}), 3, "its C_Initialize returned CKR_GENERAL_ERROR (0x00000005)");
+    setEnvironment("SOFTHSM2_CONF", before);
 }
 
 }  // namespace
