@@ -58,6 +58,7 @@ std::optional<Cause> checkFile(const fs::path& module) {
     if (!fs::is_regular_file(status)) {
         return std::nullopt;
     }
+    // Only to see whether the file can be read: its platform matters when the system refuses it.
     readHeader(toUtf8(module), error);
     if (error) {
         return Cause{error.message(), "check the permissions of the file"};
