@@ -6,7 +6,7 @@
 
 #include <cstddef>
 
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 #include "tests/support/recording/recording_fault.h"
 
 /// Returned by the module's export "GetRecordingModule". Only plain types cross the border.
