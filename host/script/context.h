@@ -14,6 +14,7 @@
 #include "host/script/limits.h"
 #include "host/script/watchdog.h"
 #include "host/system/erasing_allocator.h"
+#include "host/system/interruption.h"
 #include "host/token/pin.h"
 
 namespace zr::host {
@@ -66,9 +67,11 @@ struct ScriptContext {
     ScriptExit exit = {};
     ScriptInput input = {};
     std::optional<Pin> pin = {};  ///< given on the command line, not yet taken by the script
+    /// Noted from the first provider on, so that its module is unloaded first.
+    std::optional<InterruptionGuard> interruptions = {};
 
     /// Whether the engine has to throw an error until the script is left.
-    bool mustStop() { return exit.isStopping || use.isTimeUp(); }
+    bool mustStop() { return exit.isStopping || isInterrupted() || use.isTimeUp(); }
 };
 
 /// Calls the library for a script.
