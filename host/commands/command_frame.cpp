@@ -10,6 +10,7 @@
 
 #include "host/output/console.h"
 #include "host/output/printable.h"
+#include "host/system/interruption.h"
 
 namespace zr::host {
 namespace {
@@ -204,11 +205,21 @@ void addFileName(CLI::App& command, std::string& name, unsigned last) {
         ->check(isDecimal(1, last, "the name of a file"));
 }
 
-int runCommand(const std::string& name, const ReportOptions& options,
-               const std::function<Report()>& body) {
-    Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
+namespace {
+
+/// Runs a body and writes its report or its failure.
+int runBody(Console& console, const std::string& name, const ReportOptions& options,
+            const std::function<Report()>& body) {
     try {
-        writeReport(console, name, options, body());
+        const Report report = body();
+        if (isInterrupted()) {
+            console.writeError("zrkey: interrupted: " + name +
+                               " is complete, but its result is not written\n");
+        } else {
+            writeReport(console, name, options, report);
+        }
+    } catch (const Interrupted&) {
+        // The caller knows.
     } catch (const Failure& failure) {
         return writeFailure(console, name, options, failure);
     } catch (const std::bad_alloc&) {
@@ -222,6 +233,15 @@ int runCommand(const std::string& name, const ReportOptions& options,
                                            "run it again with --verbose"));
     }
     return kExitOk;
+}
+
+}  // namespace
+
+int runCommand(const std::string& name, const ReportOptions& options,
+               const std::function<Report()>& body) {
+    Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
+    const int exitCode = runBody(console, name, options, body);
+    return isInterrupted() ? interruptionExitCode() : exitCode;
 }
 
 CLI::App* addCommandRunning(CLI::App& parent, Action& action, const std::string& path,

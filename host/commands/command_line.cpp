@@ -12,6 +12,7 @@
 #include "host/commands/usage.h"
 #include "host/commands/word_order.h"
 #include "host/output/failure.h"
+#include "host/system/interruption.h"
 #include "host/system/system.h"
 
 namespace zr::host {
@@ -99,6 +100,7 @@ int runCommandLine(const std::vector<std::string>& words) {
         writeAll(kStandardError, errors.str());
         return code == 0 ? kExitOk : kExitUsage;
     }
+    forgetInterruption();
     return action();
 }
 

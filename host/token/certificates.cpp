@@ -5,6 +5,7 @@
 
 #include "host/output/failure.h"
 #include "host/output/printable.h"
+#include "host/system/interruption.h"
 
 namespace zr::host {
 namespace {
@@ -79,6 +80,7 @@ std::vector<std::string> listCertificates(IKeyObject& token) {
 
 ChosenCertificate openCertificate(IKeyObject& token, const CertificateChoice& choice) {
     const std::vector<std::string> names = listCertificates(token);
+    stopIfInterrupted();
     const std::size_t index = findCertificate(names, choice);
     const std::string asked = "open the certificate " + inQuotes(names[index]);
     if (std::count(names.begin(), names.end(), names[index]) > 1) {
@@ -99,6 +101,7 @@ ChosenCertificate openCertificate(IKeyObject& token, const CertificateChoice& ch
                                  : "the certificates on the token may have changed; try again");
     }
     checkName(*chosen.certificate.get(), chosen.name, asked);
+    stopIfInterrupted();
     return chosen;
 }
 

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "host/output/printable.h"
+#include "host/system/interruption.h"
 #include "host/system/system.h"
 #include "host/system/terminal.h"
 
@@ -75,6 +76,7 @@ ReadStatus readPrompt(const std::string& prompt, Pin& pin) {
         case PromptResult::kTooLong:
             return ReadStatus::kTooLong;
         case PromptResult::kCancelled:
+            stopIfInterrupted();
             throw commandFailure(kExitUsage, "ask for the PIN", "the prompt was cancelled",
                                  "enter the PIN, or give another source");
         case PromptResult::kNoTerminal:

@@ -6,6 +6,7 @@
 
 #include "host/output/failure.h"
 #include "host/output/printable.h"
+#include "host/system/interruption.h"
 #include "host/system/terminal.h"
 #include "host/token/token_state.h"
 
@@ -98,6 +99,7 @@ TokenTable readTokens(ITokenProvider& provider) {
                              "check that the reader is connected");
     }
     for (LONG i = 0; i < std::min(table.slots, kMostSlots); ++i) {
+        stopIfInterrupted();
         TokenRow row;
         row.index = i;
         if (FAILED(provider.OpenKey(i, row.token.receive())) || !row.token) {
@@ -112,6 +114,7 @@ TokenTable readTokens(ITokenProvider& provider) {
             table.rows.push_back(std::move(row));
         }
     }
+    stopIfInterrupted();
     return table;
 }
 
@@ -190,6 +193,7 @@ void PinEntry::agreeToLastTry(const TokenRow& token) {
         throw commandFailure(kExitUsage, asked, "there is no terminal to ask",
                              "make sure of the PIN, then give --last-try");
     }
+    stopIfInterrupted();
     if (result != PromptResult::kAnswered || (answer != "yes" && answer != "y")) {
         throw commandFailure(kExitUsage, asked, "the answer was not yes",
                              "the try is not used; make sure of the PIN first");
@@ -233,11 +237,13 @@ bool TokenSession::login(PinEntry& pin) const {
     if (!value) {
         return false;
     }
+    stopIfInterrupted();
     const HRESULT result = m_row.token->VerifyPIN(PinText(*value).get(), pin.type());
     if (FAILED(result)) {
         throw refusedLogin(readPinState(m_module, m_row, pin.isSecurityOfficer()),
                            askedLogin(m_row, pin), result);
     }
+    stopIfInterrupted();
     return true;
 }
 
