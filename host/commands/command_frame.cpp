@@ -267,17 +267,11 @@ void addFileName(CLI::App& command, std::string& name, unsigned last) {
 
 namespace {
 
-/// Runs a body and writes its report or its failure.
+/// Runs a body and writes its failure.
 int runBody(Console& console, const std::string& name, const ReportOptions& options,
-            const std::function<Report()>& body) {
+            const std::function<int()>& body) {
     try {
-        const Report report = body();
-        if (isInterrupted()) {
-            console.writeError("zrkey: interrupted: " + name +
-                               " is complete, but its result is not written\n");
-        } else {
-            writeReport(console, name, options, report);
-        }
+        return body();
     } catch (const Interrupted&) {
         // The caller knows.
     } catch (const Failure& failure) {
@@ -300,7 +294,26 @@ int runBody(Console& console, const std::string& name, const ReportOptions& opti
 int runCommand(const std::string& name, const ReportOptions& options,
                const std::function<Report()>& body) {
     Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
-    const int exitCode = runBody(console, name, options, body);
+    const int exitCode = runBody(console, name, options, [&] {
+        const Report report = body();
+        if (isInterrupted()) {
+            console.writeError("zrkey: interrupted: " + name +
+                               " is complete, but its result is not written\n");
+        } else {
+            writeReport(console, name, options, report);
+        }
+        return report.exitCode;
+    });
+    return isInterrupted() ? interruptionExitCode() : exitCode;
+}
+
+int runStreaming(const std::string& name, const ReportOptions& options,
+                 const std::function<void(Console&)>& body) {
+    Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
+    const int exitCode = runBody(console, name, options, [&] {
+        body(console);
+        return kExitOk;
+    });
     return isInterrupted() ? interruptionExitCode() : exitCode;
 }
 

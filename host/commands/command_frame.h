@@ -21,6 +21,8 @@ class Option;
 
 namespace zr::host {
 
+class Console;
+
 /// --json and -v.
 void addReportOptions(CLI::App& command, ReportOptions& options);
 /// --config and --workdir.
@@ -57,6 +59,11 @@ void addFileName(CLI::App& command, std::string& name, unsigned last);
 /// @return the exit code.
 int runCommand(const std::string& name, const ReportOptions& options,
                const std::function<Report()>& body);
+
+/// Runs the body of a command that writes as it goes on, and writes its failure.
+/// @return the exit code.
+int runStreaming(const std::string& name, const ReportOptions& options,
+                 const std::function<void(Console&)>& body);
 
 /// Adds a command; run becomes the action when the command is chosen.
 /// @param path  the name of the command in JSON: "file read".

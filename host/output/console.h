@@ -24,6 +24,10 @@ public:
     /// The same to standard error.
     std::error_code writeError(std::string_view bytes);
 
+    /// The streams that the command was started with, for programs that it starts.
+    int outputDescriptor() const { return m_output; }
+    int errorDescriptor() const { return m_error; }
+
     /// Flushes what the library wrote, or bounds it where it is dropped. To be called after calls
     /// of the library.
     void drainDiagnostics();

@@ -11,6 +11,13 @@
 
 namespace zr::host {
 
+/// The path of the module that the options or the environment name. Throws a Failure when there is
+/// none.
+std::string modulePath(const ModuleOptions& options);
+
+/// Its file: absolute, the links in its folder resolved.
+std::filesystem::path moduleFile(const std::string& path);
+
 /// The path by which the library loads a module. It is relative to the current directory, which the
 /// library puts in front of every path before it resolves "..".
 /// @param module  absolute.

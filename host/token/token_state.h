@@ -32,6 +32,9 @@ enum class PinState {
 /// The state of a PIN, by the flags of its token. Costs no try.
 PinState readPinState(const LoadedModule& module, const TokenRow& row, bool securityOfficer);
 
+/// The state of a PIN by the flags of its token.
+PinState pinStateOf(CK_FLAGS flags, bool securityOfficer);
+
 /// Why none of the module's tokens can be used.
 Cause whyNoToken(const LoadedModule& module);
 
