@@ -15,8 +15,8 @@ struct CertReadOptions : TokenOptions {
 };
 
 Report readCertificate(const CertReadOptions& options) {
+    const OpenOutput output = openByteOutput(options.output, options.report);
     PinEntry pin(options.pin, PinEntry::Need::kOnRequest);
-    const OpenOutput output = openOutput(options.output);
     const TokenSession session(options);
     session.login(pin);
     const ChosenCertificate chosen = openCertificate(session.token(), options.certificate);

@@ -71,8 +71,8 @@ int runScript(const RunOptions& options) {
     ErasedBytes bytes;
     Script script = makeScript(options, bytes, error);
     if (error) {
-        console.writeError(printable("zrkey: cannot read " + script.name + ": " + error.message()) +
-                           "\n");
+        console.writeFailure(
+            printable("zrkey: cannot read " + script.name + ": " + error.message()) + "\n");
         return kExitFailure;
     }
     try {
@@ -81,7 +81,7 @@ int runScript(const RunOptions& options) {
             script.pin = readPin(*options.pin, "");
         }
     } catch (const Failure& failure) {
-        console.writeError(failure.line());
+        console.writeFailure(failure.line());
         return failure.exitCode;
     }
     return ScriptEngine(console, limitsOf(options)).run(std::move(script));

@@ -14,9 +14,9 @@ struct SignOptions : KeyOptions {
 
 Report sign(const SignOptions& options) {
     checkStreams(options, {options.input});
+    const OpenOutput output = openByteOutput(options.output, options.report);
     PinEntry pin(options.pin, PinEntry::Need::kIfPossible);
     const zrkey::ByteArray data = readInput(options.input);
-    const OpenOutput output = openOutput(options.output);
     const TokenSession session(options);
     session.login(pin);
     const ChosenCertificate chosen = openCertificate(session.token(), options.certificate);
@@ -31,7 +31,7 @@ Report sign(const SignOptions& options) {
         throw libraryFailure(kExitFailure, asked, result,
                              "check that the token has its private RSA key");
     }
-    Report report = byteReport("signature", takeBytes(signature), output, "SIGNATURE");
+    Report report = byteReport("signature", takeBytes(signature), output, kSignatureLabel);
     report.fields.push_back({"algorithm", std::string(kSignAlgorithm)});
     report.fields.push_back({"name", chosen.name});
     return report;

@@ -9,13 +9,14 @@ namespace {
 
 struct VerifyOptions : KeyOptions {
     std::string signature;
+    ByteFormat format = ByteFormat::kRaw;
 };
 
 Report verify(const VerifyOptions& options) {
     checkStreams(options, {options.input, options.signature});
     PinEntry pin(options.pin, PinEntry::Need::kIfPossible);
     const zrkey::ByteArray data = readInput(options.input);
-    const zrkey::ByteArray signature = readInput(options.signature);
+    const zrkey::ByteArray signature = readSignature(options.signature, options.format);
     const TokenSession session(options);
     session.login(pin);
     const ChosenCertificate chosen = openCertificate(session.token(), options.certificate);
@@ -42,6 +43,7 @@ void addVerifyCommand(CLI::App& parent, Action& action) {
         parent, action, "verify", "Verifies a signature made with RSA and SHA-1", verify);
     addKeyOptions(*command, *options);
     addSignatureOption(*command, options->signature);
+    addFormatOption(*command, options->format, "The format of the signature");
 }
 
 }  // namespace zr::host
