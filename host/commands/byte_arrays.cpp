@@ -13,11 +13,12 @@
 #include "host/system/byte_io.h"
 
 namespace zr::host {
-namespace {
 
 std::string placeOf(const std::string& path) {
     return path == kStandardStream ? "standard input" : inQuotes(path);
 }
+
+namespace {
 
 Failure unreadable(const std::string& path, std::error_code error) {
     return systemFailure(kExitFailure, "read " + placeOf(path), error,
@@ -55,17 +56,17 @@ zrkey::ByteArray readInput(const std::string& path, std::size_t most) {
     return zrkey::ByteArray(viewOf(readWhole(path, most)));
 }
 
-zrkey::ByteArray readSignature(const std::string& path, ByteFormat format) {
+std::string readSignature(const std::string& path, ByteFormat format) {
     // A hundred times as many as the longest has.
     constexpr std::size_t kMostSignatureBytes = std::size_t{1} << 20;
-    const std::optional<std::string> signature =
+    std::optional<std::string> signature =
         decode(viewOf(readWhole(path, kMostSignatureBytes)), format, kSignatureLabel);
     if (!signature) {
         throw commandFailure(kExitFailure, "read the signature in " + placeOf(path),
                              "its text is not of the format of --format",
                              "give the format in which it was written");
     }
-    return zrkey::ByteArray(*signature);
+    return std::move(*signature);
 }
 
 void readInPieces(const std::string& path, const std::string& work, Console& console,

@@ -16,6 +16,9 @@ namespace zr::host {
 /// What the PEM form of a signature is labelled with.
 inline constexpr const char* kSignatureLabel = "SIGNATURE";
 
+/// How messages name a file, or standard input for "-".
+std::string placeOf(const std::string& path);
+
 /// As many bytes as an array of the library holds.
 inline constexpr std::size_t kMostInputBytes = 0x7FFFFFFF;
 
@@ -24,7 +27,7 @@ inline constexpr std::size_t kMostInputBytes = 0x7FFFFFFF;
 zrkey::ByteArray readInput(const std::string& path, std::size_t most = kMostInputBytes);
 
 /// Reads a signature as a format has it. Throws a Failure when it cannot.
-zrkey::ByteArray readSignature(const std::string& path, ByteFormat format);
+std::string readSignature(const std::string& path, ByteFormat format);
 
 /// Reads a file or, for "-", standard input, piece by piece, and shows the progress on a terminal.
 /// Throws a Failure when it cannot.

@@ -11,6 +11,7 @@
 #include "host/output/console.h"
 #include "host/output/printable.h"
 #include "host/system/byte_io.h"
+#include "host/token/signing.h"
 
 namespace zr::host {
 namespace {
@@ -30,6 +31,14 @@ CLI::Validator isDecimal(unsigned long long first, unsigned long long last,
                          std::to_string(last);
     };
     return {check, ""};
+}
+
+/// Refuses an empty value: a variable that is not set would mean the default, unnoticed.
+CLI::Validator isNotEmpty() {
+    return {[](const std::string& text) -> std::string {
+                return text.empty() ? "the value is empty" : "";
+            },
+            ""};
 }
 
 CLI::Validator isIndex() {
@@ -104,18 +113,21 @@ void addConfigurationOptions(CLI::App& command, ModuleOptions& options) {
     command
         .add_option("--workdir", options.workFolder,
                     "The working folder; the default is the current folder")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(isNotEmpty());
     command
         .add_option("--config", options.configuration,
                     "The configuration; the default is the first that \"zrkey config path\" finds")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(isNotEmpty());
 }
 
 void addModuleOptions(CLI::App& command, ModuleOptions& options) {
     command
         .add_option("--module", options.path,
                     "The PKCS #11 module; the default is the variable ZRKEY_MODULE")
-        ->type_name("PATH");
+        ->type_name("PATH")
+        ->check(isNotEmpty());
     addConfigurationOptions(command, options);
 }
 
@@ -155,17 +167,56 @@ void addPinOptions(CLI::App& command, PinOptions& options) {
     addPinSource(command, "--pin", options.source, "Where to read the PIN");
     command.add_flag("--so", options.securityOfficer,
                      "The PIN is the security officer's, not the user's");
+    addLastTryOption(command, options);
+}
+
+void addLastTryOption(CLI::App& command, PinOptions& options) {
     command.add_flag("--last-try", options.lastTry,
                      "Uses the last try that is left for the PIN without asking");
 }
 
 void addCertificateOptions(CLI::App& command, CertificateChoice& choice) {
-    CLI::Option* name =
-        command.add_option("--cert", choice.name, "Selects the certificate by its name");
+    const auto take = [&choice](const std::string& text) {
+        const std::string id = "id:";
+        const std::string index = "index:";
+        if (text.starts_with(id)) {
+            choice.id = decode(text.substr(id.size()), ByteFormat::kHex);
+            if (!choice.id) {
+                throw CLI::ValidationError("--cert", "what follows id: must be hexadecimal");
+            }
+        } else if (text.starts_with(index)) {
+            std::string number = text.substr(index.size());
+            const std::string problem = isIndex()(number);
+            if (!problem.empty()) {
+                throw CLI::ValidationError("--cert", problem);
+            }
+            choice.index = static_cast<LONG>(std::stol(number));
+        } else {
+            choice.name = text;
+        }
+    };
+    CLI::Option* name = command.add_option_function<std::string>(
+        "--cert", take, "Selects the certificate by its name, its common name, id:HEX or index:N");
     command.add_option("--cert-index", choice.index, "Selects the certificate by its index")
         ->type_name("N")
         ->check(isIndex())
         ->excludes(name);
+}
+
+void addAlgorithmOption(CLI::App& command, std::optional<SignatureAlgorithm>& algorithm) {
+    command
+        .add_option_function<std::string>(
+            "--algorithm",
+            [&algorithm](const std::string& name) {
+                algorithm = algorithmNamed(name);
+                if (!algorithm) {
+                    throw CLI::ValidationError("--algorithm",
+                                               "the algorithm must be one of " + algorithmNames());
+                }
+            },
+            "The algorithm of the signature: " + algorithmNames())
+        ->type_name("ALGORITHM")
+        ->default_str(nameOf(kLibraryAlgorithm));
 }
 
 void addInputOption(CLI::App& command, std::string& path) {
@@ -205,14 +256,27 @@ void addMethodOption(CLI::App& command, HashKind& method) {
         ->default_str(nameOf(method));
 }
 
-void addByteOutput(CLI::App& command, ByteOutput& output) {
+void addByteOutput(CLI::App& command, ByteOutput& output, bool* isText) {
     CLI::Option* json = command.get_option("--json");
     command.add_option("-o,--output", output.path, "The file to write; - is standard output")
         ->type_name("FILE")
         ->capture_default_str()
         ->excludes(json);
-    addFormatOption(command, output.format, "The format of the bytes");
-    command.get_option("--format")->excludes(json);
+    const auto take = [&output, isText](const std::string& name) {
+        if (isText && name == "text") {
+            *isText = true;
+        } else {
+            output.format = parseFormat(name);
+        }
+    };
+    command
+        .add_option_function<std::string>("--format", take,
+                                          isText ? "The format of the bytes: raw, hex, base64 or "
+                                                   "pem; or text, for people"
+                                                 : "The format of the bytes: raw, hex, base64 or "
+                                                   "pem")
+        ->type_name(isText ? "CERT-FORMAT" : "FORMAT")
+        ->excludes(json);
 }
 
 void addFileName(CLI::App& command, std::string& name, unsigned last) {
@@ -223,9 +287,9 @@ void addFileName(CLI::App& command, std::string& name, unsigned last) {
         ->check(isDecimal(1, last, "the name of a file"));
 }
 
-OpenOutput openByteOutput(const ByteOutput& output, const ReportOptions& options) {
-    if (output.path == kStandardStream && output.format == ByteFormat::kRaw && !options.json &&
-        options.console->isOutputTerminal()) {
+OpenOutput openByteOutput(const ByteOutput& output, const ReportOptions& options, bool isText) {
+    const bool isRaw = output.format == ByteFormat::kRaw && !options.json && !isText;
+    if (isRaw && output.path == kStandardStream && options.console->isOutputTerminal()) {
         throw commandFailure(kExitUsage, "write raw bytes to a terminal", "they are no text",
                              "give -o FILE, or --format hex, base64 or pem");
     }

@@ -10,6 +10,7 @@
 
 #include "host/commands/commands.h"
 #include "host/crypto/hash.h"
+#include "host/crypto/public_key.h"
 #include "host/output/failure.h"
 #include "host/output/report.h"
 #include "host/token/token_options.h"
@@ -31,11 +32,15 @@ void addModuleOptions(CLI::App& command, ModuleOptions& options);
 void addTokenOptions(CLI::App& command, TokenOptions& options);
 /// --pin and --so.
 void addPinOptions(CLI::App& command, PinOptions& options);
+/// --last-try alone.
+void addLastTryOption(CLI::App& command, PinOptions& options);
 /// Adds an option that names a PIN source.
 CLI::Option* addPinSource(CLI::App& command, const std::string& name,
                           std::optional<PinSource>& source, const std::string& help);
 /// --cert and --cert-index.
 void addCertificateOptions(CLI::App& command, CertificateChoice& choice);
+/// --algorithm.
+void addAlgorithmOption(CLI::App& command, std::optional<SignatureAlgorithm>& algorithm);
 /// -i; the default is "-".
 void addInputOption(CLI::App& command, std::string& path);
 /// --signature, which is required.
@@ -45,14 +50,17 @@ void addFormatOption(CLI::App& command, ByteFormat& format, const std::string& h
 /// --method; its default is the value of method.
 void addMethodOption(CLI::App& command, HashKind& method);
 /// -o and --format; --json excludes both.
-void addByteOutput(CLI::App& command, ByteOutput& output);
+/// @param isText  set when the format is "text"; null: there is no such format.
+void addByteOutput(CLI::App& command, ByteOutput& output, bool* isText = nullptr);
 /// The number that names a file of the token.
 /// @param last  the largest number that the command accepts.
 void addFileName(CLI::App& command, std::string& name, unsigned last);
 
 /// Opens the output before the token works. Throws a Failure when it cannot be opened, and for raw
 /// bytes on a terminal.
-OpenOutput openByteOutput(const ByteOutput& output, const ReportOptions& options);
+/// @param isText  whether text takes the place of the bytes.
+OpenOutput openByteOutput(const ByteOutput& output, const ReportOptions& options,
+                          bool isText = false);
 
 /// Runs a command's body and writes its report or its failure.
 /// @param options  know the command's streams while it runs.

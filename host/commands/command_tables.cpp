@@ -7,6 +7,7 @@
 
 #include "host/commands/examples.h"
 #include "host/commands/usage.h"
+#include "host/token/signing.h"
 
 namespace zr::host {
 namespace {
@@ -87,6 +88,14 @@ std::string wordsOfValue(const std::string& value) {
     }
     if (value == "METHOD") {
         return "MD5 SHA1 SHA256 SHA384 SHA512";
+    }
+    if (value == "ALGORITHM") {
+        std::string words = algorithmNames();
+        std::erase(words, ',');
+        return words;
+    }
+    if (value == "CERT-FORMAT") {
+        return "raw hex base64 pem text";
     }
     return value == "FORMAT" ? "raw hex base64 pem" : "";
 }

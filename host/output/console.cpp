@@ -21,6 +21,7 @@ Console::Console(Diagnostics diagnostics)
       m_output(duplicateDescriptor(kStandardOutput)),
       m_error(duplicateDescriptor(kStandardError)),
       m_isOutputTerminal(isTerminal(kStandardOutput)),
+      m_isErrorTerminal(isTerminal(kStandardError)),
       m_isOutputColoured(usesColour(kStandardOutput)),
       m_isErrorColoured(usesColour(kStandardError)),
       m_hasProgress(diagnostics == Diagnostics::kDropped && isCapableTerminal(kStandardError)) {

@@ -31,6 +31,7 @@ public:
     std::error_code writeFailure(const std::string& line);
 
     bool isOutputTerminal() const { return m_isOutputTerminal; }
+    bool isErrorTerminal() const { return m_isErrorTerminal; }
     /// Whether text of writeOutput may be coloured.
     bool isOutputColoured() const { return m_isOutputColoured; }
     /// For Progress. Writes to standard error when it is a terminal, and nothing else does.
@@ -48,6 +49,7 @@ private:
     int m_error;
     int m_dropped = -1;
     bool m_isOutputTerminal;
+    bool m_isErrorTerminal;
     bool m_isOutputColoured;
     bool m_isErrorColoured;
     bool m_hasProgress;

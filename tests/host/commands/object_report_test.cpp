@@ -1,4 +1,4 @@
-// The reports of file, cert, sign and verify, to the last character.
+// The reports of file, cert, sign, verify and digest, to the last character.
 #include "tests/host/command_test.h"
 
 namespace zr::test {
@@ -225,57 +225,12 @@ TEST_F(ObjectReportTest, RefusedVerificationSaysWhy) {
                       "the data or the signature was changed, or the token lacks the public key");
 }
 
-TEST_F(ObjectReportTest, SignatureIsReadInEachFormatThatSignWrites) {
-    addCertificate("one", "1");
-    for (const char* format : {"raw", "hex", "base64", "pem"}) {
-        expectOutput(withPin({"sign", "-i", "data.bin", "--format", format, "-o", "written.sig"}),
-                     "");
-        expectOutput(
-            withPin({"verify", "-i", "data.bin", "--signature", "written.sig", "--format", format}),
-            "verified by the key of \"one\"\n");
-    }
-    // As an editor on Windows keeps it.
-    writeFile("written.sig", "00 01\r\n02 03\r\n");
-    expectOutput(
-        withPin({"verify", "-i", "data.bin", "--signature", "written.sig", "--format", "hex"}),
-        "verified by the key of \"one\"\n");
-}
-
-TEST_F(ObjectReportTest, SignatureOfAnotherFormatFailsBeforeTheTokenWorks) {
-    for (const char* format : {"hex", "base64", "pem"}) {
-        expectFailure(
-            withPin(
-                {"verify", "-i", "data.bin", "--signature", "signature.bin", "--format", format}),
-            1,
-            "read the signature in \"signature.bin\": its text is not of the format of --format; "
-            "give the format in which it was written");
-    }
-    EXPECT_EQ(0u, module.count("C_Initialize"));
-}
-
-TEST_F(ObjectReportTest, InputThatIsTooLargeIsRefusedBeforeItIsRead) {
-    addCertificate("one", "1");
-    writeFile("large.bin", "");
-    // A hole: it takes no space.
-    std::filesystem::resize_file("large.bin", std::uintmax_t{3} << 30);
-    const std::string line =
-        "use \"large.bin\": it has 3221225472 bytes; split it: at most 2147483647 bytes can be "
-        "used "
-        "at once";
-    expectFailure(withPin({"sign", "-i", "large.bin"}), 1, line);
-    expectFailure(withPin({"verify", "-i", "large.bin", "--signature", "signature.bin"}), 1, line);
-    expectFailure(withPin({"verify", "-i", "data.bin", "--signature", "large.bin"}), 1,
-                  "use \"large.bin\": it has 3221225472 bytes; split it: at most 1048576 bytes can "
-                  "be used at once");
-    EXPECT_EQ(0u, module.count("C_Initialize"));
-}
-
 TEST_F(ObjectReportTest, UnreadableInputAndUnwritableOutputShowTheSystemsError) {
-    expectFailure(withPin({"sign", "-i", "missing.bin"}), 1,
+    expectFailure({"digest", "-i", "missing.bin"}, 1,
                   "read \"missing.bin\": No such file or directory; check the path and its "
                   "permissions");
-    expectFailure(withPin({"sign", "-i", "data.bin", "-o", "missing/data.sig"}), 1,
-                  "write to \"missing/data.sig\": No such file or directory; nothing was done; "
+    expectFailure({"digest", "-i", "data.bin", "-o", "missing/digest.txt"}, 1,
+                  "write to \"missing/digest.txt\": No such file or directory; nothing was done; "
                   "check the path and its permissions");
 }
 

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "tests/host/command_test.h"
+#include "tests/host/crypto/samples.h"
 #include "tests/host/redirection.h"
 
 namespace zr::test {
@@ -117,6 +118,39 @@ TEST_F(TerminalOutputTest, TextIsWrittenToATerminal) {
     EXPECT_EQ("616263\n", shownBy({"cert", "read", "--format", "hex"}, 0));
     EXPECT_NE(std::string::npos, shownBy({"cert", "read", "--json"}, 0).find("\"YWJj\""));
     EXPECT_EQ("", shownBy({"cert", "read", "-o", "certificate.der"}, 0));
+}
+
+TEST_F(TerminalOutputTest, CertificateAsTextIsWrittenToATerminal) {
+    module.addCertificate("one", sample(kRsaCertificate));
+    EXPECT_TRUE(shownBy({"cert", "read", "--format", "text"}, 0).starts_with("subject:\tC=DE"));
+}
+
+TEST_F(TerminalOutputTest, ExpiryInThePastIsRed) {
+    module.addCertificate("one", sample(kExpiredCertificate));
+    const std::string expiry = "expired 2021-01-01";
+    EXPECT_NE(std::string::npos,
+              shownBy({"cert", "list"}, 0).find("\t\x1b[31m" + expiry + "\x1b[0m\t"));
+    setEnvironment("NO_COLOR", "1");
+    EXPECT_NE(std::string::npos, shownBy({"cert", "list"}, 0).find("\t" + expiry + "\t"));
+}
+
+TEST_F(TerminalOutputTest, SignRecommendsAnotherAlgorithm) {
+    const std::string signature = sample(kRsaSha1);
+    module.addCertificate("one", sample(kRsaCertificate));
+    module.addKey(CKO_PRIVATE_KEY, "one");
+    module->settings().signature = reinterpret_cast<const CK_BYTE*>(signature.data());
+    module->settings().signatureLength = signature.size();
+    writeFile("data.bin", "abc");
+    const std::vector<std::string> sign = withPin({"sign", "-i", "data.bin", "-o", "data.sig"});
+    EXPECT_EQ("zrkey: signed with SHA-1; for new uses choose another --algorithm\n",
+              shownBy(sign, 0));
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>{"--quiet"}, {"--algorithm", "rsa-sha1"}}) {
+        std::vector<std::string> words = sign;
+        words.insert(words.end(), options.begin(), options.end());
+        EXPECT_EQ("", shownBy(words, 0));
+    }
+    module->settings().signature = nullptr;
 }
 
 TEST_F(TerminalOutputTest, LongWorkShowsItsProgressAndErasesIt) {
