@@ -1,6 +1,7 @@
 // A fixture for commands that use certificates: real ones, and signatures by their keys, of "abc".
 #pragma once
 
+#include "host/crypto/public_key.h"
 #include "tests/host/command_test.h"
 #include "tests/host/crypto/samples.h"
 
