@@ -32,6 +32,14 @@ CLI::Validator isDecimal(unsigned long long first, unsigned long long last,
     return {check, ""};
 }
 
+/// Refuses an empty value: a variable that is not set would mean the default, unnoticed.
+CLI::Validator isNotEmpty() {
+    return {[](const std::string& text) -> std::string {
+                return text.empty() ? "the value is empty" : "";
+            },
+            ""};
+}
+
 CLI::Validator isIndex() {
     return isDecimal(0, std::numeric_limits<LONG>::max(), "an index");
 }
@@ -101,18 +109,21 @@ void addConfigurationOptions(CLI::App& command, ModuleOptions& options) {
     command
         .add_option("--workdir", options.workFolder,
                     "The working folder; the default is the current folder")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(isNotEmpty());
     command
         .add_option("--config", options.configuration,
                     "The configuration; the default is the first that \"zrkey config path\" finds")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(isNotEmpty());
 }
 
 void addModuleOptions(CLI::App& command, ModuleOptions& options) {
     command
         .add_option("--module", options.path,
                     "The PKCS #11 module; the default is the variable ZRKEY_MODULE")
-        ->type_name("PATH");
+        ->type_name("PATH")
+        ->check(isNotEmpty());
     addConfigurationOptions(command, options);
 }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <system_error>
 
 #include "host/commands/command_tables.h"
 #include "host/commands/commands.h"
@@ -70,6 +71,16 @@ void addExamples(CLI::App& command, const std::string& name) {
     }
 }
 
+int writeHelp(const std::string& text) {
+    const std::error_code error = writeAll(kStandardOutput, text);
+    if (error) {
+        const Failure failure = systemFailure(kExitFailure, "write to standard output", error,
+                                              "check free space and permissions");
+        writeAll(kStandardError, failure.line());
+    }
+    return error ? kExitFailure : kExitOk;
+}
+
 }  // namespace
 
 int runCommandLine(const std::vector<std::string>& words) {
@@ -99,9 +110,8 @@ int runCommandLine(const std::vector<std::string>& words) {
         std::ostringstream output;
         std::ostringstream errors;
         const int code = app.exit(error, output, errors);
-        writeAll(kStandardOutput, output.str());
         writeAll(kStandardError, errors.str());
-        return code == 0 ? kExitOk : kExitUsage;
+        return code == 0 ? writeHelp(output.str()) : kExitUsage;
     }
     return action();
 }
