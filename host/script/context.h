@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -14,6 +15,7 @@
 #include "host/script/limits.h"
 #include "host/script/watchdog.h"
 #include "host/system/erasing_allocator.h"
+#include "host/token/module_loading.h"
 #include "host/token/pin.h"
 
 namespace zr::host {
@@ -50,9 +52,11 @@ struct ScriptExit {
 
 /// What a script reads from standard input.
 struct ScriptInput {
-    bool wasTheScript = false;  ///< the script itself was read from it
-    ErasedBytes bytes = {};     ///< read, but not yet taken by the script
-    std::size_t taken = 0;      ///< how many of the bytes the script has taken
+    bool wasTheScript = false;                  ///< the script itself was read from it
+    ErasedBytes bytes = {};                     ///< read, but not yet taken by the script
+    ModuleOptions moduleOptions = {};           ///< of the global provider
+    std::shared_ptr<LoadedModule> module = {};  ///< the global provider's; null: not loaded
+    std::size_t taken = 0;                      ///< how many of the bytes the script has taken
 };
 
 /// Lives as long as the heap of the script engine.
@@ -65,7 +69,9 @@ struct ScriptContext {
     std::function<void()> endProcess = {};
     ScriptExit exit = {};
     ScriptInput input = {};
-    std::optional<Pin> pin = {};  ///< given on the command line, not yet taken by the script
+    std::optional<Pin> pin = {};       ///< given on the command line, not yet taken by the script
+    ModuleOptions moduleOptions = {};  ///< of the global provider
+    std::shared_ptr<LoadedModule> module = {};  ///< the global provider's; null: not loaded
 
     /// Whether the engine has to throw an error until the script is left.
     bool mustStop() { return exit.isStopping || use.isTimeUp(); }

@@ -10,7 +10,7 @@
 #include <cstring>
 #include <thread>
 
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 
 namespace {
 
