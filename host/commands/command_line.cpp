@@ -30,11 +30,15 @@ void addCommands(CLI::App& app, Action& action) {
     addListCommand(app, action);
     addInfoCommand(app, action);
     addLoginCommand(app, action);
-    addPinChangeCommand(addGroup(app, "pin", "Manages the PINs of a token"), action);
+    CLI::App& pin = addGroup(app, "pin", "Manages the PINs of a token");
+    addPinChangeCommand(pin, action);
+    addPinUnblockCommand(pin, action);
     CLI::App& file = addGroup(app, "file", "Works with the files of a token");
+    addFileListCommand(file, action);
     addFileExistsCommand(file, action);
     addFileReadCommand(file, action);
     addFileCreateCommand(file, action);
+    addFileWriteCommand(file, action);
     addFileDeleteCommand(file, action);
     CLI::App& cert = addGroup(app, "cert", "Lists and reads the certificates of a token");
     addCertListCommand(cert, action);

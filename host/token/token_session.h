@@ -24,8 +24,8 @@ struct TokenRow {
 
 struct TokenTable {
     INT slots = 0;
-    /// Without slots that cannot be opened, and slots without label and serial number, whose token
-    /// is not initialised.
+    /// Without slots that cannot be opened, and slots that say nothing: without a label, and with no
+    /// serial number or zeros alone. Their token is not initialised.
     std::vector<TokenRow> rows;
 };
 
@@ -70,6 +70,7 @@ class TokenSession {
 public:
     explicit TokenSession(const TokenOptions& options);
 
+    const LoadedModule& module() const { return m_module; }
     const TokenRow& row() const { return m_row; }
     IKeyObject* operator->() const { return m_row.token.get(); }
     IKeyObject& token() const { return *m_row.token.get(); }
