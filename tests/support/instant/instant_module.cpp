@@ -3,7 +3,8 @@
 // ZRKEY_INSTANT_CERTIFICATES (32), one key pair, and a file "6". It accepts any PIN. The end of a
 // session takes as many milliseconds as set by ZRKEY_INSTANT_CLOSE_TIME (0). The token "Instant" has
 // the flags set by ZRKEY_INSTANT_FLAGS (0), and a login the result set by ZRKEY_INSTANT_LOGIN (0).
-// With ZRKEY_INSTANT_EMPTY=1 the reader is empty.
+// With ZRKEY_INSTANT_EMPTY=1 the reader is empty. Other programs can use it as far as
+// tests/documents/compare does.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -45,6 +46,25 @@ CK_RV getSlotList(CK_BBOOL withToken, CK_SLOT_ID* slots, CK_ULONG* count) {
     if (slots && *count > 0) {
         slots[0] = 0;
     }
+    return CKR_OK;
+}
+
+CK_RV getInfo(CK_INFO* info) {
+    *info = {};
+    info->cryptokiVersion = {2, 40};
+    return CKR_OK;
+}
+
+CK_RV getSlotInfo(CK_SLOT_ID, CK_SLOT_INFO* info) {
+    constexpr CK_FLAGS kTokenPresent = 1;
+    constexpr CK_FLAGS kRemovableDevice = 2;
+    *info = {};
+    info->flags = kRemovableDevice | (setting("ZRKEY_INSTANT_EMPTY") != 0 ? 0 : kTokenPresent);
+    return CKR_OK;
+}
+
+CK_RV getSessionInfo(CK_SESSION_HANDLE, CK_SESSION_INFO* info) {
+    *info = {};
     return CKR_OK;
 }
 
@@ -142,7 +162,10 @@ CK_FUNCTION_LIST makeList() {
     CK_FUNCTIONS& functions = list.functions;
     functions.C_Initialize = initialize;
     functions.C_Finalize = finalize;
+    functions.C_GetInfo = getInfo;
     functions.C_GetSlotList = getSlotList;
+    functions.C_GetSlotInfo = getSlotInfo;
+    functions.C_GetSessionInfo = getSessionInfo;
     functions.C_GetTokenInfo = getTokenInfo;
     functions.C_OpenSession = openSession;
     functions.C_CloseSession = closeSession;
