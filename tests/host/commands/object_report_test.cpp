@@ -68,21 +68,6 @@ TEST_F(ObjectReportTest, RefusedDeleteFileSaysWhatIsMissing) {
                   std::string("delete the file 8: ") + kFailed + "log in first: give --pin");
 }
 
-TEST_F(ObjectReportTest, DigestIsWrittenInEachFormat) {
-    // The digest of "data" as md5sum computes it.
-    expectOutput({"digest", "-i", "data.bin"}, "8d777f385d3dfec8815d20f7496026dc\n");
-    expectOutput({"digest", "-i", "data.bin", "--format", "pem"},
-                 "-----BEGIN DIGEST-----\njXd/OF09/siBXSD3SWAm3A==\n-----END DIGEST-----\n");
-    expectJson({"digest", "-i", "data.bin"}, "digest",
-               R"("digest":"jXd/OF09/siBXSD3SWAm3A==","method":"MD5")");
-}
-
-TEST_F(ObjectReportTest, UnknownDigestMethodNamesTheOnlyOne) {
-    expectFailure({"digest", "-i", "data.bin", "--method", "SHA1"}, 2,
-                  "compute a digest with \"SHA1\": the library returned E_INVALIDARG (0x80070057); "
-                  "MD5 is the only method");
-}
-
 TEST_F(ObjectReportTest, UnreadableInputAndUnwritableOutputShowTheSystemsError) {
     expectFailure({"digest", "-i", "missing.bin"}, 1,
                   "read \"missing.bin\": No such file or directory; check the path and its "
