@@ -48,7 +48,8 @@ void checkStreams(const PinOptions& pin, const std::vector<std::string>& inputs)
     }
 }
 
-SignedData::SignedData(const std::string& path, SignatureAlgorithm algorithm) : m_path(path) {
+SignedData::SignedData(const std::string& path, SignatureAlgorithm algorithm, Console& console)
+    : m_path(path), m_console(console) {
     if (algorithm == kLibraryAlgorithm) {
         m_whole = readInput(path);
     }
@@ -59,7 +60,7 @@ void SignedData::forEachPiece(const std::function<void(std::string_view)>& take)
         take(takeBytes(*m_whole));
         return;
     }
-    take(takeBytes(readInput(m_path)));
+    readInPieces(m_path, "read " + placeOf(m_path), m_console, take);
 }
 
 std::string SignedData::hash(HashKind kind) {

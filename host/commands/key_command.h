@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/commands/command_frame.h"
+#include "host/output/console.h"
 #include "host/token/signing.h"
 #include "host/token/token_session.h"
 
@@ -42,7 +43,8 @@ void checkStreams(const PinOptions& pin, const std::vector<std::string>& inputs)
 class SignedData {
 public:
     /// Opens the file, or reads it as a whole. Throws a Failure when it cannot.
-    SignedData(const std::string& path, SignatureAlgorithm algorithm);
+    /// @param console  shows the progress.
+    SignedData(const std::string& path, SignatureAlgorithm algorithm, Console& console);
 
     /// The data for a call of the library; it was read as a whole.
     const zrkey::ByteArray& whole() const { return m_whole.value(); }
@@ -53,6 +55,7 @@ public:
 
 private:
     std::string m_path;
+    Console& m_console;
     std::optional<zrkey::ByteArray> m_whole;
 };
 
