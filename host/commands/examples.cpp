@@ -39,7 +39,7 @@ constexpr CommandExamples kExamples[] = {
     {"verify",
      {"verify -i letter.txt --signature letter.sig",
       "verify --algorithm rsa-sha256 -i letter.txt --signature letter.sig"}},
-    {"digest", {"digest -i letter.txt", "digest -i letter.txt --format base64"}},
+    {"digest", {"digest -i letter.txt", "digest --method SHA256 -i letter.txt"}},
     {"doctor", {"doctor", "doctor --module /usr/lib/softhsm/libsofthsm2.so --json"}},
     {"watch", {"watch", "watch --json --exec /usr/local/bin/token-changed"}},
     {"trace", {"trace -- login", "trace -- sign -i letter.txt -o letter.sig"}},

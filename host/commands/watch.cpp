@@ -110,7 +110,7 @@ void show(Console& console, const WatchOptions& options, const TokenChange& chan
     }
 }
 
-void watch(const WatchOptions& options, Console& console) {
+int watch(const WatchOptions& options, Console& console) {
     const LoadedModule module(options.module);
     const Cryptoki calls(module.path());
     TokenWatch tokens(calls);
@@ -126,6 +126,7 @@ void watch(const WatchOptions& options, Console& console) {
         program.reap();
         changes = isInterrupted() ? std::vector<TokenChange>() : tokens.look();
     }
+    return kExitOk;
 }
 
 }  // namespace
@@ -135,7 +136,7 @@ void addWatchCommand(CLI::App& parent, Action& action) {
     CLI::App* command = addCommandRunning(
         parent, action, "watch", "Shows each token that is put in or taken out", [options] {
             return runStreaming("watch", options->report,
-                                [&](Console& console) { watch(*options, console); });
+                                [&](Console& console) { return watch(*options, console); });
         });
     addReportOptions(*command, options->report);
     addModuleOptions(*command, options->module);

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "host/output/colour.h"
 #include "host/system/system.h"
 
 namespace zr::host {
@@ -18,7 +19,12 @@ constexpr unsigned kCallsPerRewind = 256;
 Console::Console(Diagnostics diagnostics)
     : m_diagnostics(diagnostics),
       m_output(duplicateDescriptor(kStandardOutput)),
-      m_error(duplicateDescriptor(kStandardError)) {
+      m_error(duplicateDescriptor(kStandardError)),
+      m_isOutputTerminal(isTerminal(kStandardOutput)),
+      m_isErrorTerminal(isTerminal(kStandardError)),
+      m_isOutputColoured(usesColour(kStandardOutput)),
+      m_isErrorColoured(usesColour(kStandardError)),
+      m_hasProgress(diagnostics == Diagnostics::kDropped && isCapableTerminal(kStandardError)) {
     if (m_diagnostics == Diagnostics::kDropped) {
         m_dropped = openDroppedOutput();
     }
@@ -53,6 +59,14 @@ std::error_code Console::writeOutput(std::string_view bytes) {
 
 std::error_code Console::writeError(std::string_view bytes) {
     return writeAll(m_error, bytes);
+}
+
+std::error_code Console::writeFailure(const std::string& line) {
+    return writeError(m_isErrorColoured ? withRedName(line) : line);
+}
+
+Progress::Write Console::progressLine() {
+    return m_hasProgress ? [this](std::string_view text) { writeError(text); } : Progress::Write();
 }
 
 void Console::drainDiagnostics() {

@@ -14,7 +14,7 @@
 #include "host/script/uncaught.h"
 #include "host/script/watchdog.h"
 #include "host/system/interruption.h"
-#include "host/system/terminal.h"
+#include "host/system/system.h"
 
 namespace zr::host {
 namespace {

@@ -9,9 +9,6 @@ namespace zr::host {
 
 enum class PromptResult { kAnswered, kNoTerminal, kCancelled, kTooLong };
 
-/// Whether a descriptor is one of a terminal.
-bool isTerminal(int descriptor);
-
 /// Whether there is a terminal to prompt on.
 bool hasTerminal();
 

@@ -151,10 +151,6 @@ PromptResult promptWith(Echo echo, const std::string& prompt,
 
 }  // namespace
 
-bool isTerminal(int descriptor) {
-    return isatty(descriptor) != 0;
-}
-
 bool hasTerminal() {
     const int descriptor = open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC);
     if (descriptor >= 0) {

@@ -1,7 +1,6 @@
 // Prompting on the console on Windows: CONIN$ without echo.
 #include "host/system/terminal.h"
 
-#include <io.h>
 #include <windows.h>
 
 #include <array>
@@ -133,13 +132,6 @@ PromptResult promptWith(DWORD echo, const std::string& prompt,
 }
 
 }  // namespace
-
-bool isTerminal(int descriptor) {
-    // The null device is a character device too, and no console.
-    DWORD mode = 0;
-    return _isatty(descriptor) != 0 &&
-           GetConsoleMode(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)), &mode) != 0;
-}
 
 bool hasTerminal() {
     return ConsoleHandle(L"CONIN$").isOpen() && ConsoleHandle(L"CONOUT$").isOpen();
