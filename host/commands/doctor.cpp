@@ -1,5 +1,5 @@
 // zrkey doctor: looks at everything that a login needs, without logging in.
-#include "host/token/doctor.h"
+#include "host/token/diagnosis.h"
 
 #include <string>
 #include <vector>

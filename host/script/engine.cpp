@@ -27,7 +27,7 @@
 #include "host/script/provider.h"
 #include "host/script/script_files.h"
 #include "host/script/script_modules.h"
-#include "host/script/shell.h"
+#include "host/script/script_shell.h"
 #include "host/script/syntax.h"
 #include "host/script/uncaught.h"
 #include "host/script/watchdog.h"

@@ -1,15 +1,12 @@
 // What a module and the library need of the system, on Linux.
 #include "host/system/surroundings.h"
 
-#include <zrkey/zrkey.hpp>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 
-#include <dlfcn.h>
 #include <link.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -22,14 +19,26 @@ namespace fs = std::filesystem;
 namespace zr::host {
 namespace {
 
-std::string fileOf(const void* function) {
-    Dl_info info = {};
-    if (dladdr(function, &info) == 0 || !info.dli_fname) {
-        return {};
+struct LibrarySearch {
+    const char* name;
+    std::string file;
+};
+
+int noteFile(dl_phdr_info* info, std::size_t, void* data) {
+    LibrarySearch& search = *static_cast<LibrarySearch*>(data);
+    if (info->dlpi_name && std::strstr(info->dlpi_name, search.name)) {
+        search.file = info->dlpi_name;
     }
+    return 0;
+}
+
+/// @param name  begins with "/".
+std::string fileOf(const char* name) {
+    LibrarySearch search = {name, {}};
+    dl_iterate_phdr(noteFile, &search);
     std::error_code error;
-    const fs::path file = fs::canonical(info.dli_fname, error);
-    return error ? std::string(info.dli_fname) : file.string();
+    const fs::path file = fs::canonical(search.file, error);
+    return error ? search.file : file.string();
 }
 
 /// OpenSC loads the library of the service only when it starts.
@@ -92,11 +101,11 @@ std::vector<std::string> usbReaders() {
 }  // namespace
 
 UsedLibrary zrkeyLibrary() {
-    return {fileOf(reinterpret_cast<const void*>(&ZCLGetClassObject)), {}};
+    return {fileOf("/libzrkey.so"), {}};
 }
 
 UsedLibrary automationLibrary() {
-    return {fileOf(reinterpret_cast<const void*>(&SysAllocString)), {}};
+    return {fileOf("/libzrautomation.so"), {}};
 }
 
 ReaderService readerService() {

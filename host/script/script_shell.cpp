@@ -1,5 +1,5 @@
 // Runs statements one after the other, as they are typed.
-#include "host/script/shell.h"
+#include "host/script/script_shell.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,5 +1,5 @@
 // Looks at everything that a login needs, in order, without logging in.
-#include "host/token/doctor.h"
+#include "host/token/diagnosis.h"
 
 #include <p11-kit/pkcs11.h>
 
