@@ -70,6 +70,7 @@ CK_RV getSessionInfo(CK_SESSION_HANDLE, CK_SESSION_INFO* info) {
 
 CK_RV getTokenInfo(CK_SLOT_ID, CK_TOKEN_INFO* info) {
     *info = {};
+    std::memset(info->label, ' ', sizeof info->label);
     std::memcpy(info->label, "Instant", 7);
     info->flags = setting("ZRKEY_INSTANT_FLAGS");
     return CKR_OK;
