@@ -15,6 +15,7 @@
 #include "host/script/watchdog.h"
 #include "host/system/erasing_allocator.h"
 #include "host/system/interruption.h"
+#include "host/system/secret_memory.h"
 #include "host/token/pin.h"
 
 namespace zr::host {
@@ -67,6 +68,8 @@ struct ScriptContext {
     ScriptExit exit = {};
     ScriptInput input = {};
     std::optional<Pin> pin = {};  ///< given on the command line, not yet taken by the script
+    /// From the first PIN on, which stays in the script's memory.
+    std::optional<NoCoreDumps> noCoreDumps = {};
     /// Noted from the first provider on, so that its module is unloaded first.
     std::optional<InterruptionGuard> interruptions = {};
 
