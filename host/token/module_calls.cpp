@@ -24,13 +24,16 @@ constexpr std::size_t kGetTokenInfo = 6;
 /// packed on Windows and aligned on Linux.
 constexpr std::size_t kFirstFunction = sizeof(ModuleNumber) == 4 ? 2 : 8;
 
-/// CK_TOKEN_INFO up to the flags, and room for the rest.
+/// CK_TOKEN_INFO up to the lengths of PINs, and room for the rest.
 struct RawToken {
     char label[32];
     char manufacturer[32];
     char model[16];
     char serial[16];
     ModuleNumber flags;
+    ModuleNumber sessions[4];
+    ModuleNumber longestPin;
+    ModuleNumber shortestPin;
     unsigned char rest[256];
 };
 static_assert(offsetof(RawToken, flags) == 96, "the same on both targets, packed or not");
@@ -141,7 +144,7 @@ ModuleNumber ModuleCalls::readToken(ModuleNumber slot, TokenFacts& facts) const 
     RawToken raw = {};
     const ModuleNumber result = call(kGetTokenInfo, slot, &raw);
     if (result == kResultOk) {
-        facts = {textOf(raw.label), textOf(raw.serial), raw.flags};
+        facts = {textOf(raw.label), textOf(raw.serial), raw.flags, raw.shortestPin, raw.longestPin};
     }
     return result;
 }

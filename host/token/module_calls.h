@@ -40,6 +40,8 @@ struct TokenFacts {
     std::string label;
     std::string serial;
     ModuleNumber flags = 0;
+    ModuleNumber shortestPin = 0;
+    ModuleNumber longestPin = 0;
 };
 
 class ModuleCalls {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "host/token/module_calls.h"
+#include "host/token/pin.h"
 #include "host/token/token_session.h"
 
 namespace zr::host {
@@ -40,9 +41,38 @@ PinState stateOf(ModuleNumber flags, bool securityOfficer) {
     return isNotSet ? PinState::kNotSet : PinState::kUsable;
 }
 
+PinLengths lengthsOf(const TokenFacts& facts) {
+    // The greatest number means that the token does not say.
+    const bool isKnown =
+        facts.longestPin > 0 && facts.longestPin != ~ModuleNumber{0} &&
+        facts.shortestPin <= std::min<std::size_t>(facts.longestPin, Pin::kCapacity);
+    return isKnown ? PinLengths{facts.shortestPin,
+                                std::min<std::size_t>(facts.longestPin, Pin::kCapacity)}
+                   : PinLengths();
+}
+
 }  // namespace
 
-PinState readPinState(const LoadedModule& module, const TokenRow& row, bool securityOfficer) {
+PinLengths PinLengths::within(const PinLengths& others) const {
+    const PinLengths both = {std::max(shortest, others.shortest),
+                             std::min(longest, others.longest)};
+    return both.shortest <= both.longest ? both : others;
+}
+
+std::string PinLengths::text() const {
+    if (longest == 0) {
+        return {};
+    }
+    std::string text = " (";
+    if (shortest < longest) {
+        text.append(shortest > 0 ? std::to_string(shortest).append(" to ") : "up to ");
+    }
+    return text.append(std::to_string(longest))
+        .append(longest == 1 ? " character)" : " characters)");
+}
+
+PinState readPinState(const LoadedModule& module, const TokenRow& row, bool securityOfficer,
+                      PinLengths* lengths) {
     const ModuleCalls calls(module.path());
     const auto slots = calls.slots(true);
     if (!slots) {
@@ -60,6 +90,9 @@ PinState readPinState(const LoadedModule& module, const TokenRow& row, bool secu
     // Another token may be in its place.
     if (!isSame(facts.label, row.label) || !isSame(facts.serial, row.serial)) {
         return PinState::kTokenRemoved;
+    }
+    if (lengths) {
+        *lengths = lengthsOf(facts);
     }
     return stateOf(facts.flags, securityOfficer);
 }
