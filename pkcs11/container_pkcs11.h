@@ -2,7 +2,7 @@
 #pragma once
 
 #include "model/key_container.h"
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 #include "runtime/dispatch_table.h"
 
 class KeyObject_pkcs11;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "model/key_file.h"
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 
 class KeyObject_pkcs11;
 

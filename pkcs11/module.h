@@ -7,7 +7,7 @@
 
 #include <memory>
 
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 #include "pkcs11/module_epoch.h"
 #include "platform/kernel.h"
 

@@ -7,7 +7,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 
 /// The epoch of one loaded module. Epochs of the same Cryptoki module advance together; a value is
 /// never used again in the process.

@@ -6,7 +6,7 @@
 #include <memory>
 #include <utility>
 
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 #include "pkcs11/module.h"
 
 class Session {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "model/key_object.h"
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 #include "pkcs11/provider_pkcs11.h"
 #include "pkcs11/session.h"
 #include "pkcs11/stored_pin.h"

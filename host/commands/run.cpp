@@ -1,8 +1,6 @@
 // zrkey run: runs a script that uses the library's objects.
 #include <CLI/CLI.hpp>
 
-#include <chrono>
-#include <cmath>
 #include <memory>
 #include <optional>
 #include <system_error>
@@ -10,22 +8,18 @@
 
 #include "host/commands/command_frame.h"
 #include "host/commands/commands.h"
+#include "host/commands/script_options.h"
 #include "host/output/console.h"
 #include "host/output/failure.h"
 #include "host/output/printable.h"
 #include "host/script/engine.h"
 #include "host/system/byte_io.h"
-#include "host/system/system.h"
-#include "host/token/pin_source.h"
 
 namespace zr::host {
 namespace {
 
 struct RunOptions {
-    bool verbose = false;
-    double seconds = 0;
-    unsigned int mebibytes = 0;
-    std::optional<PinSource> pin;
+    ScriptOptions script;
     std::optional<std::string> code;
     std::string file;
     std::vector<std::string> arguments;
@@ -39,18 +33,6 @@ public:
                " [OPTIONS] -e CODE [ARG...]\n";
     }
 };
-
-ScriptLimits limitsOf(const RunOptions& options) {
-    ScriptLimits limits;
-    if (options.seconds > 0) {
-        limits.mayEndProcess = true;
-        limits.time = std::chrono::milliseconds(static_cast<long long>(options.seconds * 1000));
-    }
-    if (options.mebibytes > 0) {
-        limits.bytes = std::size_t{options.mebibytes} << 20;
-    }
-    return limits;
-}
 
 /// The script, and its bytes if they are read: the script refers to them.
 /// @param error  says why they cannot be read.
@@ -66,7 +48,7 @@ Script makeScript(const RunOptions& options, ErasedBytes& bytes, std::error_code
 }
 
 int runScript(const RunOptions& options) {
-    Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
+    Console console(options.script.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
     std::error_code error;
     ErasedBytes bytes;
     Script script = makeScript(options, bytes, error);
@@ -76,15 +58,12 @@ int runScript(const RunOptions& options) {
         return kExitFailure;
     }
     try {
-        // The prompt waits until the script asks.
-        if (options.pin && options.pin->kind != PinSource::Kind::kPrompt) {
-            script.pin = readPin(*options.pin, "");
-        }
+        prepareScript(options.script, script);
     } catch (const Failure& failure) {
         console.writeError(failure.line());
         return failure.exitCode;
     }
-    return ScriptEngine(console, limitsOf(options)).run(std::move(script));
+    return ScriptEngine(console, limitsOf(options.script)).run(std::move(script));
 }
 
 /// Takes the words that are no options: FILE, unless -e gives the script, and the arguments.
@@ -102,28 +81,13 @@ void takeWords(std::vector<std::string> words, RunOptions& options) {
     options.arguments = std::move(words);
 }
 
-bool isStandardInput(const std::optional<PinSource>& source) {
-    return source && source->kind == PinSource::Kind::kDescriptor &&
-           source->descriptor == kStandardInput;
-}
-
 }  // namespace
 
 void addRunCommand(CLI::App& app, Action& action) {
     const auto options = std::make_shared<RunOptions>();
     CLI::App* command = app.add_subcommand(
         "run", "Runs a script; the words after FILE are its global array \"arguments\"");
-    command->add_flag("-v,--verbose", options->verbose,
-                      "Shows the library's diagnostics on standard error");
-    command->add_option("--time-limit", options->seconds, "Ends the script after this many seconds")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(0.001, 1e6).description(""));
-    command
-        ->add_option("--memory-limit", options->mebibytes,
-                     "Gives the script at most this many MiB of memory")
-        ->type_name("MIB")
-        ->check(CLI::Range(1, 1 << 20).description(""));
-    addPinSource(*command, "--pin", options->pin, "Where readPin() gets the PIN first");
+    addScriptOptions(*command, options->script, "the script");
     command->add_option("-e,--eval", options->code, "Runs this script instead of a file")
         ->type_name("CODE");
     // FILE and the words after it are passed on unchanged, also those that look like options.
@@ -131,11 +95,8 @@ void addRunCommand(CLI::App& app, Action& action) {
     command->formatter(std::make_shared<RunFormatter>());
     command->callback([command, options, &action] {
         takeWords(command->remaining(), *options);
-        if (std::isnan(options->seconds)) {
-            // The range check accepts it.
-            throw CLI::ValidationError("--time-limit", "a number is required");
-        }
-        if (options->file == kStandardStream && isStandardInput(options->pin)) {
+        checkScriptOptions(options->script);
+        if (options->file == kStandardStream && readsPinFromInput(options->script)) {
             throw CLI::ValidationError("--pin", "standard input contains the script");
         }
         action = [options] { return runScript(*options); };

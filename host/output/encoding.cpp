@@ -8,14 +8,72 @@ constexpr std::string_view kBase64Digits =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr std::size_t kPemLine = 64;
 
-std::string toHex(std::string_view bytes) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    std::string hex;
-    for (const char byte : bytes) {
-        hex += kDigits[static_cast<unsigned char>(byte) >> 4];
-        hex += kDigits[static_cast<unsigned char>(byte) & 0x0F];
+constexpr std::string_view kBlanks = " \t\r\n";
+
+std::string withoutBlanks(std::string_view text) {
+    std::string digits;
+    for (const char letter : text) {
+        if (kBlanks.find(letter) == std::string_view::npos) {
+            digits += letter;
+        }
     }
-    return hex;
+    return digits;
+}
+
+std::optional<std::string> fromHex(std::string_view text) {
+    const std::string digits = withoutBlanks(text);
+    if (digits.size() % 2 != 0 ||
+        digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) {
+        return std::nullopt;
+    }
+    std::string bytes;
+    for (std::size_t i = 0; i < digits.size(); i += 2) {
+        bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+    }
+    return bytes;
+}
+
+std::optional<std::string> fromBase64(std::string_view text) {
+    std::string digits = withoutBlanks(text);
+    if (digits.size() % 4 != 0) {
+        return std::nullopt;
+    }
+    const std::size_t padding = digits.ends_with("==") ? 2 : digits.ends_with('=') ? 1 : 0;
+    digits.resize(digits.size() - padding);
+    std::string bytes;
+    unsigned bits = 0;
+    unsigned count = 0;
+    for (const char digit : digits) {
+        const std::size_t value = kBase64Digits.find(digit);
+        if (value == std::string_view::npos) {
+            return std::nullopt;
+        }
+        bits = (bits << 6 | static_cast<unsigned>(value)) & 0xFFFF;
+        count += 6;
+        if (count >= 8) {
+            count -= 8;
+            bytes += static_cast<char>(bits >> count & 0xFF);
+        }
+    }
+    // The bits that make no whole byte are zero.
+    return (bits & ((1U << count) - 1)) == 0 ? std::optional<std::string>(bytes) : std::nullopt;
+}
+
+std::optional<std::string> fromPem(std::string_view text, std::string_view label) {
+    const std::string first = std::string("-----BEGIN ").append(label).append("-----");
+    const std::string last = std::string("-----END ").append(label).append("-----");
+    const std::size_t begin = text.find_first_not_of(kBlanks);
+    const std::size_t end = text.find_last_not_of(kBlanks) + 1;
+    if (begin == std::string_view::npos || end - begin < first.size() + last.size()) {
+        return std::nullopt;
+    }
+    text = text.substr(begin, end - begin);
+    if (!text.starts_with(first) || !text.ends_with(last)) {
+        return std::nullopt;
+    }
+    text.remove_prefix(first.size());
+    text.remove_suffix(last.size());
+    return fromBase64(text);
 }
 
 std::string toPem(std::string_view bytes, std::string_view label) {
@@ -28,6 +86,16 @@ std::string toPem(std::string_view bytes, std::string_view label) {
 }
 
 }  // namespace
+
+std::string toHex(std::string_view bytes) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string hex;
+    for (const char byte : bytes) {
+        hex += kDigits[static_cast<unsigned char>(byte) >> 4];
+        hex += kDigits[static_cast<unsigned char>(byte) & 0x0F];
+    }
+    return hex;
+}
 
 std::string toBase64(std::string_view bytes) {
     std::string text;
@@ -56,6 +124,21 @@ std::string encode(std::string_view bytes, ByteFormat format, std::string_view p
             break;
     }
     return std::string(bytes);
+}
+
+std::optional<std::string> decode(std::string_view text, ByteFormat format,
+                                  std::string_view pemLabel) {
+    switch (format) {
+        case ByteFormat::kHex:
+            return fromHex(text);
+        case ByteFormat::kBase64:
+            return fromBase64(text);
+        case ByteFormat::kPem:
+            return fromPem(text, pemLabel);
+        case ByteFormat::kRaw:
+            break;
+    }
+    return std::string(text);
 }
 
 }  // namespace zr::host

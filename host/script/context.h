@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -16,6 +17,7 @@
 #include "host/system/erasing_allocator.h"
 #include "host/system/interruption.h"
 #include "host/system/secret_memory.h"
+#include "host/token/module_loading.h"
 #include "host/token/pin.h"
 
 namespace zr::host {
@@ -52,9 +54,11 @@ struct ScriptExit {
 
 /// What a script reads from standard input.
 struct ScriptInput {
-    bool wasTheScript = false;  ///< the script itself was read from it
-    ErasedBytes bytes = {};     ///< read, but not yet taken by the script
-    std::size_t taken = 0;      ///< how many of the bytes the script has taken
+    bool wasTheScript = false;                  ///< the script itself was read from it
+    ErasedBytes bytes = {};                     ///< read, but not yet taken by the script
+    ModuleOptions moduleOptions = {};           ///< of the global provider
+    std::shared_ptr<LoadedModule> module = {};  ///< the global provider's; null: not loaded
+    std::size_t taken = 0;                      ///< how many of the bytes the script has taken
 };
 
 /// Lives as long as the heap of the script engine.
@@ -67,7 +71,9 @@ struct ScriptContext {
     std::function<void()> endProcess = {};
     ScriptExit exit = {};
     ScriptInput input = {};
-    std::optional<Pin> pin = {};  ///< given on the command line, not yet taken by the script
+    std::optional<Pin> pin = {};       ///< given on the command line, not yet taken by the script
+    ModuleOptions moduleOptions = {};  ///< of the global provider
+    std::shared_ptr<LoadedModule> module = {};  ///< the global provider's; null: not loaded
     /// From the first PIN on, which stays in the script's memory.
     std::optional<NoCoreDumps> noCoreDumps = {};
     /// Noted from the first provider on, so that its module is unloaded first.

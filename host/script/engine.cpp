@@ -24,6 +24,7 @@
 #include "host/script/heap.h"
 #include "host/script/line_input.h"
 #include "host/script/members.h"
+#include "host/script/provider.h"
 #include "host/script/script_files.h"
 #include "host/script/script_modules.h"
 #include "host/script/syntax.h"
@@ -43,6 +44,7 @@ duk_ret_t runProtected(duk_context* heap, void* data) {
     addGlobals(heap);
     addFileFunctions(heap);
     addLineInput(heap);
+    addProvider(heap);
     addModules(heap, script.origin == ScriptOrigin::kFile ? script.name : std::string());
     const duk_idx_t list = duk_push_array(heap);
     for (std::size_t i = 0; i < script.arguments.size(); ++i) {
@@ -84,6 +86,8 @@ int ScriptEngine::run(Script script) {
         script.source.remove_prefix(kByteOrderMark.size());
     }
     m_context->pin = std::exchange(script.pin, std::nullopt);
+    m_context->moduleOptions = std::move(script.moduleOptions);
+    m_context->module = std::move(script.module);
     m_context->input.wasTheScript = script.origin == ScriptOrigin::kStandardInput;
     ScriptUse& use = m_context->use;
     ScriptExit& exit = m_context->exit;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/script/limits.h"
+#include "host/token/module_loading.h"
 #include "host/token/pin.h"
 
 struct duk_hthread;
@@ -32,6 +33,9 @@ struct Script {
     ScriptOrigin origin = ScriptOrigin::kFile;
     /// What readPin returns at its first call.
     std::optional<Pin> pin = {};
+    /// Of the global provider: which module it loads, and the module if it is loaded already.
+    ModuleOptions moduleOptions = {};
+    std::shared_ptr<LoadedModule> module = {};
 };
 
 /// An engine for one script.

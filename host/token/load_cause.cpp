@@ -1,6 +1,7 @@
 // Why the library could not load a module.
 #include "host/token/load_cause.h"
 
+#include <p11-kit/pkcs11.h>
 #include <utf8cpp/utf8.h>
 
 #include <array>
@@ -11,7 +12,8 @@
 #include "host/system/shared_library.h"
 #include "host/system/system.h"
 #include "host/system/utf8_path.h"
-#include "host/token/module_calls.h"
+#include "host/token/cryptoki.h"
+#include "host/token/cryptoki_names.h"
 #include "host/token/platform_of.h"
 
 namespace fs = std::filesystem;
@@ -67,7 +69,7 @@ std::optional<Cause> checkFile(const fs::path& module) {
 }
 
 /// Why the system does not load a file.
-Cause whyNotLoaded(const fs::path& module, const ModuleCalls& calls) {
+Cause whyNotLoaded(const fs::path& module, const Cryptoki& calls) {
     std::error_code ignored;
     const std::string platform = platformOf(readHeader(toUtf8(module), ignored));
     if (!platform.empty() && platform != ownPlatform()) {
@@ -93,16 +95,16 @@ std::optional<Cause> checkPaths(const FailedLoad& load) {
 }
 
 /// Whether the module does not start. Asks only a module that the library has not initialised.
-std::optional<Cause> checkStart(const FailedLoad& load, const ModuleCalls& calls) {
+std::optional<Cause> checkStart(const FailedLoad& load, const Cryptoki& calls) {
     INT count = 0;
     if (SUCCEEDED(load.provider.GetKeyCount(&count))) {
         return std::nullopt;
     }
-    const ModuleNumber result = calls.initialise();
-    if (result == kResultAlreadyInitialised) {
+    const CK_RV result = calls.initialise();
+    if (result == CKR_CRYPTOKI_ALREADY_INITIALIZED) {
         return std::nullopt;
     }
-    if (result == kResultOk) {
+    if (result == CKR_OK) {
         calls.finalise();
         return Cause{"the module did not start the first time, but the second", "try again"};
     }
@@ -116,7 +118,7 @@ Cause findLoadCause(const FailedLoad& load) {
     if (const std::optional<Cause> cause = checkFile(load.module)) {
         return *cause;
     }
-    const ModuleCalls calls(toUtf8(load.module));
+    const Cryptoki calls(toUtf8(load.module));
     if (!calls.library().isLoaded()) {
         return whyNotLoaded(load.module, calls);
     }

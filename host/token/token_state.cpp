@@ -1,22 +1,23 @@
 // What a module says about its readers and tokens when the library only fails.
 #include "host/token/token_state.h"
 
+#include <p11-kit/pkcs11.h>
 #include <utf8cpp/utf8.h>
 
 #include <algorithm>
 #include <string>
 
-#include "host/token/module_calls.h"
+#include "host/token/cryptoki.h"
+#include "host/token/cryptoki_names.h"
 #include "host/token/pin.h"
 #include "host/token/token_session.h"
 
 namespace zr::host {
 namespace {
 
-bool isRemoved(ModuleNumber result) {
-    return result == kResultTokenRemoved || result == kResultTokenNotPresent ||
-           result == kResultTokenNotRecognised || result == kResultSlotIdInvalid;
-}
+/// A flag of the user's PIN, shifted by this, is the same flag of the security officer's.
+constexpr unsigned kOfficerShift = 4;
+static_assert(CKF_USER_PIN_LOCKED << kOfficerShift == CKF_SO_PIN_LOCKED);
 
 /// Whether a text of the module can be the one that the library read. The library changes bytes
 /// that are not valid UTF-8.
@@ -24,27 +25,27 @@ bool isSame(const std::string& text, const std::string& read) {
     return text == read || !utf8::is_valid(text);
 }
 
-PinState stateOf(ModuleNumber flags, bool securityOfficer) {
-    const ModuleNumber pinFlags = securityOfficer ? flags >> kFlagOfficerShift : flags;
-    if (pinFlags & kFlagUserPinLocked) {
+PinState stateOf(CK_FLAGS flags, bool securityOfficer) {
+    const CK_FLAGS pinFlags = securityOfficer ? flags >> kOfficerShift : flags;
+    if (pinFlags & CKF_USER_PIN_LOCKED) {
         return PinState::kLocked;
     }
-    if (pinFlags & kFlagUserPinFinalTry) {
+    if (pinFlags & CKF_USER_PIN_FINAL_TRY) {
         return PinState::kLastTry;
     }
-    if (pinFlags & kFlagUserPinCountLow) {
+    if (pinFlags & CKF_USER_PIN_COUNT_LOW) {
         return PinState::kFewTries;
     }
     // Only a module that sets the one flag can be expected to set the other.
-    const bool isNotSet =
-        !securityOfficer && (flags & kFlagTokenInitialised) != 0 && (flags & kFlagUserPinSet) == 0;
+    const bool isNotSet = !securityOfficer && (flags & CKF_TOKEN_INITIALIZED) != 0 &&
+                          (flags & CKF_USER_PIN_INITIALIZED) == 0;
     return isNotSet ? PinState::kNotSet : PinState::kUsable;
 }
 
 PinLengths lengthsOf(const TokenFacts& facts) {
     // The greatest number means that the token does not say.
     const bool isKnown =
-        facts.longestPin > 0 && facts.longestPin != ~ModuleNumber{0} &&
+        facts.longestPin > 0 && facts.longestPin != CK_UNAVAILABLE_INFORMATION &&
         facts.shortestPin <= std::min<std::size_t>(facts.longestPin, Pin::kCapacity);
     return isKnown ? PinLengths{facts.shortestPin,
                                 std::min<std::size_t>(facts.longestPin, Pin::kCapacity)}
@@ -73,7 +74,7 @@ std::string PinLengths::text() const {
 
 PinState readPinState(const LoadedModule& module, const TokenRow& row, bool securityOfficer,
                       PinLengths* lengths) {
-    const ModuleCalls calls(module.path());
+    const Cryptoki calls(module.path());
     const auto slots = calls.slots(true);
     if (!slots) {
         return PinState::kUnknown;
@@ -83,9 +84,9 @@ PinState readPinState(const LoadedModule& module, const TokenRow& row, bool secu
         return PinState::kTokenRemoved;
     }
     TokenFacts facts;
-    const ModuleNumber result = calls.readToken((*slots)[index], facts);
-    if (result != kResultOk) {
-        return isRemoved(result) ? PinState::kTokenRemoved : PinState::kUnknown;
+    const CK_RV result = calls.readToken((*slots)[index], facts);
+    if (result != CKR_OK) {
+        return isTokenGone(result) ? PinState::kTokenRemoved : PinState::kUnknown;
     }
     // Another token may be in its place.
     if (!isSame(facts.label, row.label) || !isSame(facts.serial, row.serial)) {
@@ -98,7 +99,7 @@ PinState readPinState(const LoadedModule& module, const TokenRow& row, bool secu
 }
 
 Cause whyNoToken(const LoadedModule& module) {
-    const ModuleCalls calls(module.path());
+    const Cryptoki calls(module.path());
     const auto readers = calls.slots(false);
     const auto slots = calls.slots(true);
     if (slots && slots->empty() && readers && readers->empty()) {
@@ -108,10 +109,9 @@ Cause whyNoToken(const LoadedModule& module) {
     if (slots && slots->empty()) {
         return {"no reader contains a token", "connect a token"};
     }
-    const auto isBlank = [&](ModuleNumber slot) {
+    const auto isBlank = [&](CK_SLOT_ID slot) {
         TokenFacts facts;
-        return calls.readToken(slot, facts) == kResultOk &&
-               (facts.flags & kFlagTokenInitialised) == 0;
+        return calls.readToken(slot, facts) == CKR_OK && (facts.flags & CKF_TOKEN_INITIALIZED) == 0;
     };
     if (slots && std::any_of(slots->begin(), slots->end(), isBlank)) {
         return {"the token is not initialised", "initialise it with the tool of its maker"};

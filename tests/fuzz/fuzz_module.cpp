@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 
 namespace zr::fuzz {
 namespace {

@@ -1,5 +1,5 @@
 // A Cryptoki module that hands out a function list set by the fuzzer.
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 
 namespace zr::test {
 

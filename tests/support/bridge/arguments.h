@@ -5,7 +5,9 @@
 //     length.finish(rv);
 #pragma once
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <type_traits>
 
 #include "tests/support/bridge/handles.h"
@@ -83,22 +85,42 @@ private:
     CK_ULONG m_value = 0;
 };
 
-/// Parameters are bytes, as the initial vectors of block ciphers are; a structure would need a
-/// translation of its own.
+/// Parameters are bytes, as the initial vectors of block ciphers are. Those of RSA-PSS, three numbers,
+/// become wider; another structure would need a translation of its own.
 template <>
 class Argument<windows::Mechanism*> {
 public:
     explicit Argument(windows::Mechanism* value) : m_isNull(!value) {
-        if (value) {
-            m_value = {value->mechanism, value->pParameter, value->ulParameterLen};
+        if (!value) {
+            return;
+        }
+        m_value = {value->mechanism, value->pParameter, value->ulParameterLen};
+        Ulong numbers[kPssNumbers];
+        if (isPss(value->mechanism) && value->pParameter &&
+            value->ulParameterLen == sizeof numbers) {
+            std::memcpy(numbers, value->pParameter, sizeof numbers);
+            std::copy(std::begin(numbers), std::end(numbers), m_pss);
+            m_value.pParameter = m_pss;
+            m_value.ulParameterLen = sizeof m_pss;
         }
     }
+    Argument(const Argument&) = delete;
+    Argument& operator=(const Argument&) = delete;
     CK_MECHANISM* native() { return m_isNull ? nullptr : &m_value; }
     void finish(CK_RV) {}
 
 private:
+    using Ulong = windows::Ulong;
+    static constexpr std::size_t kPssNumbers = 3;
+
+    /// CKM_RSA_PKCS_PSS, and with SHA-1, SHA-256, SHA-384, SHA-512.
+    static bool isPss(Ulong mechanism) {
+        return mechanism == 0xD || mechanism == 0xE || (mechanism >= 0x43 && mechanism <= 0x45);
+    }
+
     bool m_isNull;
     CK_MECHANISM m_value = {};
+    CK_ULONG m_pss[kPssNumbers] = {};
 };
 
 void copy(const CK_INFO& from, windows::Info* to);

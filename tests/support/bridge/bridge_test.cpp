@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/bridge/calls.h"
@@ -31,7 +32,9 @@ enum Place {
     kFindAt = 27,
     kFindFinalAt = 28,
     kSignInitAt = 42,
-    kSignAt = 43
+    kSignAt = 43,
+    kSeedRandomAt = 63,
+    kSlotEventAt = 67
 };
 
 class BridgeTest : public testing::Test {
@@ -211,9 +214,41 @@ TEST(BridgeHandleTest, UnknownLargeHandleConvertsToNoHandle) {
     EXPECT_EQ(~CK_ULONG{0}, toNative(Handle{0xFFFFFFF0}));
 }
 
-TEST_F(BridgeTest, GetInfoMissingFromTheModuleReturnsNotSupported) {
-    windows::Info info;
-    EXPECT_EQ(CKR_FUNCTION_NOT_SUPPORTED, call<windows::Info*>(kInfoAt, &info));
+TEST_F(BridgeTest, FunctionMissingFromTheModuleReturnsNotSupported) {
+    CK_BYTE seed[] = "seed";
+    EXPECT_EQ(CKR_FUNCTION_NOT_SUPPORTED,
+              (call<Handle, CK_BYTE*, Ulong>(kSeedRandomAt, session, seed, 4)));
+}
+
+TEST_F(BridgeTest, GetInfoPacksTheInfo) {
+    windows::Info info = {};
+    EXPECT_EQ(CKR_OK, call<windows::Info*>(kInfoAt, &info));
+    EXPECT_EQ(40, info.cryptokiVersion.minor);
+    EXPECT_EQ(0, std::memcmp("Module Maker", info.manufacturerID, 12));
+    EXPECT_EQ(0, std::memcmp("Recording Module", info.libraryDescription, 16));
+    EXPECT_EQ(2, info.libraryVersion.minor);
+}
+
+TEST_F(BridgeTest, SlotEventNamesItsSlot) {
+    Handle slot{77};
+    EXPECT_EQ(8u, (call<Ulong, Handle*, void*>(kSlotEventAt, 1, &slot, nullptr)));
+    EXPECT_EQ(Handle{77}, slot);
+    module->settings().eventSlot = 11;
+    EXPECT_EQ(CKR_OK, (call<Ulong, Handle*, void*>(kSlotEventAt, 1, &slot, nullptr)));
+    EXPECT_EQ(Handle{11}, slot);
+}
+
+TEST_F(BridgeTest, ParametersOfRsaPssBecomeWider) {
+    Ulong numbers[] = {0x250, 2, 32};
+    for (const auto& [mechanism, lengths] :
+         {std::pair{0x43u, "67/24 set"}, std::pair{0x6u, "6/12 set"}}) {
+        windows::Mechanism method = {mechanism, numbers, sizeof numbers};
+        module.takeCalls();
+        EXPECT_EQ(CKR_OK, (call<Handle, windows::Mechanism*, Handle>(kSignInitAt, session, &method,
+                                                                     Handle{1})));
+        EXPECT_EQ(std::vector<std::string>{std::string("C_SignInit(1, ") + lengths + ", 1)"},
+                  module.takeCalls());
+    }
 }
 
 TEST_F(BridgeTest, GetSlotListWithAHugeCountAllocatesTheSlotsOnly) {

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 
 namespace zr::bridge::windows {
 

@@ -3,14 +3,15 @@
 // ZRKEY_INSTANT_CERTIFICATES (32), one key pair, and a file "6". It accepts any PIN. The end of a
 // session takes as many milliseconds as set by ZRKEY_INSTANT_CLOSE_TIME (0), and a login as many as
 // set by ZRKEY_INSTANT_LOGIN_TIME (0). The token "Instant" has the flags set by ZRKEY_INSTANT_FLAGS
-// (0). Logins, logouts and ends are appended to the file ZRKEY_INSTANT_LOG, a line for each.
+// (0), and a login the result set by ZRKEY_INSTANT_LOGIN (0). With ZRKEY_INSTANT_EMPTY=1 the reader is
+// empty. Logins, logouts and ends are appended to the file ZRKEY_INSTANT_LOG, a line for each.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <thread>
 
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 
 namespace {
 
@@ -45,20 +46,24 @@ CK_RV finalize(void*) {
     return CKR_OK;
 }
 
-CK_RV getSlotList(CK_BBOOL, CK_SLOT_ID* slots, CK_ULONG* count) {
-    if (slots) {
+/// A number from the environment.
+CK_ULONG setting(const char* name) {
+    const char* value = std::getenv(name);
+    return value ? std::strtoul(value, nullptr, 0) : 0;
+}
+
+CK_RV getSlotList(CK_BBOOL withToken, CK_SLOT_ID* slots, CK_ULONG* count) {
+    *count = withToken && setting("ZRKEY_INSTANT_EMPTY") != 0 ? 0 : 1;
+    if (slots && *count > 0) {
         slots[0] = 0;
     }
-    *count = 1;
     return CKR_OK;
 }
 
 CK_RV getTokenInfo(CK_SLOT_ID, CK_TOKEN_INFO* info) {
     *info = {};
     std::memcpy(info->label, "Instant", 7);
-    if (const char* flags = std::getenv("ZRKEY_INSTANT_FLAGS")) {
-        info->flags = std::strtoul(flags, nullptr, 0);
-    }
+    info->flags = setting("ZRKEY_INSTANT_FLAGS");
     return CKR_OK;
 }
 
@@ -86,7 +91,7 @@ CK_RV login(CK_SESSION_HANDLE, CK_USER_TYPE, CK_UTF8CHAR*, CK_ULONG) {
         const auto time = std::chrono::milliseconds(std::strtol(milliseconds, nullptr, 10));
         std::this_thread::sleep_until(std::chrono::steady_clock::now() + time);
     }
-    return CKR_OK;
+    return setting("ZRKEY_INSTANT_LOGIN");
 }
 
 CK_RV setPin(CK_SESSION_HANDLE, CK_UTF8CHAR*, CK_ULONG, CK_UTF8CHAR*, CK_ULONG) {

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 
 /// A fault of one call. A false number is only reported: nothing is written outside the
 /// caller's buffers.

@@ -93,6 +93,67 @@ CK_RV getSlotList(CK_BBOOL tokenPresent, CK_SLOT_ID* slots, CK_ULONG* count) {
     return CKR_OK;
 }
 
+CK_RV getInfo(CK_INFO* info) {
+    const CK_RV rv = state().record("C_GetInfo", "");
+    if (rv == CKR_OK) {
+        *info = {};
+        info->cryptokiVersion = {2, 40};
+        info->libraryVersion = {1, 2};
+        std::memcpy(info->manufacturerID, "Module Maker", 12);
+        std::memcpy(info->libraryDescription, "Recording Module", 16);
+    }
+    return rv;
+}
+
+CK_RV getSlotInfo(CK_SLOT_ID slot, CK_SLOT_INFO* info) {
+    const CK_RV rv = state().record("C_GetSlotInfo", text(slot));
+    if (rv == CKR_OK) {
+        *info = {};
+        std::memcpy(info->slotDescription, "Recording Reader", 16);
+        std::memcpy(info->manufacturerID, "Reader Maker", 12);
+        info->flags = slot < 10 + state().settings().slotCount ? CKF_TOKEN_PRESENT : 0;
+    }
+    return rv;
+}
+
+CK_RV getMechanismList(CK_SLOT_ID slot, CK_MECHANISM_TYPE* mechanisms, CK_ULONG* count) {
+    const CK_RV rv =
+        state().record("C_GetMechanismList", text(slot) + (mechanisms ? ", list" : ", null"));
+    if (rv != CKR_OK) {
+        return rv;
+    }
+    const auto& settings = state().settings();
+    for (CK_ULONG i = 0; mechanisms && i < *count && i < settings.mechanismCount; ++i) {
+        mechanisms[i] = settings.mechanisms[i];
+    }
+    *count = settings.mechanismCount;
+    state().fault().lieAboutCount(count);
+    return CKR_OK;
+}
+
+CK_RV getMechanismInfo(CK_SLOT_ID slot, CK_MECHANISM_TYPE mechanism, CK_MECHANISM_INFO* info) {
+    const CK_RV rv = state().record("C_GetMechanismInfo", text(slot) + ", " + text(mechanism));
+    if (rv == CKR_OK) {
+        *info = {512, 4096, state().settings().mechanismFlags};
+    }
+    return rv;
+}
+
+CK_RV waitForSlotEvent(CK_FLAGS flags, CK_SLOT_ID* slot, void* reserved) {
+    const CK_RV rv =
+        state().record("C_WaitForSlotEvent", text(flags) + (reserved ? ", set" : ", null"));
+    if (rv != CKR_OK) {
+        return rv;
+    }
+    CK_SLOT_ID& next = state().settings().eventSlot;
+    if (next == 0) {
+        return 0x8;  // CKR_NO_EVENT
+    }
+    *slot = next;
+    next = 0;
+    return CKR_OK;
+}
+
 CK_RV getTokenInfo(CK_SLOT_ID slot, CK_TOKEN_INFO* info) {
     const CK_RV rv = state().record("C_GetTokenInfo", text(slot));
     if (rv == CKR_OK) {
@@ -143,6 +204,11 @@ CK_RV setPin(CK_SESSION_HANDLE session, CK_UTF8CHAR* oldPin, CK_ULONG oldLength,
     return rv == CKR_OK ? state().setPin(text(oldPin, oldLength), text(newPin, newLength)) : rv;
 }
 
+CK_RV initPin(CK_SESSION_HANDLE session, CK_UTF8CHAR* pin, CK_ULONG length) {
+    const CK_RV rv = state().record("C_InitPIN", text(session) + ", " + text(pin, length));
+    return rv == CKR_OK ? state().initPin(text(pin, length)) : rv;
+}
+
 CK_RV createObject(CK_SESSION_HANDLE session, CK_ATTRIBUTE* attributes, CK_ULONG count,
                    CK_OBJECT_HANDLE* object) {
     const CK_RV rv =
@@ -153,6 +219,13 @@ CK_RV createObject(CK_SESSION_HANDLE session, CK_ATTRIBUTE* attributes, CK_ULONG
     const CK_RV created = state().create(attributes, count, object);
     state().lastCall().setCount(0, *object);
     return created;
+}
+
+CK_RV copyObject(CK_SESSION_HANDLE session, CK_OBJECT_HANDLE object, CK_ATTRIBUTE* attributes,
+                 CK_ULONG count, CK_OBJECT_HANDLE* made) {
+    const CK_RV rv = state().record(
+        "C_CopyObject", text(session) + ", " + text(object) + ", " + text(attributes, count));
+    return rv == CKR_OK ? state().copy(object, attributes, count, made) : rv;
 }
 
 CK_RV destroyObject(CK_SESSION_HANDLE session, CK_OBJECT_HANDLE object) {
@@ -203,21 +276,17 @@ CK_RV signInit(CK_SESSION_HANDLE session, CK_MECHANISM* mechanism, CK_OBJECT_HAN
     return state().record("C_SignInit", text(session) + ", " + text(*mechanism) + ", " + text(key));
 }
 
-CK_RV sign(CK_SESSION_HANDLE session, CK_BYTE* data, CK_ULONG length, CK_BYTE* signature,
-           CK_ULONG* signatureLength) {
-    const CK_RV rv = state().record(
-        "C_Sign", text(session) + ", [" + text(data, length) + "], " + text(*signatureLength));
-    if (rv != CKR_OK) {
-        return rv;
-    }
-    const CK_ULONG size = state().settings().signatureLength;
+/// Hands the signature out.
+CK_RV giveSignature(CK_BYTE* signature, CK_ULONG* signatureLength) {
+    const auto& settings = state().settings();
+    const CK_ULONG size = settings.signatureLength;
     if (size > *signatureLength) {
         *signatureLength = size;
         return CKR_BUFFER_TOO_SMALL;
     }
     const CK_ULONG room = *signatureLength;
     for (CK_ULONG i = 0; i < size; ++i) {
-        signature[i] = static_cast<CK_BYTE>(i);
+        signature[i] = settings.signature ? settings.signature[i] : static_cast<CK_BYTE>(i);
     }
     *signatureLength = size;
     state().fault().lieAboutLength(signatureLength, 0, room);
@@ -225,23 +294,51 @@ CK_RV sign(CK_SESSION_HANDLE session, CK_BYTE* data, CK_ULONG length, CK_BYTE* s
     return CKR_OK;
 }
 
+CK_RV sign(CK_SESSION_HANDLE session, CK_BYTE* data, CK_ULONG length, CK_BYTE* signature,
+           CK_ULONG* signatureLength) {
+    const CK_RV rv = state().record(
+        "C_Sign", text(session) + ", [" + text(data, length) + "], " + text(*signatureLength));
+    return rv == CKR_OK ? giveSignature(signature, signatureLength) : rv;
+}
+
+CK_RV signUpdate(CK_SESSION_HANDLE session, CK_BYTE* part, CK_ULONG length) {
+    return state().record("C_SignUpdate", text(session) + ", [" + text(part, length) + "]");
+}
+
+CK_RV signFinal(CK_SESSION_HANDLE session, CK_BYTE* signature, CK_ULONG* signatureLength) {
+    const CK_RV rv = state().record("C_SignFinal", text(session) + ", " + text(*signatureLength));
+    return rv == CKR_OK ? giveSignature(signature, signatureLength) : rv;
+}
+
 CK_RV verifyInit(CK_SESSION_HANDLE session, CK_MECHANISM* mechanism, CK_OBJECT_HANDLE key) {
     return state().record("C_VerifyInit",
                           text(session) + ", " + text(*mechanism) + ", " + text(key));
+}
+
+CK_RV checkSignature(const CK_BYTE* signature, CK_ULONG length) {
+    const auto& settings = state().settings();
+    bool isGood = length == settings.signatureLength;
+    for (CK_ULONG i = 0; isGood && i < length; ++i) {
+        isGood =
+            signature[i] == (settings.signature ? settings.signature[i] : static_cast<CK_BYTE>(i));
+    }
+    return isGood ? CKR_OK : CKR_SIGNATURE_INVALID;
 }
 
 CK_RV verify(CK_SESSION_HANDLE session, CK_BYTE* data, CK_ULONG length, CK_BYTE* signature,
              CK_ULONG signatureLength) {
     const CK_RV rv = state().record(
         "C_Verify", text(session) + ", [" + text(data, length) + "], " + text(signatureLength));
-    if (rv != CKR_OK) {
-        return rv;
-    }
-    bool isGood = signatureLength == state().settings().signatureLength;
-    for (CK_ULONG i = 0; isGood && i < signatureLength; ++i) {
-        isGood = signature[i] == static_cast<CK_BYTE>(i);
-    }
-    return isGood ? CKR_OK : CKR_SIGNATURE_INVALID;
+    return rv == CKR_OK ? checkSignature(signature, signatureLength) : rv;
+}
+
+CK_RV verifyUpdate(CK_SESSION_HANDLE session, CK_BYTE* part, CK_ULONG length) {
+    return state().record("C_VerifyUpdate", text(session) + ", [" + text(part, length) + "]");
+}
+
+CK_RV verifyFinal(CK_SESSION_HANDLE session, CK_BYTE* signature, CK_ULONG signatureLength) {
+    const CK_RV rv = state().record("C_VerifyFinal", text(session) + ", " + text(signatureLength));
+    return rv == CKR_OK ? checkSignature(signature, signatureLength) : rv;
 }
 
 /// An entry point whose result is recorded with the call.
@@ -262,15 +359,21 @@ struct Answering<Entry> {
 void fillFunctionList(CK_FUNCTIONS* functions) {
     functions->C_Initialize = Answering<initialize>::call;
     functions->C_Finalize = Answering<finalize>::call;
+    functions->C_GetInfo = Answering<getInfo>::call;
     functions->C_GetFunctionList = getFunctionList;
     functions->C_GetSlotList = Answering<getSlotList>::call;
+    functions->C_GetSlotInfo = Answering<getSlotInfo>::call;
     functions->C_GetTokenInfo = Answering<getTokenInfo>::call;
+    functions->C_GetMechanismList = Answering<getMechanismList>::call;
+    functions->C_GetMechanismInfo = Answering<getMechanismInfo>::call;
+    functions->C_InitPIN = Answering<initPin>::call;
     functions->C_SetPIN = Answering<setPin>::call;
     functions->C_OpenSession = Answering<openSession>::call;
     functions->C_CloseSession = Answering<closeSession>::call;
     functions->C_Login = Answering<login>::call;
     functions->C_Logout = Answering<logout>::call;
     functions->C_CreateObject = Answering<createObject>::call;
+    functions->C_CopyObject = Answering<copyObject>::call;
     functions->C_DestroyObject = Answering<destroyObject>::call;
     functions->C_GetAttributeValue = Answering<getAttributeValue>::call;
     functions->C_SetAttributeValue = Answering<setAttributeValue>::call;
@@ -279,8 +382,13 @@ void fillFunctionList(CK_FUNCTIONS* functions) {
     functions->C_FindObjectsFinal = Answering<findObjectsFinal>::call;
     functions->C_SignInit = Answering<signInit>::call;
     functions->C_Sign = Answering<sign>::call;
+    functions->C_SignUpdate = Answering<signUpdate>::call;
+    functions->C_SignFinal = Answering<signFinal>::call;
     functions->C_VerifyInit = Answering<verifyInit>::call;
     functions->C_Verify = Answering<verify>::call;
+    functions->C_VerifyUpdate = Answering<verifyUpdate>::call;
+    functions->C_VerifyFinal = Answering<verifyFinal>::call;
+    functions->C_WaitForSlotEvent = Answering<waitForSlotEvent>::call;
 }
 
 EXPORT CK_RV C_GetFunctionList(CK_FUNCTION_LIST** list) {

@@ -6,7 +6,7 @@
 
 #include <cstddef>
 
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 #include "tests/support/recording/recording_fault.h"
 
 /// Returned by the module's export "GetRecordingModule". Only plain types cross the border.
@@ -26,6 +26,11 @@ public:
         CK_ULONG lyingLength;          ///< the length it reports; see lie
         enum { kNever, kOnQuery, kOnRead, kAlways } lie;
         CK_ULONG signatureLength;  ///< bytes of a signature
+        const CK_BYTE* signature;  ///< those bytes; null: 0, 1, 2, ...
+        CK_MECHANISM_TYPE mechanisms[8];
+        CK_ULONG mechanismCount;
+        CK_FLAGS mechanismFlags;  ///< of every mechanism
+        CK_SLOT_ID eventSlot;     ///< of the next event; 0 none
         const char* userPin;
         const char* securityOfficerPin;
         bool setsApplication;              ///< C_OpenSession writes through the application pointer

@@ -25,6 +25,8 @@ void RecordingState::reset() {
     m_settings.isSearchExclusive = true;
     m_settings.foundCount = 1;
     m_settings.signatureLength = 256;
+    m_settings.mechanisms[0] = CKM_SHA1_RSA_PKCS;
+    m_settings.mechanismCount = 1;
     m_settings.userPin = "1234";
     m_settings.securityOfficerPin = "87654321";
     CK_TOKEN_INFO& info = m_settings.tokenInfo;
@@ -165,6 +167,14 @@ CK_RV RecordingState::setPin(const std::string& oldPin, const std::string& newPi
     return CKR_OK;
 }
 
+CK_RV RecordingState::initPin(const std::string& pin) {
+    if (m_loggedIn != static_cast<int>(CKU_SO)) {
+        return CKR_USER_NOT_LOGGED_IN;
+    }
+    m_userPin = pin;
+    return CKR_OK;
+}
+
 bool RecordingState::isSearchOpen() const {
     return std::any_of(m_sessions.begin(), m_sessions.end(),
                        [](const auto& entry) { return entry.second.isSearchOpen; });
@@ -228,6 +238,18 @@ CK_RV RecordingState::create(const CK_ATTRIBUTE* attributes, CK_ULONG count,
                              CK_OBJECT_HANDLE* object) {
     *object = addObject();
     return write(*object, attributes, count);
+}
+
+CK_RV RecordingState::copy(CK_OBJECT_HANDLE object, const CK_ATTRIBUTE* changes, CK_ULONG count,
+                           CK_OBJECT_HANDLE* made) {
+    const auto found = m_objects.find(object);
+    if (found == m_objects.end()) {
+        return CKR_OBJECT_HANDLE_INVALID;
+    }
+    const Attributes copied = found->second;
+    *made = addObject();
+    m_objects[*made] = copied;
+    return write(*made, changes, count);
 }
 
 CK_RV RecordingState::destroy(CK_OBJECT_HANDLE object) {

@@ -58,10 +58,13 @@ public:
     CK_RV login(CK_USER_TYPE user, const std::string& pin);
     CK_RV logout();
     CK_RV setPin(const std::string& oldPin, const std::string& newPin);
+    CK_RV initPin(const std::string& pin);
     CK_RV findInit(CK_SESSION_HANDLE session, const CK_ATTRIBUTE* attributes, CK_ULONG count);
     CK_RV find(CK_SESSION_HANDLE session, CK_OBJECT_HANDLE* object, CK_ULONG* count);
     CK_RV findFinal(CK_SESSION_HANDLE session);
     CK_RV create(const CK_ATTRIBUTE* attributes, CK_ULONG count, CK_OBJECT_HANDLE* object);
+    CK_RV copy(CK_OBJECT_HANDLE object, const CK_ATTRIBUTE* changes, CK_ULONG count,
+               CK_OBJECT_HANDLE* made);
     CK_RV destroy(CK_OBJECT_HANDLE object);
     CK_RV read(CK_OBJECT_HANDLE object, CK_ATTRIBUTE* attributes, CK_ULONG count);
     CK_RV write(CK_OBJECT_HANDLE object, const CK_ATTRIBUTE* attributes, CK_ULONG count);

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 
 namespace zr::test {
 

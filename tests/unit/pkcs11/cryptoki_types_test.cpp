@@ -1,5 +1,5 @@
 // The numbers and layouts of Cryptoki, written again from PKCS #11 v2.40.
-#include "pkcs11/cryptoki.h"
+#include "pkcs11/cryptoki_types.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,175 @@
+// The results of a module for people: their names, and what to do.
+#include "host/token/cryptoki_names.h"
+
+#include <p11-kit/pkcs11.h>
+
+#include <cstdio>
+#include <utility>
+
+namespace zr::host {
+namespace {
+
+constexpr std::pair<CK_RV, const char*> kNames[] = {
+    {CKR_OK, "CKR_OK"},
+    {CKR_CANCEL, "CKR_CANCEL"},
+    {CKR_HOST_MEMORY, "CKR_HOST_MEMORY"},
+    {CKR_SLOT_ID_INVALID, "CKR_SLOT_ID_INVALID"},
+    {CKR_GENERAL_ERROR, "CKR_GENERAL_ERROR"},
+    {CKR_FUNCTION_FAILED, "CKR_FUNCTION_FAILED"},
+    {CKR_ARGUMENTS_BAD, "CKR_ARGUMENTS_BAD"},
+    {CKR_NO_EVENT, "CKR_NO_EVENT"},
+    {CKR_NEED_TO_CREATE_THREADS, "CKR_NEED_TO_CREATE_THREADS"},
+    {CKR_CANT_LOCK, "CKR_CANT_LOCK"},
+    {CKR_ATTRIBUTE_READ_ONLY, "CKR_ATTRIBUTE_READ_ONLY"},
+    {CKR_ATTRIBUTE_SENSITIVE, "CKR_ATTRIBUTE_SENSITIVE"},
+    {CKR_ATTRIBUTE_TYPE_INVALID, "CKR_ATTRIBUTE_TYPE_INVALID"},
+    {CKR_ATTRIBUTE_VALUE_INVALID, "CKR_ATTRIBUTE_VALUE_INVALID"},
+    {CKR_ACTION_PROHIBITED, "CKR_ACTION_PROHIBITED"},
+    {CKR_DATA_INVALID, "CKR_DATA_INVALID"},
+    {CKR_DATA_LEN_RANGE, "CKR_DATA_LEN_RANGE"},
+    {CKR_DEVICE_ERROR, "CKR_DEVICE_ERROR"},
+    {CKR_DEVICE_MEMORY, "CKR_DEVICE_MEMORY"},
+    {CKR_DEVICE_REMOVED, "CKR_DEVICE_REMOVED"},
+    {CKR_ENCRYPTED_DATA_INVALID, "CKR_ENCRYPTED_DATA_INVALID"},
+    {CKR_ENCRYPTED_DATA_LEN_RANGE, "CKR_ENCRYPTED_DATA_LEN_RANGE"},
+    {CKR_FUNCTION_CANCELED, "CKR_FUNCTION_CANCELED"},
+    {CKR_FUNCTION_NOT_PARALLEL, "CKR_FUNCTION_NOT_PARALLEL"},
+    {CKR_FUNCTION_NOT_SUPPORTED, "CKR_FUNCTION_NOT_SUPPORTED"},
+    {CKR_KEY_HANDLE_INVALID, "CKR_KEY_HANDLE_INVALID"},
+    {CKR_KEY_SIZE_RANGE, "CKR_KEY_SIZE_RANGE"},
+    {CKR_KEY_TYPE_INCONSISTENT, "CKR_KEY_TYPE_INCONSISTENT"},
+    {CKR_KEY_NOT_NEEDED, "CKR_KEY_NOT_NEEDED"},
+    {CKR_KEY_CHANGED, "CKR_KEY_CHANGED"},
+    {CKR_KEY_NEEDED, "CKR_KEY_NEEDED"},
+    {CKR_KEY_INDIGESTIBLE, "CKR_KEY_INDIGESTIBLE"},
+    {CKR_KEY_FUNCTION_NOT_PERMITTED, "CKR_KEY_FUNCTION_NOT_PERMITTED"},
+    {CKR_KEY_NOT_WRAPPABLE, "CKR_KEY_NOT_WRAPPABLE"},
+    {CKR_KEY_UNEXTRACTABLE, "CKR_KEY_UNEXTRACTABLE"},
+    {CKR_MECHANISM_INVALID, "CKR_MECHANISM_INVALID"},
+    {CKR_MECHANISM_PARAM_INVALID, "CKR_MECHANISM_PARAM_INVALID"},
+    {CKR_OBJECT_HANDLE_INVALID, "CKR_OBJECT_HANDLE_INVALID"},
+    {CKR_OPERATION_ACTIVE, "CKR_OPERATION_ACTIVE"},
+    {CKR_OPERATION_NOT_INITIALIZED, "CKR_OPERATION_NOT_INITIALIZED"},
+    {CKR_PIN_INCORRECT, "CKR_PIN_INCORRECT"},
+    {CKR_PIN_INVALID, "CKR_PIN_INVALID"},
+    {CKR_PIN_LEN_RANGE, "CKR_PIN_LEN_RANGE"},
+    {CKR_PIN_EXPIRED, "CKR_PIN_EXPIRED"},
+    {CKR_PIN_LOCKED, "CKR_PIN_LOCKED"},
+    {CKR_SESSION_CLOSED, "CKR_SESSION_CLOSED"},
+    {CKR_SESSION_COUNT, "CKR_SESSION_COUNT"},
+    {CKR_SESSION_HANDLE_INVALID, "CKR_SESSION_HANDLE_INVALID"},
+    {CKR_SESSION_PARALLEL_NOT_SUPPORTED, "CKR_SESSION_PARALLEL_NOT_SUPPORTED"},
+    {CKR_SESSION_READ_ONLY, "CKR_SESSION_READ_ONLY"},
+    {CKR_SESSION_EXISTS, "CKR_SESSION_EXISTS"},
+    {CKR_SESSION_READ_ONLY_EXISTS, "CKR_SESSION_READ_ONLY_EXISTS"},
+    {CKR_SESSION_READ_WRITE_SO_EXISTS, "CKR_SESSION_READ_WRITE_SO_EXISTS"},
+    {CKR_SIGNATURE_INVALID, "CKR_SIGNATURE_INVALID"},
+    {CKR_SIGNATURE_LEN_RANGE, "CKR_SIGNATURE_LEN_RANGE"},
+    {CKR_TEMPLATE_INCOMPLETE, "CKR_TEMPLATE_INCOMPLETE"},
+    {CKR_TEMPLATE_INCONSISTENT, "CKR_TEMPLATE_INCONSISTENT"},
+    {CKR_TOKEN_NOT_PRESENT, "CKR_TOKEN_NOT_PRESENT"},
+    {CKR_TOKEN_NOT_RECOGNIZED, "CKR_TOKEN_NOT_RECOGNIZED"},
+    {CKR_TOKEN_WRITE_PROTECTED, "CKR_TOKEN_WRITE_PROTECTED"},
+    {CKR_UNWRAPPING_KEY_HANDLE_INVALID, "CKR_UNWRAPPING_KEY_HANDLE_INVALID"},
+    {CKR_UNWRAPPING_KEY_SIZE_RANGE, "CKR_UNWRAPPING_KEY_SIZE_RANGE"},
+    {CKR_UNWRAPPING_KEY_TYPE_INCONSISTENT, "CKR_UNWRAPPING_KEY_TYPE_INCONSISTENT"},
+    {CKR_USER_ALREADY_LOGGED_IN, "CKR_USER_ALREADY_LOGGED_IN"},
+    {CKR_USER_NOT_LOGGED_IN, "CKR_USER_NOT_LOGGED_IN"},
+    {CKR_USER_PIN_NOT_INITIALIZED, "CKR_USER_PIN_NOT_INITIALIZED"},
+    {CKR_USER_TYPE_INVALID, "CKR_USER_TYPE_INVALID"},
+    {CKR_USER_ANOTHER_ALREADY_LOGGED_IN, "CKR_USER_ANOTHER_ALREADY_LOGGED_IN"},
+    {CKR_USER_TOO_MANY_TYPES, "CKR_USER_TOO_MANY_TYPES"},
+    {CKR_WRAPPED_KEY_INVALID, "CKR_WRAPPED_KEY_INVALID"},
+    {CKR_WRAPPED_KEY_LEN_RANGE, "CKR_WRAPPED_KEY_LEN_RANGE"},
+    {CKR_WRAPPING_KEY_HANDLE_INVALID, "CKR_WRAPPING_KEY_HANDLE_INVALID"},
+    {CKR_WRAPPING_KEY_SIZE_RANGE, "CKR_WRAPPING_KEY_SIZE_RANGE"},
+    {CKR_WRAPPING_KEY_TYPE_INCONSISTENT, "CKR_WRAPPING_KEY_TYPE_INCONSISTENT"},
+    {CKR_RANDOM_SEED_NOT_SUPPORTED, "CKR_RANDOM_SEED_NOT_SUPPORTED"},
+    {CKR_RANDOM_NO_RNG, "CKR_RANDOM_NO_RNG"},
+    {CKR_DOMAIN_PARAMS_INVALID, "CKR_DOMAIN_PARAMS_INVALID"},
+    {CKR_CURVE_NOT_SUPPORTED, "CKR_CURVE_NOT_SUPPORTED"},
+    {CKR_BUFFER_TOO_SMALL, "CKR_BUFFER_TOO_SMALL"},
+    {CKR_SAVED_STATE_INVALID, "CKR_SAVED_STATE_INVALID"},
+    {CKR_INFORMATION_SENSITIVE, "CKR_INFORMATION_SENSITIVE"},
+    {CKR_STATE_UNSAVEABLE, "CKR_STATE_UNSAVEABLE"},
+    {CKR_CRYPTOKI_NOT_INITIALIZED, "CKR_CRYPTOKI_NOT_INITIALIZED"},
+    {CKR_CRYPTOKI_ALREADY_INITIALIZED, "CKR_CRYPTOKI_ALREADY_INITIALIZED"},
+    {CKR_MUTEX_BAD, "CKR_MUTEX_BAD"},
+    {CKR_MUTEX_NOT_LOCKED, "CKR_MUTEX_NOT_LOCKED"},
+    {CKR_NEW_PIN_MODE, "CKR_NEW_PIN_MODE"},
+    {CKR_NEXT_OTP, "CKR_NEXT_OTP"},
+    {CKR_EXCEEDED_MAX_ITERATIONS, "CKR_EXCEEDED_MAX_ITERATIONS"},
+    {CKR_FIPS_SELF_TEST_FAILED, "CKR_FIPS_SELF_TEST_FAILED"},
+    {CKR_LIBRARY_LOAD_FAILED, "CKR_LIBRARY_LOAD_FAILED"},
+    {CKR_PIN_TOO_WEAK, "CKR_PIN_TOO_WEAK"},
+    {CKR_PUBLIC_KEY_INVALID, "CKR_PUBLIC_KEY_INVALID"},
+    {CKR_FUNCTION_REJECTED, "CKR_FUNCTION_REJECTED"},
+};
+
+const char* nameOf(CK_RV result) {
+    for (const auto& [number, name] : kNames) {
+        if (number == result) {
+            return name;
+        }
+    }
+    return result >= CKR_VENDOR_DEFINED ? "an error of its maker's" : "an unexpected error";
+}
+
+const char* adviceFor(CK_RV result) {
+    if (isTokenGone(result)) {
+        return "the token was removed; connect it and try again";
+    }
+    switch (result) {
+        case CKR_HOST_MEMORY:
+            return "free some memory";
+        case CKR_DEVICE_MEMORY:
+            return "the token is full; delete files that are no longer needed";
+        case CKR_USER_NOT_LOGGED_IN:
+            return "log in: give --pin";
+        case CKR_ATTRIBUTE_READ_ONLY:
+        case CKR_ACTION_PROHIBITED:
+            return "the token does not allow to change this object";
+        case CKR_TOKEN_WRITE_PROTECTED:
+        case CKR_SESSION_READ_ONLY:
+            return "the token is write-protected";
+        case CKR_MECHANISM_INVALID:
+        case CKR_MECHANISM_PARAM_INVALID:
+        case CKR_KEY_TYPE_INCONSISTENT:
+        case CKR_KEY_SIZE_RANGE:
+        case CKR_KEY_FUNCTION_NOT_PERMITTED:
+            return "choose another --algorithm or another certificate";
+        case CKR_FUNCTION_NOT_SUPPORTED:
+            return "the module cannot do it; look for a newer one";
+        case CKR_SESSION_COUNT:
+            return "end other programs that use the token";
+        case kImpossibleAnswer:
+            return "the module is faulty; look for a newer one";
+        default:
+            return "check that the token is still connected, and try again";
+    }
+}
+
+}  // namespace
+
+std::string resultText(CK_RV result) {
+    if (result == kImpossibleAnswer) {
+        return "an answer that cannot be right";
+    }
+    char hex[32];
+    std::snprintf(hex, sizeof hex, " (0x%08lX)", result);
+    return std::string(nameOf(result)).append(hex);
+}
+
+bool isTokenGone(CK_RV result) {
+    return result == CKR_DEVICE_REMOVED || result == CKR_TOKEN_NOT_PRESENT ||
+           result == CKR_TOKEN_NOT_RECOGNIZED || result == CKR_SLOT_ID_INVALID ||
+           result == CKR_SESSION_HANDLE_INVALID || result == CKR_SESSION_CLOSED;
+}
+
+Cause moduleCause(const std::string& function, CK_RV result) {
+    std::string text = "the module's ";
+    text.append(function).append(" returned ").append(resultText(result));
+    return {text, adviceFor(result)};
+}
+
+}  // namespace zr::host
