@@ -110,8 +110,9 @@ void addConfigurationOptions(CLI::App& command, ModuleOptions& options) {
 
 void addModuleOptions(CLI::App& command, ModuleOptions& options) {
     command
-        .add_option("--module", options.path,
-                    "The PKCS #11 module; the default is the variable ZRKEY_MODULE")
+        .add_option(
+            "--module", options.path,
+            "The PKCS #11 module, a path or a name; the default is the variable ZRKEY_MODULE")
         ->type_name("PATH");
     addConfigurationOptions(command, options);
 }

@@ -24,11 +24,17 @@ public:
     /// The same to standard error.
     std::error_code writeError(std::string_view bytes);
 
+    /// Writes a line to standard error through the console that there is; without one it is dropped.
+    /// For what happens too deep in a command to have the console.
+    static void note(std::string_view line);
+
     /// Flushes what the library wrote, or bounds it where it is dropped. To be called after calls
     /// of the library.
     void drainDiagnostics();
 
 private:
+    static Console* s_current;
+
     Diagnostics m_diagnostics;
     int m_output;
     int m_error;
