@@ -1,8 +1,8 @@
 // zrkey cert list: the certificates of a token.
 #include "host/commands/command_frame.h"
+#include "host/output/encoding.h"
 #include "host/output/printable.h"
 #include "host/token/certificates.h"
-#include "host/token/token_session.h"
 
 namespace zr::host {
 namespace {
@@ -11,17 +11,73 @@ struct CertListOptions : TokenOptions {
     PinOptions pin;
 };
 
-Report listNames(const CertListOptions& options) {
+/// The day of a time.
+std::string dayOf(const std::string& time) {
+    return time.substr(0, time.find('T'));
+}
+
+std::string expiryOf(const CertificateFacts& facts) {
+    return (facts.isExpired ? "expired " : "until ") + dayOf(facts.notAfter);
+}
+
+std::string keyOf(const CertificateFacts& facts) {
+    return facts.keyBits == 0 ? facts.keyType : facts.keyType + ' ' + std::to_string(facts.keyBits);
+}
+
+std::string lineOf(const TokenCertificate& row) {
+    std::vector<std::string> columns = {std::to_string(row.index), row.name};
+    if (row.facts) {
+        const CertificateFacts& facts = *row.facts;
+        columns.insert(columns.end(), {facts.subject, facts.issuer, expiryOf(facts),
+                                       facts.serialNumber, keyOf(facts)});
+    } else {
+        columns.insert(columns.end(), {"not readable as X.509", "-", "-", "-", "-"});
+    }
+    columns.push_back(idText(row));
+    std::string line;
+    for (const std::string& column : columns) {
+        line.append(line.empty() ? "" : "\t").append(printable(column));
+    }
+    return line + '\n';
+}
+
+Record fieldsOf(const TokenCertificate& row) {
+    Record fields = {{"index", std::uint64_t{row.index}},
+                     {"name", row.name},
+                     {"id", toHex(row.id)},
+                     {"label", row.label}};
+    if (row.facts) {
+        const CertificateFacts& facts = *row.facts;
+        fields.insert(fields.end(), {{"subject", facts.subject},
+                                     {"issuer", facts.issuer},
+                                     {"commonName", facts.commonName},
+                                     {"serialNumber", facts.serialNumber},
+                                     {"notBefore", facts.notBefore},
+                                     {"notAfter", facts.notAfter},
+                                     {"expired", facts.isExpired},
+                                     {"keyType", facts.keyType},
+                                     {"keyBits", std::uint64_t{facts.keyBits}}});
+    }
+    return fields;
+}
+
+Report listAll(const CertListOptions& options) {
     PinEntry pin(options.pin, PinEntry::Need::kOnRequest);
     const TokenSession session(options);
     session.login(pin);
+    DirectSession direct(session, "list the certificates", CryptokiSession::Access::kReadOnly);
+    const CertificateTable table = readCertificates(session, direct);
     Report report;
     std::vector<Record> rows;
-    for (const std::string& name : listCertificates(session.token())) {
-        report.output += std::to_string(rows.size()) + '\t' + printable(name) + '\n';
-        rows.push_back({{"index", std::uint64_t{rows.size()}}, {"name", name}});
+    for (const TokenCertificate& row : table.rows) {
+        report.output += lineOf(row);
+        rows.push_back(fieldsOf(row));
     }
     report.fields = {{"certificates", rows}};
+    if (table.hidden > 0) {
+        report.note = "zrkey: certificates that are not shown: " + std::to_string(table.hidden) +
+                      "; the list of the object model ends at one without an ID\n";
+    }
     return report;
 }
 
@@ -29,7 +85,7 @@ Report listNames(const CertListOptions& options) {
 
 void addCertListCommand(CLI::App& parent, Action& action) {
     const auto [command, options] =
-        addCommand(parent, action, "cert list", "Lists the certificates of a token", listNames);
+        addCommand(parent, action, "cert list", "Lists the certificates of a token", listAll);
     addTokenOptions(*command, *options);
     addPinOptions(*command, options->pin);
 }

@@ -1,9 +1,8 @@
 // zrkey cert read: a certificate as it is stored on the token.
 #include "host/commands/byte_arrays.h"
 #include "host/commands/command_frame.h"
-#include "host/output/printable.h"
+#include "host/commands/key_command.h"
 #include "host/token/certificates.h"
-#include "host/token/token_session.h"
 
 namespace zr::host {
 namespace {
@@ -12,6 +11,7 @@ struct CertReadOptions : TokenOptions {
     PinOptions pin;
     CertificateChoice certificate;
     ByteOutput output;
+    bool isText = false;
 };
 
 Report readCertificate(const CertReadOptions& options) {
@@ -19,14 +19,18 @@ Report readCertificate(const CertReadOptions& options) {
     const OpenOutput output = openOutput(options.output);
     const TokenSession session(options);
     session.login(pin);
-    const ChosenCertificate chosen = openCertificate(session.token(), options.certificate);
-    zrkey::ByteArray data;
-    const HRESULT result = chosen.certificate->GetCertData(data.receive());
-    if (FAILED(result)) {
-        throw libraryFailure(kExitFailure, "read the certificate " + inQuotes(chosen.name), result,
-                             "check that the token is still connected");
+    DirectSession direct(session, "list the certificates", CryptokiSession::Access::kReadOnly);
+    const TokenCertificate chosen =
+        chooseCertificate(readCertificates(session, direct), options.certificate);
+    Report report = byteReport("certificate", chosen.der, output, "CERTIFICATE");
+    if (options.isText) {
+        const std::optional<std::string> text = certificateText(chosen.der);
+        if (!text) {
+            throw commandFailure(kExitFailure, "show the certificate " + shownName(chosen),
+                                 "it is not readable as X.509", "read it without --format text");
+        }
+        report.output = *text;
     }
-    Report report = byteReport("certificate", takeBytes(data), output, "CERTIFICATE");
     report.fields.push_back({"name", chosen.name});
     return report;
 }
@@ -39,7 +43,7 @@ void addCertReadCommand(CLI::App& parent, Action& action) {
     addTokenOptions(*command, *options);
     addPinOptions(*command, options->pin);
     addCertificateOptions(*command, options->certificate);
-    addByteOutput(*command, options->output);
+    addByteOutput(*command, options->output, &options->isText);
 }
 
 }  // namespace zr::host

@@ -11,6 +11,7 @@
 #include "host/output/console.h"
 #include "host/output/printable.h"
 #include "host/system/interruption.h"
+#include "host/token/signing.h"
 
 namespace zr::host {
 namespace {
@@ -30,6 +31,14 @@ CLI::Validator isDecimal(unsigned long long first, unsigned long long last,
                          std::to_string(last);
     };
     return {check, ""};
+}
+
+/// Refuses an empty value: a variable that is not set would mean the default, unnoticed.
+CLI::Validator isNotEmpty() {
+    return {[](const std::string& text) -> std::string {
+                return text.empty() ? "the value is empty" : "";
+            },
+            ""};
 }
 
 CLI::Validator isIndex() {
@@ -101,11 +110,13 @@ void addConfigurationOptions(CLI::App& command, ModuleOptions& options) {
     command
         .add_option("--workdir", options.workFolder,
                     "The working folder; the default is the current folder")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(isNotEmpty());
     command
         .add_option("--config", options.configuration,
                     "The configuration; the default is the first that \"zrkey config path\" finds")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(isNotEmpty());
 }
 
 void addModuleOptions(CLI::App& command, ModuleOptions& options) {
@@ -113,7 +124,8 @@ void addModuleOptions(CLI::App& command, ModuleOptions& options) {
         .add_option(
             "--module", options.path,
             "The PKCS #11 module, a path or a name; the default is the variable ZRKEY_MODULE")
-        ->type_name("PATH");
+        ->type_name("PATH")
+        ->check(isNotEmpty());
     addConfigurationOptions(command, options);
 }
 
@@ -153,17 +165,56 @@ void addPinOptions(CLI::App& command, PinOptions& options) {
     addPinSource(command, "--pin", options.source, "Where to read the PIN");
     command.add_flag("--so", options.securityOfficer,
                      "The PIN is the security officer's, not the user's");
+    addLastTryOption(command, options);
+}
+
+void addLastTryOption(CLI::App& command, PinOptions& options) {
     command.add_flag("--last-try", options.lastTry,
                      "Uses the last try that is left for the PIN without asking");
 }
 
 void addCertificateOptions(CLI::App& command, CertificateChoice& choice) {
-    CLI::Option* name =
-        command.add_option("--cert", choice.name, "Selects the certificate by its name");
+    const auto take = [&choice](const std::string& text) {
+        const std::string id = "id:";
+        const std::string index = "index:";
+        if (text.starts_with(id)) {
+            choice.id = decode(text.substr(id.size()), ByteFormat::kHex);
+            if (!choice.id) {
+                throw CLI::ValidationError("--cert", "what follows id: must be hexadecimal");
+            }
+        } else if (text.starts_with(index)) {
+            std::string number = text.substr(index.size());
+            const std::string problem = isIndex()(number);
+            if (!problem.empty()) {
+                throw CLI::ValidationError("--cert", problem);
+            }
+            choice.index = static_cast<LONG>(std::stol(number));
+        } else {
+            choice.name = text;
+        }
+    };
+    CLI::Option* name = command.add_option_function<std::string>(
+        "--cert", take, "Selects the certificate by its name, its common name, id:HEX or index:N");
     command.add_option("--cert-index", choice.index, "Selects the certificate by its index")
         ->type_name("N")
         ->check(isIndex())
         ->excludes(name);
+}
+
+void addAlgorithmOption(CLI::App& command, std::optional<SignatureAlgorithm>& algorithm) {
+    command
+        .add_option_function<std::string>(
+            "--algorithm",
+            [&algorithm](const std::string& name) {
+                algorithm = algorithmNamed(name);
+                if (!algorithm) {
+                    throw CLI::ValidationError("--algorithm",
+                                               "the algorithm must be one of " + algorithmNames());
+                }
+            },
+            "The algorithm of the signature: " + algorithmNames())
+        ->type_name("ALGORITHM")
+        ->default_str(nameOf(kLibraryAlgorithm));
 }
 
 void addInputOption(CLI::App& command, std::string& path) {
@@ -184,17 +235,26 @@ void addMethodOption(CLI::App& command, std::string& method) {
         ->capture_default_str();
 }
 
-void addByteOutput(CLI::App& command, ByteOutput& output) {
+void addByteOutput(CLI::App& command, ByteOutput& output, bool* isText) {
     CLI::Option* json = command.get_option("--json");
     command.add_option("-o,--output", output.path, "The file to write; - is standard output")
         ->type_name("FILE")
         ->capture_default_str()
         ->excludes(json);
+    const auto take = [&output, isText](const std::string& name) {
+        if (isText && name == "text") {
+            *isText = true;
+        } else {
+            output.format = parseFormat(name);
+        }
+    };
     command
-        .add_option_function<std::string>(
-            "--format", [&output](const std::string& name) { output.format = parseFormat(name); },
-            "The format of the bytes: raw, hex, base64 or pem")
-        ->type_name("FORMAT")
+        .add_option_function<std::string>("--format", take,
+                                          isText ? "The format of the bytes: raw, hex, base64 or "
+                                                   "pem; or text, for people"
+                                                 : "The format of the bytes: raw, hex, base64 or "
+                                                   "pem")
+        ->type_name(isText ? "CERT-FORMAT" : "FORMAT")
         ->excludes(json);
 }
 

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "host/commands/commands.h"
+#include "host/crypto/public_key.h"
 #include "host/output/failure.h"
 #include "host/output/report.h"
 #include "host/token/token_options.h"
@@ -30,11 +31,15 @@ void addModuleOptions(CLI::App& command, ModuleOptions& options);
 void addTokenOptions(CLI::App& command, TokenOptions& options);
 /// --pin and --so.
 void addPinOptions(CLI::App& command, PinOptions& options);
+/// --last-try alone.
+void addLastTryOption(CLI::App& command, PinOptions& options);
 /// Adds an option that names a PIN source.
 CLI::Option* addPinSource(CLI::App& command, const std::string& name,
                           std::optional<PinSource>& source, const std::string& help);
 /// --cert and --cert-index.
 void addCertificateOptions(CLI::App& command, CertificateChoice& choice);
+/// --algorithm.
+void addAlgorithmOption(CLI::App& command, std::optional<SignatureAlgorithm>& algorithm);
 /// -i; the default is "-".
 void addInputOption(CLI::App& command, std::string& path);
 /// --signature, which is required.
@@ -42,7 +47,8 @@ void addSignatureOption(CLI::App& command, std::string& path);
 /// --method; its default is the value of method.
 void addMethodOption(CLI::App& command, std::string& method);
 /// -o and --format; --json excludes both.
-void addByteOutput(CLI::App& command, ByteOutput& output);
+/// @param isText  set when the format is "text"; null: there is no such format.
+void addByteOutput(CLI::App& command, ByteOutput& output, bool* isText = nullptr);
 /// The number that names a file of the token.
 /// @param last  the largest number that the command accepts.
 void addFileName(CLI::App& command, std::string& name, unsigned last);

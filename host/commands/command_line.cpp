@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <system_error>
 
 #include "host/commands/command_tables.h"
 #include "host/commands/commands.h"
@@ -30,11 +31,15 @@ void addCommands(CLI::App& app, Action& action) {
     addListCommand(app, action);
     addInfoCommand(app, action);
     addLoginCommand(app, action);
-    addPinChangeCommand(addGroup(app, "pin", "Manages the PINs of a token"), action);
+    CLI::App& pin = addGroup(app, "pin", "Manages the PINs of a token");
+    addPinChangeCommand(pin, action);
+    addPinUnblockCommand(pin, action);
     CLI::App& file = addGroup(app, "file", "Works with the files of a token");
+    addFileListCommand(file, action);
     addFileExistsCommand(file, action);
     addFileReadCommand(file, action);
     addFileCreateCommand(file, action);
+    addFileWriteCommand(file, action);
     addFileDeleteCommand(file, action);
     CLI::App& cert = addGroup(app, "cert", "Lists and reads the certificates of a token");
     addCertListCommand(cert, action);
@@ -67,6 +72,16 @@ void addExamples(CLI::App& command, const std::string& name) {
     }
 }
 
+int writeHelp(const std::string& text) {
+    const std::error_code error = writeAll(kStandardOutput, text);
+    if (error) {
+        const Failure failure = systemFailure(kExitFailure, "write to standard output", error,
+                                              "check free space and permissions");
+        writeAll(kStandardError, failure.line());
+    }
+    return error ? kExitFailure : kExitOk;
+}
+
 }  // namespace
 
 int runCommandLine(const std::vector<std::string>& words) {
@@ -96,9 +111,8 @@ int runCommandLine(const std::vector<std::string>& words) {
         std::ostringstream output;
         std::ostringstream errors;
         const int code = app.exit(error, output, errors);
-        writeAll(kStandardOutput, output.str());
         writeAll(kStandardError, errors.str());
-        return code == 0 ? kExitOk : kExitUsage;
+        return code == 0 ? writeHelp(output.str()) : kExitUsage;
     }
     forgetInterruption();
     try {

@@ -7,6 +7,7 @@
 
 #include "host/commands/examples.h"
 #include "host/commands/usage.h"
+#include "host/token/signing.h"
 
 namespace zr::host {
 namespace {
@@ -84,6 +85,14 @@ std::vector<SwitchRow> switchesWithValue(const std::vector<CommandRow>& table) {
 std::string wordsOfValue(const std::string& value) {
     if (value == "SOURCE") {
         return "prompt env: file: fd: -";
+    }
+    if (value == "ALGORITHM") {
+        std::string words = algorithmNames();
+        std::erase(words, ',');
+        return words;
+    }
+    if (value == "CERT-FORMAT") {
+        return "raw hex base64 pem text";
     }
     return value == "FORMAT" ? "raw hex base64 pem" : "";
 }

@@ -1,10 +1,14 @@
 // What sign and verify share.
 #pragma once
 
+#include <functional>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/commands/command_frame.h"
+#include "host/token/signing.h"
 #include "host/token/token_session.h"
 
 namespace zr::host {
@@ -18,12 +22,41 @@ inline constexpr HRESULT kLoginNeeded = RPC_E_CANTCALLOUT_INEXTERNALCALL;
 struct KeyOptions : TokenOptions {
     PinOptions pin;
     CertificateChoice certificate;
+    std::optional<SignatureAlgorithm> algorithm;
+    bool isRaw = false;  ///< an ECDSA signature is r and s, not DER
     std::string input = "-";
 };
 
 void addKeyOptions(CLI::App& command, KeyOptions& options);
 
+/// The algorithm of the options. Throws a Failure when --raw does not fit it.
+SignatureAlgorithm algorithmOf(const KeyOptions& options);
+
+/// How reports name it: the library's by the library's name.
+std::string reportedName(SignatureAlgorithm algorithm);
+
 /// Throws a Failure when more than one of the PIN and the inputs is to be read from standard input.
-void checkStreams(const KeyOptions& options, const std::vector<std::string>& inputs);
+void checkStreams(const PinOptions& pin, const std::vector<std::string>& inputs);
+
+/// Reads the data of a signature: piece by piece, or as a whole for the library.
+class SignedData {
+public:
+    /// Opens the file, or reads it as a whole. Throws a Failure when it cannot.
+    SignedData(const std::string& path, SignatureAlgorithm algorithm);
+
+    /// The data for a call of the library; it was read as a whole.
+    const zrkey::ByteArray& whole() const { return m_whole.value(); }
+    /// Takes all data, once. Throws a Failure when it cannot be read.
+    void forEachPiece(const std::function<void(std::string_view)>& take);
+    /// The hash of all data.
+    std::string hash(HashKind kind);
+
+private:
+    std::string m_path;
+    std::optional<zrkey::ByteArray> m_whole;
+};
+
+/// How messages name a certificate: by its name, or by its ID when that is no text.
+std::string shownName(const TokenCertificate& certificate);
 
 }  // namespace zr::host

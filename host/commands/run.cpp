@@ -53,8 +53,11 @@ int runScript(const RunOptions& options) {
     ErasedBytes bytes;
     Script script = makeScript(options, bytes, error);
     if (error) {
-        console.writeError(printable("zrkey: cannot read " + script.name + ": " + error.message()) +
-                           "\n");
+        const std::string name =
+            script.origin == ScriptOrigin::kStandardInput ? script.name : inQuotes(script.name);
+        console.writeError(
+            systemFailure(kExitFailure, "read " + name, error, "check the path and its permissions")
+                .line());
         return kExitFailure;
     }
     try {

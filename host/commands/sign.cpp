@@ -1,8 +1,11 @@
 // zrkey sign: signs data with the private key of a certificate.
+#include <CLI/CLI.hpp>
+
 #include "host/commands/byte_arrays.h"
 #include "host/commands/command_frame.h"
 #include "host/commands/key_command.h"
 #include "host/output/printable.h"
+#include "host/system/interruption.h"
 #include "host/token/certificates.h"
 
 namespace zr::host {
@@ -12,18 +15,17 @@ struct SignOptions : KeyOptions {
     ByteOutput output;
 };
 
-Report sign(const SignOptions& options) {
-    checkStreams(options, {options.input});
-    PinEntry pin(options.pin, PinEntry::Need::kIfPossible);
-    const zrkey::ByteArray data = readInput(options.input);
-    const OpenOutput output = openOutput(options.output);
-    const TokenSession session(options);
-    session.login(pin);
-    const ChosenCertificate chosen = openCertificate(session.token(), options.certificate);
+struct Signature {
+    std::string bytes;  ///< as the token makes it
+    std::string hash;   ///< of the data
+};
+
+Signature signByLibrary(const TokenSession& session, const TokenCertificate& certificate,
+                        SignedData& data, const std::string& asked) {
+    const zrkey::ComRef<IKeyCertificate> opened = openCertificate(session.token(), certificate);
     zrkey::ByteArray signature;
-    const HRESULT result = session->SignData(zrkey::Text(kSignAlgorithm).get(), data,
-                                             chosen.certificate.get(), signature.receive());
-    const std::string asked = "sign with the key of " + inQuotes(chosen.name);
+    const HRESULT result = session->SignData(zrkey::Text(kSignAlgorithm).get(), data.whole(),
+                                             opened.get(), signature.receive());
     if (result == kLoginNeeded) {
         throw libraryFailure(kExitLoginNeeded, asked, result, "log in first: give --pin");
     }
@@ -31,9 +33,63 @@ Report sign(const SignOptions& options) {
         throw libraryFailure(kExitFailure, asked, result,
                              "check that the token has its private RSA key");
     }
-    Report report = byteReport("signature", takeBytes(signature), output, "SIGNATURE");
-    report.fields.push_back({"algorithm", std::string(kSignAlgorithm)});
-    report.fields.push_back({"name", chosen.name});
+    return {takeBytes(signature), data.hash(hashOf(kLibraryAlgorithm))};
+}
+
+Signature signDirectly(DirectSession& direct, const TokenCertificate& certificate,
+                       SignatureAlgorithm algorithm, const Pin* pin, SignedData& data) {
+    Signer signer(direct, certificate, algorithm, pin);
+    data.forEachPiece([&](std::string_view piece) {
+        stopIfInterrupted();
+        signer.add(piece);
+    });
+    stopIfInterrupted();
+    std::string bytes = signer.finish();
+    return {std::move(bytes), signer.hash()};
+}
+
+/// The signature in DER for ECDSA, as it is for RSA.
+std::string toStandardForm(const Signature& signature, SignatureAlgorithm algorithm,
+                           const std::string& asked) {
+    if (!isEcdsa(algorithm)) {
+        return signature.bytes;
+    }
+    const std::optional<std::string> der = ecdsaToDer(signature.bytes);
+    if (!der) {
+        throw commandFailure(kExitFailure, asked,
+                             "the token returned " + std::to_string(signature.bytes.size()) +
+                                 " bytes, which are not r and s",
+                             "the module is faulty; look for a newer one");
+    }
+    return *der;
+}
+
+Report sign(const SignOptions& options) {
+    checkStreams(options.pin, {options.input});
+    const SignatureAlgorithm algorithm = algorithmOf(options);
+    const OpenOutput output = openOutput(options.output);
+    PinEntry pin(options.pin, PinEntry::Need::kIfPossible);
+    SignedData data(options.input, algorithm);
+    const TokenSession session(options);
+    const bool isLoggedIn = session.login(pin);
+    DirectSession direct(session, "list the certificates", CryptokiSession::Access::kReadOnly);
+    const TokenCertificate certificate =
+        chooseCertificate(readCertificates(session, direct), options.certificate);
+    const std::string asked = "sign with the key of " + shownName(certificate);
+    direct.setAsked(asked);
+    requireKeyType(certificate, algorithm, asked);
+    // The library finds a key by the name of its certificate alone.
+    const Signature signature =
+        algorithm == kLibraryAlgorithm && certificate.isNameUnique
+            ? signByLibrary(session, certificate, data, asked)
+            : signDirectly(direct, certificate, algorithm,
+                           isLoggedIn ? pin.get(session.row()) : nullptr, data);
+    const std::string standard = toStandardForm(signature, algorithm, asked);
+    requireOwnSignature(certificate, algorithm, signature.hash, standard, asked);
+    Report report =
+        byteReport("signature", options.isRaw ? signature.bytes : standard, output, "SIGNATURE");
+    report.fields.push_back({"algorithm", reportedName(algorithm)});
+    report.fields.push_back({"name", certificate.name});
     return report;
 }
 
@@ -41,7 +97,7 @@ Report sign(const SignOptions& options) {
 
 void addSignCommand(CLI::App& parent, Action& action) {
     const auto [command, options] =
-        addCommand(parent, action, "sign", "Signs data with RSA and SHA-1", sign);
+        addCommand(parent, action, "sign", "Signs data with the key of a certificate", sign);
     addKeyOptions(*command, *options);
     addByteOutput(*command, options->output);
 }

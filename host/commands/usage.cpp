@@ -145,6 +145,15 @@ std::string describeMissing(const CLI::App& group) {
            names;
 }
 
+/// The words that look like options and that a command does not know.
+Words unknownOptions(const CLI::App& command) {
+    Words options = command.remaining();
+    options.erase(std::remove_if(options.begin(), options.end(),
+                                 [](const std::string& word) { return optionName(word).empty(); }),
+                  options.end());
+    return options;
+}
+
 std::string describe(const CLI::App& app, const CLI::App& command, const CLI::Error& error,
                      const Words& words) {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError)) {
@@ -162,6 +171,12 @@ std::string describe(const CLI::App& app, const CLI::App& command, const CLI::Er
         }
         return extras.front().starts_with('-') ? describeExtras(command, extras, words)
                                                : describeUnknown(command, extras.front(), words);
+    }
+    const bool isRequired =
+        error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+    if (const Words options = unknownOptions(command); isRequired && !options.empty()) {
+        // What is missing may be what was mistyped.
+        return describeExtras(command, options, words);
     }
     const std::string what = error.what();
     // The parser's "--index: 1 required N missing".

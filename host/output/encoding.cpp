@@ -34,12 +34,13 @@ std::optional<std::string> fromHex(std::string_view text) {
 }
 
 std::optional<std::string> fromBase64(std::string_view text) {
-    std::string digits = withoutBlanks(text);
+    const std::string padded = withoutBlanks(text);
+    std::string_view digits = padded;
     if (digits.size() % 4 != 0) {
         return std::nullopt;
     }
     const std::size_t padding = digits.ends_with("==") ? 2 : digits.ends_with('=') ? 1 : 0;
-    digits.resize(digits.size() - padding);
+    digits.remove_suffix(padding);
     std::string bytes;
     unsigned bits = 0;
     unsigned count = 0;

@@ -6,7 +6,8 @@
 
 namespace zr::host {
 
-/// The text with each control character, which could move the cursor, shown as "?".
+/// The text with each control character, which could move the cursor, and each byte that is not
+/// UTF-8 shown as "?".
 std::string printable(std::string_view utf8);
 
 /// The same between quotation marks.

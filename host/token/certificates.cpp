@@ -1,8 +1,12 @@
-// The certificates of a token: their names, and the choice of one.
+// The certificates of a token, in the order of the object model's containers.
 #include "host/token/certificates.h"
+
+#include <p11-kit/pkcs11.h>
+#include <utf8cpp/utf8.h>
 
 #include <algorithm>
 
+#include "host/output/encoding.h"
 #include "host/output/failure.h"
 #include "host/output/printable.h"
 #include "host/system/interruption.h"
@@ -10,99 +14,194 @@
 namespace zr::host {
 namespace {
 
-/// The longest ID in bytes with which the library opens a certificate.
-constexpr std::size_t kLongestId = 127;
+/// The longest name in bytes with which the library opens a certificate.
+constexpr std::size_t kLongestName = 127;
 
-std::string listNames(const std::vector<std::string>& names) {
-    std::string text;
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        text += (i > 0 ? ", " : "") + std::to_string(i) + " " + inQuotes(names[i]);
-    }
-    return text;
+Failure changedMeanwhile(const std::string& asked) {
+    return commandFailure(kExitNotFound, asked, "the certificates on the token changed meanwhile",
+                          "try again");
 }
 
-Failure notChosen(const std::string& asked, const std::vector<std::string>& names) {
-    if (names.empty()) {
-        return commandFailure(kExitNotFound, asked, "the token shows no certificate",
-                              "private certificates are visible only after a login: give --pin");
-    }
-    return commandFailure(kExitNotFound, asked, "the certificates are: " + listNames(names),
-                          "choose one with --cert or --cert-index");
-}
-
-std::size_t findCertificate(const std::vector<std::string>& names,
-                            const CertificateChoice& choice) {
-    if (choice.index) {
-        const auto index = static_cast<std::size_t>(*choice.index);
-        if (index >= names.size()) {
-            throw notChosen("find the certificate with index " + std::to_string(index), names);
-        }
-        return index;
-    }
-    if (choice.name) {
-        const auto found = std::find(names.begin(), names.end(), *choice.name);
-        if (found == names.end()) {
-            throw notChosen("find the certificate " + inQuotes(*choice.name), names);
-        }
-        return static_cast<std::size_t>(found - names.begin());
-    }
-    if (names.size() != 1) {
-        throw notChosen("choose a certificate", names);
-    }
-    return 0;
-}
-
-/// Names and positions come from different walks over the token. Throws a Failure when another
-/// certificate has taken the position since.
-void checkName(IKeyCertificate& certificate, const std::string& name, const std::string& asked) {
-    zrkey::Text id;
-    const HRESULT result = certificate.GetCertID(id.receive());
-    if (FAILED(result)) {
-        throw libraryFailure(kExitFailure, asked, result, "the system may be out of memory");
-    }
-    if (id.utf8() != name) {
-        throw commandFailure(kExitNotFound, asked,
-                             "the certificates on the token changed meanwhile", "try again");
-    }
-}
-
-}  // namespace
-
-std::vector<std::string> listCertificates(IKeyObject& token) {
+/// The names of the containers, by the library.
+std::vector<std::string> listNames(const TokenSession& token, const std::string& asked) {
     zrkey::Variant names;
-    const HRESULT result = token.EnumContainer(0, names.receive());
+    const HRESULT result = token->EnumContainer(0, names.receive());
     if (FAILED(result)) {
-        throw libraryFailure(kExitFailure, "list the certificates", result,
+        throw libraryFailure(kExitFailure, asked, result,
                              "check that the token is still connected");
     }
     return names.toTexts().value_or(std::vector<std::string>());
 }
 
-ChosenCertificate openCertificate(IKeyObject& token, const CertificateChoice& choice) {
-    const std::vector<std::string> names = listCertificates(token);
-    stopIfInterrupted();
-    const std::size_t index = findCertificate(names, choice);
-    const std::string asked = "open the certificate " + inQuotes(names[index]);
-    if (std::count(names.begin(), names.end(), names[index]) > 1) {
-        throw commandFailure(kExitNotFound, asked, "several certificates have this name",
-                             "give each certificate and its keys an ID of their own");
+/// The ID as text: the bytes of the name before the library converts them.
+std::string idAsText(const std::string& id) {
+    return id.substr(0, id.find('\0'));
+}
+
+/// Whether the library shows an ID under this name. It changes bytes that are not valid UTF-8.
+bool isNameOf(const std::string& name, const std::string& id) {
+    const std::string text = idAsText(id);
+    return text == name || !utf8::is_valid(text);
+}
+
+void markSharedNames(std::vector<TokenCertificate>& rows) {
+    for (TokenCertificate& row : rows) {
+        const std::string text = idAsText(row.id);
+        const auto isSame = [&](const TokenCertificate& other) {
+            return idAsText(other.id) == text;
+        };
+        row.isNameUnique =
+            text.size() <= kLongestName && std::count_if(rows.begin(), rows.end(), isSame) == 1;
     }
-    ChosenCertificate chosen = {names[index], {}};
-    const auto which = zrkey::Variant::fromNumber(static_cast<LONG>(index));
+}
+
+/// What a person recognises a certificate by.
+std::string describe(const TokenCertificate& row) {
+    std::string text = std::to_string(row.index) + ' ' + inQuotes(row.name) + ' ';
+    text.append(idText(row));
+    if (row.facts && !row.facts->subject.empty()) {
+        text.append(" (").append(printable(row.facts->subject)).append(")");
+    }
+    return text;
+}
+
+std::string describe(const std::vector<TokenCertificate>& rows) {
+    std::string text;
+    for (const TokenCertificate& row : rows) {
+        text.append(text.empty() ? "" : ", ").append(describe(row));
+    }
+    return text;
+}
+
+std::string describe(const CertificateChoice& choice) {
+    if (choice.index) {
+        return "find the certificate with index " + std::to_string(*choice.index);
+    }
+    if (choice.id) {
+        return "find the certificate with the ID " + toHex(*choice.id);
+    }
+    return choice.name ? "find the certificate " + inQuotes(*choice.name) : "choose a certificate";
+}
+
+template <class Matches>
+std::vector<TokenCertificate> select(const std::vector<TokenCertificate>& rows, Matches matches) {
+    std::vector<TokenCertificate> chosen;
+    std::copy_if(rows.begin(), rows.end(), std::back_inserter(chosen), matches);
+    return chosen;
+}
+
+std::vector<TokenCertificate> select(const std::vector<TokenCertificate>& rows,
+                                     const CertificateChoice& choice) {
+    if (choice.index) {
+        return select(rows, [&](const TokenCertificate& row) {
+            return row.index == static_cast<std::size_t>(*choice.index);
+        });
+    }
+    if (choice.id) {
+        return select(rows, [&](const TokenCertificate& row) { return row.id == *choice.id; });
+    }
+    if (!choice.name) {
+        return rows;
+    }
+    const std::string& name = *choice.name;
+    std::vector<TokenCertificate> chosen =
+        select(rows, [&](const TokenCertificate& row) { return row.name == name; });
+    if (chosen.empty()) {
+        chosen = select(rows, [&](const TokenCertificate& row) {
+            return row.facts && row.facts->commonName == name && !name.empty();
+        });
+    }
+    return chosen;
+}
+
+}  // namespace
+
+std::string idText(const TokenCertificate& certificate) {
+    return "id:" + toHex(certificate.id);
+}
+
+CertificateTable readCertificates(const TokenSession& token, DirectSession& direct) {
+    const std::vector<std::string> names = listNames(token, direct.asked());
+    std::vector<CK_OBJECT_HANDLE> objects;
+    direct.require(direct->find(
+        {numberAttribute(CKA_CLASS, CKO_CERTIFICATE), truthAttribute(CKA_TOKEN, true)}, objects));
+    CertificateTable table;
+    for (const CK_OBJECT_HANDLE object : objects) {
+        stopIfInterrupted();
+        AttributeValues values;
+        const CK_RV result =
+            direct->read(object, {CKA_CERTIFICATE_TYPE, CKA_ID, CKA_LABEL, CKA_VALUE}, values);
+        if (result == CKR_OBJECT_HANDLE_INVALID) {
+            throw changedMeanwhile(direct.asked());
+        }
+        direct.require(result);
+        if (!values[0] || !values[1]) {
+            // The library's walk ends at such a certificate.
+            table.hidden = objects.size() - table.rows.size();
+            break;
+        }
+        TokenCertificate row;
+        row.index = table.rows.size();
+        row.id = *values[1];
+        row.label = values[2].value_or("");
+        row.der = values[3].value_or("");
+        row.facts = readFacts(row.der);
+        if (row.index >= names.size() || !isNameOf(names[row.index], row.id)) {
+            throw changedMeanwhile(direct.asked());
+        }
+        row.name = names[row.index];
+        table.rows.push_back(std::move(row));
+    }
+    if (table.rows.size() != names.size()) {
+        throw changedMeanwhile(direct.asked());
+    }
+    markSharedNames(table.rows);
+    return table;
+}
+
+TokenCertificate chooseCertificate(CertificateTable table, const CertificateChoice& choice) {
+    std::vector<TokenCertificate> chosen = select(table.rows, choice);
+    if (chosen.size() == 1) {
+        return std::move(chosen.front());
+    }
+    const std::string asked = describe(choice);
+    if (table.rows.empty()) {
+        throw commandFailure(kExitNotFound, asked, "the token shows no certificate",
+                             "private certificates are visible only after a login: give --pin");
+    }
+    const std::string advice = "choose one with --cert NAME, --cert id:HEX or --cert index:N";
+    if (chosen.empty()) {
+        throw commandFailure(kExitNotFound, asked, "the certificates are: " + describe(table.rows),
+                             advice);
+    }
+    throw commandFailure(kExitNotFound, asked, "several certificates match: " + describe(chosen),
+                         advice);
+}
+
+zrkey::ComRef<IKeyCertificate> openCertificate(IKeyObject& token,
+                                               const TokenCertificate& certificate) {
+    stopIfInterrupted();
+    const std::string asked = "open the certificate " + inQuotes(certificate.name);
+    const auto which = zrkey::Variant::fromNumber(static_cast<LONG>(certificate.index));
     zrkey::ComRef<IKeyContainer> container;
+    zrkey::ComRef<IKeyCertificate> opened;
+    zrkey::Text id;
     HRESULT result = token.OpenContainer(which, container.receive());
     if (SUCCEEDED(result)) {
-        result = container->GetKeyCert(true, chosen.certificate.receive());
+        result = container->GetKeyCert(true, opened.receive());
+    }
+    if (SUCCEEDED(result)) {
+        result = opened->GetCertID(id.receive());
     }
     if (FAILED(result)) {
         throw libraryFailure(kExitNotFound, asked, result,
-                             names[index].size() > kLongestId
-                                 ? "its ID may be longer than 127 bytes"
-                                 : "the certificates on the token may have changed; try again");
+                             "the certificates on the token may have changed; try again");
     }
-    checkName(*chosen.certificate.get(), chosen.name, asked);
+    if (id.utf8() != certificate.name) {
+        throw changedMeanwhile(asked);
+    }
     stopIfInterrupted();
-    return chosen;
+    return opened;
 }
 
 }  // namespace zr::host

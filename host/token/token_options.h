@@ -40,9 +40,10 @@ struct PinOptions {
     bool lastTry = false;  ///< use the last try without a question
 };
 
-/// At most one of the two is given; none is needed when the token has only one certificate.
+/// At most one is given; none is needed when the token has only one certificate.
 struct CertificateChoice {
-    std::optional<std::string> name;
+    std::optional<std::string> name;  ///< the ID as text, else the subject's common name
+    std::optional<std::string> id;    ///< the bytes of the ID
     std::optional<LONG> index;
 };
 

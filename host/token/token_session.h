@@ -25,8 +25,8 @@ struct TokenRow {
 
 struct TokenTable {
     INT slots = 0;
-    /// Without slots that cannot be opened, and slots without label and serial number, whose token
-    /// is not initialised.
+    /// Without slots that cannot be opened, and slots that say nothing: without a label, and with no
+    /// serial number or zeros alone. Their token is not initialised.
     std::vector<TokenRow> rows;
 };
 
@@ -51,7 +51,7 @@ public:
     bool isGiven() const { return m_source.has_value(); }
     /// The PIN; null means no login.
     /// @param lengths  those that the prompt states.
-    const Pin* get(const TokenRow& token, const PinLengths& lengths);
+    const Pin* get(const TokenRow& token, const PinLengths& lengths = {});
     /// Makes sure that the last try is to be used: by the option, or by a question on the terminal,
     /// once. Throws a Failure, with the try unused, when it is not, or nobody can be asked.
     void agreeToLastTry(const TokenRow& token);
@@ -72,6 +72,7 @@ class TokenSession {
 public:
     explicit TokenSession(const TokenOptions& options);
 
+    const LoadedModule& module() const { return m_module; }
     const TokenRow& row() const { return m_row; }
     IKeyObject* operator->() const { return m_row.token.get(); }
     IKeyObject& token() const { return *m_row.token.get(); }

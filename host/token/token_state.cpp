@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 #include "host/token/cryptoki.h"
 #include "host/token/cryptoki_names.h"
@@ -72,30 +73,38 @@ std::string PinLengths::text() const {
         .append(longest == 1 ? " character)" : " characters)");
 }
 
-PinState readPinState(const LoadedModule& module, const TokenRow& row, bool securityOfficer,
-                      PinLengths* lengths) {
-    const Cryptoki calls(module.path());
-    const auto slots = calls.slots(true);
-    if (!slots) {
-        return PinState::kUnknown;
+TokenState readTokenState(const Cryptoki& calls, const TokenRow& row) {
+    TokenState state;
+    std::vector<CK_SLOT_ID> slots;
+    state.result = calls.listSlots(true, slots);
+    if (state.result != CKR_OK) {
+        return state;
     }
     const auto index = static_cast<std::size_t>(row.index);
-    if (index >= slots->size()) {
-        return PinState::kTokenRemoved;
+    if (index >= slots.size()) {
+        state.result = CKR_TOKEN_NOT_PRESENT;
+        return state;
     }
-    TokenFacts facts;
-    const CK_RV result = calls.readToken((*slots)[index], facts);
-    if (result != CKR_OK) {
-        return isTokenGone(result) ? PinState::kTokenRemoved : PinState::kUnknown;
-    }
+    state.slot = slots[index];
+    state.result = calls.readToken(state.slot, state.facts);
     // Another token may be in its place.
-    if (!isSame(facts.label, row.label) || !isSame(facts.serial, row.serial)) {
-        return PinState::kTokenRemoved;
+    if (state.result == CKR_OK &&
+        (!isSame(state.facts.label, row.label) || !isSame(state.facts.serial, row.serial))) {
+        state.result = CKR_DEVICE_REMOVED;
+    }
+    return state;
+}
+
+PinState readPinState(const LoadedModule& module, const TokenRow& row, bool securityOfficer,
+                      PinLengths* lengths) {
+    const TokenState state = readTokenState(Cryptoki(module.path()), row);
+    if (state.result != CKR_OK) {
+        return isTokenGone(state.result) ? PinState::kTokenRemoved : PinState::kUnknown;
     }
     if (lengths) {
-        *lengths = lengthsOf(facts);
+        *lengths = lengthsOf(state.facts);
     }
-    return stateOf(facts.flags, securityOfficer);
+    return stateOf(state.facts.flags, securityOfficer);
 }
 
 Cause whyNoToken(const LoadedModule& module) {

@@ -5,11 +5,22 @@
 #include <string>
 
 #include "host/output/failure.h"
+#include "host/token/cryptoki.h"
 
 namespace zr::host {
 
 class LoadedModule;
 struct TokenRow;
+
+/// What the module says about a token now.
+struct TokenState {
+    CK_RV result = 0;  ///< a result of isTokenGone when it, or its place in the list, is gone
+    CK_SLOT_ID slot = 0;
+    TokenFacts facts;
+};
+
+/// Finds the slot of a token that the library opened.
+TokenState readTokenState(const Cryptoki& calls, const TokenRow& row);
 
 enum class PinState {
     kUnknown,   ///< the module does not say

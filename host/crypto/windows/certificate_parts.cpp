@@ -26,12 +26,16 @@ std::string_view viewOfBlob(const CRYPT_DATA_BLOB& blob) {
 
 NamePart partOf(const CERT_RDN_ATTR& attribute) {
     const DWORD type = attribute.dwValueType & CERT_RDN_TYPE_MASK;
-    const bool isText = type != CERT_RDN_ENCODED_BLOB && type != CERT_RDN_OCTET_STRING;
-    const auto length = static_cast<int>(attribute.Value.cbData / sizeof(wchar_t));
-    return {attribute.pszObjId,
-            isText ? toUtf8Text(reinterpret_cast<const wchar_t*>(attribute.Value.pbData), length)
-                   : '#' + toHex(viewOfBlob(attribute.Value)),
-            isText};
+    if (type == CERT_RDN_ENCODED_BLOB || type == CERT_RDN_OCTET_STRING) {
+        return {attribute.pszObjId, '#' + toHex(viewOfBlob(attribute.Value)), false};
+    }
+    const auto* text = reinterpret_cast<const wchar_t*>(attribute.Value.pbData);
+    auto length = static_cast<int>(attribute.Value.cbData / sizeof(wchar_t));
+    if (type == CERT_RDN_UTF8_STRING && length > 0 && text[length - 1] == L'\0') {
+        // Wine counts the zero after the text.
+        --length;
+    }
+    return {attribute.pszObjId, toUtf8Text(text, length)};
 }
 
 NameParts partsOf(const CERT_NAME_BLOB& name) {

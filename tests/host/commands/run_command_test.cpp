@@ -55,7 +55,9 @@ TEST_F(RunCommandTest, EmptyFileIsAScript) {
 
 TEST_F(RunCommandTest, MissingFileIsNamed) {
     const CommandResult result = zrkey({"run", "nowhere.js"});
-    expectFailure(result, "zrkey: cannot read nowhere.js: No such file or directory\n");
+    expectFailure(result,
+                  "zrkey: cannot read \"nowhere.js\": No such file or directory; check the path "
+                  "and its permissions\n");
     EXPECT_EQ(result.output, "");
 }
 
@@ -65,7 +67,7 @@ TEST_F(RunCommandTest, FolderIsNotReadAsAScript) {
     const CommandResult result = zrkey({"run", "folder"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.errors.find("zrkey: cannot read folder: "), 0U) << result.errors;
+    EXPECT_EQ(result.errors.find("zrkey: cannot read \"folder\": "), 0U) << result.errors;
 }
 
 TEST_F(RunCommandTest, SyntaxErrorNamesFileAndLine) {
@@ -106,8 +108,9 @@ TEST_F(RunCommandTest, UncaughtErrorIsShownWithoutControlCharacters) {
     // Windows has an error of its own for a name that no file can have.
     EXPECT_EQ(std::fopen("no\x1bwhere.js", "rb"), nullptr);
     const std::string reason = std::generic_category().message(errno);
-    expectFailure(zrkey({"run", "no\x1bwhere.js"}),
-                  "zrkey: cannot read no?where.js: " + reason + "\n");
+    expectFailure(
+        zrkey({"run", "no\x1bwhere.js"}),
+        "zrkey: cannot read \"no?where.js\": " + reason + "; check the path and its permissions\n");
 }
 
 TEST_F(RunCommandTest, FailureOfAMemberNamesTheCallingLine) {

@@ -1,0 +1,102 @@
+// zrkey pin unblock: gives the user a new PIN, as the security officer.
+#include "host/commands/command_frame.h"
+#include "host/output/printable.h"
+#include "host/system/terminal.h"
+#include "host/token/direct_session.h"
+#include "host/token/token_state.h"
+
+namespace zr::host {
+namespace {
+
+struct PinUnblockOptions : TokenOptions {
+    PinOptions pin;
+    std::optional<PinSource> newPin;
+};
+
+bool isPrompt(const PinSource& source) {
+    return source.kind == PinSource::Kind::kPrompt;
+}
+
+/// The limits of the token for a PIN; nothing where it does not say.
+struct PinLimits {
+    std::size_t shortest = 0;
+    std::size_t longest = Pin::kCapacity;
+};
+
+PinLimits limitsOf(const TokenSession& session, const std::string& asked) {
+    const TokenState state = readTokenState(Cryptoki(session.module().path()), session.row());
+    if (state.result != 0) {
+        throw callFailure(asked, "C_GetTokenInfo", state.result);
+    }
+    PinLimits limits;
+    if (state.facts.longestPin > 0 && state.facts.longestPin < limits.longest) {
+        limits.longest = state.facts.longestPin;
+    }
+    if (state.facts.shortestPin <= limits.longest) {
+        limits.shortest = state.facts.shortestPin;
+    }
+    return limits;
+}
+
+void checkLength(const Pin& pin, const PinLimits& limits, const std::string& asked) {
+    const std::size_t size = pin.view().size();
+    if (size < limits.shortest || size > limits.longest) {
+        throw commandFailure(kExitUsage, asked,
+                             "the token takes a PIN of " + std::to_string(limits.shortest) +
+                                 " to " + std::to_string(limits.longest) + " bytes",
+                             "give a new PIN of that length");
+    }
+}
+
+/// @param lengths  those that the prompt states.
+Pin promptNewPin(const PinSource& source, const PinLengths& lengths, const std::string& asked) {
+    Pin pin = readPin(source, "new user PIN" + lengths.text() + ": ");
+    if (readPin(source, "new user PIN again: ").view() != pin.view()) {
+        throw commandFailure(kExitUsage, asked, "the two new PINs differ",
+                             "enter the same PIN twice");
+    }
+    return pin;
+}
+
+Report unblock(const PinUnblockOptions& options) {
+    PinEntry officer(options.pin, PinEntry::Need::kAlways);
+    const PinSource newSource = options.newPin.value_or(PinSource());
+    std::optional<Pin> newPin;
+    if (!isPrompt(newSource)) {
+        newPin = readPin(newSource, "");
+    } else if (!hasTerminal()) {
+        throw noTerminal();
+    }
+    const TokenSession session(options);
+    const std::string& label = session.row().label;
+    const std::string asked = "unblock the user PIN of " + inQuotes(label);
+    const PinLimits limits = limitsOf(session, asked);
+    if (newPin) {
+        checkLength(*newPin, limits, asked);
+    }
+    session.pinFor(officer);
+    if (!newPin) {
+        newPin = promptNewPin(newSource, session.pinLengths(), asked);
+        checkLength(*newPin, limits, asked);
+    }
+    session.login(officer);
+    DirectSession direct(session, asked, CryptokiSession::Access::kReadWrite);
+    direct.require(direct->initPin(*newPin));
+    return {"unblocked the user PIN of " + inQuotes(label) + '\n', {{"label", label}}};
+}
+
+}  // namespace
+
+void addPinUnblockCommand(CLI::App& parent, Action& action) {
+    const auto [command, options] =
+        addCommand(parent, action, "pin unblock",
+                   "Gives the user a new PIN, as the security officer", unblock);
+    options->pin.securityOfficer = true;
+    addTokenOptions(*command, *options);
+    addPinSource(*command, "--pin", options->pin.source,
+                 "Where to read the security officer's PIN");
+    addLastTryOption(*command, options->pin);
+    addPinSource(*command, "--new-pin", options->newPin, "Where to read the new user PIN");
+}
+
+}  // namespace zr::host

@@ -1,0 +1,52 @@
+// A session of the command's own on the token of a TokenSession, with failures for people.
+#include "host/token/direct_session.h"
+
+#include <p11-kit/pkcs11.h>
+
+#include <utility>
+
+#include "host/system/interruption.h"
+#include "host/token/cryptoki_names.h"
+#include "host/token/token_state.h"
+
+namespace zr::host {
+
+Failure callFailure(const std::string& asked, const std::string& function, CK_RV result) {
+    const Cause cause = moduleCause(function, result);
+    const int exitCode = result == CKR_USER_NOT_LOGGED_IN ? kExitLoginNeeded : kExitFailure;
+    return commandFailure(exitCode, asked, cause.text, cause.advice);
+}
+
+DirectSession::DirectSession(const TokenSession& token, std::string asked,
+                             CryptokiSession::Access access)
+    : m_asked(std::move(asked)),
+      m_module(token.module().path()),
+      m_slot(findSlot(token)),
+      m_session(m_module, m_slot, access) {
+    require(m_session.result());
+}
+
+CK_SLOT_ID DirectSession::findSlot(const TokenSession& token) const {
+    stopIfInterrupted();
+    const TokenState state = readTokenState(m_module, token.row());
+    if (isTokenGone(state.result)) {
+        throw commandFailure(kExitFailure, m_asked, "the token was removed",
+                             "connect it and try again");
+    }
+    if (state.result != CKR_OK) {
+        throw callFailure(m_asked, "C_GetTokenInfo", state.result);
+    }
+    return state.slot;
+}
+
+Failure DirectSession::failure(CK_RV result) const {
+    return callFailure(m_asked, m_session.lastFunction(), result);
+}
+
+void DirectSession::require(CK_RV result) const {
+    if (result != CKR_OK) {
+        throw failure(result);
+    }
+}
+
+}  // namespace zr::host

@@ -1,0 +1,42 @@
+// A session of the command's own on the token of a TokenSession, with failures for people.
+#pragma once
+
+#include <string>
+
+#include "host/token/cryptoki_session.h"
+#include "host/token/token_session.h"
+
+namespace zr::host {
+
+class DirectSession {
+public:
+    /// Opens the session. Throws a Failure when the token is gone, or the module opens none.
+    /// @param token  borrowed; it must outlive this object.
+    /// @param asked  what is done, for failures: "list the certificates".
+    DirectSession(const TokenSession& token, std::string asked, CryptokiSession::Access access);
+
+    const Cryptoki& module() const { return m_module; }
+    CK_SLOT_ID slot() const { return m_slot; }
+    CryptokiSession* operator->() { return &m_session; }
+    /// From now on, failures say this.
+    void setAsked(std::string asked) { m_asked = std::move(asked); }
+    const std::string& asked() const { return m_asked; }
+    /// The failure of the last call of the session.
+    Failure failure(CK_RV result) const;
+    /// Throws that failure, unless the result is CKR_OK.
+    void require(CK_RV result) const;
+
+private:
+    CK_SLOT_ID findSlot(const TokenSession& token) const;
+
+    std::string m_asked;
+    Cryptoki m_module;
+    CK_SLOT_ID m_slot;
+    CryptokiSession m_session;
+};
+
+/// The failure of a call.
+/// @param function  "C_SignFinal".
+Failure callFailure(const std::string& asked, const std::string& function, CK_RV result);
+
+}  // namespace zr::host
