@@ -1,5 +1,7 @@
 // zrkey cert list: the certificates of a token.
 #include "host/commands/command_frame.h"
+#include "host/output/colour.h"
+#include "host/output/console.h"
 #include "host/output/encoding.h"
 #include "host/output/printable.h"
 #include "host/token/certificates.h"
@@ -24,7 +26,8 @@ std::string keyOf(const CertificateFacts& facts) {
     return facts.keyBits == 0 ? facts.keyType : facts.keyType + ' ' + std::to_string(facts.keyBits);
 }
 
-std::string lineOf(const TokenCertificate& row) {
+/// @param isColoured  shows an expiry in the past in red.
+std::string lineOf(const TokenCertificate& row, bool isColoured) {
     std::vector<std::string> columns = {std::to_string(row.index), row.name};
     if (row.facts) {
         const CertificateFacts& facts = *row.facts;
@@ -36,7 +39,10 @@ std::string lineOf(const TokenCertificate& row) {
     columns.push_back(idText(row));
     std::string line;
     for (const std::string& column : columns) {
-        line.append(line.empty() ? "" : "\t").append(printable(column));
+        const bool isRed =
+            isColoured && row.facts && row.facts->isExpired && column == expiryOf(*row.facts);
+        line.append(line.empty() ? "" : "\t");
+        line.append(isRed ? inRed(column) : printable(column));
     }
     return line + '\n';
 }
@@ -70,7 +76,7 @@ Report listAll(const CertListOptions& options) {
     Report report;
     std::vector<Record> rows;
     for (const TokenCertificate& row : table.rows) {
-        report.output += lineOf(row);
+        report.output += lineOf(row, options.report.console->isOutputColoured());
         rows.push_back(fieldsOf(row));
     }
     report.fields = {{"certificates", rows}};

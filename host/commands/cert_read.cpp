@@ -15,8 +15,8 @@ struct CertReadOptions : TokenOptions {
 };
 
 Report readCertificate(const CertReadOptions& options) {
+    const OpenOutput output = openByteOutput(options.output, options.report, options.isText);
     PinEntry pin(options.pin, PinEntry::Need::kOnRequest);
-    const OpenOutput output = openOutput(options.output);
     const TokenSession session(options);
     session.login(pin);
     DirectSession direct(session, "list the certificates", CryptokiSession::Access::kReadOnly);

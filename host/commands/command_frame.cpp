@@ -10,6 +10,7 @@
 
 #include "host/output/console.h"
 #include "host/output/printable.h"
+#include "host/system/byte_io.h"
 #include "host/system/interruption.h"
 #include "host/token/signing.h"
 
@@ -78,7 +79,9 @@ void writeReport(Console& console, const std::string& name, const ReportOptions&
             kExitFailure, "write to " + place, error,
             "the operation on the token is complete; check free space and permissions");
     }
-    console.writeError(report.note);
+    if (!options.quiet) {
+        console.writeError(report.note);
+    }
 }
 
 int writeFailure(Console& console, const std::string& name, const ReportOptions& options,
@@ -94,7 +97,7 @@ int writeFailure(Console& console, const std::string& name, const ReportOptions&
                                             {"advice", failure.advice}}});
         console.writeOutput(toJson(record));
     }
-    console.writeError(failure.line());
+    console.writeFailure(failure.line());
     return failure.exitCode;
 }
 
@@ -104,6 +107,7 @@ void addReportOptions(CLI::App& command, ReportOptions& options) {
     command.add_flag("--json", options.json, "Writes the result as one JSON object");
     command.add_flag("-v,--verbose", options.verbose,
                      "Shows the library's diagnostics on standard error");
+    command.add_flag("-q,--quiet", options.quiet, "Shows nothing but failures on standard error");
 }
 
 void addConfigurationOptions(CLI::App& command, ModuleOptions& options) {
@@ -224,15 +228,34 @@ void addInputOption(CLI::App& command, std::string& path) {
 }
 
 void addSignatureOption(CLI::App& command, std::string& path) {
-    command.add_option("--signature", path, "The file that contains the raw signature")
+    command.add_option("--signature", path, "The file that contains the signature")
         ->type_name("FILE")
         ->required();
 }
 
-void addMethodOption(CLI::App& command, std::string& method) {
-    command.add_option("--method", method, "The digest method")
-        ->type_name("NAME")
-        ->capture_default_str();
+void addFormatOption(CLI::App& command, ByteFormat& format, const std::string& help) {
+    command
+        .add_option_function<std::string>(
+            "--format", [&format](const std::string& name) { format = parseFormat(name); },
+            help + ": raw, hex, base64 or pem")
+        ->type_name("FORMAT");
+}
+
+void addMethodOption(CLI::App& command, HashKind& method) {
+    command
+        .add_option_function<std::string>(
+            "--method",
+            [&method](const std::string& name) {
+                const std::optional<HashKind> kind = hashNamed(name);
+                if (!kind) {
+                    throw CLI::ValidationError(
+                        "--method", "the method must be MD5, SHA1, SHA256, SHA384 or SHA512");
+                }
+                method = *kind;
+            },
+            "The digest method: MD5, SHA1, SHA256, SHA384 or SHA512")
+        ->type_name("METHOD")
+        ->default_str(nameOf(method));
 }
 
 void addByteOutput(CLI::App& command, ByteOutput& output, bool* isText) {
@@ -266,6 +289,15 @@ void addFileName(CLI::App& command, std::string& name, unsigned last) {
         ->check(isDecimal(1, last, "the name of a file"));
 }
 
+OpenOutput openByteOutput(const ByteOutput& output, const ReportOptions& options, bool isText) {
+    const bool isRaw = output.format == ByteFormat::kRaw && !options.json && !isText;
+    if (isRaw && output.path == kStandardStream && options.console->isOutputTerminal()) {
+        throw commandFailure(kExitUsage, "write raw bytes to a terminal", "they are no text",
+                             "give -o FILE, or --format hex, base64 or pem");
+    }
+    return openOutput(output);
+}
+
 namespace {
 
 /// Runs a body and writes its report or its failure.
@@ -274,8 +306,8 @@ int runBody(Console& console, const std::string& name, const ReportOptions& opti
     try {
         const Report report = body();
         if (isInterrupted()) {
-            console.writeError("zrkey: interrupted: " + name +
-                               " is complete, but its result is not written\n");
+            console.writeFailure("zrkey: interrupted: " + name +
+                                 " is complete, but its result is not written\n");
         } else {
             writeReport(console, name, options, report);
         }
@@ -298,9 +330,16 @@ int runBody(Console& console, const std::string& name, const ReportOptions& opti
 
 }  // namespace
 
-int runCommand(const std::string& name, const ReportOptions& options,
+int runCommand(const std::string& name, ReportOptions& options,
                const std::function<Report()>& body) {
     Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
+    options.console = &console;
+    if (options.quiet || options.json) {
+        console.hideProgress();
+    }
+    if (options.quiet) {
+        console.hideNotes();
+    }
     const int exitCode = runBody(console, name, options, body);
     return isInterrupted() ? interruptionExitCode() : exitCode;
 }

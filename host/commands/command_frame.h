@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "host/commands/commands.h"
+#include "host/crypto/hash.h"
 #include "host/crypto/public_key.h"
 #include "host/output/failure.h"
 #include "host/output/report.h"
@@ -21,7 +22,7 @@ class Option;
 
 namespace zr::host {
 
-/// --json and -v.
+/// --json, -v and -q.
 void addReportOptions(CLI::App& command, ReportOptions& options);
 /// --config and --workdir.
 void addConfigurationOptions(CLI::App& command, ModuleOptions& options);
@@ -44,8 +45,10 @@ void addAlgorithmOption(CLI::App& command, std::optional<SignatureAlgorithm>& al
 void addInputOption(CLI::App& command, std::string& path);
 /// --signature, which is required.
 void addSignatureOption(CLI::App& command, std::string& path);
+/// --format.
+void addFormatOption(CLI::App& command, ByteFormat& format, const std::string& help);
 /// --method; its default is the value of method.
-void addMethodOption(CLI::App& command, std::string& method);
+void addMethodOption(CLI::App& command, HashKind& method);
 /// -o and --format; --json excludes both.
 /// @param isText  set when the format is "text"; null: there is no such format.
 void addByteOutput(CLI::App& command, ByteOutput& output, bool* isText = nullptr);
@@ -53,9 +56,16 @@ void addByteOutput(CLI::App& command, ByteOutput& output, bool* isText = nullptr
 /// @param last  the largest number that the command accepts.
 void addFileName(CLI::App& command, std::string& name, unsigned last);
 
+/// Opens the output before the token works. Throws a Failure when it cannot be opened, and for raw
+/// bytes on a terminal.
+/// @param isText  whether text takes the place of the bytes.
+OpenOutput openByteOutput(const ByteOutput& output, const ReportOptions& options,
+                          bool isText = false);
+
 /// Runs a command's body and writes its report or its failure.
+/// @param options  know the command's streams while it runs.
 /// @return the exit code.
-int runCommand(const std::string& name, const ReportOptions& options,
+int runCommand(const std::string& name, ReportOptions& options,
                const std::function<Report()>& body);
 
 /// Adds a command; run becomes the action when the command is chosen.

@@ -12,6 +12,7 @@
 #include "host/commands/examples.h"
 #include "host/commands/usage.h"
 #include "host/commands/word_order.h"
+#include "host/output/colour.h"
 #include "host/output/failure.h"
 #include "host/system/interruption.h"
 #include "host/system/system.h"
@@ -60,8 +61,8 @@ void addCommands(CLI::App& app, Action& action) {
 
 /// Adds the examples to the help of a command and of those in it.
 void addExamples(CLI::App& command, const std::string& name) {
-    std::string footer = name.empty() ? "--module, --workdir, --config, --json and -v may also "
-                                        "stand before the command.\n\nExamples:"
+    std::string footer = name.empty() ? "--module, --workdir, --config, --json, -v and -q may "
+                                        "also stand before the command.\n\nExamples:"
                                       : "Examples:";
     for (const std::string& example : examplesOf(name)) {
         footer.append("\n  zrkey ").append(example);
@@ -111,7 +112,8 @@ int runCommandLine(const std::vector<std::string>& words) {
         std::ostringstream output;
         std::ostringstream errors;
         const int code = app.exit(error, output, errors);
-        writeAll(kStandardError, errors.str());
+        const std::string line = errors.str();
+        writeAll(kStandardError, usesColour(kStandardError) ? withRedName(line) : line);
         return code == 0 ? writeHelp(output.str()) : kExitUsage;
     }
     forgetInterruption();

@@ -86,6 +86,9 @@ std::string wordsOfValue(const std::string& value) {
     if (value == "SOURCE") {
         return "prompt env: file: fd: -";
     }
+    if (value == "METHOD") {
+        return "MD5 SHA1 SHA256 SHA384 SHA512";
+    }
     if (value == "ALGORITHM") {
         std::string words = algorithmNames();
         std::erase(words, ',');

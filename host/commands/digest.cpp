@@ -1,34 +1,25 @@
-// zrkey digest: the digest of data, computed by the library.
+// zrkey digest: the digest of data. It needs no token and no module.
 #include "host/commands/byte_arrays.h"
 #include "host/commands/command_frame.h"
-#include "host/output/printable.h"
-#include "host/token/token_session.h"
+#include "host/crypto/hash.h"
 
 namespace zr::host {
 namespace {
 
-struct DigestOptions : TokenOptions {
-    std::string method = "MD5";
+struct DigestOptions {
+    ReportOptions report;
+    HashKind method = HashKind::kMd5;
     std::string input = "-";
     ByteOutput output = {"-", ByteFormat::kHex};
 };
 
 Report digest(const DigestOptions& options) {
-    const zrkey::ByteArray data = readInput(options.input);
-    const OpenOutput output = openOutput(options.output);
-    const TokenSession session(options);
-    zrkey::ByteArray value;
-    const HRESULT result =
-        session->DigestData(zrkey::Text(options.method).get(), data, value.receive());
-    const std::string asked = "compute a digest with " + inQuotes(options.method);
-    if (result == E_INVALIDARG) {
-        throw libraryFailure(kExitUsage, asked, result, "MD5 is the only method");
-    }
-    if (FAILED(result)) {
-        throw libraryFailure(kExitFailure, asked, result, "the system may be out of memory");
-    }
-    Report report = byteReport("digest", takeBytes(value), output, "DIGEST");
-    report.fields.push_back({"method", options.method});
+    const OpenOutput output = openByteOutput(options.output, options.report);
+    Hash hash(options.method);
+    readInPieces(options.input, "digest", *options.report.console,
+                 [&hash](std::string_view piece) { hash.add(piece); });
+    Report report = byteReport("digest", hash.finish(), output, "DIGEST");
+    report.fields.push_back({"method", nameOf(options.method)});
     return report;
 }
 
@@ -37,7 +28,7 @@ Report digest(const DigestOptions& options) {
 void addDigestCommand(CLI::App& parent, Action& action) {
     const auto [command, options] =
         addCommand(parent, action, "digest", "Computes the digest of data", digest);
-    addTokenOptions(*command, *options);
+    addReportOptions(*command, options->report);
     addMethodOption(*command, options->method);
     addInputOption(*command, options->input);
     addByteOutput(*command, options->output);

@@ -38,7 +38,7 @@ constexpr CommandExamples kExamples[] = {
     {"verify",
      {"verify -i letter.txt --signature letter.sig",
       "verify --algorithm rsa-sha256 -i letter.txt --signature letter.sig"}},
-    {"digest", {"digest -i letter.txt", "digest -i letter.txt --format base64"}},
+    {"digest", {"digest -i letter.txt", "digest --method SHA256 -i letter.txt"}},
     {"config", {"config path", "config init"}},
     {"config show", {"config show", "config show --workdir /srv/tokens --json"}},
     {"config init", {"config init", "config init --json"}},

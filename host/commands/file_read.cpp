@@ -26,8 +26,8 @@ std::string readWhole(IKeyFile& file, const std::string& name) {
 }
 
 Report readFile(const FileReadOptions& options) {
+    const OpenOutput output = openByteOutput(options.output, options.report);
     PinEntry pin(options.pin, PinEntry::Need::kOnRequest);
-    const OpenOutput output = openOutput(options.output);
     const TokenSession session(options);
     const bool isLoggedIn = session.login(pin);
     zrkey::ComRef<IKeyFile> file;

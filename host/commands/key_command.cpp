@@ -6,7 +6,6 @@
 
 #include <algorithm>
 
-#include "host/commands/byte_arrays.h"
 #include "host/output/printable.h"
 #include "host/system/byte_io.h"
 #include "host/system/system.h"
@@ -48,18 +47,20 @@ void checkStreams(const PinOptions& pin, const std::vector<std::string>& inputs)
     }
 }
 
-SignedData::SignedData(const std::string& path, SignatureAlgorithm algorithm) : m_path(path) {
+SignedData::SignedData(const std::string& path, SignatureAlgorithm algorithm, Console& console) {
     if (algorithm == kLibraryAlgorithm) {
         m_whole = readInput(path);
+    } else {
+        m_pieces.emplace(path, "read " + placeOf(path), console);
     }
 }
 
 void SignedData::forEachPiece(const std::function<void(std::string_view)>& take) {
     if (m_whole) {
         take(takeBytes(*m_whole));
-        return;
+    } else {
+        m_pieces->forEach(take);
     }
-    take(takeBytes(readInput(m_path)));
 }
 
 std::string SignedData::hash(HashKind kind) {

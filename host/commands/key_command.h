@@ -7,7 +7,9 @@
 #include <string_view>
 #include <vector>
 
+#include "host/commands/byte_arrays.h"
 #include "host/commands/command_frame.h"
+#include "host/output/console.h"
 #include "host/token/signing.h"
 #include "host/token/token_session.h"
 
@@ -42,7 +44,8 @@ void checkStreams(const PinOptions& pin, const std::vector<std::string>& inputs)
 class SignedData {
 public:
     /// Opens the file, or reads it as a whole. Throws a Failure when it cannot.
-    SignedData(const std::string& path, SignatureAlgorithm algorithm);
+    /// @param console  shows the progress.
+    SignedData(const std::string& path, SignatureAlgorithm algorithm, Console& console);
 
     /// The data for a call of the library; it was read as a whole.
     const zrkey::ByteArray& whole() const { return m_whole.value(); }
@@ -52,8 +55,8 @@ public:
     std::string hash(HashKind kind);
 
 private:
-    std::string m_path;
     std::optional<zrkey::ByteArray> m_whole;
+    std::optional<InputPieces> m_pieces;
 };
 
 /// How messages name a certificate: by its name, or by its ID when that is no text.

@@ -62,8 +62,8 @@ std::string manualPage(const std::vector<CommandRow>& table) {
         ".SH SYNOPSIS\n"
         "\\fBzrkey\\fR \\fICOMMAND\\fR [\\fIOPTION\\fR...]\n"
         ".SH COMMANDS\n"
-        "\\fB\\-\\-module\\fR, \\fB\\-\\-workdir\\fR, \\fB\\-\\-config\\fR, \\fB\\-\\-json\\fR and "
-        "\\fB\\-v\\fR may also stand before the command.\n";
+        "\\fB\\-\\-module\\fR, \\fB\\-\\-workdir\\fR, \\fB\\-\\-config\\fR, \\fB\\-\\-json\\fR, "
+        "\\fB\\-v\\fR and \\fB\\-q\\fR may also stand before the command.\n";
     for (const CommandRow& command : table) {
         text += commandText(command);
     }

@@ -55,7 +55,7 @@ int runScript(const RunOptions& options) {
     if (error) {
         const std::string name =
             script.origin == ScriptOrigin::kStandardInput ? script.name : inQuotes(script.name);
-        console.writeError(
+        console.writeFailure(
             systemFailure(kExitFailure, "read " + name, error, "check the path and its permissions")
                 .line());
         return kExitFailure;
@@ -63,7 +63,7 @@ int runScript(const RunOptions& options) {
     try {
         prepareScript(options.script, script);
     } catch (const Failure& failure) {
-        console.writeError(failure.line());
+        console.writeFailure(failure.line());
         return failure.exitCode;
     }
     return ScriptEngine(console, limitsOf(options.script)).run(std::move(script));

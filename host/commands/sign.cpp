@@ -67,9 +67,9 @@ std::string toStandardForm(const Signature& signature, SignatureAlgorithm algori
 Report sign(const SignOptions& options) {
     checkStreams(options.pin, {options.input});
     const SignatureAlgorithm algorithm = algorithmOf(options);
-    const OpenOutput output = openOutput(options.output);
+    const OpenOutput output = openByteOutput(options.output, options.report);
     PinEntry pin(options.pin, PinEntry::Need::kIfPossible);
-    SignedData data(options.input, algorithm);
+    SignedData data(options.input, algorithm, *options.report.console);
     const TokenSession session(options);
     const bool isLoggedIn = session.login(pin);
     DirectSession direct(session, "list the certificates", CryptokiSession::Access::kReadOnly);
@@ -86,10 +86,13 @@ Report sign(const SignOptions& options) {
                            isLoggedIn ? pin.get(session.row()) : nullptr, data);
     const std::string standard = toStandardForm(signature, algorithm, asked);
     requireOwnSignature(certificate, algorithm, signature.hash, standard, asked);
-    Report report =
-        byteReport("signature", options.isRaw ? signature.bytes : standard, output, "SIGNATURE");
+    Report report = byteReport("signature", options.isRaw ? signature.bytes : standard, output,
+                               kSignatureLabel);
     report.fields.push_back({"algorithm", reportedName(algorithm)});
     report.fields.push_back({"name", certificate.name});
+    if (!options.algorithm && options.report.console->isErrorTerminal()) {
+        report.note = "zrkey: signed with SHA-1; for new uses choose another --algorithm\n";
+    }
     return report;
 }
 

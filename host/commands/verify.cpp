@@ -8,6 +8,7 @@ namespace {
 
 struct VerifyOptions : KeyOptions {
     std::string signature;
+    ByteFormat format = ByteFormat::kRaw;
 };
 
 /// What the key in the certificate says; nullopt: it cannot be read.
@@ -67,8 +68,8 @@ Report verify(const VerifyOptions& options) {
     // The key in the certificate needs no login.
     PinEntry pin(options.pin, algorithm == kLibraryAlgorithm ? PinEntry::Need::kIfPossible
                                                              : PinEntry::Need::kOnRequest);
-    SignedData data(options.input, algorithm);
-    const std::string signature = takeBytes(readInput(options.signature));
+    SignedData data(options.input, algorithm, *options.report.console);
+    const std::string signature = readSignature(options.signature, options.format);
     const TokenSession session(options);
     session.login(pin);
     DirectSession direct(session, "list the certificates", CryptokiSession::Access::kReadOnly);
@@ -103,6 +104,7 @@ void addVerifyCommand(CLI::App& parent, Action& action) {
         parent, action, "verify", "Verifies a signature with the key of a certificate", verify);
     addKeyOptions(*command, *options);
     addSignatureOption(*command, options->signature);
+    addFormatOption(*command, options->format, "The format of the signature");
 }
 
 }  // namespace zr::host

@@ -15,9 +15,9 @@ struct GlobalOption {
     const char* name;
     bool hasValue;
 };
-inline constexpr GlobalOption kGlobalOptions[] = {{"--json", false},    {"-v", false},
-                                                  {"--verbose", false}, {"--module", true},
-                                                  {"--workdir", true},  {"--config", true}};
+inline constexpr GlobalOption kGlobalOptions[] = {
+    {"--json", false},  {"-v", false},      {"--verbose", false}, {"-q", false},
+    {"--quiet", false}, {"--module", true}, {"--workdir", true},  {"--config", true}};
 
 /// Moves global options from before the command to after it, and makes "help COMMAND" the command
 /// with --help. Wrong words stay wrong: the parser finds them.

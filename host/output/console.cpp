@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "host/output/colour.h"
 #include "host/system/system.h"
 
 namespace zr::host {
@@ -20,7 +21,12 @@ Console* Console::s_current = nullptr;
 Console::Console(Diagnostics diagnostics)
     : m_diagnostics(diagnostics),
       m_output(duplicateDescriptor(kStandardOutput)),
-      m_error(duplicateDescriptor(kStandardError)) {
+      m_error(duplicateDescriptor(kStandardError)),
+      m_isOutputTerminal(isTerminal(kStandardOutput)),
+      m_isErrorTerminal(isTerminal(kStandardError)),
+      m_isOutputColoured(usesColour(kStandardOutput)),
+      m_isErrorColoured(usesColour(kStandardError)),
+      m_hasProgress(diagnostics == Diagnostics::kDropped && isCapableTerminal(kStandardError)) {
     if (m_diagnostics == Diagnostics::kDropped) {
         m_dropped = openDroppedOutput();
     }
@@ -60,9 +66,17 @@ std::error_code Console::writeError(std::string_view bytes) {
 }
 
 void Console::note(std::string_view line) {
-    if (s_current) {
+    if (s_current && s_current->m_hasNotes) {
         s_current->writeError(line);
     }
+}
+
+std::error_code Console::writeFailure(const std::string& line) {
+    return writeError(m_isErrorColoured ? withRedName(line) : line);
+}
+
+Progress::Write Console::progressLine() {
+    return m_hasProgress ? [this](std::string_view text) { writeError(text); } : Progress::Write();
 }
 
 void Console::drainDiagnostics() {

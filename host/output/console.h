@@ -4,8 +4,11 @@
 // until its destruction; the command writes through it to the streams that it was started with.
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <system_error>
+
+#include "host/output/progress.h"
 
 namespace zr::host {
 
@@ -24,9 +27,23 @@ public:
     /// The same to standard error.
     std::error_code writeError(std::string_view bytes);
 
+    /// A line about a failure; its "zrkey:" is red where colours are used.
+    std::error_code writeFailure(const std::string& line);
+
+    bool isOutputTerminal() const { return m_isOutputTerminal; }
+    bool isErrorTerminal() const { return m_isErrorTerminal; }
+    /// Whether text of writeOutput may be coloured.
+    bool isOutputColoured() const { return m_isOutputColoured; }
+    /// For Progress. Writes to standard error when it is a terminal, and nothing else does.
+    Progress::Write progressLine();
+    /// From now on progressLine is empty.
+    void hideProgress() { m_hasProgress = false; }
+
     /// Writes a line to standard error through the console that there is; without one it is dropped.
     /// For what happens too deep in a command to have the console.
     static void note(std::string_view line);
+    /// From now on notes are dropped.
+    void hideNotes() { m_hasNotes = false; }
 
     /// Flushes what the library wrote, or bounds it where it is dropped. To be called after calls
     /// of the library.
@@ -35,10 +52,16 @@ public:
 private:
     static Console* s_current;
 
+    bool m_hasNotes = true;
     Diagnostics m_diagnostics;
     int m_output;
     int m_error;
     int m_dropped = -1;
+    bool m_isOutputTerminal;
+    bool m_isErrorTerminal;
+    bool m_isOutputColoured;
+    bool m_isErrorColoured;
+    bool m_hasProgress;
     unsigned m_calls = 0;
 };
 

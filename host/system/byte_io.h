@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "host/system/erasing_allocator.h"
+#include "host/system/input_file.h"
 
 namespace zr::host {
 
@@ -16,6 +17,12 @@ inline constexpr std::string_view kStandardStream = "-";
 /// script may contain a PIN.
 /// @param error  says why they cannot be read; cleared otherwise.
 ErasedBytes readBytes(const std::string& path, std::error_code& error);
+
+/// The bytes that are left in a file. No other copy of them stays in memory.
+/// @param most   how many it may be; more are the error file_too_large. A file whose size is known
+///               is not read then.
+/// @param error  says why they cannot be read; cleared otherwise.
+ErasedBytes readAll(InputFile& file, std::size_t most, std::error_code& error);
 
 /// Makes bytes the content of a file.
 std::error_code writeFile(const std::string& path, std::string_view bytes);

@@ -88,6 +88,14 @@ std::error_code emptyFile(int descriptor);
 /// @return how many; 0 at the end, and when they cannot be read: error says why then.
 std::size_t readSome(int descriptor, char* bytes, std::size_t size, std::error_code& error);
 
+/// The bytes of a file that keeps them; nullopt for pipes, terminals and other devices.
+std::optional<std::uint64_t> fileSize(int descriptor);
+
+bool isTerminal(int descriptor);
+
+/// Whether a descriptor writes to a terminal that can show colours and draw a line again.
+bool isCapableTerminal(int descriptor);
+
 /// A second descriptor of the same file, which writes bytes unchanged; -1 on failure.
 int duplicateDescriptor(int descriptor);
 

@@ -140,6 +140,10 @@ const char* adviceFor(CK_RV result) {
             return "choose another --algorithm or another certificate";
         case CKR_FUNCTION_NOT_SUPPORTED:
             return "the module cannot do it; look for a newer one";
+        case CKR_PIN_INVALID:
+        case CKR_PIN_LEN_RANGE:
+        case CKR_PIN_TOO_WEAK:
+            return "choose a PIN that the token accepts";
         case CKR_SESSION_COUNT:
             return "end other programs that use the token";
         case kImpossibleAnswer:

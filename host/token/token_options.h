@@ -10,9 +10,13 @@
 
 namespace zr::host {
 
+class Console;
+
 struct ReportOptions {
     bool json = false;
     bool verbose = false;
+    bool quiet = false;          ///< only failures on standard error
+    Console* console = nullptr;  ///< the streams of the command, while it runs
 };
 
 struct ModuleOptions {

@@ -83,11 +83,11 @@ std::vector<CommandPage> commandPages(const std::function<CommandResult(const Wo
     return pages;
 }
 
-Words usualWords(const CommandPage& page, const std::string& without) {
+Words usualWords(const CommandPage& page, const Words& options) {
     Words words = page.path;
     for (const PageRow& row : page.rows) {
         const std::string& name = row.names.back();
-        if (name == without) {
+        if (!options.empty() && name == options.front()) {
             continue;
         }
         if (row.isRequired && row.isSwitch()) {
@@ -98,7 +98,9 @@ Words usualWords(const CommandPage& page, const std::string& without) {
             words = joined(words, {name, "env:TEST_PIN"});
         }
     }
-    return words;
+    words = joined(words, options);
+    // The help page does not say which words it needs; they come last.
+    return page.name() == "run" ? joined(words, {"script.js"}) : words;
 }
 
 Words joined(Words first, const Words& second) {

@@ -32,10 +32,10 @@ struct CommandPage {
 /// @param zrkey  runs it.
 std::vector<CommandPage> commandPages(const std::function<CommandResult(const Words&)>& zrkey);
 
-/// The shortest words with which a command can run, and a PIN. The file "data.bin" is there, and the
-/// token has a file that is found as 7.
-/// @param without  the name of a switch that is left out.
-Words usualWords(const CommandPage& page, const std::string& without = {});
+/// The shortest words with which a command can run, and a PIN. The file "data.bin" is there, a script
+/// "script.js" for zrkey run, and the token has a file that is found as 7.
+/// @param options  added; the first may replace a switch that is needed.
+Words usualWords(const CommandPage& page, const Words& options = {});
 
 /// Words one after the other.
 Words joined(Words first, const Words& second);

@@ -171,6 +171,22 @@ std::size_t readSome(int descriptor, char* bytes, std::size_t size, std::error_c
     return count < 0 ? 0 : static_cast<std::size_t>(count);
 }
 
+std::optional<std::uint64_t> fileSize(int descriptor) {
+    struct stat file = {};
+    return fstat(descriptor, &file) == 0 && S_ISREG(file.st_mode)
+               ? std::optional(static_cast<std::uint64_t>(file.st_size))
+               : std::nullopt;
+}
+
+bool isTerminal(int descriptor) {
+    return isatty(descriptor) != 0;
+}
+
+bool isCapableTerminal(int descriptor) {
+    const std::string kind = environmentVariable("TERM").value_or("");
+    return isTerminal(descriptor) && !kind.empty() && kind != "dumb";
+}
+
 int duplicateDescriptor(int descriptor) {
     return fcntl(descriptor, F_DUPFD_CLOEXEC, 3);
 }

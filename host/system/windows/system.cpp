@@ -49,6 +49,10 @@ void addSearchFolder(const std::filesystem::path& folder) {
     }
 }
 
+HANDLE consoleOf(int descriptor) {
+    return reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
+}
+
 struct EnvironmentRelease {
     void operator()(wchar_t* block) const { FreeEnvironmentStringsW(block); }
 };
@@ -244,6 +248,30 @@ std::size_t readSome(int descriptor, char* bytes, std::size_t size, std::error_c
         _read(descriptor, bytes, static_cast<unsigned>(std::min<std::size_t>(size, 1U << 20)));
     error = count < 0 ? lastError() : std::error_code();
     return count < 0 ? 0 : static_cast<std::size_t>(count);
+}
+
+std::optional<std::uint64_t> fileSize(int descriptor) {
+    struct _stat64 file = {};
+    return _fstat64(descriptor, &file) == 0 && (file.st_mode & _S_IFMT) == _S_IFREG
+               ? std::optional(static_cast<std::uint64_t>(file.st_size))
+               : std::nullopt;
+}
+
+bool isTerminal(int descriptor) {
+    DWORD mode = 0;
+    return GetConsoleMode(consoleOf(descriptor), &mode) != 0;
+}
+
+bool isCapableTerminal(int descriptor) {
+    if (environmentVariable("TERM").value_or("") == "dumb") {
+        return false;
+    }
+    // Consoles read escape sequences since Windows 10, when they are asked to.
+    const HANDLE console = consoleOf(descriptor);
+    DWORD mode = 0;
+    return GetConsoleMode(console, &mode) &&
+           ((mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0 ||
+            SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING));
 }
 
 int duplicateDescriptor(int descriptor) {

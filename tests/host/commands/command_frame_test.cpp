@@ -38,5 +38,33 @@ TEST(CommandFrameTest, OutOfMemoryIsReportedAsAFailureInJson) {
         outputOf([]() -> host::Report { throw std::bad_alloc(); }));
 }
 
+TEST(CommandFrameTest, NoteIsNotShownWhenQuiet) {
+    for (const bool isQuiet : {false, true}) {
+        host::ReportOptions options;
+        options.quiet = isQuiet;
+        ConsoleCapture console;
+        const auto body = [] {
+            host::Report report;
+            report.output = "output\n";
+            report.note = "note\n";
+            return report;
+        };
+        EXPECT_EQ(host::kExitOk, host::runCommand("list", options, body));
+        const ConsoleCapture::Text text = console.stop();
+        EXPECT_EQ("output\n", text.out);
+        EXPECT_EQ(isQuiet ? "" : "note\n", text.error);
+    }
+}
+
+TEST(CommandFrameTest, FailureIsShownWhenQuiet) {
+    host::ReportOptions options;
+    options.quiet = true;
+    ConsoleCapture console;
+    EXPECT_EQ(1, host::runCommand("list", options, []() -> host::Report {
+                  throw host::commandFailure(1, "list", "cause", "advice");
+              }));
+    EXPECT_EQ("zrkey: cannot list: cause; advice\n", console.stop().error);
+}
+
 }  // namespace
 }  // namespace zr::test

@@ -25,6 +25,7 @@ protected:
     HostileWordsTest() {
         writeFile("data.bin", "data");
         writeFile("empty.bin", "");
+        writeFile("script.js", "print(1);");
         std::filesystem::create_directory("a folder");
         module.addCertificate("a", "A");
         module.addKey(CKO_PRIVATE_KEY, "a");
@@ -118,8 +119,7 @@ TEST_F(HostileWordsTest, SwitchWithoutItsValueIsNamed) {
                 continue;
             }
             SCOPED_TRACE(page.name() + ' ' + row.names.back());
-            const Words words = usualWords(page, row.names.back());
-            const CommandResult result = expectRefused(joined(words, {row.names.back()}));
+            const CommandResult result = expectRefused(joined(page.path, {row.names.back()}));
             expectUsageOf(page, result);
             EXPECT_NE(std::string::npos, result.errors.find(row.names.back())) << result.errors;
         }
@@ -138,9 +138,7 @@ TEST_F(HostileWordsTest, FolderInsteadOfAFileIsNamedBeforeTheTokenWorks) {
             }
             const std::string& name = row.names.back();
             SCOPED_TRACE(page.name() + ' ' + name);
-            const Words script = isForScripts(page) ? Words{"data.bin"} : Words{};
-            const std::string value = isSource ? "file:a folder" : "a folder";
-            const Words words = joined(joined(usualWords(page, name), {name, value}), script);
+            const Words words = usualWords(page, {name, isSource ? "file:a folder" : "a folder"});
             const CommandResult result = expectRefused(words);
             EXPECT_NE(std::string::npos, result.errors.find("a folder\"")) << result.errors;
             ++count;
@@ -156,8 +154,7 @@ TEST_F(HostileWordsTest, FileInsteadOfAFolderIsNamed) {
     for (const CommandPage& page : commands()) {
         if (page.has("--workdir") && page.name() != "config path" && page.name() != "config show") {
             SCOPED_TRACE(page.name());
-            const CommandResult result =
-                expectRefused(joined(usualWords(page), {"--workdir", "data.bin"}));
+            const CommandResult result = expectRefused(usualWords(page, {"--workdir", "data.bin"}));
             EXPECT_NE(std::string::npos, result.errors.find("data.bin\"")) << result.errors;
         }
     }
@@ -168,7 +165,7 @@ TEST_F(HostileWordsTest, EmptyModuleAndConfigurationAreWrongUsage) {
         for (const char* name : {"--module", "--config", "--workdir"}) {
             if (page.has(name)) {
                 SCOPED_TRACE(page.name() + ' ' + name);
-                const CommandResult result = expectRefused(joined(usualWords(page), {name, ""}));
+                const CommandResult result = expectRefused(usualWords(page, {name, ""}));
                 EXPECT_EQ(2, result.exitCode);
                 EXPECT_NE(std::string::npos,
                           result.errors.find(std::string(name).append(": the value is empty")))
@@ -201,7 +198,7 @@ TEST_F(HostileWordsTest, EveryValueOfEverySwitchSucceedsOrIsOneLine) {
             for (const std::string& value : hostileValues()) {
                 const std::string& name = row.names.back();
                 SCOPED_TRACE(page.name() + ' ' + name + ' ' + value.substr(0, 50));
-                const CommandResult result = zrkey(joined(usualWords(page, name), {name, value}));
+                const CommandResult result = zrkey(usualWords(page, {name, value}));
                 EXPECT_LE(result.exitCode, 8);
                 if (result.exitCode != 0) {
                     expectOneLine(result);

@@ -1,4 +1,4 @@
-// The reports of file, cert, sign, verify and digest, to the last character.
+// The reports of file and digest, and of inputs and outputs, to the last character.
 #include "tests/host/command_test.h"
 
 namespace zr::test {
@@ -8,19 +8,7 @@ constexpr const char* kFailed = "the library returned E_FAIL (0x80004005); ";
 
 class ObjectReportTest : public CommandTest {
 protected:
-    ObjectReportTest() {
-        writeFile("data.bin", "data");
-        writeFile("signature.bin", std::string("\0\1\2\3", 4));
-        module->settings().signatureLength = 4;
-    }
-
-    /// A certificate with its two keys.
-    CK_OBJECT_HANDLE addCertificate(const std::string& id, const std::string& value) {
-        const CK_OBJECT_HANDLE certificate = module.addCertificate(id, value);
-        module.addKey(CKO_PRIVATE_KEY, id);
-        module.addKey(CKO_PUBLIC_KEY, id);
-        return certificate;
-    }
+    ObjectReportTest() { writeFile("data.bin", "data"); }
 };
 
 TEST_F(ObjectReportTest, FileIsCreatedFoundReadAndDeleted) {
@@ -80,166 +68,6 @@ TEST_F(ObjectReportTest, RefusedDeleteFileSaysWhatIsMissing) {
                   std::string("delete the file 8: ") + kFailed + "log in first: give --pin");
 }
 
-TEST_F(ObjectReportTest, CertificatesAreListed) {
-    module.addCertificate("one", "1");
-    module.addCertificate("t\x1bwo", "2");
-    expectOutput({"cert", "list"}, "0\tone\n1\tt?wo\n");
-    expectJson({"cert", "list"}, "cert list",
-               R"("certificates":[{"index":0,"name":"one"},{"index":1,"name":"t\u001bwo"}])");
-}
-
-TEST_F(ObjectReportTest, CertificateIsReadInEachFormat) {
-    addCertificate("one", "abc");
-    expectOutput({"cert", "read"}, "abc");
-    expectOutput({"cert", "read", "--format", "pem"},
-                 "-----BEGIN CERTIFICATE-----\nYWJj\n-----END CERTIFICATE-----\n");
-    expectJson({"cert", "read"}, "cert read", R"("certificate":"YWJj","name":"one")");
-}
-
-TEST_F(ObjectReportTest, CertificateIsChosenByNameOrIndex) {
-    addCertificate("one", "1");
-    addCertificate("two", "2");
-    expectOutput({"cert", "read", "--cert", "two"}, "2");
-    expectOutput({"cert", "read", "--cert-index", "0"}, "1");
-    expectOutput({"cert", "read", "--cert-index", "1"}, "2");
-    const std::string there =
-        "the certificates are: 0 \"one\", 1 \"two\"; choose one with --cert or --cert-index";
-    expectFailure({"cert", "read"}, 4, "choose a certificate: " + there);
-    expectFailure({"cert", "read", "--cert", "three"}, 4,
-                  "find the certificate \"three\": " + there);
-    expectFailure({"cert", "read", "--cert-index", "2"}, 4,
-                  "find the certificate with index 2: " + there);
-}
-
-TEST_F(ObjectReportTest, TokenWithoutCertificatesSuggestsALogin) {
-    expectFailure({"cert", "read"}, 4,
-                  "choose a certificate: the token shows no certificate; private certificates are "
-                  "visible only after a login: give --pin");
-}
-
-TEST_F(ObjectReportTest, ReadOfACertificateWithASharedNameFails) {
-    addCertificate("one", "1");
-    addCertificate("one", "2");
-    expectFailure(
-        {"cert", "read", "--cert-index", "1"}, 4,
-        "open the certificate \"one\": several certificates have this name; give each certificate "
-        "and its keys an ID of their own");
-}
-
-TEST_F(ObjectReportTest, CertificateWithAnOverlongIdDoesNotOpen) {
-    const std::string id(128, 'i');
-    addCertificate(id, "1");
-    const CommandResult list = zrkey({"cert", "list"});
-    ASSERT_EQ(0, list.exitCode);
-    const std::string name = list.output.substr(2, list.output.size() - 3);
-    const CommandResult result = zrkey({"cert", "read"});
-    EXPECT_EQ(4, result.exitCode);
-    EXPECT_EQ("zrkey: cannot open the certificate \"" + name +
-                  "\": the library returned E_FAIL (0x80004005); its ID may be longer than 127 "
-                  "bytes\n",
-              result.errors);
-}
-
-TEST_F(ObjectReportTest, CertificateThatTookThePositionOfTheChosenOneIsNotUsed) {
-    for (const std::vector<std::string>& command :
-         {std::vector<std::string>{"cert", "read"},
-          {"sign", "-i", "data.bin"},
-          {"verify", "-i", "data.bin", "--signature", "signature.bin"}}) {
-        module->reset();
-        module->settings().signatureLength = 4;
-        const CK_OBJECT_HANDLE first = addCertificate("one", "1");
-        addCertificate("two", "2");
-        addCertificate("three", "3");
-        // The names are listed by the first search; the second one finds "three" in the place of
-        // "two".
-        module->settings().vanishingObject = first;
-        module->settings().vanishingSearch = 2;
-        std::vector<std::string> words = withPin(command);
-        words.insert(words.end(), {"--cert", "two"});
-        expectFailure(words, 4,
-                      "open the certificate \"two\": the certificates on the token changed "
-                      "meanwhile; try again");
-        EXPECT_EQ(0u, module.count("C_Sign") + module.count("C_Verify"));
-        EXPECT_EQ(0, zrkey(words).exitCode) << command.front();
-    }
-}
-
-TEST_F(ObjectReportTest, CertificateThatVanishesBeforeItIsOpenedIsReported) {
-    const CK_OBJECT_HANDLE only = addCertificate("one", "1");
-    module->settings().vanishingObject = only;
-    module->settings().vanishingSearch = 2;
-    expectFailure({"cert", "read"}, 4,
-                  std::string("open the certificate \"one\": ") + kFailed +
-                      "the certificates on the token may have changed; try again");
-}
-
-TEST_F(ObjectReportTest, CertificateReadFailureIsReported) {
-    addCertificate("one", "1");
-    // GetCertData makes two of the calls: for the length and for the value.
-    std::vector<std::string> lines;
-    for (unsigned int nth = 1; nth < 20; ++nth) {
-        module->fail("C_GetAttributeValue", nth, CKR_DEVICE_REMOVED);
-        lines.push_back(zrkey({"cert", "read"}).errors);
-    }
-    EXPECT_EQ(2, std::count(lines.begin(), lines.end(),
-                            "zrkey: cannot read the certificate \"one\": the library returned "
-                            "E_FAIL (0x80004005); check that the token is still connected\n"));
-}
-
-TEST_F(ObjectReportTest, SignatureIsWrittenInEachFormat) {
-    addCertificate("one", "1");
-    const std::vector<std::string> sign = withPin({"sign", "-i", "data.bin"});
-    expectOutput(sign, std::string("\0\1\2\3", 4));
-    std::vector<std::string> pem = sign;
-    pem.insert(pem.end(), {"--format", "pem"});
-    expectOutput(pem, "-----BEGIN SIGNATURE-----\nAAECAw==\n-----END SIGNATURE-----\n");
-    expectJson(sign, "sign", R"("signature":"AAECAw==","algorithm":"SHA1WithRSA","name":"one")");
-}
-
-TEST_F(ObjectReportTest, RefusedSignatureSaysWhatIsMissing) {
-    addCertificate("one", "1");
-    expectFailure({"sign", "-i", "data.bin"}, 7,
-                  "sign with the key of \"one\": the library returned "
-                  "RPC_E_CANTCALLOUT_INEXTERNALCALL (0x80010005); log in first: give --pin");
-    module->fail("C_Sign", 0, CKR_GENERAL_ERROR);
-    expectFailure(withPin({"sign", "-i", "data.bin"}), 1,
-                  std::string("sign with the key of \"one\": ") + kFailed +
-                      "check that the token has its private RSA key");
-}
-
-TEST_F(ObjectReportTest, SignatureVerifies) {
-    addCertificate("one", "1");
-    const std::vector<std::string> verify =
-        withPin({"verify", "-i", "data.bin", "--signature", "signature.bin"});
-    expectOutput(verify, "verified by the key of \"one\"\n");
-    expectJson(verify, "verify", R"("verified":true,"algorithm":"SHA1WithRSA","name":"one")");
-}
-
-TEST_F(ObjectReportTest, RefusedVerificationSaysWhy) {
-    addCertificate("one", "1");
-    expectFailure({"verify", "-i", "data.bin", "--signature", "signature.bin"}, 7,
-                  "verify the signature with the key of \"one\": the library returned "
-                  "RPC_E_CANTCALLOUT_INEXTERNALCALL (0x80010005); log in first: give --pin");
-    expectFailure(withPin({"verify", "-i", "data.bin", "--signature", "data.bin"}), 6,
-                  std::string("verify the signature with the key of \"one\": ") + kFailed +
-                      "the data or the signature was changed, or the token lacks the public key");
-}
-
-TEST_F(ObjectReportTest, DigestIsWrittenInEachFormat) {
-    // The digest of "data" as md5sum computes it.
-    expectOutput({"digest", "-i", "data.bin"}, "8d777f385d3dfec8815d20f7496026dc\n");
-    expectOutput({"digest", "-i", "data.bin", "--format", "pem"},
-                 "-----BEGIN DIGEST-----\njXd/OF09/siBXSD3SWAm3A==\n-----END DIGEST-----\n");
-    expectJson({"digest", "-i", "data.bin"}, "digest",
-               R"("digest":"jXd/OF09/siBXSD3SWAm3A==","method":"MD5")");
-}
-
-TEST_F(ObjectReportTest, UnknownDigestMethodNamesTheOnlyOne) {
-    expectFailure({"digest", "-i", "data.bin", "--method", "SHA1"}, 2,
-                  "compute a digest with \"SHA1\": the library returned E_INVALIDARG (0x80070057); "
-                  "MD5 is the only method");
-}
-
 TEST_F(ObjectReportTest, UnreadableInputAndUnwritableOutputShowTheSystemsError) {
     expectFailure({"digest", "-i", "missing.bin"}, 1,
                   "read \"missing.bin\": No such file or directory; check the path and its "
@@ -250,7 +78,6 @@ TEST_F(ObjectReportTest, UnreadableInputAndUnwritableOutputShowTheSystemsError) 
 }
 
 TEST_F(ObjectReportTest, UnwritableOutputFailsBeforeTheTokenWorks) {
-    addCertificate("one", "1");
     for (const std::vector<std::string>& command :
          {std::vector<std::string>{"sign", "-i", "data.bin"},
           {"cert", "read"},

@@ -20,6 +20,7 @@ protected:
 
 TEST_F(WordOrderTest, GlobalOptionsMayStandBeforeTheCommand) {
     expectSame({"--json", "list"}, {"list", "--json"});
+    expectSame({"-q", "list"}, {"list", "--quiet"});
     setEnvironment("ZRKEY_MODULE", "");
     expectSame({"--module", module.path(), "list"}, {"list", "--module", module.path()});
     expectSame({"--module=" + module.path(), "--json", "info", "--index", "0"},

@@ -45,6 +45,25 @@ TEST(ByteIoTest, EveryFileIsClosed) {
     EXPECT_EQ(before, nextDescriptor());
 }
 
+TEST(ByteIoTest, FileIsReadUpToTheLimitOrNotAtAll) {
+    const TempDir folder;
+    EXPECT_EQ(kNoError, host::writeFile("bytes.bin", "bytes"));
+    std::error_code error;
+    for (const std::size_t most : {5U, 6U}) {
+        host::InputFile file("bytes.bin", error);
+        EXPECT_EQ(5u, file.size());
+        EXPECT_EQ("bytes", host::viewOf(host::readAll(file, most, error)));
+        EXPECT_EQ(kNoError, error);
+    }
+    host::InputFile file("bytes.bin", error);
+    EXPECT_TRUE(host::readAll(file, 4, error).empty());
+    EXPECT_EQ(std::errc::file_too_large, error);
+    // Nothing was read.
+    char byte = 0;
+    EXPECT_EQ(1u, file.read(&byte, 1, error));
+    EXPECT_EQ('b', byte);
+}
+
 TEST(ByteIoTest, MissingFileOrFolderFailsWithTheSystemsError) {
     const TempDir folder;
     const std::errc missing = std::errc::no_such_file_or_directory;

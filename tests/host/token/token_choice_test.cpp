@@ -101,6 +101,15 @@ TEST_F(TokenChoiceTest, SlotWithoutLabelAndSerialNumberIsLeftOut) {
     EXPECT_EQ(host::kExitNotFound, open());
 }
 
+TEST_F(TokenChoiceTest, BlankSlotWithZerosForASerialNumberIsLeftOut) {
+    setToken("", "0000000000000000");
+    EXPECT_EQ(host::kExitNotFound, open());
+    setToken("one", "0000000000000000");
+    EXPECT_EQ(0, open());
+    setToken("", "0000000000000001");
+    EXPECT_EQ(0, open());
+}
+
 TEST_F(TokenChoiceTest, SlotThatDoesNotOpenIsLeftOut) {
     module->fail("C_OpenSession", 0, CKR_TOKEN_NOT_PRESENT);
     EXPECT_EQ(host::kExitNotFound, open());

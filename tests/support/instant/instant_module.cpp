@@ -5,6 +5,7 @@
 // set by ZRKEY_INSTANT_LOGIN_TIME (0). The token "Instant" has the flags set by ZRKEY_INSTANT_FLAGS
 // (0), and a login the result set by ZRKEY_INSTANT_LOGIN (0). With ZRKEY_INSTANT_EMPTY=1 the reader is
 // empty. Logins, logouts and ends are appended to the file ZRKEY_INSTANT_LOG, a line for each.
+// Other programs can use it as far as tests/documents/compare does.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -60,8 +61,28 @@ CK_RV getSlotList(CK_BBOOL withToken, CK_SLOT_ID* slots, CK_ULONG* count) {
     return CKR_OK;
 }
 
+CK_RV getInfo(CK_INFO* info) {
+    *info = {};
+    info->cryptokiVersion = {2, 40};
+    return CKR_OK;
+}
+
+CK_RV getSlotInfo(CK_SLOT_ID, CK_SLOT_INFO* info) {
+    constexpr CK_FLAGS kTokenPresent = 1;
+    constexpr CK_FLAGS kRemovableDevice = 2;
+    *info = {};
+    info->flags = kRemovableDevice | (setting("ZRKEY_INSTANT_EMPTY") != 0 ? 0 : kTokenPresent);
+    return CKR_OK;
+}
+
+CK_RV getSessionInfo(CK_SESSION_HANDLE, CK_SESSION_INFO* info) {
+    *info = {};
+    return CKR_OK;
+}
+
 CK_RV getTokenInfo(CK_SLOT_ID, CK_TOKEN_INFO* info) {
     *info = {};
+    std::memset(info->label, ' ', sizeof info->label);
     std::memcpy(info->label, "Instant", 7);
     info->flags = setting("ZRKEY_INSTANT_FLAGS");
     return CKR_OK;
@@ -161,7 +182,10 @@ CK_FUNCTION_LIST makeList() {
     CK_FUNCTIONS& functions = list.functions;
     functions.C_Initialize = initialize;
     functions.C_Finalize = finalize;
+    functions.C_GetInfo = getInfo;
     functions.C_GetSlotList = getSlotList;
+    functions.C_GetSlotInfo = getSlotInfo;
+    functions.C_GetSessionInfo = getSessionInfo;
     functions.C_GetTokenInfo = getTokenInfo;
     functions.C_OpenSession = openSession;
     functions.C_CloseSession = closeSession;

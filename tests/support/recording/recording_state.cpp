@@ -27,6 +27,7 @@ void RecordingState::reset() {
     m_settings.signatureLength = 256;
     m_settings.mechanisms[0] = CKM_SHA1_RSA_PKCS;
     m_settings.mechanismCount = 1;
+    m_settings.mechanismFlags = 0x2800;  // CKF_SIGN, CKF_VERIFY
     m_settings.userPin = "1234";
     m_settings.securityOfficerPin = "87654321";
     CK_TOKEN_INFO& info = m_settings.tokenInfo;
@@ -136,6 +137,12 @@ CK_RV RecordingState::closeAll() {
 }
 
 CK_RV RecordingState::login(CK_USER_TYPE user, const std::string& pin) {
+    constexpr CK_USER_TYPE kContextSpecific = 2;
+    if (user == kContextSpecific) {
+        return m_loggedIn < 0     ? CKR_USER_NOT_LOGGED_IN
+               : pin == m_userPin ? CKR_OK
+                                  : CKR_PIN_INCORRECT;
+    }
     if (m_loggedIn >= 0) {
         return CKR_USER_ALREADY_LOGGED_IN;
     }

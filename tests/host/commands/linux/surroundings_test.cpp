@@ -28,6 +28,13 @@ TEST_F(SurroundingsTest, ClosedOutputIsAFailure) {
                   "cannot write to standard output: Bad file descriptor");
 }
 
+TEST_F(SurroundingsTest, SignatureOnAFullDiskIsAFailure) {
+    writeFile("letter.txt", "letter");
+    expectFailure(
+        zrkeyLoggedIn({"sign", "--cert", "container1", "-i", "letter.txt", "-o", "/dev/full"}), 1,
+        "cannot write to \"/dev/full\": No space left on device");
+}
+
 TEST_F(SurroundingsTest, ClosedInputIsAFailure) {
     expectFailure(shell("(\"$ZRKEY\" login --pin - <&-)"), 2,
                   "cannot read the PIN from standard input: Bad file descriptor");
