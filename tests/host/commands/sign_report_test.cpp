@@ -156,6 +156,15 @@ TEST_F(SignReportTest, KeyThatAsksAlwaysGetsThePinAgain) {
                         "this command cannot give"));
 }
 
+TEST_F(SignReportTest, KeyThatAsksAlwaysIsNotForTheLibrary) {
+    addCertificate("one", kRsaCertificate);
+    module->setAttribute(privateKey, kAlwaysAuthenticate, "\1", 1);
+    module->fail("C_Sign", 0, CKR_USER_NOT_LOGGED_IN);
+    expectFailure(sign(), 1,
+                  asked("the key asks for the PIN at each use, which the object model does not do; "
+                        "choose another --algorithm: rsa-sha256"));
+}
+
 TEST_F(SignReportTest, SignatureByAnotherKeyIsNotWritten) {
     addCertificate("one", kRsaCertificate);
     writeFile("kept.sig", "kept");
