@@ -11,6 +11,7 @@
 #include "host/output/failure.h"
 #include "host/output/printable.h"
 #include "host/system/byte_io.h"
+#include "host/system/interruption.h"
 
 namespace zr::host {
 
@@ -83,6 +84,7 @@ void InputPieces::forEach(const std::function<void(std::string_view)>& take) {
         take({piece.data(), count});
         progress.add(count);
     }
+    stopIfInterrupted();
     if (m_error) {
         throw unreadable(m_path, m_error);
     }
