@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "host/output/printable.h"
+#include "host/system/interruption.h"
 #include "host/token/cryptoki_names.h"
 
 namespace zr::host {
@@ -240,6 +240,7 @@ void Signer::begin() {
 }
 
 void Signer::add(std::string_view piece) {
+    stopIfInterrupted();
     m_hash.add(piece);
     if (m_tokenHashes && !piece.empty()) {
         m_direct.require(m_direct->signUpdate(piece));
