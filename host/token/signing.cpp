@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <vector>
 
-#include "host/system/interruption.h"
 #include "host/token/cryptoki_names.h"
 
 namespace zr::host {
@@ -240,7 +239,6 @@ void Signer::begin() {
 }
 
 void Signer::add(std::string_view piece) {
-    stopIfInterrupted();
     m_hash.add(piece);
     if (m_tokenHashes && !piece.empty()) {
         m_direct.require(m_direct->signUpdate(piece));
