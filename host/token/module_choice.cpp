@@ -177,12 +177,17 @@ std::string onlyModuleWithToken() {
 
 }  // namespace
 
-std::string chooseModule(const std::string& option) {
-    std::string module = option.empty() ? environmentVariable(kVariable).value_or("") : option;
-    if (module.empty()) {
-        module = defaultModule();
+ChosenModule chooseModule(const std::string& option) {
+    if (!option.empty()) {
+        return {resolve(option), "--module"};
     }
-    return module.empty() ? onlyModuleWithToken() : resolve(module);
+    if (const std::string module = environmentVariable(kVariable).value_or(""); !module.empty()) {
+        return {resolve(module), kVariable};
+    }
+    if (const std::string module = defaultModule(); !module.empty()) {
+        return {resolve(module), "the settings"};
+    }
+    return {onlyModuleWithToken(), "p11-kit"};
 }
 
 }  // namespace zr::host
