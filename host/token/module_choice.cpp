@@ -1,8 +1,6 @@
 // Which module a command uses.
 #include "host/token/module_choice.h"
 
-#include <p11-kit/pkcs11.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <optional>
@@ -20,6 +18,9 @@
 #include "host/token/cryptoki.h"
 #include "host/token/cryptoki_names.h"
 #include "host/token/module_places.h"
+
+// Last: it defines TRUE and FALSE, which the header of automation declares.
+#include <p11-kit/pkcs11.h>
 
 namespace fs = std::filesystem;
 
