@@ -4,6 +4,7 @@
 
 #include "host/commands/command_line.h"
 #include "host/output/failure.h"
+#include "host/system/interruption.h"
 #include "host/system/system.h"
 
 int main(int argc, char** argv) {
@@ -12,7 +13,11 @@ int main(int argc, char** argv) {
     ignoreClosedPipes();
     try {
         restrictModuleSearch();
-        return runCommandLine(commandLineArguments(argc, argv));
+        const int exitCode = runCommandLine(commandLineArguments(argc, argv));
+        if (isInterrupted()) {
+            endInterrupted();
+        }
+        return exitCode;
     } catch (const std::exception& error) {
         writeAll(kStandardError, std::string("zrkey: ") + error.what() + "\n");
         return kExitFailure;

@@ -11,6 +11,7 @@
 #include "host/output/failure.h"
 #include "host/output/printable.h"
 #include "host/system/byte_io.h"
+#include "host/system/interruption.h"
 
 namespace zr::host {
 
@@ -69,22 +70,29 @@ std::string readSignature(const std::string& path, ByteFormat format) {
     return std::move(*signature);
 }
 
-void readInPieces(const std::string& path, const std::string& work, Console& console,
-                  const std::function<void(std::string_view)>& take) {
-    std::error_code error;
-    InputFile file(path, error);
-    if (error) {
-        throw unreadable(path, error);
+InputPieces::InputPieces(const std::string& path, std::string work, Console& console)
+    : m_path(path), m_work(std::move(work)), m_console(console), m_file(path, m_error) {
+    if (m_error) {
+        throw unreadable(m_path, m_error);
     }
-    Progress progress(console.progressLine(), work, file.size());
+}
+
+void InputPieces::forEach(const std::function<void(std::string_view)>& take) {
+    Progress progress(m_console.progressLine(), m_work, m_file.size());
     std::vector<char> piece(std::size_t{1} << 16);
-    while (const std::size_t count = file.read(piece.data(), piece.size(), error)) {
+    while (const std::size_t count = m_file.read(piece.data(), piece.size(), m_error)) {
         take({piece.data(), count});
         progress.add(count);
     }
-    if (error) {
-        throw unreadable(path, error);
+    stopIfInterrupted();
+    if (m_error) {
+        throw unreadable(m_path, m_error);
     }
+}
+
+void readInPieces(const std::string& path, const std::string& work, Console& console,
+                  const std::function<void(std::string_view)>& take) {
+    InputPieces(path, work, console).forEach(take);
 }
 
 std::string takeBytes(const zrkey::ByteArray& result) {

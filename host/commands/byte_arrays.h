@@ -7,9 +7,11 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "host/output/console.h"
 #include "host/output/encoding.h"
+#include "host/system/input_file.h"
 
 namespace zr::host {
 
@@ -29,9 +31,25 @@ zrkey::ByteArray readInput(const std::string& path, std::size_t most = kMostInpu
 /// Reads a signature as a format has it. Throws a Failure when it cannot.
 std::string readSignature(const std::string& path, ByteFormat format);
 
-/// Reads a file or, for "-", standard input, piece by piece, and shows the progress on a terminal.
-/// Throws a Failure when it cannot.
-/// @param work  what is done with the pieces: "digest".
+/// A file or, for "-", standard input, read piece by piece; the progress is shown on a terminal.
+class InputPieces {
+public:
+    /// Opens the file. Throws a Failure when it cannot.
+    /// @param work  what is done with the pieces: "digest".
+    InputPieces(const std::string& path, std::string work, Console& console);
+
+    /// Takes all pieces, once. Throws a Failure when they cannot be read.
+    void forEach(const std::function<void(std::string_view)>& take);
+
+private:
+    std::string m_path;
+    std::string m_work;
+    Console& m_console;
+    std::error_code m_error;
+    InputFile m_file;
+};
+
+/// All of it at once: opens the file and takes all pieces.
 void readInPieces(const std::string& path, const std::string& work, Console& console,
                   const std::function<void(std::string_view)>& take);
 

@@ -11,6 +11,7 @@
 #include "host/output/console.h"
 #include "host/output/printable.h"
 #include "host/system/byte_io.h"
+#include "host/system/interruption.h"
 #include "host/token/signing.h"
 
 namespace zr::host {
@@ -124,8 +125,9 @@ void addConfigurationOptions(CLI::App& command, ModuleOptions& options) {
 
 void addModuleOptions(CLI::App& command, ModuleOptions& options) {
     command
-        .add_option("--module", options.path,
-                    "The PKCS #11 module; the default is the variable ZRKEY_MODULE")
+        .add_option(
+            "--module", options.path,
+            "The PKCS #11 module, a path or a name; the default is the variable ZRKEY_MODULE")
         ->type_name("PATH")
         ->check(isNotEmpty());
     addConfigurationOptions(command, options);
@@ -296,15 +298,21 @@ OpenOutput openByteOutput(const ByteOutput& output, const ReportOptions& options
     return openOutput(output);
 }
 
-int runCommand(const std::string& name, ReportOptions& options,
-               const std::function<Report()>& body) {
-    Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
-    options.console = &console;
-    if (options.quiet || options.json) {
-        console.hideProgress();
-    }
+namespace {
+
+/// Runs a body and writes its report or its failure.
+int runBody(Console& console, const std::string& name, const ReportOptions& options,
+            const std::function<Report()>& body) {
     try {
-        writeReport(console, name, options, body());
+        const Report report = body();
+        if (isInterrupted()) {
+            console.writeFailure("zrkey: interrupted: " + name +
+                                 " is complete, but its result is not written\n");
+        } else {
+            writeReport(console, name, options, report);
+        }
+    } catch (const Interrupted&) {
+        // The caller knows.
     } catch (const Failure& failure) {
         return writeFailure(console, name, options, failure);
     } catch (const std::bad_alloc&) {
@@ -318,6 +326,22 @@ int runCommand(const std::string& name, ReportOptions& options,
                                            "run it again with --verbose"));
     }
     return kExitOk;
+}
+
+}  // namespace
+
+int runCommand(const std::string& name, ReportOptions& options,
+               const std::function<Report()>& body) {
+    Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
+    options.console = &console;
+    if (options.quiet || options.json) {
+        console.hideProgress();
+    }
+    if (options.quiet) {
+        console.hideNotes();
+    }
+    const int exitCode = runBody(console, name, options, body);
+    return isInterrupted() ? interruptionExitCode() : exitCode;
 }
 
 CLI::App* addCommandRunning(CLI::App& parent, Action& action, const std::string& path,

@@ -14,6 +14,7 @@
 #include "host/commands/word_order.h"
 #include "host/output/colour.h"
 #include "host/output/failure.h"
+#include "host/system/interruption.h"
 #include "host/system/system.h"
 
 namespace zr::host {
@@ -115,7 +116,12 @@ int runCommandLine(const std::vector<std::string>& words) {
         writeAll(kStandardError, usesColour(kStandardError) ? withRedName(line) : line);
         return code == 0 ? writeHelp(output.str()) : kExitUsage;
     }
-    return action();
+    forgetInterruption();
+    try {
+        return action();
+    } catch (const Interrupted&) {
+        return interruptionExitCode();
+    }
 }
 
 }  // namespace zr::host

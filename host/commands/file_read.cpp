@@ -1,6 +1,7 @@
 // zrkey file read: the content of a file of a token.
 #include "host/commands/byte_arrays.h"
 #include "host/commands/file_command.h"
+#include "host/system/interruption.h"
 
 namespace zr::host {
 namespace {
@@ -13,6 +14,7 @@ std::string readWhole(IKeyFile& file, const std::string& name) {
     zrkey::Variant size;
     zrkey::ByteArray content;
     HRESULT result = file.GetSize(size.receive());
+    stopIfInterrupted();
     if (SUCCEEDED(result)) {
         result = file.Read(static_cast<ULONG>(size.toNumber().value()), content.receive());
     }

@@ -14,7 +14,7 @@ struct FileWriteOptions : FileOptions {
 Report writeContent(const FileWriteOptions& options) {
     checkStreams(options.pin, {options.input});
     PinEntry pin(options.pin, PinEntry::Need::kIfPossible);
-    const std::string content = takeBytes(readInput(options.input));
+    const std::string content = takeBytes(readInput(options.input, kLargestFile));
     const std::string asked = "write the file " + options.name;
     const TokenSession session(options);
     // A private file is not visible without a login: another one of its number would be made.

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 
-#include "host/commands/byte_arrays.h"
 #include "host/output/printable.h"
 #include "host/system/byte_io.h"
 #include "host/system/system.h"
@@ -48,19 +47,20 @@ void checkStreams(const PinOptions& pin, const std::vector<std::string>& inputs)
     }
 }
 
-SignedData::SignedData(const std::string& path, SignatureAlgorithm algorithm, Console& console)
-    : m_path(path), m_console(console) {
+SignedData::SignedData(const std::string& path, SignatureAlgorithm algorithm, Console& console) {
     if (algorithm == kLibraryAlgorithm) {
         m_whole = readInput(path);
+    } else {
+        m_pieces.emplace(path, "read " + placeOf(path), console);
     }
 }
 
 void SignedData::forEachPiece(const std::function<void(std::string_view)>& take) {
     if (m_whole) {
         take(takeBytes(*m_whole));
-        return;
+    } else {
+        m_pieces->forEach(take);
     }
-    readInPieces(m_path, "read " + placeOf(m_path), m_console, take);
 }
 
 std::string SignedData::hash(HashKind kind) {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/commands/byte_arrays.h"
 #include "host/commands/command_frame.h"
 #include "host/output/console.h"
 #include "host/token/signing.h"
@@ -54,9 +55,8 @@ public:
     std::string hash(HashKind kind);
 
 private:
-    std::string m_path;
-    Console& m_console;
     std::optional<zrkey::ByteArray> m_whole;
+    std::optional<InputPieces> m_pieces;
 };
 
 /// How messages name a certificate: by its name, or by its ID when that is no text.

@@ -48,8 +48,9 @@ void checkLength(const Pin& pin, const PinLimits& limits, const std::string& ask
     }
 }
 
-Pin promptNewPin(const PinSource& source, const std::string& asked) {
-    Pin pin = readPin(source, "new user PIN: ");
+/// @param lengths  those that the prompt states.
+Pin promptNewPin(const PinSource& source, const PinLengths& lengths, const std::string& asked) {
+    Pin pin = readPin(source, "new user PIN" + lengths.text() + ": ");
     if (readPin(source, "new user PIN again: ").view() != pin.view()) {
         throw commandFailure(kExitUsage, asked, "the two new PINs differ",
                              "enter the same PIN twice");
@@ -75,7 +76,7 @@ Report unblock(const PinUnblockOptions& options) {
     }
     session.pinFor(officer);
     if (!newPin) {
-        newPin = promptNewPin(newSource, asked);
+        newPin = promptNewPin(newSource, session.pinLengths(), asked);
         checkLength(*newPin, limits, asked);
     }
     session.login(officer);

@@ -5,6 +5,7 @@
 #include "host/commands/command_frame.h"
 #include "host/commands/key_command.h"
 #include "host/output/printable.h"
+#include "host/system/interruption.h"
 #include "host/token/certificates.h"
 
 namespace zr::host {
@@ -38,7 +39,11 @@ Signature signByLibrary(const TokenSession& session, const TokenCertificate& cer
 Signature signDirectly(DirectSession& direct, const TokenCertificate& certificate,
                        SignatureAlgorithm algorithm, const Pin* pin, SignedData& data) {
     Signer signer(direct, certificate, algorithm, pin);
-    data.forEachPiece([&](std::string_view piece) { signer.add(piece); });
+    data.forEachPiece([&](std::string_view piece) {
+        stopIfInterrupted();
+        signer.add(piece);
+    });
+    stopIfInterrupted();
     std::string bytes = signer.finish();
     return {std::move(bytes), signer.hash()};
 }

@@ -15,6 +15,8 @@
 #include "host/script/limits.h"
 #include "host/script/watchdog.h"
 #include "host/system/erasing_allocator.h"
+#include "host/system/interruption.h"
+#include "host/system/secret_memory.h"
 #include "host/token/module_loading.h"
 #include "host/token/pin.h"
 
@@ -72,9 +74,13 @@ struct ScriptContext {
     std::optional<Pin> pin = {};       ///< given on the command line, not yet taken by the script
     ModuleOptions moduleOptions = {};  ///< of the global provider
     std::shared_ptr<LoadedModule> module = {};  ///< the global provider's; null: not loaded
+    /// From the first PIN on, which stays in the script's memory.
+    std::optional<NoCoreDumps> noCoreDumps = {};
+    /// Noted from the first provider on, so that its module is unloaded first.
+    std::optional<InterruptionGuard> interruptions = {};
 
     /// Whether the engine has to throw an error until the script is left.
-    bool mustStop() { return exit.isStopping || use.isTimeUp(); }
+    bool mustStop() { return exit.isStopping || isInterrupted() || use.isTimeUp(); }
 };
 
 /// Calls the library for a script.

@@ -30,6 +30,7 @@
 #include "host/script/syntax.h"
 #include "host/script/uncaught.h"
 #include "host/script/watchdog.h"
+#include "host/system/interruption.h"
 #include "host/system/terminal.h"
 
 namespace zr::host {
@@ -100,12 +101,15 @@ int ScriptEngine::run(Script script) {
         duk_safe_call(m_heap, runProtected, &script, 0, 1) == DUK_EXEC_SUCCESS || exit.code;
     exit.isStopping = false;
     exit.isOver = true;
-    if (!isDone) {
+    if (!isDone && !isInterrupted()) {
         report(describeFailure(m_heap, script.name, timeout));
     }
     // Runs the finalizers and releases the objects, which may take too long.
     duk_destroy_heap(m_heap);
     m_heap = nullptr;
+    if (isInterrupted()) {
+        return interruptionExitCode();
+    }
     if (use.isTimeUp()) {
         report(timeout);
         return kExitFailure;

@@ -49,7 +49,8 @@ public:
 
     /// Runs a script to its end and releases the objects it still holds. To be called once.
     /// @return the exit code: what the script gave to exit, else 0; 1 after an error that the script
-    ///         did not catch, and when its time was up. The error is then on standard error: a line
+    ///         did not catch, and when its time was up; interruptionExitCode() after an
+    ///         interruption. The error is then on standard error: a line
     ///         "FILE:LINE: message" and, indented, what explains it and who called.
     int run(Script script);
 

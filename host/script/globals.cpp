@@ -7,7 +7,6 @@
 #include <cmath>
 #include <string_view>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 #include "host/output/failure.h"
@@ -15,6 +14,7 @@
 #include "host/script/context.h"
 #include "host/script/engine_text.h"
 #include "host/script/heap.h"
+#include "host/system/interruption.h"
 #include "host/system/system.h"
 #include "host/token/pin_source.h"
 
@@ -92,7 +92,7 @@ duk_ret_t exitScript(duk_context* script) {
     return throwError(script, DUK_ERR_ERROR, "exit");
 }
 
-/// sleep(seconds): until the script's time is up at the latest.
+/// sleep(seconds): until the script's time is up, or an interruption, at the latest.
 duk_ret_t sleep(duk_context* script) {
     using Clock = ScriptUse::TimePoint::clock;
     const double seconds = duk_get_number_default(script, 0, -1);
@@ -102,7 +102,7 @@ duk_ret_t sleep(duk_context* script) {
     }
     const ScriptUse::TimePoint awake = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                                           std::chrono::duration<double>(seconds));
-    std::this_thread::sleep_until(std::min(awake, contextOf(script).use.end().value_or(awake)));
+    waitUninterrupted(std::min(awake, contextOf(script).use.end().value_or(awake)) - Clock::now());
     stopInTime(script);
     return 0;
 }
@@ -112,6 +112,9 @@ duk_ret_t readPinForScript(duk_context* script) {
     const std::string prompt =
         duk_is_undefined(script, 0) ? "PIN: " : printable(viewOf(utf8At(script, 0)));
     stopInTime(script);
+    if (!contextOf(script).noCoreDumps) {
+        contextOf(script).noCoreDumps.emplace();
+    }
     if (std::optional<Pin> given = std::exchange(contextOf(script).pin, std::nullopt)) {
         pushText(script, given->view());
         return 1;
@@ -122,7 +125,10 @@ duk_ret_t readPinForScript(duk_context* script) {
         pushText(script, pin.view());
     } catch (const Failure& caught) {
         failure = caught.cause;
+    } catch (const Interrupted&) {
+        failure = "interrupted";
     }
+    stopInTime(script);
     return failure.empty() ? 1 : throwError(script, DUK_ERR_ERROR, "readPin failed: " + failure);
 }
 

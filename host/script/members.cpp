@@ -191,6 +191,9 @@ duk_ret_t makeProvider(duk_context* script) {
         return throwError(script, DUK_ERR_TYPE_ERROR, "TokenProvider must be called with new");
     }
     stopInTime(script);
+    if (!contextOf(script).interruptions) {
+        contextOf(script).interruptions.emplace();
+    }
     zrkey::ComRef<ITokenProvider> provider;
     const HRESULT result =
         callLibrary(contextOf(script), [&] { return zrkey::createProvider(provider); });

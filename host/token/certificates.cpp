@@ -9,6 +9,7 @@
 #include "host/output/encoding.h"
 #include "host/output/failure.h"
 #include "host/output/printable.h"
+#include "host/system/interruption.h"
 
 namespace zr::host {
 namespace {
@@ -126,6 +127,7 @@ CertificateTable readCertificates(const TokenSession& token, DirectSession& dire
         {numberAttribute(CKA_CLASS, CKO_CERTIFICATE), truthAttribute(CKA_TOKEN, true)}, objects));
     CertificateTable table;
     for (const CK_OBJECT_HANDLE object : objects) {
+        stopIfInterrupted();
         AttributeValues values;
         const CK_RV result =
             direct->read(object, {CKA_CERTIFICATE_TYPE, CKA_ID, CKA_LABEL, CKA_VALUE}, values);
@@ -178,6 +180,7 @@ TokenCertificate chooseCertificate(CertificateTable table, const CertificateChoi
 
 zrkey::ComRef<IKeyCertificate> openCertificate(IKeyObject& token,
                                                const TokenCertificate& certificate) {
+    stopIfInterrupted();
     const std::string asked = "open the certificate " + inQuotes(certificate.name);
     const auto which = zrkey::Variant::fromNumber(static_cast<LONG>(certificate.index));
     zrkey::ComRef<IKeyContainer> container;
@@ -197,6 +200,7 @@ zrkey::ComRef<IKeyCertificate> openCertificate(IKeyObject& token,
     if (id.utf8() != certificate.name) {
         throw changedMeanwhile(asked);
     }
+    stopIfInterrupted();
     return opened;
 }
 

@@ -9,6 +9,7 @@
 #include "host/system/utf8_path.h"
 #include "host/token/configuration.h"
 #include "host/token/load_cause.h"
+#include "host/token/module_choice.h"
 #include "host/token/paths.h"
 
 namespace fs = std::filesystem;
@@ -16,24 +17,12 @@ namespace fs = std::filesystem;
 namespace zr::host {
 namespace {
 
-constexpr const char* kModuleVariable = "ZRKEY_MODULE";
-
 /// The same file with the links in its folder resolved: ".." after a link is the parent of the
 /// link's target. The file itself may stay a link: a module may find its own files by its name.
 fs::path withoutLinks(const fs::path& module) {
     std::error_code error;
     const fs::path folder = fs::weakly_canonical(module.parent_path(), error);
     return error ? module : folder / module.filename();
-}
-
-std::string modulePath(const ModuleOptions& options) {
-    std::string path =
-        options.path.empty() ? environmentVariable(kModuleVariable).value_or("") : options.path;
-    if (path.empty()) {
-        throw commandFailure(kExitUsage, "load a module", "no module is named",
-                             std::string("give --module PATH or set ") + kModuleVariable);
-    }
-    return path;
 }
 
 /// Throws a Failure when the library would load another module than the named one, or read
@@ -78,7 +67,7 @@ fs::path loadablePath(const fs::path& module, const fs::path& folder) {
 }
 
 LoadedModule::LoadedModule(const ModuleOptions& options) {
-    const std::string name = modulePath(options);
+    const std::string name = chooseModule(options.path);
     const fs::path module = withoutLinks(absolutePath(toPath(name)));
     const ConfigurationPlace configuration = chooseConfiguration(configurationPlaces(options));
     const FolderChange change(options.workFolder);

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <string>
 
+#include "host/system/interruption.h"
 #include "host/token/token_options.h"
 
 namespace zr::host {
@@ -18,6 +19,7 @@ std::filesystem::path loadablePath(const std::filesystem::path& module,
                                    const std::filesystem::path& folder);
 
 /// A provider with its module. Destruction unloads the module; the tokens must be released before.
+/// Interruptions are noted meanwhile.
 class LoadedModule {
 public:
     /// Throws a Failure when no module is named, or when it or its configuration cannot be loaded.
@@ -31,6 +33,7 @@ public:
     const std::string& path() const { return m_path; }
 
 private:
+    InterruptionGuard m_interruptions;  ///< destroyed last
     std::string m_path;
     zrkey::ComRef<ITokenProvider> m_provider;
 };

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "host/output/printable.h"
+#include "host/system/interruption.h"
 #include "host/system/system.h"
 #include "host/system/terminal.h"
 
@@ -44,6 +45,7 @@ ReadStatus readVariable(const std::string& name, Pin& pin) {
         return ReadStatus::kNotSet;
     }
     std::string& value = *found;
+    const SecretMemory protection(value.data(), value.size());
     const bool fits =
         std::all_of(value.begin(), value.end(), [&](char byte) { return pin.append(byte); });
     secureErase(value.data(), value.size());
@@ -75,6 +77,7 @@ ReadStatus readPrompt(const std::string& prompt, Pin& pin) {
         case PromptResult::kTooLong:
             return ReadStatus::kTooLong;
         case PromptResult::kCancelled:
+            stopIfInterrupted();
             throw commandFailure(kExitUsage, "ask for the PIN", "the prompt was cancelled",
                                  "enter the PIN, or give another source");
         case PromptResult::kNoTerminal:

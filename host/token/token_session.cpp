@@ -6,6 +6,7 @@
 
 #include "host/output/failure.h"
 #include "host/output/printable.h"
+#include "host/system/interruption.h"
 #include "host/system/terminal.h"
 #include "host/token/token_state.h"
 
@@ -98,6 +99,7 @@ TokenTable readTokens(ITokenProvider& provider) {
                              "check that the reader is connected");
     }
     for (LONG i = 0; i < std::min(table.slots, kMostSlots); ++i) {
+        stopIfInterrupted();
         TokenRow row;
         row.index = i;
         if (FAILED(provider.OpenKey(i, row.token.receive())) || !row.token) {
@@ -113,6 +115,7 @@ TokenTable readTokens(ITokenProvider& provider) {
             table.rows.push_back(std::move(row));
         }
     }
+    stopIfInterrupted();
     return table;
 }
 
@@ -163,12 +166,13 @@ PinEntry::PinEntry(const PinOptions& options, Need need)
     }
 }
 
-const Pin* PinEntry::get(const TokenRow& token) {
+const Pin* PinEntry::get(const TokenRow& token, const PinLengths& lengths) {
     if (!m_source) {
         return nullptr;
     }
     if (!m_pin) {
-        m_pin = readPin(*m_source, role() + " PIN of " + inQuotes(token.label) + ": ");
+        m_pin =
+            readPin(*m_source, role() + " PIN of " + inQuotes(token.label) + lengths.text() + ": ");
     }
     return &*m_pin;
 }
@@ -191,6 +195,7 @@ void PinEntry::agreeToLastTry(const TokenRow& token) {
         throw commandFailure(kExitUsage, asked, "there is no terminal to ask",
                              "make sure of the PIN, then give --last-try");
     }
+    stopIfInterrupted();
     if (result != PromptResult::kAnswered || (answer != "yes" && answer != "y")) {
         throw commandFailure(kExitUsage, asked, "the answer was not yes",
                              "the try is not used; make sure of the PIN first");
@@ -209,12 +214,13 @@ INT PinEntry::type() const {
 TokenSession::TokenSession(const TokenOptions& options)
     : m_module(options.module), m_row(chooseToken(m_module, options.choice)) {}
 
-const Pin* TokenSession::pinFor(PinEntry& pin) const {
+const Pin* TokenSession::pinFor(PinEntry& pin, const PinLengths& lengths) const {
     if (!pin.isGiven()) {
         return nullptr;
     }
     const std::string asked = askedLogin(m_row, pin);
-    switch (readPinState(m_module, m_row, pin.isSecurityOfficer())) {
+    PinLengths allowed;
+    switch (readPinState(m_module, m_row, pin.isSecurityOfficer(), &allowed)) {
         case PinState::kTokenRemoved:
             throw commandFailure(kExitFailure, asked, kRemoved.text, kRemoved.advice);
         case PinState::kLocked:
@@ -226,7 +232,13 @@ const Pin* TokenSession::pinFor(PinEntry& pin) const {
             // A module may forget to say that the PIN is set, and trying costs nothing if it is not.
             break;
     }
-    return pin.get(m_row);
+    return pin.get(m_row, lengths.longest > 0 ? allowed.within(lengths) : allowed);
+}
+
+PinLengths TokenSession::pinLengths() const {
+    PinLengths lengths;
+    readPinState(m_module, m_row, false, &lengths);
+    return lengths;
 }
 
 bool TokenSession::login(PinEntry& pin) const {
@@ -234,11 +246,13 @@ bool TokenSession::login(PinEntry& pin) const {
     if (!value) {
         return false;
     }
+    stopIfInterrupted();
     const HRESULT result = m_row.token->VerifyPIN(PinText(*value).get(), pin.type());
     if (FAILED(result)) {
         throw refusedLogin(readPinState(m_module, m_row, pin.isSecurityOfficer()),
                            askedLogin(m_row, pin), result);
     }
+    stopIfInterrupted();
     return true;
 }
 

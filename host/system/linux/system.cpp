@@ -8,9 +8,12 @@
 #include <new>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "host/system/linux/await_descriptor.h"
 
 namespace zr::host {
 namespace {
@@ -156,6 +159,10 @@ std::error_code emptyFile(int descriptor) {
 }
 
 std::size_t readSome(int descriptor, char* bytes, std::size_t size, std::error_code& error) {
+    if (!awaitDescriptor(descriptor, POLLIN)) {
+        error = std::make_error_code(std::errc::interrupted);
+        return 0;
+    }
     ssize_t count = 0;
     do {
         count = read(descriptor, bytes, size);
@@ -195,7 +202,10 @@ std::error_code closeDescriptor(int descriptor) {
 
 std::error_code writeAll(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
-        const ssize_t written = write(descriptor, bytes.data(), bytes.size());
+        if (!awaitDescriptor(descriptor, POLLOUT)) {
+            return std::make_error_code(std::errc::interrupted);
+        }
+        const ssize_t written = write(descriptor, bytes.data(), mostBytesOfAWrite(bytes.size()));
         if (written < 0 && errno == EINTR) {
             continue;
         }

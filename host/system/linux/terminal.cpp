@@ -168,10 +168,18 @@ PromptResult promptVisible(const std::string& prompt, const std::function<bool(c
 }
 
 void restoreTerminal() {
-    const std::lock_guard lock(s_prompting);
-    if (s_terminal) {
-        s_terminal->restore();
+    // A handler of signals calls this too: none may come to a thread that holds the lock.
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, &before);
+    {
+        const std::lock_guard lock(s_prompting);
+        if (s_terminal) {
+            s_terminal->restore();
+        }
     }
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 }  // namespace zr::host

@@ -6,6 +6,8 @@
 #include <array>
 #include <mutex>
 
+#include "host/system/interruption.h"
+#include "host/system/secret_memory.h"
 #include "host/system/system.h"
 
 namespace zr::host {
@@ -80,9 +82,16 @@ PromptResult readLine(HANDLE input, const std::function<bool(char)>& take) {
     constexpr std::size_t kLongestLine = 256;
     std::array<wchar_t, kLongestLine> line = {};
     std::array<char, 3 * kLongestLine> bytes = {};
+    const SecretMemory lineProtection(line.data(), sizeof line);
+    const SecretMemory bytesProtection(bytes.data(), sizeof bytes);
     DWORD length = 0;
     const bool isRead =
         ReadConsoleW(input, line.data(), static_cast<DWORD>(line.size()), &length, nullptr) != 0;
+    if (!isRead || length == 0) {
+        // By Ctrl-C, which is noted on another thread.
+        waitUninterrupted(std::chrono::seconds(1));
+        return PromptResult::kCancelled;
+    }
     const bool isWhole = length > 0 && line[length - 1] == L'\n';
     while (length > 0 && (line[length - 1] == L'\n' || line[length - 1] == L'\r')) {
         --length;
@@ -90,9 +99,7 @@ PromptResult readLine(HANDLE input, const std::function<bool(char)>& take) {
     const int size =
         WideCharToMultiByte(CP_UTF8, 0, line.data(), static_cast<int>(length), bytes.data(),
                             static_cast<int>(bytes.size()), nullptr, nullptr);
-    PromptResult result = !isRead   ? PromptResult::kCancelled
-                          : isWhole ? PromptResult::kAnswered
-                                    : PromptResult::kTooLong;
+    PromptResult result = isWhole ? PromptResult::kAnswered : PromptResult::kTooLong;
     for (int i = 0; i < size; ++i) {
         if (!take(bytes[static_cast<std::size_t>(i)])) {
             result = PromptResult::kTooLong;

@@ -11,9 +11,9 @@ class CertReportTest : public CertificateCommandTest {
 protected:
     /// The certificate that a choice leads to; empty after a failure.
     static std::string read(const std::vector<std::string>& choice) {
-        std::vector<std::string> words = {"cert", "read"};
+        std::vector<std::string> words = {"cert", "read", "--format", "hex"};
         words.insert(words.end(), choice.begin(), choice.end());
-        return zrkey(words).output;
+        return host::decode(zrkey(words).output, host::ByteFormat::kHex).value_or("malformed");
     }
 };
 
@@ -74,10 +74,10 @@ TEST_F(CertReportTest, ListMakesOneWalkOfItsOwn) {
     }
     EXPECT_EQ(
         (std::vector<std::string>{
-            "C_OpenSession(10, 6, null, null)", "C_OpenSession(10, 4, null, null)",
+            "C_OpenSession(10, 6, set, null)", "C_OpenSession(10, 4, null, null)",
             "C_FindObjectsInit(2, {0x0=1 0x1=1})", "C_FindObjects(2, 64)", "C_FindObjects(2, 64)",
             "C_FindObjectsFinal(2)", "C_GetAttributeValue(2, 3, {0x80 0x102 0x3 0x11})",
-            "C_GetAttributeValue(2, 3, {0x80[] 0x102[] 0x3 0x11[812]})", "C_CloseSession(2)"}),
+            "C_GetAttributeValue(2, 3, {0x80[] 0x102[] 0x3 0x11[815]})", "C_CloseSession(2)"}),
         own);
 }
 

@@ -48,8 +48,7 @@ TEST_F(DigestReportTest, OtherMethodsAreWrongUsage) {
 TEST_F(DigestReportTest, OptionsOfModulesAndTokensAreWrongUsage) {
     for (const char* option : {"--module", "--label", "--config"}) {
         expectUsageError({"digest", option, "x", "-i", "data.bin"},
-                         std::string("unknown option ") + option,
-                         "digest [OPTIONS]");
+                         std::string("unknown option ") + option, "digest [OPTIONS]");
     }
     EXPECT_EQ(2, zrkey({"--module", module.path(), "digest", "-i", "data.bin"}).exitCode);
 }

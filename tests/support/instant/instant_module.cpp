@@ -1,10 +1,11 @@
 // A Cryptoki module that returns at once and stores nothing, so that time and memory of the
 // library itself can be measured: one token with as many certificates as set by
 // ZRKEY_INSTANT_CERTIFICATES (32), one key pair, and a file "6". It accepts any PIN. The end of a
-// session takes as many milliseconds as set by ZRKEY_INSTANT_CLOSE_TIME (0). The token "Instant" has
-// the flags set by ZRKEY_INSTANT_FLAGS (0), and a login the result set by ZRKEY_INSTANT_LOGIN (0).
-// With ZRKEY_INSTANT_EMPTY=1 the reader is empty. Other programs can use it as far as
-// tests/documents/compare does.
+// session takes as many milliseconds as set by ZRKEY_INSTANT_CLOSE_TIME (0), and a login as many as
+// set by ZRKEY_INSTANT_LOGIN_TIME (0). The token "Instant" has the flags set by ZRKEY_INSTANT_FLAGS
+// (0), and a login the result set by ZRKEY_INSTANT_LOGIN (0). With ZRKEY_INSTANT_EMPTY=1 the reader is
+// empty. Logins, logouts and ends are appended to the file ZRKEY_INSTANT_LOG, a line for each.
+// Other programs can use it as far as tests/documents/compare does.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -21,6 +22,16 @@ long s_closeTime = 0;
 thread_local CK_OBJECT_CLASS s_class = 0;
 thread_local CK_ULONG s_next = 0;
 
+/// @param call  a line.
+void note(const char* call) {
+    if (const char* path = std::getenv("ZRKEY_INSTANT_LOG")) {
+        if (std::FILE* file = std::fopen(path, "ab")) {
+            std::fputs(call, file);
+            std::fclose(file);
+        }
+    }
+}
+
 CK_RV initialize(void*) {
     if (const char* count = std::getenv("ZRKEY_INSTANT_CERTIFICATES")) {
         s_certificates = std::strtoul(count, nullptr, 10);
@@ -32,6 +43,7 @@ CK_RV initialize(void*) {
 }
 
 CK_RV finalize(void*) {
+    note("C_Finalize\n");
     return CKR_OK;
 }
 
@@ -82,6 +94,7 @@ CK_RV openSession(CK_SLOT_ID, CK_FLAGS, void*, CK_NOTIFY, CK_SESSION_HANDLE* ses
 }
 
 CK_RV closeSession(CK_SESSION_HANDLE) {
+    note("C_CloseSession\n");
     if (s_closeTime > 0) {
         std::this_thread::sleep_for(std::chrono::milliseconds(s_closeTime));
     }
@@ -89,10 +102,16 @@ CK_RV closeSession(CK_SESSION_HANDLE) {
 }
 
 CK_RV logout(CK_SESSION_HANDLE) {
+    note("C_Logout\n");
     return CKR_OK;
 }
 
 CK_RV login(CK_SESSION_HANDLE, CK_USER_TYPE, CK_UTF8CHAR*, CK_ULONG) {
+    note("C_Login\n");
+    if (const char* milliseconds = std::getenv("ZRKEY_INSTANT_LOGIN_TIME")) {
+        const auto time = std::chrono::milliseconds(std::strtol(milliseconds, nullptr, 10));
+        std::this_thread::sleep_until(std::chrono::steady_clock::now() + time);
+    }
     return setting("ZRKEY_INSTANT_LOGIN");
 }
 
