@@ -11,6 +11,7 @@
 #include "host/output/failure.h"
 #include "host/output/printable.h"
 #include "host/system/byte_io.h"
+#include "host/system/interruption.h"
 
 namespace zr::host {
 
@@ -82,7 +83,9 @@ void InputPieces::forEach(const std::function<void(std::string_view)>& take) {
     while (const std::size_t count = m_file.read(piece.data(), piece.size(), m_error)) {
         take({piece.data(), count});
         progress.add(count);
+        stopIfInterrupted();
     }
+    stopIfInterrupted();
     if (m_error) {
         throw unreadable(m_path, m_error);
     }

@@ -125,8 +125,9 @@ void addConfigurationOptions(CLI::App& command, ModuleOptions& options) {
 
 void addModuleOptions(CLI::App& command, ModuleOptions& options) {
     command
-        .add_option("--module", options.path,
-                    "The PKCS #11 module; the default is the variable ZRKEY_MODULE")
+        .add_option(
+            "--module", options.path,
+            "The PKCS #11 module, a path or a name; the default is the variable ZRKEY_MODULE")
         ->type_name("PATH")
         ->check(isNotEmpty());
     addConfigurationOptions(command, options);
@@ -328,8 +329,8 @@ int runCommand(const std::string& name, ReportOptions& options,
     return runStreaming(name, options, [&](Console& console) {
         const Report report = body();
         if (isInterrupted()) {
-            console.writeError("zrkey: interrupted: " + name +
-                               " is complete, but its result is not written\n");
+            console.writeFailure("zrkey: interrupted: " + name +
+                                 " is complete, but its result is not written\n");
         } else {
             writeReport(console, name, options, report);
         }
@@ -343,6 +344,9 @@ int runStreaming(const std::string& name, ReportOptions& options,
     options.console = &console;
     if (options.quiet || options.json) {
         console.hideProgress();
+    }
+    if (options.quiet) {
+        console.hideNotes();
     }
     const int exitCode = runBody(console, name, options, [&] { return body(console); });
     return isInterrupted() ? interruptionExitCode() : exitCode;

@@ -121,7 +121,11 @@ int runCommandLine(const std::vector<std::string>& words) {
         return code == 0 ? writeHelp(output.str()) : kExitUsage;
     }
     forgetInterruption();
-    return action();
+    try {
+        return action();
+    } catch (const Interrupted&) {
+        return interruptionExitCode();
+    }
 }
 
 }  // namespace zr::host

@@ -7,8 +7,8 @@
 namespace zr::host {
 namespace {
 
-constexpr std::size_t kShortest = 4;
-constexpr std::size_t kLongest = 8;
+/// Those that the library changes.
+constexpr PinLengths kLengths = {4, 8};
 
 struct PinChangeOptions : TokenOptions {
     PinOptions pin;
@@ -23,8 +23,9 @@ bool isPrompt(const PinSource& source) {
     return source.kind == PinSource::Kind::kPrompt;
 }
 
-Pin readNewPin(const PinSource& source) {
-    Pin pin = readPin(source, "new PIN: ");
+/// @param lengths  those that the prompt states.
+Pin readNewPin(const PinSource& source, const PinLengths& lengths) {
+    Pin pin = readPin(source, "new PIN" + lengths.text() + ": ");
     if (isPrompt(source) && readPin(source, "new PIN again: ").view() != pin.view()) {
         throw wrongPins("the two new PINs differ", "enter the same PIN twice");
     }
@@ -33,10 +34,23 @@ Pin readNewPin(const PinSource& source) {
 
 /// Rejects a PIN of a length that the library refuses, before a login could cost a retry.
 void checkLength(const Pin& pin, const std::string& which) {
-    if (pin.view().size() < kShortest || pin.view().size() > kLongest) {
+    if (pin.view().size() < kLengths.shortest || pin.view().size() > kLengths.longest) {
         throw wrongPins("the " + which + " PIN must be 4 to 8 bytes long",
                         "give a PIN of that length");
     }
+}
+
+/// A PIN that another tool made longer is correct, but the library does not take it.
+void checkOldLength(const Pin& pin, const PinEntry& entry) {
+    if (pin.view().size() > kLengths.longest) {
+        throw wrongPins(
+            "the old PIN is longer than 8 bytes, which the object model does not accept",
+            entry.isSecurityOfficer() ? "change it with the tool of the token's issuer"
+                                      : "change it with the tool of the token's issuer, or let the "
+                                        "security officer set a "
+                                        "new one with zrkey pin unblock");
+    }
+    checkLength(pin, "old");
 }
 
 Report changePin(const PinChangeOptions& options) {
@@ -44,16 +58,16 @@ Report changePin(const PinChangeOptions& options) {
     const PinSource newSource = options.newPin.value_or(PinSource());
     std::optional<Pin> newPin;
     if (!isPrompt(newSource)) {
-        newPin = readNewPin(newSource);
+        newPin = readNewPin(newSource, {});
         checkLength(*newPin, "new");
     } else if (!hasTerminal()) {
         throw noTerminal();
     }
     const TokenSession session(options);
-    const Pin& old = *session.pinFor(oldPin);
-    checkLength(old, "old");
+    const Pin& old = *session.pinFor(oldPin, kLengths);
+    checkOldLength(old, oldPin);
     if (!newPin) {
-        newPin = readNewPin(newSource);
+        newPin = readNewPin(newSource, session.pinLengths().within(kLengths));
         checkLength(*newPin, "new");
     }
     // ModifyPIN logs in too. This login comes first so that a refused login and a refused change

@@ -16,6 +16,8 @@ constexpr unsigned kCallsPerRewind = 256;
 
 }  // namespace
 
+Console* Console::s_current = nullptr;
+
 Console::Console(Diagnostics diagnostics)
     : m_diagnostics(diagnostics),
       m_output(duplicateDescriptor(kStandardOutput)),
@@ -28,6 +30,7 @@ Console::Console(Diagnostics diagnostics)
     if (m_diagnostics == Diagnostics::kDropped) {
         m_dropped = openDroppedOutput();
     }
+    s_current = this;
     std::fflush(stdout);
     if (m_dropped >= 0) {
         redirectDescriptor(kStandardOutput, m_dropped);
@@ -39,6 +42,7 @@ Console::Console(Diagnostics diagnostics)
 }
 
 Console::~Console() {
+    s_current = nullptr;
     std::fflush(stdout);
     if (m_output >= 0) {
         redirectDescriptor(kStandardOutput, m_output);
@@ -59,6 +63,12 @@ std::error_code Console::writeOutput(std::string_view bytes) {
 
 std::error_code Console::writeError(std::string_view bytes) {
     return writeAll(m_error, bytes);
+}
+
+void Console::note(std::string_view line) {
+    if (s_current && s_current->m_hasNotes) {
+        s_current->writeError(line);
+    }
 }
 
 std::error_code Console::writeFailure(const std::string& line) {

@@ -43,11 +43,20 @@ public:
     /// From now on progressLine is empty.
     void hideProgress() { m_hasProgress = false; }
 
+    /// Writes a line to standard error through the console that there is; without one it is dropped.
+    /// For what happens too deep in a command to have the console.
+    static void note(std::string_view line);
+    /// From now on notes are dropped.
+    void hideNotes() { m_hasNotes = false; }
+
     /// Flushes what the library wrote, or bounds it where it is dropped. To be called after calls
     /// of the library.
     void drainDiagnostics();
 
 private:
+    static Console* s_current;
+
+    bool m_hasNotes = true;
     Diagnostics m_diagnostics;
     int m_output;
     int m_error;

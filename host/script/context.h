@@ -16,6 +16,7 @@
 #include "host/script/watchdog.h"
 #include "host/system/erasing_allocator.h"
 #include "host/system/interruption.h"
+#include "host/system/secret_memory.h"
 #include "host/token/module_loading.h"
 #include "host/token/pin.h"
 
@@ -72,6 +73,8 @@ struct ScriptContext {
     bool hasGivenPin = false;          ///< readPin was called; a shell resets it
     ModuleOptions moduleOptions = {};  ///< of the global provider
     std::shared_ptr<LoadedModule> module = {};  ///< the global provider's; null: not loaded
+    /// From the first PIN on, which stays in the script's memory.
+    std::optional<NoCoreDumps> noCoreDumps = {};
     /// Noted from the first provider on, so that its module is unloaded first.
     std::optional<InterruptionGuard> interruptions = {};
 

@@ -112,6 +112,9 @@ duk_ret_t readPinForScript(duk_context* script) {
     const std::string prompt =
         duk_is_undefined(script, 0) ? "PIN: " : printable(viewOf(utf8At(script, 0)));
     stopInTime(script);
+    if (!contextOf(script).noCoreDumps) {
+        contextOf(script).noCoreDumps.emplace();
+    }
     contextOf(script).hasGivenPin = true;
     if (std::optional<Pin> given = std::exchange(contextOf(script).pin, std::nullopt)) {
         pushText(script, given->view());

@@ -37,6 +37,8 @@ std::string loadModule(ScriptContext& context) {
             .append(failure.cause)
             .append("; ")
             .append(failure.advice);
+    } catch (const Interrupted&) {
+        // The caller stops the script.
     }
     return {};
 }
@@ -45,7 +47,9 @@ std::string loadModule(ScriptContext& context) {
 duk_ret_t getProvider(duk_context* script) {
     ScriptContext& context = contextOf(script);
     stopInTime(script);
-    if (const std::string problem = loadModule(context); !problem.empty()) {
+    const std::string problem = loadModule(context);
+    stopInTime(script);
+    if (!problem.empty()) {
         return throwError(script, DUK_ERR_ERROR, problem);
     }
     context.console.drainDiagnostics();

@@ -126,6 +126,7 @@ CertificateTable readCertificates(const TokenSession& token, DirectSession& dire
         {numberAttribute(CKA_CLASS, CKO_CERTIFICATE), truthAttribute(CKA_TOKEN, true)}, objects));
     CertificateTable table;
     for (const CK_OBJECT_HANDLE object : objects) {
+        stopIfInterrupted();
         AttributeValues values;
         const CK_RV result =
             direct->read(object, {CKA_CERTIFICATE_TYPE, CKA_ID, CKA_LABEL, CKA_VALUE}, values);
@@ -178,6 +179,7 @@ TokenCertificate chooseCertificate(CertificateTable table, const CertificateChoi
 
 zrkey::ComRef<IKeyCertificate> openCertificate(IKeyObject& token,
                                                const TokenCertificate& certificate) {
+    stopIfInterrupted();
     const std::string asked = "open the certificate " + inQuotes(certificate.name);
     const auto which = zrkey::Variant::fromNumber(static_cast<LONG>(certificate.index));
     zrkey::ComRef<IKeyContainer> container;
@@ -197,6 +199,7 @@ zrkey::ComRef<IKeyCertificate> openCertificate(IKeyObject& token,
     if (id.utf8() != certificate.name) {
         throw changedMeanwhile(asked);
     }
+    stopIfInterrupted();
     return opened;
 }
 

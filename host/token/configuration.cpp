@@ -69,6 +69,10 @@ std::optional<fs::path> userConfiguration() {
     return fileIn(userConfigurationFolder());
 }
 
+std::optional<fs::path> systemConfiguration() {
+    return fileIn(systemConfigurationFolder());
+}
+
 std::vector<ConfigurationPlace> configurationPlaces(const ModuleOptions& options) {
     std::vector<ConfigurationPlace> places;
     if (!options.configuration.empty()) {
@@ -80,7 +84,7 @@ std::vector<ConfigurationPlace> configurationPlaces(const ModuleOptions& options
     if (const std::optional<fs::path> file = userConfiguration()) {
         places.push_back({Kind::kUser, *file});
     }
-    if (const std::optional<fs::path> file = fileIn(systemConfigurationFolder())) {
+    if (const std::optional<fs::path> file = systemConfiguration()) {
         places.push_back({Kind::kSystem, *file});
     }
     places.push_back({Kind::kBuiltIn, {}});

@@ -36,8 +36,9 @@ struct ConfigurationPlace {
 /// environment does not say where it is. Throws a Failure when there is no current folder.
 std::vector<ConfigurationPlace> configurationPlaces(const ModuleOptions& options);
 
-/// The user's file; nothing when the environment does not say where it is.
+/// The user's file and the system's; nothing when the environment does not say where it is.
 std::optional<std::filesystem::path> userConfiguration();
+std::optional<std::filesystem::path> systemConfiguration();
 
 /// The file of --config, also when it does not exist; otherwise the first place that exists.
 ConfigurationPlace chooseConfiguration(const std::vector<ConfigurationPlace>& places);

@@ -17,6 +17,7 @@
 #include "host/token/cryptoki.h"
 #include "host/token/cryptoki_names.h"
 #include "host/token/load_cause.h"
+#include "host/token/module_choice.h"
 #include "host/token/module_loading.h"
 #include "host/token/platform_of.h"
 #include "host/token/token_state.h"
@@ -30,7 +31,7 @@ using Status = Check::Status;
 
 class Doctor {
 public:
-    explicit Doctor(const ModuleOptions& options) : m_options(options) {}
+    explicit Doctor(ModuleOptions options) : m_options(std::move(options)) {}
 
     Diagnosis run() {
         checkLibraries();
@@ -71,7 +72,7 @@ private:
     /// @return the exit code of a login to the token.
     int checkToken(const std::string& name, CK_SLOT_ID slot, const Cryptoki& calls);
 
-    const ModuleOptions& m_options;
+    ModuleOptions m_options;  ///< with the chosen module
     Diagnosis m_diagnosis;
 };
 
@@ -87,10 +88,10 @@ void Doctor::checkLibraries() {
 bool Doctor::checkModule() {
     std::string path;
     try {
-        const std::string name = modulePath(m_options);
-        add("module", Status::kOk,
-            name + ", from " + (m_options.path.empty() ? "ZRKEY_MODULE" : "--module"));
-        path = toUtf8(moduleFile(name));
+        const ChosenModule chosen = chooseModule(m_options.path);
+        add("module", Status::kOk, chosen.path + ", from " + chosen.origin);
+        m_options.path = chosen.path;
+        path = toUtf8(moduleFile(chosen.path));
     } catch (const Failure& failure) {
         return fail("module", kExitModule, {failure.cause, failure.advice});
     }

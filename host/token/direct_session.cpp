@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "host/system/interruption.h"
 #include "host/token/cryptoki_names.h"
 #include "host/token/token_state.h"
 
@@ -26,6 +27,7 @@ DirectSession::DirectSession(const TokenSession& token, std::string asked,
 }
 
 CK_SLOT_ID DirectSession::findSlot(const TokenSession& token) const {
+    stopIfInterrupted();
     const TokenState state = readTokenState(m_module, token.row());
     if (isTokenGone(state.result)) {
         throw commandFailure(kExitFailure, m_asked, "the token was removed",

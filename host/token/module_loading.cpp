@@ -10,14 +10,13 @@
 #include "host/system/utf8_path.h"
 #include "host/token/configuration.h"
 #include "host/token/load_cause.h"
+#include "host/token/module_choice.h"
 #include "host/token/paths.h"
 
 namespace fs = std::filesystem;
 
 namespace zr::host {
 namespace {
-
-constexpr const char* kModuleVariable = "ZRKEY_MODULE";
 
 /// The same file with the links in its folder resolved: ".." after a link is the parent of the
 /// link's target. The file itself may stay a link: a module may find its own files by its name.
@@ -65,16 +64,6 @@ LoadFolder loadFolder(const std::string& temporary) {
 
 }  // namespace
 
-std::string modulePath(const ModuleOptions& options) {
-    std::string path =
-        options.path.empty() ? environmentVariable(kModuleVariable).value_or("") : options.path;
-    if (path.empty()) {
-        throw commandFailure(kExitUsage, "load a module", "no module is named",
-                             std::string("give --module PATH or set ") + kModuleVariable);
-    }
-    return path;
-}
-
 fs::path moduleFile(const std::string& name) {
     return withoutLinks(absolutePath(toPath(name)));
 }
@@ -93,7 +82,7 @@ fs::path loadablePath(const fs::path& module, const fs::path& folder) {
 }
 
 LoadedModule::LoadedModule(const ModuleOptions& options) {
-    const std::string name = modulePath(options);
+    const std::string name = chooseModule(options.path).path;
     const fs::path module = moduleFile(name);
     const ConfigurationPlace configuration = chooseConfiguration(configurationPlaces(options));
     const FolderChange change(options.workFolder);

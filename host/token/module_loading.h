@@ -11,11 +11,7 @@
 
 namespace zr::host {
 
-/// The path of the module that the options or the environment name. Throws a Failure when there is
-/// none.
-std::string modulePath(const ModuleOptions& options);
-
-/// Its file: absolute, the links in its folder resolved.
+/// The file of a module: absolute, the links in its folder resolved.
 std::filesystem::path moduleFile(const std::string& path);
 
 /// The path by which the library loads a module. It is relative to the current directory, which the

@@ -39,17 +39,27 @@ void Pin::take(Pin& other) {
     other.m_size = 0;
 }
 
-PinText::PinText(const Pin& pin) {
+namespace {
+
+/// Throws std::bad_alloc when there is no memory.
+BSTR makeText(const Pin& pin) {
     // UTF-16 never needs more units than UTF-8 needs bytes.
     std::array<OLECHAR, Pin::kCapacity> units;
+    const SecretMemory protection(units.data(), sizeof units);
     const std::string_view bytes = pin.view();
     const auto end = utf8::utf8to16(bytes.begin(), bytes.end(), units.begin());
-    m_text = SysAllocStringLen(units.data(), static_cast<UINT>(end - units.begin()));
+    const BSTR text = SysAllocStringLen(units.data(), static_cast<UINT>(end - units.begin()));
     secureErase(units.data(), sizeof units);
-    if (!m_text) {
+    if (!text) {
         throw std::bad_alloc();
     }
+    return text;
 }
+
+}  // namespace
+
+PinText::PinText(const Pin& pin)
+    : m_text(makeText(pin)), m_protection(m_text, SysStringByteLen(m_text)) {}
 
 PinText::~PinText() {
     secureErase(m_text, SysStringByteLen(m_text));

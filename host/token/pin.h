@@ -1,4 +1,5 @@
-// A PIN, and the BSTR made of it for a call; both are erased on destruction.
+// A PIN, and the BSTR made of it for a call; both are erased on destruction, and kept off the disk
+// until then.
 #pragma once
 
 #include <zrkey/automation.h>
@@ -6,6 +7,8 @@
 #include <array>
 #include <cstddef>
 #include <string_view>
+
+#include "host/system/secret_memory.h"
 
 namespace zr::host {
 
@@ -30,6 +33,7 @@ private:
 
     std::array<char, kCapacity> m_bytes = {};
     std::size_t m_size = 0;
+    SecretMemory m_protection{m_bytes.data(), m_bytes.size()};
 };
 
 /// A PIN as a BSTR for a call.
@@ -45,6 +49,7 @@ public:
 
 private:
     BSTR m_text;
+    SecretMemory m_protection;
 };
 
 }  // namespace zr::host

@@ -45,6 +45,7 @@ ReadStatus readVariable(const std::string& name, Pin& pin) {
         return ReadStatus::kNotSet;
     }
     std::string& value = *found;
+    const SecretMemory protection(value.data(), value.size());
     const bool fits =
         std::all_of(value.begin(), value.end(), [&](char byte) { return pin.append(byte); });
     secureErase(value.data(), value.size());

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <optional>
 
+#include "host/system/interruption.h"
 #include "host/token/cryptoki_names.h"
 
 namespace zr::host {
@@ -116,6 +117,7 @@ std::vector<TokenFile> listFiles(DirectSession& direct) {
     direct.require(direct->find(fileAttributes(), objects));
     std::vector<TokenFile> files;
     for (const CK_OBJECT_HANDLE object : objects) {
+        stopIfInterrupted();
         AttributeValues values;
         direct.require(direct->read(object, {CKA_LABEL, CKA_PRIVATE, CKA_VALUE}, values));
         const std::optional<unsigned> number = numberOf(values[0].value_or(""));

@@ -20,7 +20,7 @@ struct ReportOptions {
 };
 
 struct ModuleOptions {
-    std::string path;           ///< empty: the variable ZRKEY_MODULE names it
+    std::string path;           ///< a path or a name; empty: see chooseModule
     std::string workFolder;     ///< may contain config.xml; empty: the current folder
     std::string configuration;  ///< a file; empty: it is looked for in its places
 };

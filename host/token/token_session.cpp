@@ -166,12 +166,13 @@ PinEntry::PinEntry(const PinOptions& options, Need need)
     }
 }
 
-const Pin* PinEntry::get(const TokenRow& token) {
+const Pin* PinEntry::get(const TokenRow& token, const PinLengths& lengths) {
     if (!m_source) {
         return nullptr;
     }
     if (!m_pin) {
-        m_pin = readPin(*m_source, role() + " PIN of " + inQuotes(token.label) + ": ");
+        m_pin =
+            readPin(*m_source, role() + " PIN of " + inQuotes(token.label) + lengths.text() + ": ");
     }
     return &*m_pin;
 }
@@ -213,12 +214,13 @@ INT PinEntry::type() const {
 TokenSession::TokenSession(const TokenOptions& options)
     : m_module(options.module), m_row(chooseToken(m_module, options.choice)) {}
 
-const Pin* TokenSession::pinFor(PinEntry& pin) const {
+const Pin* TokenSession::pinFor(PinEntry& pin, const PinLengths& lengths) const {
     if (!pin.isGiven()) {
         return nullptr;
     }
     const std::string asked = askedLogin(m_row, pin);
-    switch (readPinState(m_module, m_row, pin.isSecurityOfficer())) {
+    PinLengths allowed;
+    switch (readPinState(m_module, m_row, pin.isSecurityOfficer(), &allowed)) {
         case PinState::kTokenRemoved:
             throw commandFailure(kExitFailure, asked, kRemoved.text, kRemoved.advice);
         case PinState::kLocked:
@@ -230,7 +232,13 @@ const Pin* TokenSession::pinFor(PinEntry& pin) const {
             // A module may forget to say that the PIN is set, and trying costs nothing if it is not.
             break;
     }
-    return pin.get(m_row);
+    return pin.get(m_row, lengths.longest > 0 ? allowed.within(lengths) : allowed);
+}
+
+PinLengths TokenSession::pinLengths() const {
+    PinLengths lengths;
+    readPinState(m_module, m_row, false, &lengths);
+    return lengths;
 }
 
 bool TokenSession::login(PinEntry& pin) const {

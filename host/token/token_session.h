@@ -9,6 +9,7 @@
 
 #include "host/token/module_loading.h"
 #include "host/token/pin.h"
+#include "host/token/token_state.h"
 
 namespace zr::host {
 
@@ -49,7 +50,8 @@ public:
     /// Whether there will be a PIN; false means no login.
     bool isGiven() const { return m_source.has_value(); }
     /// The PIN; null means no login.
-    const Pin* get(const TokenRow& token);
+    /// @param lengths  those that the prompt states.
+    const Pin* get(const TokenRow& token, const PinLengths& lengths = {});
     /// Makes sure that the last try is to be used: by the option, or by a question on the terminal,
     /// once. Throws a Failure, with the try unused, when it is not, or nobody can be asked.
     void agreeToLastTry(const TokenRow& token);
@@ -76,7 +78,11 @@ public:
     IKeyObject& token() const { return *m_row.token.get(); }
     /// The PIN for this token; null means no login. Throws a Failure when the token says that no
     /// login can succeed.
-    const Pin* pinFor(PinEntry& pin) const;
+    /// @param lengths  those that the prompt states, as far as the token allows them; without them
+    ///                 those of the token.
+    const Pin* pinFor(PinEntry& pin, const PinLengths& lengths = {}) const;
+    /// What the token says.
+    PinLengths pinLengths() const;
     /// Logs in, with one attempt. Throws a Failure when the token refuses the PIN.
     /// @return false, without a login, when there is no PIN.
     bool login(PinEntry& pin) const;

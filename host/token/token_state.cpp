@@ -10,6 +10,7 @@
 
 #include "host/token/cryptoki.h"
 #include "host/token/cryptoki_names.h"
+#include "host/token/pin.h"
 #include "host/token/token_session.h"
 
 namespace zr::host {
@@ -42,7 +43,35 @@ PinState stateOf(CK_FLAGS flags, bool securityOfficer) {
     return isNotSet ? PinState::kNotSet : PinState::kUsable;
 }
 
+PinLengths lengthsOf(const TokenFacts& facts) {
+    // The greatest number means that the token does not say.
+    const bool isKnown =
+        facts.longestPin > 0 && facts.longestPin != CK_UNAVAILABLE_INFORMATION &&
+        facts.shortestPin <= std::min<std::size_t>(facts.longestPin, Pin::kCapacity);
+    return isKnown ? PinLengths{facts.shortestPin,
+                                std::min<std::size_t>(facts.longestPin, Pin::kCapacity)}
+                   : PinLengths();
+}
+
 }  // namespace
+
+PinLengths PinLengths::within(const PinLengths& others) const {
+    const PinLengths both = {std::max(shortest, others.shortest),
+                             std::min(longest, others.longest)};
+    return both.shortest <= both.longest ? both : others;
+}
+
+std::string PinLengths::text() const {
+    if (longest == 0) {
+        return {};
+    }
+    std::string text = " (";
+    if (shortest < longest) {
+        text.append(shortest > 0 ? std::to_string(shortest).append(" to ") : "up to ");
+    }
+    return text.append(std::to_string(longest))
+        .append(longest == 1 ? " character)" : " characters)");
+}
 
 TokenState readTokenState(const Cryptoki& calls, const TokenRow& row) {
     TokenState state;
@@ -66,10 +95,14 @@ TokenState readTokenState(const Cryptoki& calls, const TokenRow& row) {
     return state;
 }
 
-PinState readPinState(const LoadedModule& module, const TokenRow& row, bool securityOfficer) {
+PinState readPinState(const LoadedModule& module, const TokenRow& row, bool securityOfficer,
+                      PinLengths* lengths) {
     const TokenState state = readTokenState(Cryptoki(module.path()), row);
     if (state.result != CKR_OK) {
         return isTokenGone(state.result) ? PinState::kTokenRemoved : PinState::kUnknown;
+    }
+    if (lengths) {
+        *lengths = lengthsOf(state.facts);
     }
     return stateOf(state.facts.flags, securityOfficer);
 }

@@ -1,6 +1,9 @@
 // What a module says about its readers and tokens when the library only fails.
 #pragma once
 
+#include <cstddef>
+#include <string>
+
 #include "host/output/failure.h"
 #include "host/token/cryptoki.h"
 
@@ -29,8 +32,21 @@ enum class PinState {
     kTokenRemoved
 };
 
+/// How long a PIN may be, in bytes.
+struct PinLengths {
+    std::size_t shortest = 0;
+    std::size_t longest = 0;  ///< 0: not known
+
+    /// The lengths that others allow too; the others' when there is none.
+    PinLengths within(const PinLengths& others) const;
+    /// For a prompt: " (4 to 8 characters)"; empty when it is not known.
+    std::string text() const;
+};
+
 /// The state of a PIN, by the flags of its token. Costs no try.
-PinState readPinState(const LoadedModule& module, const TokenRow& row, bool securityOfficer);
+/// @param lengths  may be null; set to what the token says, no longer than a PIN of the command.
+PinState readPinState(const LoadedModule& module, const TokenRow& row, bool securityOfficer,
+                      PinLengths* lengths = nullptr);
 
 /// The state of a PIN by the flags of its token.
 PinState pinStateOf(CK_FLAGS flags, bool securityOfficer);

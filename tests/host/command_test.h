@@ -3,6 +3,7 @@
 #pragma once
 
 #include "host/commands/command_line.h"
+#include "host/token/module_places.h"
 #include "tests/host/child_command.h"
 #include "tests/host/configuration_folders.h"
 #include "tests/support/fixtures/token.h"
@@ -19,6 +20,8 @@ void setText(unsigned char (&field)[size], const std::string& text) {
 class CommandTest : public ModuleTest {
 protected:
     CommandTest() {
+        // The modules of the machine that runs the tests are not looked at.
+        host::replaceModulePlaces(host::ModulePlaces());
         folder.writeConfig("SHA1WithRSA", "MD5");
         CK_TOKEN_INFO& info = module->settings().tokenInfo;
         setText(info.label, "Label");
@@ -29,7 +32,10 @@ protected:
         setEnvironment("TEST_PIN", "1234");
         setEnvironment("TEST_WRONG_PIN", "97531");
     }
-    ~CommandTest() override { setEnvironment("ZRKEY_MODULE", ""); }
+    ~CommandTest() override {
+        setEnvironment("ZRKEY_MODULE", "");
+        host::replaceModulePlaces(std::nullopt);
+    }
 
     static CommandResult zrkey(const std::vector<std::string>& words) {
         ConsoleCapture console;

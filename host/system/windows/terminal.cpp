@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "host/system/interruption.h"
+#include "host/system/secret_memory.h"
 #include "host/system/system.h"
 
 namespace zr::host {
@@ -81,6 +82,8 @@ PromptResult readLine(HANDLE input, const std::function<bool(char)>& take) {
     constexpr std::size_t kLongestLine = 256;
     std::array<wchar_t, kLongestLine> line = {};
     std::array<char, 3 * kLongestLine> bytes = {};
+    const SecretMemory lineProtection(line.data(), sizeof line);
+    const SecretMemory bytesProtection(bytes.data(), sizeof bytes);
     DWORD length = 0;
     const bool isRead =
         ReadConsoleW(input, line.data(), static_cast<DWORD>(line.size()), &length, nullptr) != 0;

@@ -97,13 +97,11 @@ TEST_F(InterruptionTest, DuringTheLastCallSaysThatTheWorkIsComplete) {
 }
 
 TEST_F(InterruptionTest, ResultIsNotWrittenAndItsNewFileIsRemoved) {
-    interruptDuring("C_Sign");
-    std::vector<std::string> words = sign();
-    words.insert(words.end(), {"-o", "data.sig"});
-    EXPECT_EQ("zrkey: interrupted: sign is complete, but its result is not written\n",
-              interrupted(words));
-    EXPECT_EQ(kEnd, callsAfter("C_Sign"));
-    EXPECT_FALSE(std::filesystem::exists("data.sig"));
+    interruptDuring("C_Logout");
+    EXPECT_EQ("zrkey: interrupted: cert read is complete, but its result is not written\n",
+              interrupted(withPin({"cert", "read", "-o", "data.der"})));
+    EXPECT_EQ((Lines{"C_CloseSession", "C_Finalize"}), callsAfter("C_Logout"));
+    EXPECT_FALSE(std::filesystem::exists("data.der"));
 }
 
 TEST_F(InterruptionTest, FailureIsStillReported) {

@@ -120,11 +120,6 @@ TEST_F(CommandTokenTest, RelativeModulePathStartsAtTheCallersFolder) {
     EXPECT_EQ(0, zrkey({"list", "--module", module, "--workdir", "elsewhere"}).exitCode);
 }
 
-TEST_F(CommandTokenTest, ListWithoutAModuleNameIsWrongUsage) {
-    setEnvironment("ZRKEY_MODULE", "");
-    expectFailure(zrkey({"list"}), 2, "give --module PATH or set ZRKEY_MODULE");
-}
-
 TEST_F(CommandTokenTest, PinChangeWorksAndCanBeReversed) {
     expectOutput(zrkey({"pin", "change", "--pin", "-", "--new-pin", "-"}, "1234\n56789012\n"),
                  "changed the user PIN of \"ZRKey Test\"\n");

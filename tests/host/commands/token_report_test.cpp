@@ -151,6 +151,16 @@ TEST_F(TokenReportTest, PinsOfAWrongLengthAreRefusedWithoutALogin) {
         "change the PIN: the new PIN must be 4 to 8 bytes long; give a PIN of that length");
     setEnvironment("TEST_NEW_PIN", "5678");
     setEnvironment("TEST_PIN", "123456789");
+    const std::string longer =
+        "change the PIN: the old PIN is longer than 8 bytes, which the object model does not "
+        "accept; "
+        "change it with the tool of the token's issuer";
+    expectFailure(withPin(change), 2,
+                  longer + ", or let the security officer set a new one with zrkey pin unblock");
+    std::vector<std::string> officer = withPin(change);
+    officer.emplace_back("--so");
+    expectFailure(officer, 2, longer);
+    setEnvironment("TEST_PIN", "123");
     expectFailure(
         withPin(change), 2,
         "change the PIN: the old PIN must be 4 to 8 bytes long; give a PIN of that length");

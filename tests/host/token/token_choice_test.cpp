@@ -24,7 +24,9 @@ protected:
     TokenChoiceTest() {
         options.module.path = module.path();
         setEnvironment("ZRKEY_MODULE", "");
+        host::replaceModulePlaces(host::ModulePlaces());
     }
+    ~TokenChoiceTest() override { host::replaceModulePlaces(std::nullopt); }
 
     /// As the library read them from the configuration.
     std::string signAlgorithms() const {

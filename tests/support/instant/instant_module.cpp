@@ -4,8 +4,8 @@
 // session takes as many milliseconds as set by ZRKEY_INSTANT_CLOSE_TIME (0), and a login as many as
 // set by ZRKEY_INSTANT_LOGIN_TIME (0). The token "Instant" has the flags set by ZRKEY_INSTANT_FLAGS
 // (0), and a login the result set by ZRKEY_INSTANT_LOGIN (0). With ZRKEY_INSTANT_EMPTY=1 the reader is
-// empty. Logins, logouts and ends are appended to the file ZRKEY_INSTANT_LOG, a line for each. Other
-// programs can use it as far as tests/documents/compare does.
+// empty. Logins, logouts and ends are appended to the file ZRKEY_INSTANT_LOG, a line for each.
+// Other programs can use it as far as tests/documents/compare does.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>

@@ -52,7 +52,7 @@ std::string Recording::noListFile() {
 std::vector<std::string> Recording::takeCalls() {
     std::vector<std::string> calls;
     for (std::size_t i = 0; i < m_control->callCount(); ++i) {
-        calls.emplace_back(m_control->call(i));
+        calls.emplace_back(m_control->call(i), m_control->callLength(i));
     }
     m_control->clearCalls();
     return calls;

@@ -69,6 +69,8 @@ public:
     virtual std::size_t callCount() const = 0;
     /// One call: name and arguments, "C_Login(1, 1, 1234)". Valid until the next call.
     virtual const char* call(std::size_t index) const = 0;
+    /// The bytes of that text, which may contain zeros.
+    virtual std::size_t callLength(std::size_t index) const = 0;
     virtual RecordingAnswer answer(std::size_t index) const = 0;
     virtual void clearCalls() = 0;
     virtual std::size_t openSessions() const = 0;

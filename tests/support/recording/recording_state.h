@@ -35,6 +35,9 @@ public:
                           std::size_t* length) const override;
     std::size_t callCount() const override { return m_calls.size(); }
     const char* call(std::size_t index) const override { return m_calls.at(index).line().c_str(); }
+    std::size_t callLength(std::size_t index) const override {
+        return m_calls.at(index).line().size();
+    }
     RecordingAnswer answer(std::size_t index) const override { return m_calls.at(index).answer(); }
     void clearCalls() override { m_calls.clear(); }
     std::size_t openSessions() const override { return m_sessions.size(); }

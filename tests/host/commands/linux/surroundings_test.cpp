@@ -111,5 +111,17 @@ TEST_F(SurroundingsTest, ModuleThatDoesNotStartIsNamedWithItsResult) {
     setEnvironment("SOFTHSM2_CONF", before);
 }
 
+TEST_F(SurroundingsTest, ModuleOfP11KitIsFoundAndUsed) {
+    const std::string module = fromEnvironment("ZRKEY_TEST_MODULE");
+    setEnvironment("ZRKEY_MODULE", "");
+    std::filesystem::create_directories("user/pkcs11/modules");
+    writeFile("user/pkcs11/modules/a-token.module", "module: " + module);
+    const CommandResult result = zrkey({"list"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_NE(std::string::npos, result.output.find("0\tZRKey Test\t")) << result.output;
+    EXPECT_EQ("zrkey: using the module \"" + module + "\" of p11-kit, the only one with a token\n",
+              result.errors);
+}
+
 }  // namespace
 }  // namespace zr::test

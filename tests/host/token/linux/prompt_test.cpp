@@ -9,7 +9,7 @@ using PromptTest = TerminalTest;
 
 TEST_F(PromptTest, LoginPromptsAndHidesTheAnswer) {
     TerminalCommand command({"login"});
-    command.waitFor("user PIN of \"ZRKey Test\": ");
+    command.waitFor("user PIN of \"ZRKey Test\" (4 to 127 characters): ");
     EXPECT_FALSE(command.isEchoOn());
     command.type("1234\n");
     int status = 0;
@@ -21,9 +21,9 @@ TEST_F(PromptTest, LoginPromptsAndHidesTheAnswer) {
 
 TEST_F(PromptTest, PinChangeWithTwoDifferentNewPinsIsRefused) {
     TerminalCommand command({"pin", "change"});
-    command.waitFor("user PIN of \"ZRKey Test\": ");
+    command.waitFor("user PIN of \"ZRKey Test\" (4 to 8 characters): ");
     command.type("1234\n");
-    command.waitFor("new PIN: ");
+    command.waitFor("new PIN (4 to 8 characters): ");
     command.type("5678\n");
     command.waitFor("new PIN again: ");
     command.type("5679\n");
@@ -34,9 +34,22 @@ TEST_F(PromptTest, PinChangeWithTwoDifferentNewPinsIsRefused) {
     EXPECT_EQ(std::string::npos, shown.find("567")) << shown;
 }
 
+TEST_F(PromptTest, PinChangeSaysWhatToDoWithALongOldPin) {
+    TerminalCommand command({"pin", "change"});
+    command.waitFor("user PIN of \"ZRKey Test\" (4 to 8 characters): ");
+    command.type("123456789\n");
+    int status = 0;
+    const std::string shown = command.finish(&status);
+    EXPECT_EQ(2, WEXITSTATUS(status));
+    EXPECT_NE(
+        std::string::npos,
+        shown.find("the old PIN is longer than 8 bytes, which the object model does not accept"))
+        << shown;
+}
+
 TEST_F(PromptTest, InterruptAtThePromptEndsTheCommandAndRestoresTheEcho) {
     TerminalCommand command({"login"});
-    command.waitFor("user PIN of \"ZRKey Test\": ");
+    command.waitFor("user PIN of \"ZRKey Test\" (4 to 127 characters): ");
     command.type("\x03");
     command.waitFor("\r\n");
     int status = 0;
@@ -46,11 +59,25 @@ TEST_F(PromptTest, InterruptAtThePromptEndsTheCommandAndRestoresTheEcho) {
     EXPECT_TRUE(command.isEchoOn());
 }
 
+TEST_F(PromptTest, InterruptAtThePromptUnloadsTheModule) {
+    setEnvironment("ZRKEY_MODULE", ZR_INSTANT_MODULE);
+    setEnvironment("ZRKEY_INSTANT_LOG", std::filesystem::absolute("calls.txt").string());
+    TerminalCommand command({"login"});
+    command.waitFor("user PIN of \"Instant\": ");
+    command.type("\x03");
+    int status = 0;
+    EXPECT_EQ("user PIN of \"Instant\": \r\n", command.finish(&status));
+    setEnvironment("ZRKEY_INSTANT_LOG", "");
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(SIGINT, WTERMSIG(status));
+    EXPECT_EQ("C_CloseSession\nC_Finalize\n", readFile("calls.txt"));
+}
+
 TEST_F(PromptTest, SignalIgnoredByTheCallerDoesNotEndThePrompt) {
     const auto before = signal(SIGHUP, SIG_IGN);
     TerminalCommand command({"login"});
     signal(SIGHUP, before);
-    command.waitFor("user PIN of \"ZRKey Test\": ");
+    command.waitFor("user PIN of \"ZRKey Test\" (4 to 127 characters): ");
     command.send(SIGHUP);
     // An answer typed at once would end the prompt before the signal could.
     EXPECT_TRUE(command.showsNothingFor(500));
@@ -63,7 +90,7 @@ TEST_F(PromptTest, SignalIgnoredByTheCallerDoesNotEndThePrompt) {
 
 TEST_F(PromptTest, EmptyAnswerIsRefusedWithoutARetry) {
     TerminalCommand command({"login"});
-    command.waitFor("user PIN of \"ZRKey Test\": ");
+    command.waitFor("user PIN of \"ZRKey Test\" (4 to 127 characters): ");
     command.type("\n");
     int status = 0;
     EXPECT_NE(std::string::npos, command.finish(&status).find("the PIN is empty"));
