@@ -11,7 +11,8 @@ class TraceTest : public CommandTokenTest {
 protected:
     void SetUp() override {
         CommandTokenTest::SetUp();
-        m_sanitizer = fromEnvironment("ASAN_OPTIONS");
+        const char* const options = std::getenv("ASAN_OPTIONS");
+        m_sanitizer = options ? options : "";
         // The spy module does not free what it allocates.
         setEnvironment("ASAN_OPTIONS", m_sanitizer + ":detect_leaks=0");
     }
