@@ -83,6 +83,7 @@ void InputPieces::forEach(const std::function<void(std::string_view)>& take) {
     while (const std::size_t count = m_file.read(piece.data(), piece.size(), m_error)) {
         take({piece.data(), count});
         progress.add(count);
+        stopIfInterrupted();
     }
     stopIfInterrupted();
     if (m_error) {

@@ -300,17 +300,11 @@ OpenOutput openByteOutput(const ByteOutput& output, const ReportOptions& options
 
 namespace {
 
-/// Runs a body and writes its report or its failure.
+/// Runs a body and writes its failure.
 int runBody(Console& console, const std::string& name, const ReportOptions& options,
-            const std::function<Report()>& body) {
+            const std::function<int()>& body) {
     try {
-        const Report report = body();
-        if (isInterrupted()) {
-            console.writeFailure("zrkey: interrupted: " + name +
-                                 " is complete, but its result is not written\n");
-        } else {
-            writeReport(console, name, options, report);
-        }
+        return body();
     } catch (const Interrupted&) {
         // The caller knows.
     } catch (const Failure& failure) {
@@ -332,6 +326,20 @@ int runBody(Console& console, const std::string& name, const ReportOptions& opti
 
 int runCommand(const std::string& name, ReportOptions& options,
                const std::function<Report()>& body) {
+    return runStreaming(name, options, [&](Console& console) {
+        const Report report = body();
+        if (isInterrupted()) {
+            console.writeFailure("zrkey: interrupted: " + name +
+                                 " is complete, but its result is not written\n");
+        } else {
+            writeReport(console, name, options, report);
+        }
+        return report.exitCode;
+    });
+}
+
+int runStreaming(const std::string& name, ReportOptions& options,
+                 const std::function<int(Console&)>& body) {
     Console console(options.verbose ? Diagnostics::kOnStandardError : Diagnostics::kDropped);
     options.console = &console;
     if (options.quiet || options.json) {
@@ -340,7 +348,7 @@ int runCommand(const std::string& name, ReportOptions& options,
     if (options.quiet) {
         console.hideNotes();
     }
-    const int exitCode = runBody(console, name, options, body);
+    const int exitCode = runBody(console, name, options, [&] { return body(console); });
     return isInterrupted() ? interruptionExitCode() : exitCode;
 }
 

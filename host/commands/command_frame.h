@@ -22,6 +22,8 @@ class Option;
 
 namespace zr::host {
 
+class Console;
+
 /// --json, -v and -q.
 void addReportOptions(CLI::App& command, ReportOptions& options);
 /// --config and --workdir.
@@ -67,6 +69,12 @@ OpenOutput openByteOutput(const ByteOutput& output, const ReportOptions& options
 /// @return the exit code.
 int runCommand(const std::string& name, ReportOptions& options,
                const std::function<Report()>& body);
+
+/// Runs the body of a command that writes as it goes on and returns its exit code, and writes its
+/// failure.
+/// @return the exit code.
+int runStreaming(const std::string& name, ReportOptions& options,
+                 const std::function<int(Console&)>& body);
 
 /// Adds a command; run becomes the action when the command is chosen.
 /// @param path  the name of the command in JSON: "file read".

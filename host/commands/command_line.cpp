@@ -29,6 +29,7 @@ CLI::App& addGroup(CLI::App& app, const std::string& name, const std::string& he
 void addCommands(CLI::App& app, Action& action) {
     app.require_subcommand(1);
     addRunCommand(app, action);
+    addShellCommand(app, action);
     addListCommand(app, action);
     addInfoCommand(app, action);
     addLoginCommand(app, action);
@@ -48,6 +49,9 @@ void addCommands(CLI::App& app, Action& action) {
     addSignCommand(app, action);
     addVerifyCommand(app, action);
     addDigestCommand(app, action);
+    addDoctorCommand(app, action);
+    addWatchCommand(app, action);
+    addTraceCommand(app, action);
     CLI::App& config = addGroup(app, "config", "Shows where the configuration comes from");
     addConfigShowCommand(config, action);
     addConfigInitCommand(config, action);

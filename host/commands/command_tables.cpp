@@ -101,7 +101,7 @@ std::string wordsOfValue(const std::string& value) {
 }
 
 bool isFileValue(const std::string& value) {
-    return value == "FILE" || value == "PATH" || value == "DIR";
+    return value == "FILE" || value == "PATH" || value == "DIR" || value == "PROGRAM";
 }
 
 std::string generate(const CLI::App& app, const std::string& kind) {

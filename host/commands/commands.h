@@ -16,6 +16,7 @@ using Action = std::function<int()>;
 /// @param parent  the command line, or the group that the command belongs to; outlives the action.
 /// @param action  set when the command is chosen.
 void addRunCommand(CLI::App& parent, Action& action);
+void addShellCommand(CLI::App& parent, Action& action);
 void addListCommand(CLI::App& parent, Action& action);
 void addInfoCommand(CLI::App& parent, Action& action);
 void addLoginCommand(CLI::App& parent, Action& action);
@@ -32,6 +33,9 @@ void addCertReadCommand(CLI::App& parent, Action& action);
 void addSignCommand(CLI::App& parent, Action& action);
 void addVerifyCommand(CLI::App& parent, Action& action);
 void addDigestCommand(CLI::App& parent, Action& action);
+void addWatchCommand(CLI::App& parent, Action& action);
+void addDoctorCommand(CLI::App& parent, Action& action);
+void addTraceCommand(CLI::App& parent, Action& action);
 void addConfigShowCommand(CLI::App& parent, Action& action);
 void addConfigInitCommand(CLI::App& parent, Action& action);
 void addConfigPathCommand(CLI::App& parent, Action& action);

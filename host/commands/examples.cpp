@@ -14,6 +14,7 @@ struct CommandExamples {
 constexpr CommandExamples kExamples[] = {
     {"", {"list --module /usr/lib/softhsm/libsofthsm2.so", "help file read"}},
     {"run", {"run --pin env:PIN first.js", "run -e 'print(arguments)' one two"}},
+    {"shell", {"shell", "shell --module /usr/lib/softhsm/libsofthsm2.so --pin env:PIN"}},
     {"list", {"list", "list --module /usr/lib/softhsm/libsofthsm2.so --json"}},
     {"info", {"info", "info --label 'ZRKey Test' --json"}},
     {"login", {"login", "login --so --pin file:so-pin.txt"}},
@@ -39,6 +40,9 @@ constexpr CommandExamples kExamples[] = {
      {"verify -i letter.txt --signature letter.sig",
       "verify --algorithm rsa-sha256 -i letter.txt --signature letter.sig"}},
     {"digest", {"digest -i letter.txt", "digest --method SHA256 -i letter.txt"}},
+    {"doctor", {"doctor", "doctor --module /usr/lib/softhsm/libsofthsm2.so --json"}},
+    {"watch", {"watch", "watch --json --exec /usr/local/bin/token-changed"}},
+    {"trace", {"trace -- login", "trace -- sign -i letter.txt -o letter.sig"}},
     {"config", {"config path", "config init"}},
     {"config show", {"config show", "config show --workdir /srv/tokens --json"}},
     {"config init", {"config init", "config init --json"}},

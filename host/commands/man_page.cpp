@@ -69,7 +69,8 @@ std::string manualPage(const std::vector<CommandRow>& table) {
     }
     return text +
            ".SH ENVIRONMENT\n"
-           ".TP\n\\fBZRKEY_MODULE\\fR\nThe PKCS #11 module, a path or a name, unless \\fB\\-\\-module\\fR names it.\n"
+           ".TP\n\\fBZRKEY_MODULE\\fR\nThe PKCS #11 module, a path or a name, unless "
+           "\\fB\\-\\-module\\fR names it.\n"
            ".SH FILES\n"
            "The configuration is the first of these:\n"
            ".TP\n\\fIconfig.xml\\fR\nIn the working folder.\n"
@@ -77,7 +78,8 @@ std::string manualPage(const std::vector<CommandRow>& table) {
            "\\fI~/.config/zrkey/config.xml\\fR\nThe user\\(aqs.\n"
            ".TP\n\\fI/etc/zrkey/config.xml\\fR\nThe system\\(aqs.\n"
            ".PP\nWithout a file a built\\-in configuration is used.\n"
-           ".TP\n\\fIzrkey.conf\\fR\nBeside the user\\(aqs or the system\\(aqs: the default module, "
+           ".TP\n\\fIzrkey.conf\\fR\nBeside the user\\(aqs or the system\\(aqs: the default "
+           "module, "
            "\\fBmodule = \\fR\\fIPATH\\fR.\n"
            ".SH \"EXIT STATUS\"\n"
            ".TP\n0\nSuccess.\n"

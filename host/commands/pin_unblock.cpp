@@ -3,7 +3,6 @@
 #include "host/output/printable.h"
 #include "host/system/terminal.h"
 #include "host/token/direct_session.h"
-#include "host/token/token_state.h"
 
 namespace zr::host {
 namespace {
@@ -17,38 +16,16 @@ bool isPrompt(const PinSource& source) {
     return source.kind == PinSource::Kind::kPrompt;
 }
 
-/// The limits of the token for a PIN; nothing where it does not say.
-struct PinLimits {
-    std::size_t shortest = 0;
-    std::size_t longest = Pin::kCapacity;
-};
-
-PinLimits limitsOf(const TokenSession& session, const std::string& asked) {
-    const TokenState state = readTokenState(Cryptoki(session.module().path()), session.row());
-    if (state.result != 0) {
-        throw callFailure(asked, "C_GetTokenInfo", state.result);
-    }
-    PinLimits limits;
-    if (state.facts.longestPin > 0 && state.facts.longestPin < limits.longest) {
-        limits.longest = state.facts.longestPin;
-    }
-    if (state.facts.shortestPin <= limits.longest) {
-        limits.shortest = state.facts.shortestPin;
-    }
-    return limits;
-}
-
-void checkLength(const Pin& pin, const PinLimits& limits, const std::string& asked) {
+void checkLength(const Pin& pin, const PinLengths& allowed, const std::string& asked) {
     const std::size_t size = pin.view().size();
-    if (size < limits.shortest || size > limits.longest) {
+    if (allowed.longest > 0 && (size < allowed.shortest || size > allowed.longest)) {
         throw commandFailure(kExitUsage, asked,
-                             "the token takes a PIN of " + std::to_string(limits.shortest) +
-                                 " to " + std::to_string(limits.longest) + " bytes",
+                             "the token takes a PIN of " + std::to_string(allowed.shortest) +
+                                 " to " + std::to_string(allowed.longest) + " bytes",
                              "give a new PIN of that length");
     }
 }
 
-/// @param lengths  those that the prompt states.
 Pin promptNewPin(const PinSource& source, const PinLengths& lengths, const std::string& asked) {
     Pin pin = readPin(source, "new user PIN" + lengths.text() + ": ");
     if (readPin(source, "new user PIN again: ").view() != pin.view()) {
@@ -70,14 +47,14 @@ Report unblock(const PinUnblockOptions& options) {
     const TokenSession session(options);
     const std::string& label = session.row().label;
     const std::string asked = "unblock the user PIN of " + inQuotes(label);
-    const PinLimits limits = limitsOf(session, asked);
+    const PinLengths allowed = session.pinLengths();
     if (newPin) {
-        checkLength(*newPin, limits, asked);
+        checkLength(*newPin, allowed, asked);
     }
     session.pinFor(officer);
     if (!newPin) {
         newPin = promptNewPin(newSource, session.pinLengths(), asked);
-        checkLength(*newPin, limits, asked);
+        checkLength(*newPin, allowed, asked);
     }
     session.login(officer);
     DirectSession direct(session, asked, CryptokiSession::Access::kReadWrite);

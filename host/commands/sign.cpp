@@ -20,14 +20,21 @@ struct Signature {
     std::string hash;   ///< of the data
 };
 
-Signature signByLibrary(const TokenSession& session, const TokenCertificate& certificate,
-                        SignedData& data, const std::string& asked) {
+Signature signByLibrary(const TokenSession& session, DirectSession& direct,
+                        const TokenCertificate& certificate, SignedData& data) {
+    const std::string& asked = direct.asked();
     const zrkey::ComRef<IKeyCertificate> opened = openCertificate(session.token(), certificate);
     zrkey::ByteArray signature;
     const HRESULT result = session->SignData(zrkey::Text(kSignAlgorithm).get(), data.whole(),
                                              opened.get(), signature.receive());
     if (result == kLoginNeeded) {
         throw libraryFailure(kExitLoginNeeded, asked, result, "log in first: give --pin");
+    }
+    if (FAILED(result) && asksForPinAlways(direct, certificate, kLibraryAlgorithm)) {
+        throw explainedFailure(kExitFailure, asked, result,
+                               {"the key asks for the PIN at each use, which the object model does "
+                                "not do",
+                                "choose another --algorithm: rsa-sha256"});
     }
     if (FAILED(result)) {
         throw libraryFailure(kExitFailure, asked, result,
@@ -81,7 +88,7 @@ Report sign(const SignOptions& options) {
     // The library finds a key by the name of its certificate alone.
     const Signature signature =
         algorithm == kLibraryAlgorithm && certificate.isNameUnique
-            ? signByLibrary(session, certificate, data, asked)
+            ? signByLibrary(session, direct, certificate, data)
             : signDirectly(direct, certificate, algorithm,
                            isLoggedIn ? pin.get(session.row()) : nullptr, data);
     const std::string standard = toStandardForm(signature, algorithm, asked);

@@ -27,6 +27,10 @@ public:
     /// The same to standard error.
     std::error_code writeError(std::string_view bytes);
 
+    /// The streams that the command was started with, for programs that it starts.
+    int outputDescriptor() const { return m_output; }
+    int errorDescriptor() const { return m_error; }
+
     /// A line about a failure; its "zrkey:" is red where colours are used.
     std::error_code writeFailure(const std::string& line);
 

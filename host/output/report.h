@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/output/encoding.h"
+#include "host/output/failure.h"
 #include "host/system/output_file.h"
 
 namespace zr::host {
@@ -55,6 +56,7 @@ struct Report {
     Record fields;                               ///< members of the object written with --json
     std::shared_ptr<OutputFile> file = nullptr;  ///< gets output; null: standard output
     std::string note = {};                       ///< a line for standard error; may be empty
+    int exitCode = kExitOk;
 };
 
 /// Reports bytes.

@@ -54,11 +54,9 @@ struct ScriptExit {
 
 /// What a script reads from standard input.
 struct ScriptInput {
-    bool wasTheScript = false;                  ///< the script itself was read from it
-    ErasedBytes bytes = {};                     ///< read, but not yet taken by the script
-    ModuleOptions moduleOptions = {};           ///< of the global provider
-    std::shared_ptr<LoadedModule> module = {};  ///< the global provider's; null: not loaded
-    std::size_t taken = 0;                      ///< how many of the bytes the script has taken
+    bool wasTheScript = false;  ///< the script itself was read from it
+    ErasedBytes bytes = {};     ///< read, but not yet taken by the script
+    std::size_t taken = 0;      ///< how many of the bytes the script has taken
 };
 
 /// Lives as long as the heap of the script engine.
@@ -72,6 +70,7 @@ struct ScriptContext {
     ScriptExit exit = {};
     ScriptInput input = {};
     std::optional<Pin> pin = {};       ///< given on the command line, not yet taken by the script
+    bool hasGivenPin = false;          ///< readPin was called; a shell resets it
     ModuleOptions moduleOptions = {};  ///< of the global provider
     std::shared_ptr<LoadedModule> module = {};  ///< the global provider's; null: not loaded
     /// From the first PIN on, which stays in the script's memory.

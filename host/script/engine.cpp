@@ -27,6 +27,7 @@
 #include "host/script/provider.h"
 #include "host/script/script_files.h"
 #include "host/script/script_modules.h"
+#include "host/script/script_shell.h"
 #include "host/script/syntax.h"
 #include "host/script/uncaught.h"
 #include "host/script/watchdog.h"
@@ -38,7 +39,8 @@ namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-duk_ret_t runProtected(duk_context* heap, void* data) {
+/// Makes the globals.
+duk_ret_t prepareProtected(duk_context* heap, void* data) {
     const Script& script = *static_cast<const Script*>(data);
     addObjectSupport(heap);
     addGlobals(heap);
@@ -52,7 +54,12 @@ duk_ret_t runProtected(duk_context* heap, void* data) {
         duk_put_prop_index(heap, list, static_cast<duk_uarridx_t>(i));
     }
     duk_put_global_string(heap, "arguments");
+    return 0;
+}
 
+duk_ret_t runProtected(duk_context* heap, void* data) {
+    const Script& script = *static_cast<const Script*>(data);
+    prepareProtected(heap, data);
     pushText(heap, script.name);
     compileSource(heap, script.source, DUK_COMPILE_SHEBANG);
     duk_call(heap, 0);
@@ -85,10 +92,7 @@ int ScriptEngine::run(Script script) {
     if (script.source.starts_with(kByteOrderMark)) {
         script.source.remove_prefix(kByteOrderMark.size());
     }
-    m_context->pin = std::exchange(script.pin, std::nullopt);
-    m_context->moduleOptions = std::move(script.moduleOptions);
-    m_context->module = std::move(script.module);
-    m_context->input.wasTheScript = script.origin == ScriptOrigin::kStandardInput;
+    take(script);
     ScriptUse& use = m_context->use;
     ScriptExit& exit = m_context->exit;
     const std::string timeout = printable(timeoutReport(script.name));
@@ -104,9 +108,7 @@ int ScriptEngine::run(Script script) {
     if (!isDone && !isInterrupted()) {
         report(describeFailure(m_heap, script.name, timeout));
     }
-    // Runs the finalizers and releases the objects, which may take too long.
-    duk_destroy_heap(m_heap);
-    m_heap = nullptr;
+    close();
     if (isInterrupted()) {
         return interruptionExitCode();
     }
@@ -115,6 +117,40 @@ int ScriptEngine::run(Script script) {
         return kExitFailure;
     }
     return isDone ? exit.code.value_or(kExitOk) : kExitFailure;
+}
+
+int ScriptEngine::converse(Script script, LineEditor* editor) {
+    const InterruptionGuard interruptions;
+    take(script);
+    ScriptUse& use = m_context->use;
+    const std::string timeout = printable(timeoutReport(script.name));
+    if (m_mayEndProcess && use.end()) {
+        m_context->endProcess = [this, &timeout] { endProcess(timeout); };
+    }
+    if (duk_safe_call(m_heap, prepareProtected, &script, 0, 1) != DUK_EXEC_SUCCESS) {
+        report(describeFailure(m_heap, script.name, timeout));
+        return kExitFailure;
+    }
+    duk_pop(m_heap);
+    const int code = ScriptShell(m_heap, script.name, editor).run();
+    ScriptExit& exit = m_context->exit;
+    exit.isStopping = false;
+    exit.isOver = true;
+    close();
+    return isInterrupted() ? interruptionExitCode() : exit.code.value_or(code);
+}
+
+void ScriptEngine::take(Script& script) {
+    m_context->pin = std::exchange(script.pin, std::nullopt);
+    m_context->moduleOptions = std::move(script.moduleOptions);
+    m_context->module = std::move(script.module);
+    m_context->input.wasTheScript = script.origin == ScriptOrigin::kStandardInput;
+}
+
+void ScriptEngine::close() {
+    // This may take too long.
+    duk_destroy_heap(m_heap);
+    m_heap = nullptr;
 }
 
 void ScriptEngine::endProcess(const std::string& text) {

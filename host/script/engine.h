@@ -17,6 +17,7 @@ struct duk_hthread;
 namespace zr::host {
 
 class Console;
+class LineEditor;
 struct ScriptContext;
 
 /// Where the source of a script was read.
@@ -54,7 +55,19 @@ public:
     ///         "FILE:LINE: message" and, indented, what explains it and who called.
     int run(Script script);
 
+    /// Runs statements that the user types, or that standard input contains, to its end. The time
+    /// limit is that of each statement. To be called once, instead of run.
+    /// @param script  its name, its PIN and its module; it has no source.
+    /// @param editor  null: lines of standard input.
+    /// @return the exit code: what a statement gave to exit, else 0; 1 when a statement failed and
+    ///         standard input is no terminal.
+    int converse(Script script, LineEditor* editor);
+
 private:
+    /// Takes what the script is given.
+    void take(Script& script);
+    /// Runs the finalizers and releases the objects.
+    void close();
     /// Writes the report of the first failure and ignores later ones; on any thread.
     /// @param text  without control characters but line ends.
     void report(const std::string& text);

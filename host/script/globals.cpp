@@ -115,6 +115,7 @@ duk_ret_t readPinForScript(duk_context* script) {
     if (!contextOf(script).noCoreDumps) {
         contextOf(script).noCoreDumps.emplace();
     }
+    contextOf(script).hasGivenPin = true;
     if (std::optional<Pin> given = std::exchange(contextOf(script).pin, std::nullopt)) {
         pushText(script, given->view());
         return 1;

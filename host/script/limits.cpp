@@ -42,10 +42,20 @@ std::size_t sizeOf(const void* block) {
 }  // namespace
 
 ScriptUse::ScriptUse(const ScriptLimits& limits)
-    : m_deepest(deepest(stackPosition())), m_mostBytes(limits.bytes) {
-    if (limits.time) {
-        m_end = std::chrono::steady_clock::now() + *limits.time;
+    : m_time(limits.time), m_deepest(deepest(stackPosition())), m_mostBytes(limits.bytes) {
+    startTime();
+}
+
+void ScriptUse::startTime() {
+    stopTime();
+    if (m_time) {
+        m_end = std::chrono::steady_clock::now() + *m_time;
     }
+}
+
+void ScriptUse::stopTime() {
+    m_end.reset();
+    m_wasStopped = false;
 }
 
 bool ScriptUse::isTimeUp() {

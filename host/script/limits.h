@@ -31,6 +31,10 @@ public:
 
     explicit ScriptUse(const ScriptLimits& limits);
 
+    /// Gives the script the time of its limits anew; a shell does for each statement.
+    void startTime();
+    /// Until startTime the time is unlimited, and not up.
+    void stopTime();
     /// Whether the script has to stop now.
     bool isTimeUp();
     /// Whether the time has been up for kGrace: the script should have ended.
@@ -50,6 +54,7 @@ public:
     void discharge(std::size_t bytes) { m_usedBytes -= bytes; }
 
 private:
+    std::optional<std::chrono::milliseconds> m_time;
     std::optional<TimePoint> m_end;
     bool m_wasStopped = false;
     std::uintptr_t m_deepest;  ///< the lowest address that the engine may use of the stack

@@ -42,14 +42,20 @@ void appendTo(duk_context* script, std::size_t& size, std::string_view bytes) {
     size += bytes.size();
 }
 
-/// readLine(): the next line without its end; null after the last one.
 duk_ret_t readLine(duk_context* script) {
-    ScriptInput& input = contextOf(script).input;
-    if (input.wasTheScript) {
+    if (contextOf(script).input.wasTheScript) {
         return throwError(script, DUK_ERR_ERROR,
                           "readLine failed: standard input contained the script");
     }
     stopInTime(script);
+    pushInputLine(script);
+    return 1;
+}
+
+}  // namespace
+
+void pushInputLine(duk_context* script) {
+    ScriptInput& input = contextOf(script).input;
     duk_push_dynamic_buffer(script, 0);
     std::size_t size = 0;
     bool isWhole = false;
@@ -65,15 +71,12 @@ duk_ret_t readLine(duk_context* script) {
     }
     if (isEnd && size == 0) {
         duk_push_null(script);
-        return 1;
+        return;
     }
     const char* const line = static_cast<const char*>(duk_get_buffer_data(script, -1, nullptr));
     const bool hasReturn = isWhole && size > 0 && line[size - 1] == '\r';
     pushText(script, {line, size - (hasReturn ? 1 : 0)});
-    return 1;
 }
-
-}  // namespace
 
 void addLineInput(duk_context* script) {
     duk_push_c_function(script, readLine, 0);

@@ -7,4 +7,7 @@ namespace zr::host {
 
 void addLineInput(duk_context* script);
 
+/// Pushes the next line of standard input without its end; null after the last one.
+void pushInputLine(duk_context* script);
+
 }  // namespace zr::host

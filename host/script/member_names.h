@@ -6,14 +6,35 @@ namespace zr::host {
 
 inline constexpr const char* kProviderMembers[] = {"GetKeyCount", "Load", "OpenKey", "Unload"};
 
-inline constexpr const char* kTokenMembers[] = {
-    "CreateContainer", "CreateFile",      "DeleteContainer",   "DeleteFile",
-    "DigestData",      "EnumContainer",   "EnumFiles",         "FileExists",
-    "GetContainerCount", "GetDigestMethod", "GetFreeSize",     "GetLabel",
-    "GetManufacturerID", "GetMaxRetryCount", "GetModelID",     "GetRemainRetryCount",
-    "GetSerialNumber", "GetSignAlgo",     "GetTotalSize",      "IsDefaultPIN",
-    "Lock",            "ModifyPIN",       "OpenContainer",     "OpenFile",
-    "SetLabel",        "SignData",        "Unlock",            "UnlockPIN",
-    "VerifyData",      "VerifyPIN"};
+inline constexpr const char* kTokenMembers[] = {"CreateContainer",
+                                                "CreateFile",
+                                                "DeleteContainer",
+                                                "DeleteFile",
+                                                "DigestData",
+                                                "EnumContainer",
+                                                "EnumFiles",
+                                                "FileExists",
+                                                "GetContainerCount",
+                                                "GetDigestMethod",
+                                                "GetFreeSize",
+                                                "GetLabel",
+                                                "GetManufacturerID",
+                                                "GetMaxRetryCount",
+                                                "GetModelID",
+                                                "GetRemainRetryCount",
+                                                "GetSerialNumber",
+                                                "GetSignAlgo",
+                                                "GetTotalSize",
+                                                "IsDefaultPIN",
+                                                "Lock",
+                                                "ModifyPIN",
+                                                "OpenContainer",
+                                                "OpenFile",
+                                                "SetLabel",
+                                                "SignData",
+                                                "Unlock",
+                                                "UnlockPIN",
+                                                "VerifyData",
+                                                "VerifyPIN"};
 
 }  // namespace zr::host

@@ -15,10 +15,7 @@ unsigned s_noCoreDumps = 0;  ///< guarded by s_mutex
 int s_before = 0;            ///< guarded by s_mutex
 
 /// How many need a page. Never destroyed: a PIN may be, later. Guarded by s_mutex.
-std::map<std::size_t, unsigned>& users() {
-    static auto& s_users = *new std::map<std::size_t, unsigned>;
-    return s_users;
-}
+std::map<std::size_t, unsigned>& s_users = *new std::map<std::size_t, unsigned>;
 
 }  // namespace
 
@@ -42,7 +39,7 @@ SecretMemory::SecretMemory(const void* memory, std::size_t size)
     const std::lock_guard lock(s_mutex);
     try {
         for (std::size_t page = m_begin; page < m_end; page += pageSize()) {
-            if (++users()[page] == 1) {
+            if (++s_users[page] == 1) {
                 lockPage(page);
             }
         }
@@ -54,10 +51,10 @@ SecretMemory::SecretMemory(const void* memory, std::size_t size)
 SecretMemory::~SecretMemory() {
     const std::lock_guard lock(s_mutex);
     for (std::size_t page = m_begin; page < m_end; page += pageSize()) {
-        const auto found = users().find(page);
-        if (found != users().end() && --found->second == 0) {
+        const auto found = s_users.find(page);
+        if (found != s_users.end() && --found->second == 0) {
             unlockPage(page);
-            users().erase(found);
+            s_users.erase(found);
         }
     }
 }

@@ -9,7 +9,6 @@
 #include "host/output/encoding.h"
 #include "host/output/failure.h"
 #include "host/output/printable.h"
-#include "host/system/interruption.h"
 
 namespace zr::host {
 namespace {

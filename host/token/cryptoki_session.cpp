@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "host/system/erasing_allocator.h"
+#include "host/system/secret_memory.h"
 #include "host/token/cryptoki_call.h"
 #include "host/token/cryptoki_names.h"
 
@@ -38,14 +39,15 @@ std::vector<CK_ATTRIBUTE> templateOf(const Attributes& attributes) {
 /// A PIN for one call, with a terminator: a module may write into it and past its end.
 class PinBytes {
 public:
-    explicit PinBytes(const Pin& pin) : m_bytes(pin.view().begin(), pin.view().end()) {
-        m_bytes.push_back(0);
+    explicit PinBytes(const Pin& pin) : m_bytes(pin.view().size() + 1) {
+        std::copy(pin.view().begin(), pin.view().end(), m_bytes.begin());
     }
     CK_UTF8CHAR* data() { return reinterpret_cast<CK_UTF8CHAR*>(m_bytes.data()); }
     CK_ULONG size() const { return static_cast<CK_ULONG>(m_bytes.size() - 1); }
 
 private:
     ErasedBytes m_bytes;
+    SecretMemory m_protection{m_bytes.data(), m_bytes.size()};
 };
 
 /// A mechanism for one call; borrows the parameter.

@@ -44,43 +44,6 @@ std::string readHeader(const std::string& path, std::error_code& error) {
     return {bytes.data(), size};
 }
 
-/// What is wrong with the file, before anything is loaded.
-std::optional<Cause> checkFile(const fs::path& module) {
-    std::error_code error;
-    const fs::file_status status = fs::status(module, error);
-    if (fs::is_directory(status)) {
-        return Cause{"it is a folder", "name the file of the module with --module"};
-    }
-    if (!fs::exists(status)) {
-        if (!error) {
-            error = std::make_error_code(std::errc::no_such_file_or_directory);
-        }
-        return Cause{error.message(), "check --module"};
-    }
-    if (!fs::is_regular_file(status)) {
-        return std::nullopt;
-    }
-    // Only to see whether the file can be read: its platform matters when the system refuses it.
-    readHeader(toUtf8(module), error);
-    if (error) {
-        return Cause{error.message(), "check the permissions of the file"};
-    }
-    return std::nullopt;
-}
-
-/// Why the system does not load a file.
-Cause whyNotLoaded(const fs::path& module, const Cryptoki& calls) {
-    std::error_code ignored;
-    const std::string platform = platformOf(readHeader(toUtf8(module), ignored));
-    if (!platform.empty() && platform != ownPlatform()) {
-        const std::string own(ownPlatform());
-        return {"it is built for " + platform + ", and this command for " + own,
-                "name the module for " + own + " with --module"};
-    }
-    return {calls.library().problem(),
-            "check that the module is whole and that the libraries it needs are installed"};
-}
-
 /// Whether the library cannot use the paths.
 std::optional<Cause> checkPaths(const FailedLoad& load) {
     const std::string loadable = toUtf8(load.loadable);
@@ -114,8 +77,47 @@ std::optional<Cause> checkStart(const FailedLoad& load, const Cryptoki& calls) {
 
 }  // namespace
 
+std::optional<Cause> findFileCause(const fs::path& module) {
+    std::error_code error;
+    const fs::file_status status = fs::status(module, error);
+    if (fs::is_directory(status)) {
+        return Cause{"it is a folder", "name the file of the module with --module"};
+    }
+    if (!fs::exists(status)) {
+        if (!error) {
+            error = std::make_error_code(std::errc::no_such_file_or_directory);
+        }
+        return Cause{error.message(), "check --module"};
+    }
+    if (!fs::is_regular_file(status)) {
+        return std::nullopt;
+    }
+    // Only to see whether the file can be read: its platform matters when the system refuses it.
+    readHeader(toUtf8(module), error);
+    if (error) {
+        return Cause{error.message(), "check the permissions of the file"};
+    }
+    return std::nullopt;
+}
+
+std::string platformOfFile(const fs::path& module) {
+    std::error_code ignored;
+    return platformOf(readHeader(toUtf8(module), ignored));
+}
+
+Cause whyNotLoaded(const fs::path& module, const Cryptoki& calls) {
+    const std::string platform = platformOfFile(module);
+    if (!platform.empty() && platform != ownPlatform()) {
+        const std::string own(ownPlatform());
+        return {"it is built for " + platform + ", and this command for " + own,
+                "name the module for " + own + " with --module"};
+    }
+    return {calls.library().problem(),
+            "check that the module is whole and that the libraries it needs are installed"};
+}
+
 Cause findLoadCause(const FailedLoad& load) {
-    if (const std::optional<Cause> cause = checkFile(load.module)) {
+    if (const std::optional<Cause> cause = findFileCause(load.module)) {
         return *cause;
     }
     const Cryptoki calls(toUtf8(load.module));

@@ -1,8 +1,6 @@
 // Which module a command uses.
 #include "host/token/module_choice.h"
 
-#include <p11-kit/pkcs11.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <optional>
@@ -20,6 +18,9 @@
 #include "host/token/cryptoki.h"
 #include "host/token/cryptoki_names.h"
 #include "host/token/module_places.h"
+
+// Last: it defines TRUE and FALSE, which the header of automation declares.
+#include <p11-kit/pkcs11.h>
 
 namespace fs = std::filesystem;
 
@@ -177,12 +178,17 @@ std::string onlyModuleWithToken() {
 
 }  // namespace
 
-std::string chooseModule(const std::string& option) {
-    std::string module = option.empty() ? environmentVariable(kVariable).value_or("") : option;
-    if (module.empty()) {
-        module = defaultModule();
+ChosenModule chooseModule(const std::string& option) {
+    if (!option.empty()) {
+        return {resolve(option), "--module"};
     }
-    return module.empty() ? onlyModuleWithToken() : resolve(module);
+    if (const std::string module = environmentVariable(kVariable).value_or(""); !module.empty()) {
+        return {resolve(module), kVariable};
+    }
+    if (const std::string module = defaultModule(); !module.empty()) {
+        return {resolve(module), "the settings"};
+    }
+    return {onlyModuleWithToken(), "p11-kit"};
 }
 
 }  // namespace zr::host

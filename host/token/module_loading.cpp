@@ -6,6 +6,7 @@
 #include "host/output/failure.h"
 #include "host/output/printable.h"
 #include "host/system/system.h"
+#include "host/system/tracing.h"
 #include "host/system/utf8_path.h"
 #include "host/token/configuration.h"
 #include "host/token/load_cause.h"
@@ -42,6 +43,16 @@ void checkPaths(const std::string& asked, const fs::path& module, const LoadFold
     }
 }
 
+/// The module, or the spy that calls it when the command is traced. Throws a Failure.
+fs::path throughSpy(const fs::path& module, const std::string& asked) {
+    std::error_code error;
+    const std::string spy = spyInsteadOf(toUtf8(module), error);
+    if (error) {
+        throw systemFailure(kExitFailure, asked, error, "the pipe for the trace is not usable");
+    }
+    return spy.empty() ? module : toPath(spy);
+}
+
 /// @param temporary  the folder of the configuration's copy; empty: the working folder.
 LoadFolder loadFolder(const std::string& temporary) {
     // Its path without links, as the library finds it.
@@ -52,6 +63,10 @@ LoadFolder loadFolder(const std::string& temporary) {
 }
 
 }  // namespace
+
+fs::path moduleFile(const std::string& name) {
+    return withoutLinks(absolutePath(toPath(name)));
+}
 
 fs::path loadablePath(const fs::path& module, const fs::path& folder) {
     fs::path relative = module.lexically_normal().lexically_relative(folder);
@@ -67,8 +82,8 @@ fs::path loadablePath(const fs::path& module, const fs::path& folder) {
 }
 
 LoadedModule::LoadedModule(const ModuleOptions& options) {
-    const std::string name = chooseModule(options.path);
-    const fs::path module = withoutLinks(absolutePath(toPath(name)));
+    const std::string name = chooseModule(options.path).path;
+    const fs::path module = moduleFile(name);
     const ConfigurationPlace configuration = chooseConfiguration(configurationPlaces(options));
     const FolderChange change(options.workFolder);
     std::optional<TemporaryConfiguration> copy;
@@ -76,10 +91,11 @@ LoadedModule::LoadedModule(const ModuleOptions& options) {
         copy.emplace(readConfiguration(configuration));
     }
     const LoadFolder folder = loadFolder(copy ? copy->folder() : "");
-    const fs::path loadable = loadablePath(module, folder.path);
     const std::string asked = "load the module " + inQuotes(name);
-    checkPaths(asked, module, folder);
-    m_path = toUtf8(module);
+    const fs::path traced = throughSpy(module, asked);
+    const fs::path loadable = loadablePath(traced, folder.path);
+    checkPaths(asked, traced, folder);
+    m_path = toUtf8(traced);
     searchBesideModule(m_path);
 
     // In the working folder, which names the folder of the log file.

@@ -11,6 +11,9 @@
 
 namespace zr::host {
 
+/// The file of a module: absolute, the links in its folder resolved.
+std::filesystem::path moduleFile(const std::string& path);
+
 /// The path by which the library loads a module. It is relative to the current directory, which the
 /// library puts in front of every path before it resolves "..".
 /// @param module  absolute.

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <system_error>
+#include <utility>
 
 #include "host/system/module_folders.h"
 #include "host/system/system.h"
@@ -23,10 +24,7 @@ constexpr std::string_view kProgram = "zrkey";
 constexpr std::size_t kMostBytes = 1 << 16;
 constexpr std::size_t kMostFiles = 1000;
 
-std::optional<ModulePlaces>& replacedPlaces() {
-    static std::optional<ModulePlaces> s_places;
-    return s_places;
-}
+std::optional<ModulePlaces> s_replaced;
 
 std::vector<fs::path> pathsOf(const std::vector<std::string>& texts) {
     std::vector<fs::path> paths(texts.size());
@@ -138,14 +136,14 @@ std::optional<fs::path> fileOf(const ModulePlaces& places, const Keys& keys) {
 }  // namespace
 
 ModulePlaces modulePlaces() {
-    if (replacedPlaces()) {
-        return *replacedPlaces();
+    if (s_replaced) {
+        return *s_replaced;
     }
     return {pathsOf(moduleFolders()), pathsOf(moduleConfigurationFolders())};
 }
 
 void replaceModulePlaces(std::optional<ModulePlaces> places) {
-    replacedPlaces() = std::move(places);
+    s_replaced = std::move(places);
 }
 
 std::map<std::string, std::string> parseKeys(std::string_view text, char separator, int& badLine) {

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <vector>
 
-#include "host/output/printable.h"
 #include "host/token/cryptoki_names.h"
 
 namespace zr::host {
@@ -76,7 +75,30 @@ std::string_view digestInfoOf(HashKind kind) {
     }
 }
 
+std::vector<CK_OBJECT_HANDLE> findKeys(DirectSession& direct, const TokenCertificate& certificate,
+                                       SignatureAlgorithm algorithm) {
+    std::vector<CK_OBJECT_HANDLE> keys;
+    direct.require(direct->find({numberAttribute(CKA_CLASS, CKO_PRIVATE_KEY),
+                                 truthAttribute(CKA_TOKEN, true),
+                                 numberAttribute(CKA_KEY_TYPE, rowOf(algorithm).keyType),
+                                 {CKA_ID, certificate.id}},
+                                keys));
+    return keys;
+}
+
+bool asksAlways(DirectSession& direct, CK_OBJECT_HANDLE key) {
+    AttributeValues values;
+    direct.require(direct->read(key, {CKA_ALWAYS_AUTHENTICATE}, values));
+    return isTrue(values[0]);
+}
+
 }  // namespace
+
+bool asksForPinAlways(DirectSession& direct, const TokenCertificate& certificate,
+                      SignatureAlgorithm algorithm) {
+    const std::vector<CK_OBJECT_HANDLE> keys = findKeys(direct, certificate, algorithm);
+    return !keys.empty() && asksAlways(direct, keys.front());
+}
 
 std::optional<SignatureAlgorithm> algorithmNamed(std::string_view name) {
     for (const AlgorithmRow& row : kAlgorithms) {
@@ -157,12 +179,7 @@ Signer::Signer(DirectSession& direct, const TokenCertificate& certificate,
 }
 
 void Signer::findKey(const TokenCertificate& certificate) {
-    std::vector<CK_OBJECT_HANDLE> keys;
-    m_direct.require(m_direct->find({numberAttribute(CKA_CLASS, CKO_PRIVATE_KEY),
-                                     truthAttribute(CKA_TOKEN, true),
-                                     numberAttribute(CKA_KEY_TYPE, rowOf(m_algorithm).keyType),
-                                     {CKA_ID, certificate.id}},
-                                    keys));
+    const std::vector<CK_OBJECT_HANDLE> keys = findKeys(m_direct, certificate, m_algorithm);
     if (keys.empty() && !m_pin) {
         throw commandFailure(kExitLoginNeeded, m_direct.asked(),
                              "the token shows no private key with the ID of the certificate",
@@ -173,11 +190,9 @@ void Signer::findKey(const TokenCertificate& certificate) {
                              "the token has no private key with the ID of the certificate",
                              "choose another certificate with --cert");
     }
-    // Whether it is the right one shows the signature.
+    // The check of the signature shows whether it is the right one.
     m_key = keys.front();
-    AttributeValues values;
-    m_direct.require(m_direct->read(m_key, {CKA_ALWAYS_AUTHENTICATE}, values));
-    m_asksAlways = isTrue(values[0]);
+    m_asksAlways = asksAlways(m_direct, m_key);
     if (m_asksAlways && !m_pin) {
         throw commandFailure(kExitLoginNeeded, m_direct.asked(),
                              "the key asks for the PIN at each use", "give --pin");

@@ -39,6 +39,11 @@ void requireOwnSignature(const TokenCertificate& certificate, SignatureAlgorithm
                          std::string_view hash, std::string_view signature,
                          const std::string& asked);
 
+/// Whether the private key of a certificate asks for the PIN at each use (CKA_ALWAYS_AUTHENTICATE).
+/// false too when there is no such key.
+bool asksForPinAlways(DirectSession& direct, const TokenCertificate& certificate,
+                      SignatureAlgorithm algorithm);
+
 /// Makes one signature of data that need not fit into memory. The token hashes where it can.
 class Signer {
 public:

@@ -107,6 +107,10 @@ PinState readPinState(const LoadedModule& module, const TokenRow& row, bool secu
     return stateOf(state.facts.flags, securityOfficer);
 }
 
+PinState pinStateOf(CK_FLAGS flags, bool securityOfficer) {
+    return stateOf(flags, securityOfficer);
+}
+
 Cause whyNoToken(const LoadedModule& module) {
     const Cryptoki calls(module.path());
     const auto readers = calls.slots(false);

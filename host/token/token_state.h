@@ -48,6 +48,9 @@ struct PinLengths {
 PinState readPinState(const LoadedModule& module, const TokenRow& row, bool securityOfficer,
                       PinLengths* lengths = nullptr);
 
+/// The state of a PIN by the flags of its token.
+PinState pinStateOf(CK_FLAGS flags, bool securityOfficer);
+
 /// Why none of the module's tokens can be used.
 Cause whyNoToken(const LoadedModule& module);
 

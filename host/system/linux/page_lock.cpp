@@ -8,8 +8,7 @@
 namespace zr::host {
 
 std::size_t pageSize() {
-    static const auto s_size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    return s_size;
+    return static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
 // Not by the functions of the C library: the sanitizers replace them by functions that do nothing.

@@ -77,13 +77,12 @@ TEST_F(PinUnblockTest, FailedCallIsNamed) {
 }
 
 TEST_F(PinUnblockTest, TokenThatIsGoneIsNamed) {
-    // After the four texts of the library.
+    // After the four texts of the library; first for the lengths, then for the flags.
     module->fail("C_GetTokenInfo", 5, CKR_TOKEN_NOT_PRESENT);
+    module->fail("C_GetTokenInfo", 6, CKR_TOKEN_NOT_PRESENT);
     expectFailure(unblock(), 1,
-                  std::string(kAsked) +
-                      "the module's C_GetTokenInfo returned "
-                      "CKR_TOKEN_NOT_PRESENT (0x000000E0); the token was "
-                      "removed; connect it and try again");
+                  "log in to \"Label\" as security officer: the token was removed; connect it and "
+                  "try again");
     EXPECT_EQ(Deeds{}, takeDeeds());
 }
 

@@ -17,12 +17,11 @@ constexpr CK_KEY_TYPE kEc = 3;
 constexpr CK_ATTRIBUTE_TYPE kAlwaysAuthenticate = 0x202;
 
 /// "abc" hashed with SHA-256, behind the DigestInfo of PKCS #1.
-const std::string kDigestInfo = std::string(
-                                    "\x30\x31\x30\x0d\x06\x09\x60\x86\x48\x01\x65\x03\x04"
-                                    "\x02\x01\x05\x00\x04\x20",
-                                    19) +
-                                "\xba\x78\x16\xbf\x8f\x01\xcf\xea\x41\x41\x40\xde\x5d\xae\x22\x23"
-                                "\xb0\x03\x61\xa3\x96\x17\x7a\x9c\xb4\x10\xff\x61\xf2\x00\x15\xad";
+const std::string kDigestInfo(
+    "\x30\x31\x30\x0d\x06\x09\x60\x86\x48\x01\x65\x03\x04\x02\x01\x05\x00\x04\x20"
+    "\xba\x78\x16\xbf\x8f\x01\xcf\xea\x41\x41\x40\xde\x5d\xae\x22\x23"
+    "\xb0\x03\x61\xa3\x96\x17\x7a\x9c\xb4\x10\xff\x61\xf2\x00\x15\xad",
+    19 + 32);
 
 class SignReportTest : public CertificateCommandTest {
 protected:
@@ -154,6 +153,15 @@ TEST_F(SignReportTest, KeyThatAsksAlwaysGetsThePinAgain) {
                   asked("the key asks for a PIN at each use, and the token refused this one: "
                         "CKR_PIN_INCORRECT (0x000000A0); the key may have a PIN of its own, which "
                         "this command cannot give"));
+}
+
+TEST_F(SignReportTest, KeyThatAsksAlwaysIsNotForTheLibrary) {
+    addCertificate("one", kRsaCertificate);
+    module->setAttribute(privateKey, kAlwaysAuthenticate, "\1", 1);
+    module->fail("C_Sign", 0, CKR_USER_NOT_LOGGED_IN);
+    expectFailure(sign(), 1,
+                  asked("the key asks for the PIN at each use, which the object model does not do; "
+                        "choose another --algorithm: rsa-sha256"));
 }
 
 TEST_F(SignReportTest, SignatureByAnotherKeyIsNotWritten) {
