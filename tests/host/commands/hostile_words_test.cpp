@@ -76,7 +76,7 @@ protected:
     }
     static void expectUsageOf(const CommandPage& page, const CommandResult& result) {
         EXPECT_EQ(2, result.exitCode);
-        EXPECT_NE(std::string::npos, result.errors.find("; usage: zrkey " + page.name() + " ["))
+        EXPECT_NE(std::string::npos, result.errors.find("; usage: zrkey " + page.name() + " "))
             << result.errors;
     }
 
