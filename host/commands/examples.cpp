@@ -42,7 +42,7 @@ constexpr CommandExamples kExamples[] = {
     {"digest", {"digest -i letter.txt", "digest --method SHA256 -i letter.txt"}},
     {"doctor", {"doctor", "doctor --module /usr/lib/softhsm/libsofthsm2.so --json"}},
     {"watch", {"watch", "watch --json --exec /usr/local/bin/token-changed"}},
-    {"trace", {"trace -- login", "trace -- sign -i letter.txt -o letter.sig"}},
+    {"trace", {"trace -- login", "trace -- cert list"}},
     {"config", {"config path", "config init"}},
     {"config show", {"config show", "config show --workdir /srv/tokens --json"}},
     {"config init", {"config init", "config init --json"}},

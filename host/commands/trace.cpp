@@ -20,7 +20,7 @@ using Words = std::vector<std::string>;
 class TraceFormatter : public CLI::Formatter {
 public:
     std::string make_usage(const CLI::App*, std::string name) const override {
-        return "Usage: " + name + " -- COMMAND [OPTION...]\n";
+        return "Usage: " + name + " [OPTIONS] -- COMMAND [OPTION...]\n";
     }
 };
 

