@@ -1,7 +1,6 @@
 // The certificates of a token, in the order of the object model's containers.
 #include "host/token/certificates.h"
 
-#include <p11-kit/pkcs11.h>
 #include <utf8cpp/utf8.h>
 
 #include <algorithm>
@@ -9,6 +8,7 @@
 #include "host/output/encoding.h"
 #include "host/output/failure.h"
 #include "host/output/printable.h"
+#include "host/token/pkcs11_header.h"
 
 namespace zr::host {
 namespace {
@@ -158,10 +158,10 @@ CertificateTable readCertificates(const TokenSession& token, DirectSession& dire
     return table;
 }
 
-TokenCertificate chooseCertificate(CertificateTable table, const CertificateChoice& choice) {
+TokenCertificate chooseCertificate(const CertificateTable& table, const CertificateChoice& choice) {
     std::vector<TokenCertificate> chosen = select(table.rows, choice);
     if (chosen.size() == 1) {
-        return std::move(chosen.front());
+        return chosen.front();
     }
     const std::string asked = describe(choice);
     if (table.rows.empty()) {

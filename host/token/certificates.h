@@ -37,7 +37,7 @@ struct CertificateTable {
 CertificateTable readCertificates(const TokenSession& token, DirectSession& direct);
 
 /// The certificate that matches. Throws a Failure when none does, or several do.
-TokenCertificate chooseCertificate(CertificateTable table, const CertificateChoice& choice);
+TokenCertificate chooseCertificate(const CertificateTable& table, const CertificateChoice& choice);
 
 /// "id:6f6e65", as --cert takes it.
 std::string idText(const TokenCertificate& certificate);

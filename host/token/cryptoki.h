@@ -5,7 +5,7 @@
 // initialised is not initialised again, and sessions (cryptoki_session.h) are opened beside the
 // library's. No length or count of a module is trusted.
 //
-// The constants are those of <p11-kit/pkcs11.h>, which files that name them include.
+// The constants are those of host/token/pkcs11_header.h, which files that name them include.
 #pragma once
 
 #include <optional>

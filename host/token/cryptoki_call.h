@@ -1,9 +1,8 @@
 // One call of a module; for the files that wrap its functions.
 #pragma once
 
-#include <p11-kit/pkcs11.h>
-
 #include "host/token/cryptoki.h"
+#include "host/token/pkcs11_header.h"
 
 namespace zr::host {
 

@@ -1,10 +1,10 @@
 // The results of a module for people: their names, and what to do.
 #include "host/token/cryptoki_names.h"
 
-#include <p11-kit/pkcs11.h>
-
 #include <cstdio>
 #include <utility>
+
+#include "host/token/pkcs11_header.h"
 
 namespace zr::host {
 namespace {

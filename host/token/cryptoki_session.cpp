@@ -30,6 +30,7 @@ CK_ULONG lengthOf(std::string_view bytes) {
 /// The attributes as a template; borrows their values.
 std::vector<CK_ATTRIBUTE> templateOf(const Attributes& attributes) {
     std::vector<CK_ATTRIBUTE> list;
+    list.reserve(attributes.size());
     for (const Attribute& attribute : attributes) {
         list.push_back({attribute.type, bytesOf(attribute.value), lengthOf(attribute.value)});
     }
@@ -173,9 +174,9 @@ CK_RV CryptokiSession::find(const Attributes& attributes, std::vector<CK_OBJECT_
 CK_RV CryptokiSession::read(CK_OBJECT_HANDLE object, const std::vector<CK_ATTRIBUTE_TYPE>& types,
                             AttributeValues& values) {
     values.assign(types.size(), std::nullopt);
-    std::vector<CK_ATTRIBUTE> list;
-    for (const CK_ATTRIBUTE_TYPE type : types) {
-        list.push_back({type, nullptr, 0});
+    std::vector<CK_ATTRIBUTE> list(types.size());
+    for (std::size_t i = 0; i < types.size(); ++i) {
+        list[i].type = types[i];
     }
     const auto count = static_cast<CK_ULONG>(list.size());
     const auto get = [&] {

@@ -1,8 +1,6 @@
 // Looks at everything that a login needs, in order, without logging in.
 #include "host/token/diagnosis.h"
 
-#include <p11-kit/pkcs11.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <optional>
@@ -19,6 +17,7 @@
 #include "host/token/load_cause.h"
 #include "host/token/module_choice.h"
 #include "host/token/module_loading.h"
+#include "host/token/pkcs11_header.h"
 #include "host/token/platform_of.h"
 #include "host/token/token_state.h"
 

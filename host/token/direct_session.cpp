@@ -1,12 +1,11 @@
 // A session of the command's own on the token of a TokenSession, with failures for people.
 #include "host/token/direct_session.h"
 
-#include <p11-kit/pkcs11.h>
-
 #include <utility>
 
 #include "host/system/interruption.h"
 #include "host/token/cryptoki_names.h"
+#include "host/token/pkcs11_header.h"
 #include "host/token/token_state.h"
 
 namespace zr::host {

@@ -1,7 +1,6 @@
 // Why the library could not load a module.
 #include "host/token/load_cause.h"
 
-#include <p11-kit/pkcs11.h>
 #include <utf8cpp/utf8.h>
 
 #include <array>
@@ -14,6 +13,7 @@
 #include "host/system/utf8_path.h"
 #include "host/token/cryptoki.h"
 #include "host/token/cryptoki_names.h"
+#include "host/token/pkcs11_header.h"
 #include "host/token/platform_of.h"
 
 namespace fs = std::filesystem;

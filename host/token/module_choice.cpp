@@ -18,9 +18,9 @@
 #include "host/token/cryptoki.h"
 #include "host/token/cryptoki_names.h"
 #include "host/token/module_places.h"
+#include "host/token/pkcs11_header.h"
 
 // Last: it defines TRUE and FALSE, which the header of automation declares.
-#include <p11-kit/pkcs11.h>
 
 namespace fs = std::filesystem;
 

@@ -44,7 +44,7 @@ namespace {
 /// Throws std::bad_alloc when there is no memory.
 BSTR makeText(const Pin& pin) {
     // UTF-16 never needs more units than UTF-8 needs bytes.
-    std::array<OLECHAR, Pin::kCapacity> units;
+    std::array<OLECHAR, Pin::kCapacity> units = {};
     const SecretMemory protection(units.data(), sizeof units);
     const std::string_view bytes = pin.view();
     const auto end = utf8::utf8to16(bytes.begin(), bytes.end(), units.begin());

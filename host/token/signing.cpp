@@ -1,12 +1,11 @@
 // Signatures beside the library's.
 #include "host/token/signing.h"
 
-#include <p11-kit/pkcs11.h>
-
 #include <algorithm>
 #include <vector>
 
 #include "host/token/cryptoki_names.h"
+#include "host/token/pkcs11_header.h"
 
 namespace zr::host {
 namespace {

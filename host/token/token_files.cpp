@@ -1,14 +1,13 @@
 // The files of the library as data objects of the token.
 #include "host/token/token_files.h"
 
-#include <p11-kit/pkcs11.h>
-
 #include <algorithm>
 #include <iterator>
 #include <optional>
 
 #include "host/system/interruption.h"
 #include "host/token/cryptoki_names.h"
+#include "host/token/pkcs11_header.h"
 
 namespace zr::host {
 namespace {
@@ -28,8 +27,8 @@ std::optional<unsigned> numberOf(const std::string& label) {
 }
 
 /// What another program may have set, and a new object keeps.
-const std::vector<CK_ATTRIBUTE_TYPE> kKept = {CKA_PRIVATE, CKA_MODIFIABLE, CKA_LABEL,
-                                              CKA_APPLICATION, CKA_OBJECT_ID};
+constexpr CK_ATTRIBUTE_TYPE kKept[] = {CKA_PRIVATE, CKA_MODIFIABLE, CKA_LABEL, CKA_APPLICATION,
+                                       CKA_OBJECT_ID};
 
 Attributes fileAttributes() {
     return {numberAttribute(CKA_CLASS, CKO_DATA), truthAttribute(CKA_TOKEN, true)};
@@ -38,9 +37,9 @@ Attributes fileAttributes() {
 /// The attributes of a new object in the place of another one.
 Attributes attributesLike(DirectSession& direct, CK_OBJECT_HANDLE old, const std::string& content) {
     AttributeValues values;
-    direct.require(direct->read(old, kKept, values));
+    direct.require(direct->read(old, {std::begin(kKept), std::end(kKept)}, values));
     Attributes attributes = fileAttributes();
-    for (std::size_t i = 0; i < kKept.size(); ++i) {
+    for (std::size_t i = 0; i < std::size(kKept); ++i) {
         if (values[i] && !values[i]->empty()) {
             attributes.push_back({kKept[i], *values[i]});
         }

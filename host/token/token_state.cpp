@@ -1,7 +1,6 @@
 // What a module says about its readers and tokens when the library only fails.
 #include "host/token/token_state.h"
 
-#include <p11-kit/pkcs11.h>
 #include <utf8cpp/utf8.h>
 
 #include <algorithm>
@@ -11,6 +10,7 @@
 #include "host/token/cryptoki.h"
 #include "host/token/cryptoki_names.h"
 #include "host/token/pin.h"
+#include "host/token/pkcs11_header.h"
 #include "host/token/token_session.h"
 
 namespace zr::host {

@@ -1,11 +1,10 @@
 // The tokens of a module as they come and go.
 #include "host/token/token_watch.h"
 
-#include <p11-kit/pkcs11.h>
-
 #include <string>
 
 #include "host/token/cryptoki_names.h"
+#include "host/token/pkcs11_header.h"
 
 namespace zr::host {
 namespace {

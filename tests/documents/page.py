@@ -5,7 +5,7 @@ from dataclasses import dataclass, field
 
 COMMENT = re.compile(r"<!-- (not run|typed): (.*) -->")
 MESSAGE = re.compile(r"### `(.*)`")
-FILE_NAME = re.compile(r"`([\w./-]+\.(?:js|xml|txt))`[^`]*:$")
+FILE_NAME = re.compile(r"`([\w./-]+\.(?:js|xml|txt|conf))`[^`]*:$")
 EXIT_CODE = re.compile(r"\(exit code (\d+)\)")
 
 

@@ -114,7 +114,7 @@ TEST_F(FailureReportTest, WrongWordsAreNamed) {
     expectUsageError({"digest", "--json", "--format", "raw"}, "--json excludes --format", digest);
     expectUsageError({"verify"}, "--signature is required", "verify [OPTIONS]");
     expectUsageError({"file", "read"}, "NUMBER is required", "file read [OPTIONS] NUMBER");
-    expectUsageError({"file"}, "file needs a command: exists, read, create, delete",
+    expectUsageError({"file"}, "file needs a command: list, exists, read, create, write, delete",
                      "file [OPTIONS] COMMAND");
     expectUsageError({"run"}, "FILE is required", "run [OPTIONS] FILE [ARG...]");
     expectUsageError({"run", "--dance"}, "unknown option --dance", "run [OPTIONS] FILE [ARG...]");
