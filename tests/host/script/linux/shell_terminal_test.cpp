@@ -17,6 +17,13 @@ protected:
     static constexpr const char* kUp = "\x1b[A";
     static constexpr const char* kTab = "\t";
 
+    /// Ctrl-D. Not at once after the prompt: until the editor has taken the terminal, the system itself
+    /// reads the key.
+    static void endInput(TerminalCommand& shell) {
+        shell.waitFor(kPrompt);
+        EXPECT_TRUE(shell.showsNothingFor(300));
+        shell.type(kEndOfInput);
+    }
     static void expectEnd(TerminalCommand& shell, int exitCode = 0) {
         int status = 0;
         shell.finish(&status);
@@ -34,8 +41,7 @@ TEST_F(ShellTerminalTest, StatementIsRunAndItsResultShown) {
     shell.waitFor(kPrompt);
     shell.type("missing\n");
     shell.waitFor("shell:1: ReferenceError: identifier 'missing' undefined\r\n");
-    shell.waitFor(kPrompt);
-    shell.type(kEndOfInput);
+    endInput(shell);
     expectEnd(shell);
 }
 
@@ -53,7 +59,7 @@ TEST_F(ShellTerminalTest, IncompleteStatementHasAnotherPrompt) {
     shell.waitFor("... ");
     shell.type("2]\n");
     shell.waitFor("[1, 2]\r\n");
-    shell.type(kEndOfInput);
+    endInput(shell);
     expectEnd(shell);
 }
 
@@ -65,7 +71,7 @@ TEST_F(ShellTerminalTest, HistoryBringsALineBack) {
     shell.waitFor(kPrompt);
     shell.type(std::string(kUp) + "0\n");
     shell.waitFor("30\r\n");
-    shell.type(kEndOfInput);
+    endInput(shell);
     expectEnd(shell);
 }
 
@@ -94,7 +100,7 @@ TEST_F(ShellTerminalTest, TabCompletesMembersOfTheToken) {
     shell.waitFor("tok.Verify");
     shell.type("PIN\n");
     shell.waitFor("[function VerifyPIN]\r\n");
-    shell.type(kEndOfInput);
+    endInput(shell);
     expectEnd(shell);
 }
 
@@ -103,7 +109,7 @@ TEST_F(ShellTerminalTest, TextOutsideAsciiIsEdited) {
     shell.waitFor(kPrompt);
     shell.type("'\u00e4\u20ac\U0001F511x\x7f'\n");
     shell.waitFor("\"\u00e4\u20ac\U0001F511\"\r\n");
-    shell.type(kEndOfInput);
+    endInput(shell);
     expectEnd(shell);
 }
 
@@ -122,8 +128,7 @@ TEST_F(ShellTerminalTest, PinIsNeitherShownNorInTheHistory) {
     shell.type(std::string(kUp) + kUp + kUp + kUp + "\n");
     shell.waitFor("the PIN: ");
     shell.type("13579\n");
-    shell.waitFor(kPrompt);
-    shell.type(kEndOfInput);
+    endInput(shell);
     int status = 0;
     const std::string shown = shell.finish(&status);
     EXPECT_EQ(std::string::npos, shown.find("87654")) << shown;
@@ -148,7 +153,7 @@ TEST_F(ShellTerminalTest, InterruptEndsTheLineOrTheStatementAndNotTheShell) {
     shell.waitFor(kPrompt);
     shell.type("40 + 1\n");
     shell.waitFor("41\r\n");
-    shell.type(kEndOfInput);
+    endInput(shell);
     expectEnd(shell);
 }
 
@@ -167,8 +172,7 @@ TEST_F(ShellTerminalTest, OutputGoesToStandardOutputAndThePromptDoesNot) {
     TerminalCommand shell({"shell"}, "output.txt");
     shell.waitFor(kPrompt);
     shell.type("6 * 7\n");
-    shell.waitFor(kPrompt);
-    shell.type(kEndOfInput);
+    endInput(shell);
     expectEnd(shell);
     EXPECT_EQ("42\n", readFile("output.txt"));
 }
