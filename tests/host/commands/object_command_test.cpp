@@ -1,5 +1,7 @@
 // zrkey file, cert, sign, verify and digest on a real token, with openssl and pkcs11-tool before
 // and after.
+#include <regex>
+
 #include "tests/host/command_token_test.h"
 
 namespace zr::test {
@@ -59,11 +61,22 @@ TEST_F(ObjectCommandTest, UnwritableOutputIsAFailure) {
                   "cannot write to \"no/folder/file\"");
 }
 
-TEST_F(ObjectCommandTest, CertificatesAreListedByName) {
-    expectOutput(zrkey({"cert", "list"}), "0\tcontainer1\n");
-    expectOutput(zrkey({"cert", "list", "--json"}),
-                 "{\"schema\":1,\"command\":\"cert list\",\"result\":{\"name\":\"S_OK\",\"hex\":"
-                 "\"0x00000000\"},\"certificates\":[{\"index\":0,\"name\":\"container1\"}]}\n");
+TEST_F(ObjectCommandTest, CertificatesAreListedByNameAndSubject) {
+    // The set-up makes a new certificate each time.
+    const CommandResult list = zrkey({"cert", "list"});
+    EXPECT_EQ(0, list.exitCode);
+    EXPECT_TRUE(std::regex_match(
+        list.output,
+        std::regex("0\tcontainer1\tCN=ZRKey Test\tCN=ZRKey Test\tuntil [0-9]{4}-[0-9]{2}-"
+                   "[0-9]{2}\t[0-9a-f]+\tRSA 2048\tid:636f6e7461696e657231\n")))
+        << list.output;
+    const CommandResult json = zrkey({"cert", "list", "--json"});
+    EXPECT_EQ(0, json.exitCode);
+    EXPECT_TRUE(json.output.starts_with(
+        "{\"schema\":1,\"command\":\"cert list\",\"result\":{\"name\":\"S_OK\",\"hex\":"
+        "\"0x00000000\"},\"certificates\":[{\"index\":0,\"name\":\"container1\",\"id\":"
+        "\"636f6e7461696e657231\",\"label\":\"container1\",\"subject\":\"CN=ZRKey Test\","))
+        << json.output;
 }
 
 TEST_F(ObjectCommandTest, CertificateEqualsTheOneMadeByOpenssl) {

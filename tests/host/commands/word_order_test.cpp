@@ -68,8 +68,9 @@ TEST_F(WordOrderTest, HelpOfAnUnknownCommandIsWrongUsage) {
 
 TEST_F(WordOrderTest, OptionsWithoutACommandAreWrongUsage) {
     const std::string commands =
-        "a command is missing: run, list, info, login, pin, file, cert, sign, verify, digest, "
-        "config, help";
+        "a command is missing: run, shell, list, info, login, pin, file, cert, sign, verify, "
+        "digest, "
+        "doctor, watch, trace, config, help";
     expectUsageError({"--json"}, commands, "[OPTIONS] COMMAND");
     expectUsageError({"--module"}, commands, "[OPTIONS] COMMAND");
     expectUsageError({"--label", "A", "list"}, "unknown option --label", "list [OPTIONS]");

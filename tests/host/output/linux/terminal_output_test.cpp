@@ -62,14 +62,14 @@ protected:
         EXPECT_EQ(exitCode, host::runCommandLine(words));
         return terminal.takeShown();
     }
-    /// Runs digest on data that takes longer than a second.
+    /// Runs digest on data that takes longer than a second, also when the digest starts late.
     std::string shownByLongDigest(const std::vector<std::string>& options) const {
         int ends[2] = {};
         EXPECT_EQ(0, pipe(ends));
         const Redirection input(host::kStandardInput, ends[0]);
         std::thread writer([&ends] {
             host::writeAll(ends[1], "a");
-            std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+            std::this_thread::sleep_for(std::chrono::milliseconds(2500));
             host::writeAll(ends[1], "bc");
             close(ends[1]);
         });
