@@ -1,4 +1,6 @@
 // zrkey doctor: each stage that can fail, by the recording module.
+#include <algorithm>
+
 #include "host/system/shared_library.h"
 #include "tests/host/command_test.h"
 
