@@ -1,5 +1,7 @@
 // zrkey beside the object model on a real token: signatures that openssl checks afterwards, contents
 // that pkcs11-tool reads, a new user PIN. tests/host/around-direct prepares and checks.
+#include <sstream>
+
 #include "tests/host/command_token_test.h"
 
 namespace zr::test {
@@ -37,11 +39,14 @@ TEST_F(DirectCommandTest, RsaSignaturesAreWrittenForOpenssl) {
 }
 
 TEST_F(DirectCommandTest, EcdsaSignaturesAreWrittenForOpenssl) {
-    for (const char* curve : {"P-256", "P-384", "P-521"}) {
+    std::istringstream curves(fromEnvironment("ZRKEY_CURVES"));
+    int count = 0;
+    for (std::string curve; curves >> curve; ++count) {
         for (const char* algorithm : {"ecdsa-sha256", "ecdsa-sha384"}) {
             signAndVerify(curve, algorithm, std::string(algorithm) + "." + curve);
         }
     }
+    EXPECT_GE(count, 2);
 }
 
 TEST_F(DirectCommandTest, CertificateWithABinaryIdSignsLikeOthers) {
