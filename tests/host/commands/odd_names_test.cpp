@@ -53,7 +53,8 @@ TEST_F(OddNamesTest, InputIsRead) {
             ++count;
         }
     }
-    EXPECT_GE(count, 6);
+    // Wine in the C locale has no names outside ASCII, and Windows none with quotes or control characters.
+    EXPECT_GE(count, 4);
 }
 
 TEST_F(OddNamesTest, OutputHasItsName) {
