@@ -30,9 +30,8 @@ Failure tooLarge(const std::string& path, const InputFile& file, std::size_t mos
     const std::optional<std::uint64_t> size = file.size();
     const std::string bytes =
         size ? std::to_string(*size) + " bytes" : "more than " + std::to_string(most) + " bytes";
-    return commandFailure(
-        kExitFailure, "use " + placeOf(path), "it has " + bytes,
-        "split it: at most " + std::to_string(most) + " bytes can be used at once");
+    return commandFailure(kExitFailure, "use " + placeOf(path), "it has " + bytes,
+                          "give at most " + std::to_string(most) + " bytes");
 }
 
 ErasedBytes readWhole(const std::string& path, std::size_t most) {
@@ -64,7 +63,7 @@ std::string readSignature(const std::string& path, ByteFormat format) {
         decode(viewOf(readWhole(path, kMostSignatureBytes)), format, kSignatureLabel);
     if (!signature) {
         throw commandFailure(kExitFailure, "read the signature in " + placeOf(path),
-                             "its text is not of the format of --format",
+                             "it is not in the format that --format names",
                              "give the format in which it was written");
     }
     return std::move(*signature);

@@ -77,7 +77,7 @@ void writeReport(Console& console, const std::string& name, const ReportOptions&
         const std::string place = report.file ? inQuotes(report.file->path()) : "standard output";
         throw systemFailure(
             kExitFailure, "write to " + place, error,
-            "the operation on the token is complete; check free space and permissions");
+            "the work is done, but its result is not written; check free space and permissions");
     }
     if (!options.quiet) {
         console.writeError(report.note);
@@ -125,9 +125,9 @@ void addConfigurationOptions(CLI::App& command, ModuleOptions& options) {
 
 void addModuleOptions(CLI::App& command, ModuleOptions& options) {
     command
-        .add_option(
-            "--module", options.path,
-            "The PKCS #11 module, a path or a name; the default is the variable ZRKEY_MODULE")
+        .add_option("--module", options.path,
+                    "The PKCS #11 module, a path or a name; the default is ZRKEY_MODULE, then "
+                    "zrkey.conf, then p11-kit")
         ->type_name("PATH")
         ->check(isNotEmpty());
     addConfigurationOptions(command, options);

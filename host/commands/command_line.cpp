@@ -52,7 +52,7 @@ void addCommands(CLI::App& app, Action& action) {
     addDoctorCommand(app, action);
     addWatchCommand(app, action);
     addTraceCommand(app, action);
-    CLI::App& config = addGroup(app, "config", "Shows where the configuration comes from");
+    CLI::App& config = addGroup(app, "config", "Shows or writes the configuration");
     addConfigShowCommand(config, action);
     addConfigInitCommand(config, action);
     addConfigPathCommand(config, action);

@@ -18,7 +18,7 @@ void addKeyOptions(CLI::App& command, KeyOptions& options) {
     addCertificateOptions(command, options.certificate);
     addAlgorithmOption(command, options.algorithm);
     command.add_flag("--raw", options.isRaw,
-                     "An ECDSA signature is r and s, each as long as the other, not DER");
+                     "An ECDSA signature is r followed by s, of equal length, instead of DER");
     addInputOption(command, options.input);
 }
 

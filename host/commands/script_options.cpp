@@ -12,6 +12,19 @@
 #include "host/token/pin_source.h"
 
 namespace zr::host {
+namespace {
+
+/// @param needed  what the value has to be, for the message.
+template <class Number>
+CLI::Validator isInRange(Number first, Number last, const std::string& needed) {
+    const auto check = [=](const std::string& text) -> std::string {
+        const bool isGood = CLI::Range(first, last)(text).empty();
+        return isGood ? "" : needed + " is required";
+    };
+    return {check, ""};
+}
+
+}  // namespace
 
 void addScriptOptions(CLI::App& command, ScriptOptions& options, const char* timed) {
     command.add_flag("-v,--verbose", options.verbose,
@@ -21,13 +34,14 @@ void addScriptOptions(CLI::App& command, ScriptOptions& options, const char* tim
         .add_option("--time-limit", options.seconds,
                     std::string("Ends ").append(timed).append(" after this many seconds"))
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.001, 1e6).description(""));
+        ->check(isInRange(0.001, 1e6, "a number of seconds from 0.001 to 1000000"));
     command
         .add_option("--memory-limit", options.mebibytes,
                     "Gives the script at most this many MiB of memory")
         ->type_name("MIB")
-        ->check(CLI::Range(1, 1 << 20).description(""));
-    addPinSource(command, "--pin", options.pin, "Where readPin() gets the PIN first");
+        ->check(isInRange(1, 1 << 20, "a number of MiB from 1 to 1048576"));
+    addPinSource(command, "--pin", options.pin,
+                 "The source of the first PIN that readPin() returns");
 }
 
 void checkScriptOptions(const ScriptOptions& options) {

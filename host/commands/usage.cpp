@@ -179,9 +179,12 @@ std::string describe(const CLI::App& app, const CLI::App& command, const CLI::Er
         return describeExtras(command, options, words);
     }
     const std::string what = error.what();
-    // The parser's "--index: 1 required N missing".
-    const std::size_t missing = what.find(": 1 required ");
-    return missing == std::string::npos ? what : what.substr(0, missing) + " needs a value";
+    // The parser's "--index: 1 required N missing" and "--index: At Most 1 required but received 2".
+    if (const std::size_t end = what.find(": 1 required "); end != std::string::npos) {
+        return what.substr(0, end) + " needs a value";
+    }
+    const std::size_t end = what.find(": At Most 1 required");
+    return end == std::string::npos ? what : what.substr(0, end) + " is given more than once";
 }
 
 }  // namespace

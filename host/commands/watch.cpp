@@ -141,8 +141,9 @@ void addWatchCommand(CLI::App& parent, Action& action) {
     addReportOptions(*command, options->report);
     addModuleOptions(*command, options->module);
     command
-        ->add_option("--exec", options->program,
-                     "Starts this program for each line, with its values in variables")
+        ->add_option(
+            "--exec", options->program,
+            "Starts this program for each line, with the token's data in environment variables")
         ->type_name("PROGRAM");
 }
 

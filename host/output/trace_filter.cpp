@@ -71,7 +71,7 @@ std::string TraceFilter::add(std::string_view bytes) {
 }
 
 std::string TraceFilter::finish() {
-    const std::string shown = m_line.empty() ? "" : show(viewOf(m_line));
+    std::string shown = m_line.empty() ? "" : show(viewOf(m_line));
     m_line.clear();
     return shown;
 }

@@ -133,7 +133,7 @@ std::string showObject(duk_context* script, duk_idx_t index, int level) {
     }
     // Dates, regular expressions, errors and others say what they are.
     duk_dup(script, index);
-    const std::string text = printable(viewOf(utf8At(script, -1)));
+    std::string text = printable(viewOf(utf8At(script, -1)));
     duk_pop(script);
     return text;
 }
@@ -151,7 +151,7 @@ std::string show(duk_context* script, duk_idx_t index, int level) {
         return showObject(script, index, level);
     }
     duk_dup(script, index);
-    const std::string text(viewOf(utf8At(script, -1)));
+    std::string text(viewOf(utf8At(script, -1)));
     duk_pop(script);
     return text;
 }

@@ -29,6 +29,7 @@ public:
     static std::optional<ChildProcess> start(const ProcessStart& start, std::error_code& error);
     ChildProcess(ChildProcess&& other) noexcept;
     ChildProcess& operator=(ChildProcess&& other) noexcept;
+    // NOLINTNEXTLINE(performance-trivially-destructible): it is not on Windows.
     ~ChildProcess();
 
     /// @return its exit code, 128 and the number after a signal; nullopt while it runs. When it has

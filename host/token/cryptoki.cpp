@@ -57,6 +57,10 @@ CK_RV readList(std::vector<CK_ULONG>& items, Get get) {
 
 }  // namespace
 
+bool isBlankToken(std::string_view label, std::string_view serial) {
+    return label.empty() && serial.find_first_not_of('0') == std::string_view::npos;
+}
+
 Cryptoki::Cryptoki(const std::string& path) : m_library(path) {
     using GetFunctionList = CK_RV (*)(const Functions** list);
     const auto getList = reinterpret_cast<GetFunctionList>(m_library.find("C_GetFunctionList"));

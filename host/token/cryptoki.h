@@ -10,6 +10,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/system/shared_library.h"
@@ -47,6 +48,9 @@ struct TokenFacts {
     CK_ULONG shortestPin = 0;
     CK_ULONG longestPin = 0;  ///< 0 or CK_UNAVAILABLE_INFORMATION: the token does not say
 };
+
+/// Whether a token is not initialised: modules fill the serial number of an empty slot with zeros.
+bool isBlankToken(std::string_view label, std::string_view serial);
 
 struct MechanismFacts {
     CK_ULONG smallestKey = 0;

@@ -92,7 +92,7 @@ bool Doctor::checkModule() {
         m_options.path = chosen.path;
         path = toUtf8(moduleFile(chosen.path));
     } catch (const Failure& failure) {
-        return fail("module", kExitModule, {failure.cause, failure.advice});
+        return fail("module", failure.exitCode, {failure.cause, failure.advice});
     }
     if (!checkFile(path)) {
         return false;
@@ -240,7 +240,7 @@ int Doctor::checkToken(const std::string& name, CK_SLOT_ID slot, const Cryptoki&
         add(name, Status::kWarning, cause.text, cause.advice);
         return kExitNotFound;
     }
-    if (facts.label.empty() && facts.serial.empty()) {
+    if (isBlankToken(facts.label, facts.serial)) {
         add(name, Status::kWarning, "it is not initialised",
             "initialise it with the tool of its maker, if it is to be used");
         return kExitNotFound;
@@ -264,7 +264,7 @@ int Doctor::checkToken(const std::string& name, CK_SLOT_ID slot, const Cryptoki&
                 "make sure of the PIN before it is used");
             return kExitOk;
         default:
-            add(name, Status::kOk, token + "nothing is known against its user PIN");
+            add(name, Status::kOk, token + "its user PIN is not locked");
             return kExitOk;
     }
 }

@@ -69,7 +69,7 @@ std::optional<Cause> checkStart(const FailedLoad& load, const Cryptoki& calls) {
     }
     if (result == CKR_OK) {
         calls.finalise();
-        return Cause{"the module did not start the first time, but the second", "try again"};
+        return Cause{"the module started only at the second try", "try again"};
     }
     return Cause{"its C_Initialize returned " + resultText(result),
                  "check the module's own settings, and whether its service runs"};

@@ -20,8 +20,6 @@
 #include "host/token/module_places.h"
 #include "host/token/pkcs11_header.h"
 
-// Last: it defines TRUE and FALSE, which the header of automation declares.
-
 namespace fs = std::filesystem;
 
 namespace zr::host {
@@ -68,7 +66,7 @@ std::string readSettings(const fs::path& file) {
     const auto other = std::find_if(keys.begin(), keys.end(),
                                     [](const auto& entry) { return entry.first != "module"; });
     if (other != keys.end()) {
-        throw commandFailure(kExitModule, asked, inQuotes(other->first) + " is no setting",
+        throw commandFailure(kExitModule, asked, "unknown setting " + inQuotes(other->first),
                              "the only one is module");
     }
     const auto module = keys.find("module");
@@ -95,17 +93,13 @@ std::string defaultModule() {
     return module;
 }
 
-/// A name that only a formatted token has.
-bool isToken(const TokenFacts& facts) {
-    return !facts.label.empty() || (facts.flags & CKF_TOKEN_INITIALIZED) != 0;
-}
-
 /// Why a module cannot be the chosen one; empty when it has a token.
 std::string whyNot(const Cryptoki& module) {
     const auto slots = module.slots(true);
     const bool hasToken = slots && std::any_of(slots->begin(), slots->end(), [&](CK_SLOT_ID slot) {
                               TokenFacts facts;
-                              return module.readToken(slot, facts) == CKR_OK && isToken(facts);
+                              return module.readToken(slot, facts) == CKR_OK &&
+                                     !isBlankToken(facts.label, facts.serial);
                           });
     return hasToken ? "" : "no token";
 }

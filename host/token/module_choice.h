@@ -12,8 +12,8 @@ struct ChosenModule {
 
 /// The module by the first of these that names one: the option, the variable ZRKEY_MODULE, the
 /// user's settings, the system's; else the only module of p11-kit that has a token, which a line on
-/// standard error says. Throws a Failure when there is none. Makes no difference to a module: those
-/// that are asked for tokens are finalised.
+/// standard error says. Throws a Failure when there is none. Modules that were asked for tokens are
+/// finalised again.
 /// @param option  a path, or a name that is no file in the current folder; empty: not given.
 ChosenModule chooseModule(const std::string& option);
 

@@ -131,7 +131,7 @@ void requireKeyType(const TokenCertificate& certificate, SignatureAlgorithm algo
         return;
     }
     const std::string& type = certificate.facts->keyType;
-    std::string cause = "the key of the certificate is of the kind ";
+    std::string cause = "the certificate has a key of the type ";
     cause.append(type).append(", and ").append(nameOf(algorithm)).append(" needs ").append(needed);
     throw commandFailure(kExitFailure, asked, cause,
                          type == "EC"    ? "choose --algorithm ecdsa-sha256 or ecdsa-sha384"

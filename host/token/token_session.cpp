@@ -110,8 +110,7 @@ TokenTable readTokens(ITokenProvider& provider) {
         row.serial = readText(token, &IKeyObject::GetSerialNumber);
         row.manufacturer = readText(token, &IKeyObject::GetManufacturerID);
         row.model = readText(token, &IKeyObject::GetModelID);
-        // Modules fill the serial number of an empty slot with zeros.
-        if (!row.label.empty() || row.serial.find_first_not_of('0') != std::string::npos) {
+        if (!isBlankToken(row.label, row.serial)) {
             table.rows.push_back(std::move(row));
         }
     }

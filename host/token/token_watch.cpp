@@ -107,7 +107,7 @@ void TokenWatch::compare(CK_SLOT_ID slot, Sign sign, std::vector<TokenChange>& c
         m_unread.insert(slot);
         return;
     }
-    const bool isThere = result == CKR_OK && (!facts.label.empty() || !facts.serial.empty());
+    const bool isThere = result == CKR_OK && !isBlankToken(facts.label, facts.serial);
     const auto before = m_tokens.find(slot);
     // With an event it was taken out and put in again.
     if (before != m_tokens.end() &&

@@ -123,7 +123,7 @@ std::string findSpy() {
     for (const char* folder : {"/usr/lib/x86_64-linux-gnu", "/usr/lib64", "/usr/lib"}) {
         for (const char* file : {"/pkcs11/pkcs11-spy.so", "/pkcs11-spy.so"}) {
             std::error_code ignored;
-            const std::string path = std::string(folder).append(file);
+            std::string path = std::string(folder).append(file);
             if (std::filesystem::exists(path, ignored)) {
                 return path;
             }
@@ -168,7 +168,8 @@ std::string spyInsteadOf(const std::string& module, std::error_code& error) {
         error = lastError();
     } else if (!S_ISFIFO(file.st_mode)) {
         error = std::make_error_code(std::errc::invalid_argument);
-    } else if (setenv(kModuleVariable, module.c_str(), 1) != 0) {
+    }
+    if (!error && setenv(kModuleVariable, module.c_str(), 1) != 0) {
         error = lastError();
     }
     if (descriptor >= 0) {

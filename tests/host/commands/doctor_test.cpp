@@ -85,7 +85,16 @@ TEST_F(DoctorTest, ModuleIsNamedWithItsOrigin) {
     expectLine("ok\tmodule\t" + module.path() + ", from ZRKEY_MODULE", 0);
     setEnvironment("ZRKEY_MODULE", "");
     expectLine("ok\tmodule\t" + module.path() + ", from --module", 0, {"--module", module.path()});
-    expectLine("failed\tmodule\tno module is named; give --module PATH or set ZRKEY_MODULE", 3);
+    expectLine("failed\tmodule\tno module is named; give --module PATH or set ZRKEY_MODULE", 2);
+}
+
+TEST_F(DoctorTest, BlankTokenIsNoToken) {
+    setText(module->settings().tokenInfo.label, "");
+    setText(module->settings().tokenInfo.serialNumber, "0000000000000000");
+    expectLine(
+        "warning\ttoken 0\tit is not initialised; initialise it with the tool of its maker, "
+        "if it is to be used",
+        4);
 }
 
 TEST_F(DoctorTest, MissingFileIsFound) {
@@ -210,7 +219,7 @@ TEST_F(DoctorTest, TokenThatCannotBeReadIsFound) {
 TEST_F(DoctorTest, StateOfThePinIsShown) {
     const std::string token = "token 0\t\"Label\", serial number Serial: ";
     CK_FLAGS& flags = module->settings().tokenInfo.flags;
-    expectLine("ok\t" + token + "nothing is known against its user PIN", 0);
+    expectLine("ok\t" + token + "its user PIN is not locked", 0);
     flags = kTokenInitialised;
     expectLine("warning\t" + token + "the user PIN is not initialised; the issuer has to set it",
                5);

@@ -96,6 +96,8 @@ TEST_F(FailureReportTest, WrongWordsAreNamed) {
     expectUsageError({"info", "--index", "x"},
                      "--index: an index must be a number from 0 to 2147483647", info);
     expectUsageError({"info", "--index"}, "--index needs a value", info);
+    expectUsageError({"info", "--label", "A", "--label", "B"}, "--label is given more than once",
+                     info);
     expectUsageError({"file", "read", "0"},
                      "NUMBER: the name of a file must be a number from 1 to 65536",
                      "file read [OPTIONS] NUMBER");

@@ -48,7 +48,7 @@ TEST_F(InputReportTest, SignatureOfAnotherFormatFailsBeforeTheTokenWorks) {
             withPin(
                 {"verify", "-i", "data.bin", "--signature", "signature.bin", "--format", format}),
             1,
-            "read the signature in \"signature.bin\": its text is not of the format of --format; "
+            "read the signature in \"signature.bin\": it is not in the format that --format names; "
             "give the format in which it was written");
     }
     EXPECT_EQ(0u, module.count("C_Initialize"));
@@ -59,8 +59,7 @@ TEST_F(InputReportTest, InputThatIsTooLargeIsRefusedBeforeItIsRead) {
     // A hole: it takes no space.
     std::filesystem::resize_file("large.bin", std::uintmax_t{3} << 30);
     const auto line = [](const std::string& most) {
-        return "use \"large.bin\": it has 3221225472 bytes; split it: at most " + most +
-               " bytes can be used at once";
+        return "use \"large.bin\": it has 3221225472 bytes; give at most " + most + " bytes";
     };
     const std::string library = line("2147483647");
     expectFailure(withPin({"sign", "-i", "large.bin"}), 1, library);

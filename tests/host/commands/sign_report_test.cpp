@@ -214,7 +214,7 @@ TEST_F(SignReportTest, CertificateWithoutAKeySaysSo) {
 TEST_F(SignReportTest, AlgorithmForAnotherKindOfKeyIsRefused) {
     useP256();
     expectFailure(sign(), 1,
-                  asked("the key of the certificate is of the kind EC, and rsa-sha1 needs RSA; "
+                  asked("the certificate has a key of the type EC, and rsa-sha1 needs RSA; "
                         "choose --algorithm ecdsa-sha256 or ecdsa-sha384"));
     EXPECT_EQ(Deeds{"C_Login(1, 1, 1234)"}, takeDeeds());
 }

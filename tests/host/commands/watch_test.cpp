@@ -134,8 +134,10 @@ TEST_F(WatchTest, OtherTokenInTheSlotIsARemovalAndAnInsertion) {
 
 TEST_F(WatchTest, BlankTokenIsNotShown) {
     setText(module->settings().tokenInfo.label, "");
-    setText(module->settings().tokenInfo.serialNumber, "");
-    EXPECT_EQ("", watch(kEvents, {event()}).output);
+    for (const char* serial : {"", "0000000000000000"}) {
+        setText(module->settings().tokenInfo.serialNumber, serial);
+        EXPECT_EQ("", watch(kEvents, {event()}).output);
+    }
 }
 
 TEST_F(WatchTest, ControlCharactersAreReplaced) {

@@ -104,7 +104,7 @@ TEST_F(ModuleChoiceTest, WrongSettingsAreNamed) {
     writeSettings("\nmodule\n");
     expectFailure({"list"}, 3, asked + "line 2 is not KEY = VALUE; correct it: module = PATH");
     writeSettings("modul = x\n");
-    expectFailure({"list"}, 3, asked + "\"modul\" is no setting; the only one is module");
+    expectFailure({"list"}, 3, asked + "unknown setting \"modul\"; the only one is module");
     writeSettings("module = here/x.so\n");
     expectFailure({"list"}, 3,
                   asked + "the path \"here/x.so\" is relative; give a full path or a name");

@@ -24,8 +24,8 @@ TEST_F(LargeInputTest, EndlessInputIsRefusedWhenItPassesTheLimit) {
         FAIL() << "all of it was read";
     } catch (const host::Failure& failure) {
         EXPECT_EQ(
-            "zrkey: cannot use \"/dev/zero\": it has more than 100000 bytes; split it: at most "
-            "100000 bytes can be used at once\n",
+            "zrkey: cannot use \"/dev/zero\": it has more than 100000 bytes; give at most "
+            "100000 bytes\n",
             failure.line());
         EXPECT_EQ(host::kExitFailure, failure.exitCode);
     }
@@ -34,8 +34,7 @@ TEST_F(LargeInputTest, EndlessInputIsRefusedWhenItPassesTheLimit) {
 TEST_F(LargeInputTest, EndlessSignatureIsRefused) {
     writeFile("data.bin", "data");
     expectFailure(withPin({"verify", "-i", "data.bin", "--signature", "/dev/zero"}), 1,
-                  "use \"/dev/zero\": it has more than 1048576 bytes; split it: at most 1048576 "
-                  "bytes can be used at once");
+                  "use \"/dev/zero\": it has more than 1048576 bytes; give at most 1048576 bytes");
 }
 
 TEST_F(LargeInputTest, DigestOf1GiBNeedsLittleMemory) {
