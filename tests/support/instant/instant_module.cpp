@@ -4,8 +4,12 @@
 // session takes as many milliseconds as set by ZRKEY_INSTANT_CLOSE_TIME (0), and a login as many as
 // set by ZRKEY_INSTANT_LOGIN_TIME (0). The token "Instant" has the flags set by ZRKEY_INSTANT_FLAGS
 // (0), and a login the result set by ZRKEY_INSTANT_LOGIN (0). With ZRKEY_INSTANT_EMPTY=1 the reader is
-// empty. Logins, logouts and ends are appended to the file ZRKEY_INSTANT_LOG, a line for each.
+// empty. Logins, logouts and ends are appended to the file ZRKEY_INSTANT_LOG, a line for each. With
+// ZRKEY_INSTANT_SERVER a login is also written to this descriptor, as to a server of the module, and
+// is CKR_GENERAL_ERROR when that fails.
 // Other programs can use it as far as tests/documents/compare does.
+#include <unistd.h>
+
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -108,6 +112,10 @@ CK_RV logout(CK_SESSION_HANDLE) {
 
 CK_RV login(CK_SESSION_HANDLE, CK_USER_TYPE, CK_UTF8CHAR*, CK_ULONG) {
     note("C_Login\n");
+    const int server = static_cast<int>(setting("ZRKEY_INSTANT_SERVER"));
+    if (server != 0 && write(server, "C_Login\n", 8) != 8) {
+        return CKR_GENERAL_ERROR;
+    }
     if (const char* milliseconds = std::getenv("ZRKEY_INSTANT_LOGIN_TIME")) {
         const auto time = std::chrono::milliseconds(std::strtol(milliseconds, nullptr, 10));
         std::this_thread::sleep_until(std::chrono::steady_clock::now() + time);
