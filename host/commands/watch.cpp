@@ -114,7 +114,7 @@ int watch(const WatchOptions& options, Console& console) {
     const LoadedModule module(options.module);
     const Cryptoki calls(module.path());
     TokenWatch tokens(calls);
-    ChangeProgram program(console, options.program, module.path());
+    ChangeProgram program(console, options.program, module.file());
     std::vector<TokenChange> changes = tokens.start();
     while (!isInterrupted()) {
         for (const TokenChange& change : changes) {

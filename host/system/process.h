@@ -1,6 +1,7 @@
 // Programs that the command starts, without a shell; one implementation per target.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -35,6 +36,8 @@ public:
     /// @return its exit code, 128 and the number after a signal; nullopt while it runs. When it has
     ///         returned one, nothing of the process is left.
     std::optional<int> exitCode();
+    /// Its ID on Linux, its handle on Windows.
+    std::intptr_t id() const { return m_process; }
 
 private:
     explicit ChildProcess(std::intptr_t process) : m_process(process) {}

@@ -6,6 +6,7 @@
 
 #include "host/system/erasing_allocator.h"
 #include "host/system/secret_memory.h"
+#include "host/system/system.h"
 #include "host/token/cryptoki_call.h"
 #include "host/token/cryptoki_names.h"
 
@@ -43,6 +44,11 @@ public:
     explicit PinBytes(const Pin& pin) : m_bytes(pin.view().size() + 1) {
         std::copy(pin.view().begin(), pin.view().end(), m_bytes.begin());
     }
+    /// Erases them while they are still protected.
+    ~PinBytes() { secureErase(m_bytes.data(), m_bytes.size()); }
+    PinBytes(const PinBytes&) = delete;
+    PinBytes& operator=(const PinBytes&) = delete;
+
     CK_UTF8CHAR* data() { return reinterpret_cast<CK_UTF8CHAR*>(m_bytes.data()); }
     CK_ULONG size() const { return static_cast<CK_ULONG>(m_bytes.size() - 1); }
 

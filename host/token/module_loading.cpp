@@ -96,6 +96,7 @@ LoadedModule::LoadedModule(const ModuleOptions& options) {
     const fs::path loadable = loadablePath(traced, folder.path);
     checkPaths(asked, traced, folder);
     m_path = toUtf8(traced);
+    m_file = toUtf8(module);
     searchBesideModule(m_path);
 
     // In the working folder, which names the folder of the log file.

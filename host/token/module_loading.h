@@ -32,12 +32,15 @@ public:
     LoadedModule& operator=(const LoadedModule&) = delete;
 
     ITokenProvider& provider() const { return *m_provider.get(); }
-    /// Absolute, in UTF-8.
+    /// The path of what is loaded, absolute, in UTF-8.
     const std::string& path() const { return m_path; }
+    /// The module itself, also when a spy is loaded in its place.
+    const std::string& file() const { return m_file; }
 
 private:
     InterruptionGuard m_interruptions;  ///< destroyed last
     std::string m_path;
+    std::string m_file;
     zrkey::ComRef<ITokenProvider> m_provider;
 };
 

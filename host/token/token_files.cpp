@@ -48,11 +48,16 @@ Attributes attributesLike(DirectSession& direct, CK_OBJECT_HANDLE old, const std
     return attributes;
 }
 
-/// The failure of the last call, and what it left behind.
-Failure failureLeaving(DirectSession& direct, CK_RV result, const std::string& left) {
-    Failure failure = direct.failure(result);
+/// A failure, and what it left behind.
+Failure leaving(Failure failure, const std::string& left) {
     failure.cause.append("; ").append(left);
     return failure;
+}
+
+Failure otherBytes(DirectSession& direct) {
+    return commandFailure(kExitFailure, direct.asked(),
+                          "the module stored other bytes than it was given",
+                          "the token may not keep files of this size");
 }
 
 /// Makes an object with content and reads it again: a module may cut a value without saying so.
@@ -65,13 +70,16 @@ CK_OBJECT_HANDLE makeObject(DirectSession& direct, const Attributes& attributes,
     if (result == CKR_OK && values[0] == content) {
         return made;
     }
-    const Failure failure = result != CKR_OK
-                                ? direct.failure(result)
-                                : commandFailure(kExitFailure, direct.asked(),
-                                                 "the module stored other bytes than it was given",
-                                                 "the token may not keep files of this size");
-    direct->destroy(made);
-    throw failure;
+    const Failure failure = result != CKR_OK ? direct.failure(result) : otherBytes(direct);
+    throw direct->destroy(made) == CKR_OK
+        ? failure
+        : leaving(failure, "what it stored stays under the same number");
+}
+
+/// Whether an object is still there: a module may report a failure after it has deleted it.
+bool isThere(DirectSession& direct, CK_OBJECT_HANDLE object) {
+    AttributeValues values;
+    return direct->read(object, {CKA_LABEL}, values) == CKR_OK && values[0].has_value();
 }
 
 void replace(DirectSession& direct, CK_OBJECT_HANDLE old, const std::string& content) {
@@ -80,12 +88,15 @@ void replace(DirectSession& direct, CK_OBJECT_HANDLE old, const std::string& con
     if (result == CKR_OK) {
         return;
     }
-    const Failure kept = failureLeaving(direct, result, "the file is as it was");
-    if (direct->destroy(made) != CKR_OK) {
-        throw failureLeaving(direct, result,
-                             "the old content stays beside the new one, under the same number");
+    // Names the call that failed, before there are others.
+    const Failure failure = direct.failure(result);
+    if (!isThere(direct, old)) {
+        throw leaving(failure, "the file has the new content");
     }
-    throw kept;
+    if (direct->destroy(made) != CKR_OK) {
+        throw leaving(failure, "the old content stays beside the new one, under the same number");
+    }
+    throw leaving(failure, "the file is as it was");
 }
 
 /// Whether a refusal may mean that the module changes no values, and not that something went wrong
@@ -98,15 +109,26 @@ bool mayBeUnchangeable(CK_RV result) {
     return !isTokenGone(result) && std::ranges::find(kOthers, result) == std::end(kOthers);
 }
 
-void requireStored(DirectSession& direct, CK_OBJECT_HANDLE object, const std::string& content) {
+bool isStored(DirectSession& direct, CK_OBJECT_HANDLE object, const std::string& content) {
     AttributeValues values;
     direct.require(direct->read(object, {CKA_VALUE}, values));
-    if (values[0] != content) {
-        throw commandFailure(kExitFailure, direct.asked(),
-                             "the module stored other bytes than it was given; the old content is "
-                             "lost",
-                             "the token may not keep files of this size");
+    return values[0] == content;
+}
+
+/// Changes the value of an object.
+/// @return the module's result when it refuses; the value is the old one then.
+CK_RV changeValue(DirectSession& direct, CK_OBJECT_HANDLE object, const std::string& content) {
+    AttributeValues before;
+    direct.require(direct->read(object, {CKA_VALUE}, before));
+    const std::string old = before[0].value_or("");
+    const CK_RV result = direct->set(object, {{CKA_VALUE, content}});
+    if (result != CKR_OK || isStored(direct, object, content)) {
+        return result;
     }
+    const bool isRestored =
+        direct->set(object, {{CKA_VALUE, old}}) == CKR_OK && isStored(direct, object, old);
+    throw leaving(otherBytes(direct),
+                  isRestored ? "the file is as it was" : "the old content is lost");
 }
 
 }  // namespace
@@ -118,11 +140,15 @@ std::vector<TokenFile> listFiles(DirectSession& direct) {
     for (const CK_OBJECT_HANDLE object : objects) {
         stopIfInterrupted();
         AttributeValues values;
-        direct.require(direct->read(object, {CKA_LABEL, CKA_PRIVATE, CKA_VALUE}, values));
+        direct.require(direct->read(object, {CKA_LABEL, CKA_PRIVATE}, values));
         const std::optional<unsigned> number = numberOf(values[0].value_or(""));
-        if (number) {
-            files.push_back({object, *number, values[2].value_or("").size(), isTrue(values[1])});
+        if (!number) {
+            continue;
         }
+        // Not of the others, which may be of any size.
+        AttributeValues content;
+        direct.require(direct->read(object, {CKA_VALUE}, content));
+        files.push_back({object, *number, content[0].value_or("").size(), isTrue(values[1])});
     }
     return files;
 }
@@ -143,9 +169,8 @@ WrittenFile writeTokenFile(DirectSession& direct, unsigned number, const std::st
         return WrittenFile::kCreated;
     }
     const CK_OBJECT_HANDLE object = files.front().object;
-    const CK_RV result = direct->set(object, {{CKA_VALUE, content}});
+    const CK_RV result = changeValue(direct, object, content);
     if (result == CKR_OK) {
-        requireStored(direct, object, content);
         return WrittenFile::kChanged;
     }
     if (!mayBeUnchangeable(result)) {

@@ -89,6 +89,8 @@ std::optional<ChildProcess> ChildProcess::start(const ProcessStart& start, std::
     std::vector<std::string> variables = environmentWith(start);
     const FileActions actions(start);
     const Attributes attributes;
+    // A caller that ignores it makes the system drop exit codes.
+    signal(SIGCHLD, SIG_DFL);
     pid_t process = 0;
     const int result =
         posix_spawnp(&process, words.front().c_str(), actions.get(), attributes.get(),
@@ -117,7 +119,9 @@ std::optional<int> ChildProcess::exitCode() {
     }
     if (ended != 0) {
         constexpr int kSignalled = 128;
-        m_exitCode = WIFSIGNALED(status) ? kSignalled + WTERMSIG(status) : WEXITSTATUS(status);
+        m_exitCode = ended < 0             ? 1
+                     : WIFSIGNALED(status) ? kSignalled + WTERMSIG(status)
+                                           : WEXITSTATUS(status);
         m_process = 0;
     }
     return m_exitCode;

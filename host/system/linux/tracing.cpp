@@ -56,26 +56,34 @@ private:
     bool m_isOpen = false;
 };
 
-/// Ctrl-C is for the traced command: what it writes until its end is still shown.
-class InterruptIgnored {
+volatile std::sig_atomic_t s_signalToPassOn = 0;
+
+extern "C" void notePassedSignal(int signal) {
+    s_signalToPassOn = signal;
+}
+
+/// Signals are for the traced command: what it writes until its end is still shown. The terminal
+/// sends Ctrl-C to both; the others are passed on.
+class SignalsPassedOn {
 public:
-    InterruptIgnored() {
-        struct sigaction ignored = {};
-        ignored.sa_handler = SIG_IGN;
+    SignalsPassedOn() {
         for (std::size_t i = 0; i < kSignals.size(); ++i) {
-            sigaction(kSignals[i], &ignored, &m_before[i]);
+            const bool isFromTerminal = kSignals[i] == SIGINT || kSignals[i] == SIGQUIT;
+            struct sigaction action = {};
+            action.sa_handler = isFromTerminal ? SIG_IGN : notePassedSignal;
+            sigaction(kSignals[i], &action, &m_before[i]);
         }
     }
-    ~InterruptIgnored() {
+    ~SignalsPassedOn() {
         for (std::size_t i = 0; i < kSignals.size(); ++i) {
             sigaction(kSignals[i], &m_before[i], nullptr);
         }
     }
-    InterruptIgnored(const InterruptIgnored&) = delete;
-    InterruptIgnored& operator=(const InterruptIgnored&) = delete;
+    SignalsPassedOn(const SignalsPassedOn&) = delete;
+    SignalsPassedOn& operator=(const SignalsPassedOn&) = delete;
 
 private:
-    static constexpr std::array kSignals = {SIGINT, SIGQUIT};
+    static constexpr std::array kSignals = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
     std::array<struct sigaction, kSignals.size()> m_before = {};
 };
 
@@ -104,6 +112,10 @@ int takeUntilTheEnd(ChildProcess& command, int descriptor,
         if (!takeSome(descriptor, kMilliseconds, take)) {
             // The pipe may have no writer any more, and poll does not wait then.
             poll(nullptr, 0, kMilliseconds);
+        }
+        if (s_signalToPassOn != 0) {
+            kill(static_cast<pid_t>(command.id()), s_signalToPassOn);
+            s_signalToPassOn = 0;
         }
         code = command.exitCode();
     }
@@ -150,14 +162,16 @@ std::optional<int> runTraced(const std::string& spy, const std::vector<std::stri
     if (!command) {
         return std::nullopt;
     }
-    const InterruptIgnored interrupts;
+    const SignalsPassedOn signals;
     pipe.closeInput();
     return takeUntilTheEnd(*command, pipe.output(), take);
 }
 
 std::string spyInsteadOf(const std::string& module, std::error_code& error) {
     const std::string spy = environmentVariable(kSpyVariable).value_or("");
-    if (spy.empty()) {
+    std::error_code ignored;
+    // The spy would call itself without end.
+    if (spy.empty() || std::filesystem::equivalent(module, spy, ignored)) {
         return {};
     }
     // The spy writes to standard error when it cannot open its output.

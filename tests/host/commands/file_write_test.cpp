@@ -132,8 +132,29 @@ TEST_F(FileWriteTest, ValueThatTheModuleCutsIsAFailure) {
     EXPECT_TRUE(contentsOf("7").empty());
     module.addData("7", "old");
     expectFailure(write("8"), 1,
+                  "write the file 8: the module stored other bytes than it was given; the file is "
+                  "as it was; the token may not keep files of this size");
+    module->clearCalls();
+    // The old content is written back by the second call.
+    module->fail("C_SetAttributeValue", 2, CKR_GENERAL_ERROR);
+    expectFailure(write("8"), 1,
                   "write the file 8: the module stored other bytes than it was given; the old "
                   "content is lost; the token may not keep files of this size");
+}
+
+TEST_F(FileWriteTest, NewContentStaysWhenTheOldIsGoneAfterAFailure) {
+    module.addData("7", "old");
+    module->fail("C_SetAttributeValue", 0, CKR_ATTRIBUTE_READ_ONLY);
+    const auto removeOld = [](void* recording) {
+        static_cast<RecordingModule*>(recording)->removeObject(1);
+    };
+    module->callBack("C_DestroyObject", removeOld, module.operator->());
+    module->fail("C_DestroyObject", 0, CKR_FUNCTION_FAILED);
+    expectFailure(write("8"), 1,
+                  "write the file 8: the module's C_DestroyObject returned CKR_FUNCTION_FAILED "
+                  "(0x00000006); the file has the new content; check that the token is still "
+                  "connected, and try again");
+    EXPECT_EQ(std::vector<std::string>{"abc"}, contentsOf("7"));
 }
 
 TEST_F(FileWriteTest, NumberOfSeveralFilesIsRefused) {

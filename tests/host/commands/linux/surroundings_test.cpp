@@ -57,8 +57,8 @@ TEST_F(SurroundingsTest, PipeThatNobodyReadsIsAFailure) {
     const CommandResult result = shell("((sleep 0.5; \"$ZRKEY\" list; echo $? > code.txt) | true)");
     EXPECT_EQ("1\n", readFile("code.txt"));
     EXPECT_EQ(
-        "zrkey: cannot write to standard output: Broken pipe; the operation on the token is "
-        "complete; check free space and permissions\n",
+        "zrkey: cannot write to standard output: Broken pipe; the work is done, but its result "
+        "is not written; check free space and permissions\n",
         result.errors);
     writeFile("script.js", "for (;;) { print('line'); }");
     shell("((timeout 30 \"$ZRKEY\" run script.js; echo $? > code.txt) | head -n 1)");

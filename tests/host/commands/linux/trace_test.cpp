@@ -15,9 +15,11 @@ protected:
         m_sanitizer = options ? options : "";
         // The spy module does not free what it allocates.
         setEnvironment("ASAN_OPTIONS", m_sanitizer + ":detect_leaks=0");
+        setEnvironment("ZRKEY", ZRKEY_COMMAND);
     }
     void TearDown() override {
         setEnvironment("ASAN_OPTIONS", m_sanitizer);
+        setEnvironment("ZRKEY", "");
         CommandTokenTest::TearDown();
     }
 
@@ -146,6 +148,21 @@ TEST_F(TraceTest, SpyThatCannotWriteIntoAPipeIsNotUsed) {
     }
     setEnvironment("ZRKEY_TRACE_SPY", "");
     setEnvironment("PKCS11SPY_OUTPUT", "");
+}
+
+TEST_F(TraceTest, CallerThatIgnoresChildrenGetsTheExitCode) {
+    const CommandResult result =
+        shell("(trap '' CHLD; exec \"$ZRKEY\" trace -- login --pin env:NO_SUCH_VARIABLE)");
+    EXPECT_EQ(2, result.exitCode) << result.errors;
+}
+
+TEST_F(TraceTest, TerminationEndsTheTracedCommand) {
+    shell(
+        "\"$ZRKEY\" trace -- watch >out.txt 2>trace.txt & command=$!;"
+        " for try in $(seq 100); do grep -q present out.txt && break; sleep 0.1; done;"
+        " kill -TERM $command; wait $command; echo $? >code.txt)");
+    EXPECT_EQ("143\n", readFile("code.txt"));
+    EXPECT_TRUE(has(readFile("trace.txt"), ": C_Finalize\n")) << readFile("trace.txt");
 }
 
 TEST_F(TraceTest, NothingIsLeftInFiles) {
