@@ -158,7 +158,7 @@ TEST_F(TraceTest, CallerThatIgnoresChildrenGetsTheExitCode) {
 
 TEST_F(TraceTest, TerminationEndsTheTracedCommand) {
     shell(
-        "\"$ZRKEY\" trace -- watch >out.txt 2>trace.txt & command=$!;"
+        "(\"$ZRKEY\" trace -- watch >out.txt 2>trace.txt & command=$!;"
         " for try in $(seq 100); do grep -q present out.txt && break; sleep 0.1; done;"
         " kill -TERM $command; wait $command; echo $? >code.txt)");
     EXPECT_EQ("143\n", readFile("code.txt"));
