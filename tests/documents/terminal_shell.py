@@ -3,6 +3,7 @@ import os
 import pty
 import select
 import signal
+import sys
 import time
 
 # The commands come through a descriptor of their own, so that the terminal carries only what a
@@ -29,7 +30,11 @@ class TerminalShell:
     def __init__(self, folder, environment, seconds=120):
         self._seconds = seconds
         reading, self._commands = os.pipe()
-        self._process, self._terminal = pty.fork()
+        try:
+            self._process, self._terminal = pty.fork()
+        except OSError:
+            # As in a bare root folder; ctest reports the test as skipped.
+            sys.exit("no pseudo-terminals here")
         if self._process == 0:
             os.dup2(reading, 9)
             os.chdir(folder)
