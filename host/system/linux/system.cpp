@@ -101,18 +101,36 @@ void searchBesideModule(const std::string&) {
     // A module says itself where its dependencies are, by its RUNPATH.
 }
 
-std::uintptr_t lowestStackAddress() {
+namespace {
+
+/// @return 0 when it cannot be found.
+std::uintptr_t findLowestStackAddress() noexcept {
     // The arguments and the environment of the process are on the stack too, so its size alone says
     // little.
     pthread_attr_t attributes;
     if (pthread_getattr_np(pthread_self(), &attributes) != 0) {
-        throw std::bad_alloc();
+        return 0;
     }
     void* lowest = nullptr;
     std::size_t size = 0;
     pthread_attr_getstack(&attributes, &lowest, &size);
     pthread_attr_destroy(&attributes);
     return reinterpret_cast<std::uintptr_t>(lowest);
+}
+
+/// Of the first thread, found at the start: later a PIN may lock a page of its stack, and the C
+/// library takes such a page for the end of the stack.
+const std::uintptr_t s_lowestOfFirstThread = findLowestStackAddress();
+
+}  // namespace
+
+std::uintptr_t lowestStackAddress() {
+    const std::uintptr_t lowest =
+        gettid() == getpid() ? s_lowestOfFirstThread : findLowestStackAddress();
+    if (lowest == 0) {
+        throw std::bad_alloc();
+    }
+    return lowest;
 }
 
 void secureErase(void* memory, std::size_t size) {

@@ -2,11 +2,14 @@
 // its pages are locked and whether it may dump core.
 #include <sys/prctl.h>
 
+#include <array>
+#include <cstdint>
 #include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "host/system/system.h"
 #include "host/token/pin.h"
 #include "tests/host/command_test.h"
 
@@ -100,6 +103,14 @@ TEST_F(PinMemoryTest, PageOfTwoPinsStaysLockedUntilTheLastOne) {
     expectProtected();
     pair->other.reset();
     expectRestored();
+}
+
+// The limit of scripts is calculated from it.
+TEST_F(PinMemoryTest, PinOnTheStackDoesNotChangeWhereTheStackEnds) {
+    const std::uintptr_t before = host::lowestStackAddress();
+    std::array<Pin, 100> pins;
+    pins[50].append('1');
+    EXPECT_EQ(before, host::lowestStackAddress());
 }
 
 TEST_F(PinMemoryTest, CommandProtectsThePinUntilTheModuleIsUnloaded) {
