@@ -292,7 +292,7 @@ void addFileName(CLI::App& command, std::string& name, unsigned last) {
 OpenOutput openByteOutput(const ByteOutput& output, const ReportOptions& options, bool isText) {
     const bool isRaw = output.format == ByteFormat::kRaw && !options.json && !isText;
     if (isRaw && output.path == kStandardStream && options.console->isOutputTerminal()) {
-        throw commandFailure(kExitUsage, "write raw bytes to a terminal", "they are no text",
+        throw commandFailure(kExitUsage, "write raw bytes to a terminal", "they are not text",
                              "give -o FILE, or --format hex, base64 or pem");
     }
     return openOutput(output);

@@ -59,7 +59,7 @@ private:
     std::optional<InputPieces> m_pieces;
 };
 
-/// How messages name a certificate: by its name, or by its ID when that is no text.
+/// How messages name a certificate: by its name, or by its ID when the name is not text.
 std::string shownName(const TokenCertificate& certificate);
 
 }  // namespace zr::host

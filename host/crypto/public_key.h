@@ -28,7 +28,7 @@ std::string keyTypeOf(std::string_view objectIdentifier);
 
 class PublicKey {
 public:
-    /// @return nullopt when it is no certificate, or the system does not know this kind of key.
+    /// @return nullopt when it is not a certificate, or the system does not know this kind of key.
     static std::optional<PublicKey> ofCertificate(std::string_view der);
     static std::optional<PublicKey> ofSubjectPublicKeyInfo(std::string_view der);
 
@@ -48,8 +48,8 @@ private:
     std::shared_ptr<const Key> m_key;
 };
 
-/// The DER form of an ECDSA signature (RFC 3279, section 2.2.3).
-/// @param rawRAndS  r and s, each as long as the other.
+/// The DER form of an ECDSA signature (RFC 3279, Ecdsa-Sig-Value).
+/// @param rawRAndS  r followed by s, of equal length.
 /// @return nullopt when they are empty or of different lengths.
 std::optional<std::string> ecdsaToDer(std::string_view rawRAndS);
 

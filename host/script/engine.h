@@ -60,7 +60,7 @@ public:
     /// @param script  its name, its PIN and its module; it has no source.
     /// @param editor  null: lines of standard input.
     /// @return the exit code: what a statement gave to exit, else 0; 1 when a statement failed and
-    ///         standard input is no terminal.
+    ///         standard input is not a terminal.
     int converse(Script script, LineEditor* editor);
 
 private:

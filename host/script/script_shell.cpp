@@ -101,7 +101,7 @@ bool closesTooMuch(std::string_view source) {
     return depth < 0;
 }
 
-/// Whether more lines can make a program of a text that is none.
+/// Whether the source is not a program yet, but can become one with more lines.
 bool isIncomplete(duk_context* script, std::string_view source) {
     const std::optional<SyntaxProblem> problem = findProblem(script, source);
     if (!problem) {

@@ -17,7 +17,7 @@ public:
     ScriptShell(duk_context* script, const std::string& name, LineEditor* editor);
 
     /// Runs statements until there is no more input, or one calls exit.
-    /// @return 1 when a statement failed and standard input is no terminal, else 0.
+    /// @return 1 when a statement failed and standard input is not a terminal, else 0.
     int run();
 
 private:

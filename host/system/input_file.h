@@ -18,7 +18,7 @@ public:
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
 
-    /// nullopt when it is no file that keeps bytes: its end is not known.
+    /// nullopt when it is not a regular file: its end is not known.
     std::optional<std::uint64_t> size() const;
     /// @return how many; 0 at the end, and when they cannot be read: error says why then.
     std::size_t read(char* bytes, std::size_t size, std::error_code& error);

@@ -17,7 +17,7 @@ bool hasTerminal();
 ///              no more, which makes the line too long.
 PromptResult promptHidden(const std::string& prompt, const std::function<bool(char)>& take);
 
-/// The same for a line that is shown and is no secret.
+/// The same for a line that is shown and is not secret.
 PromptResult promptVisible(const std::string& prompt, const std::function<bool(char)>& take);
 
 /// Switches the echo on again that a prompt switched off. For a process that ends while it prompts;

@@ -50,7 +50,7 @@ std::string readSettings(const fs::path& file) {
     }
     if (error || !fs::is_regular_file(file, error)) {
         throw error ? systemFailure(kExitModule, asked, error, "check its permissions")
-                    : commandFailure(kExitModule, asked, "it is no regular file", "remove it");
+                    : commandFailure(kExitModule, asked, "it is not a regular file", "remove it");
     }
     const ErasedBytes bytes = readBytes(name, error);
     if (error) {

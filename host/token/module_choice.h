@@ -14,7 +14,7 @@ struct ChosenModule {
 /// user's settings, the system's; else the only module of p11-kit that has a token, which a line on
 /// standard error says. Throws a Failure when there is none. Modules that were asked for tokens are
 /// finalised again.
-/// @param option  a path, or a name that is no file in the current folder; empty: not given.
+/// @param option  a path, or a name that is not a file in the current folder; empty: not given.
 ChosenModule chooseModule(const std::string& option);
 
 }  // namespace zr::host

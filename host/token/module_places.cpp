@@ -45,8 +45,8 @@ bool isFile(const fs::path& path) {
     return fs::is_regular_file(path, ignored);
 }
 
-/// The text of a file; empty when it cannot be read, is no regular file or too large: another file
-/// may say what it does not.
+/// The text of a file; empty when it cannot be read, is not a regular file or is too large: another
+/// file may say what it does not.
 std::string readSmallFile(const fs::path& path) {
     std::error_code error;
     const int descriptor = isFile(path) ? openForReading(toUtf8(path), error) : -1;

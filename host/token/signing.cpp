@@ -58,7 +58,7 @@ std::string parameterOf(SignatureAlgorithm algorithm) {
     return {reinterpret_cast<const char*>(&parameters), sizeof parameters};
 }
 
-/// What stands before a hash in a PKCS #1 v1.5 signature (RFC 8017, section 9.2): the beginning of
+/// What stands before a hash in a PKCS #1 v1.5 signature (RFC 8017, EMSA-PKCS1-v1_5): the beginning of
 /// a DigestInfo.
 std::string_view digestInfoOf(HashKind kind) {
     using namespace std::string_view_literals;

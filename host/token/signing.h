@@ -54,7 +54,7 @@ public:
            const Pin* pin);
 
     void add(std::string_view piece);
-    /// The signature: PKCS #1 bytes for RSA; r and s, each as long as the other, for ECDSA.
+    /// The signature: PKCS #1 bytes for RSA; r followed by s, of equal length, for ECDSA.
     std::string finish();
     /// The hash of the data, after finish.
     const std::string& hash() const { return m_hashed; }

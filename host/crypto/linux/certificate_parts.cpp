@@ -32,7 +32,7 @@ std::string identifierText(const ASN1_OBJECT* object) {
     return text;
 }
 
-/// "#" and the DER of a value that is no text.
+/// "#" and the DER of a value that is not text.
 std::string hexForm(const ASN1_STRING* value) {
     ASN1_TYPE any = {};
     any.type = ASN1_STRING_type(value);

@@ -38,7 +38,7 @@ unsigned bitsOfKey(BCRYPT_KEY_HANDLE key, const std::string& type) {
     }
     constexpr unsigned kRoundedUp = 528;
     const unsigned bits = 8U * reinterpret_cast<const BCRYPT_ECCKEY_BLOB*>(blob.data())->cbKey;
-    // The one usual curve whose size is no multiple of 8.
+    // The one usual curve whose size is not a multiple of 8.
     return bits == kRoundedUp ? 521 : bits;
 }
 

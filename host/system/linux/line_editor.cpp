@@ -114,7 +114,7 @@ private:
 
     static char* givePrompt(EditLine* editor) { return of(editor).m_prompt.data(); }
 
-    /// Reads a character of UTF-8. Bytes that are none become U+FFFD.
+    /// Reads a character of UTF-8. Bytes that are not valid become U+FFFD.
     static int readCharacter(EditLine* editor, wchar_t* character) {
         LibeditEditor& self = of(editor);
         std::string bytes;

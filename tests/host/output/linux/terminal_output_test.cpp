@@ -104,7 +104,7 @@ TEST_F(TerminalOutputTest, WithoutColoursNothingIsRed) {
 
 TEST_F(TerminalOutputTest, RawBytesAreRefusedBeforeTheTokenWorks) {
     const std::string refusal = std::string(kRedName) +
-                                "cannot write raw bytes to a terminal: they are no text; give -o "
+                                "cannot write raw bytes to a terminal: they are not text; give -o "
                                 "FILE, or --format hex, base64 or pem\n";
     EXPECT_EQ(refusal, shownBy(withPin({"sign", "-i", "data.bin"}), 2));
     EXPECT_EQ(refusal, shownBy({"cert", "read"}, 2));
