@@ -9,6 +9,7 @@ namespace {
 
 /// Those that the library changes.
 constexpr PinLengths kLengths = {4, 8};
+constexpr const char* kAsked = "change the PIN";
 
 struct PinChangeOptions : TokenOptions {
     PinOptions pin;
@@ -16,20 +17,7 @@ struct PinChangeOptions : TokenOptions {
 };
 
 Failure wrongPins(const std::string& cause, const std::string& advice) {
-    return commandFailure(kExitUsage, "change the PIN", cause, advice);
-}
-
-bool isPrompt(const PinSource& source) {
-    return source.kind == PinSource::Kind::kPrompt;
-}
-
-/// @param lengths  those that the prompt states.
-Pin readNewPin(const PinSource& source, const PinLengths& lengths) {
-    Pin pin = readPin(source, "new PIN" + lengths.text() + ": ");
-    if (isPrompt(source) && readPin(source, "new PIN again: ").view() != pin.view()) {
-        throw wrongPins("the two new PINs differ", "enter the same PIN twice");
-    }
-    return pin;
+    return commandFailure(kExitUsage, kAsked, cause, advice);
 }
 
 /// Rejects a PIN of a length that the library refuses, before a login could cost a retry.
@@ -47,8 +35,7 @@ void checkOldLength(const Pin& pin, const PinEntry& entry) {
             "the old PIN is longer than 8 bytes, which the object model does not accept",
             entry.isSecurityOfficer() ? "change it with the tool of the token's issuer"
                                       : "change it with the tool of the token's issuer, or let the "
-                                        "security officer set a "
-                                        "new one with zrkey pin unblock");
+                                        "security officer set a new one with zrkey pin unblock");
     }
     checkLength(pin, "old");
 }
@@ -57,8 +44,8 @@ Report changePin(const PinChangeOptions& options) {
     PinEntry oldPin(options.pin, PinEntry::Need::kAlways);
     const PinSource newSource = options.newPin.value_or(PinSource());
     std::optional<Pin> newPin;
-    if (!isPrompt(newSource)) {
-        newPin = readNewPin(newSource, {});
+    if (!newSource.isPrompt()) {
+        newPin = readPin(newSource, "");
         checkLength(*newPin, "new");
     } else if (!hasTerminal()) {
         throw noTerminal();
@@ -67,7 +54,7 @@ Report changePin(const PinChangeOptions& options) {
     const Pin& old = *session.pinFor(oldPin, kLengths);
     checkOldLength(old, oldPin);
     if (!newPin) {
-        newPin = readNewPin(newSource, session.pinLengths().within(kLengths));
+        newPin = promptNewPin("new PIN", session.pinLengths().within(kLengths).text(), kAsked);
         checkLength(*newPin, "new");
     }
     // ModifyPIN logs in too. This login comes first so that a refused login and a refused change

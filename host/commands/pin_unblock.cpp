@@ -12,10 +12,6 @@ struct PinUnblockOptions : TokenOptions {
     std::optional<PinSource> newPin;
 };
 
-bool isPrompt(const PinSource& source) {
-    return source.kind == PinSource::Kind::kPrompt;
-}
-
 void checkLength(const Pin& pin, const PinLengths& allowed, const std::string& asked) {
     const std::size_t size = pin.view().size();
     if (allowed.longest > 0 && (size < allowed.shortest || size > allowed.longest)) {
@@ -26,20 +22,11 @@ void checkLength(const Pin& pin, const PinLengths& allowed, const std::string& a
     }
 }
 
-Pin promptNewPin(const PinSource& source, const PinLengths& lengths, const std::string& asked) {
-    Pin pin = readPin(source, "new user PIN" + lengths.text() + ": ");
-    if (readPin(source, "new user PIN again: ").view() != pin.view()) {
-        throw commandFailure(kExitUsage, asked, "the two new PINs differ",
-                             "enter the same PIN twice");
-    }
-    return pin;
-}
-
 Report unblock(const PinUnblockOptions& options) {
     PinEntry officer(options.pin, PinEntry::Need::kAlways);
     const PinSource newSource = options.newPin.value_or(PinSource());
     std::optional<Pin> newPin;
-    if (!isPrompt(newSource)) {
+    if (!newSource.isPrompt()) {
         newPin = readPin(newSource, "");
     } else if (!hasTerminal()) {
         throw noTerminal();
@@ -53,7 +40,7 @@ Report unblock(const PinUnblockOptions& options) {
     }
     session.pinFor(officer);
     if (!newPin) {
-        newPin = promptNewPin(newSource, session.pinLengths(), asked);
+        newPin = promptNewPin("new user PIN", allowed.text(), asked);
         checkLength(*newPin, allowed, asked);
     }
     session.login(officer);

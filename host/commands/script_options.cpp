@@ -70,7 +70,7 @@ bool readsPinFromInput(const ScriptOptions& options) {
 
 void prepareScript(const ScriptOptions& options, Script& script) {
     // The prompt waits until the script asks.
-    if (options.pin && options.pin->kind != PinSource::Kind::kPrompt) {
+    if (options.pin && !options.pin->isPrompt()) {
         script.pin = readPin(*options.pin, "");
     }
     const ModuleOptions& module = options.module;

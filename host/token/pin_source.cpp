@@ -140,6 +140,16 @@ bool isConvertible(const Pin& pin) {
 
 }  // namespace
 
+Pin promptNewPin(const std::string& name, const std::string& lengths, const std::string& asked) {
+    const PinSource terminal;
+    Pin pin = readPin(terminal, name + lengths + ": ");
+    if (readPin(terminal, name + " again: ").view() != pin.view()) {
+        throw commandFailure(kExitUsage, asked, "the two new PINs differ",
+                             "enter the same PIN twice");
+    }
+    return pin;
+}
+
 Failure noTerminal() {
     return commandFailure(kExitUsage, "ask for the PIN", "there is no terminal",
                           "give env:NAME, file:PATH, fd:N or - as its source");

@@ -16,6 +16,8 @@ struct PinSource {
     std::string name;    ///< of the variable or the file
     int descriptor = 0;  ///< 0 is standard input
     bool isOpen = true;  ///< whether the descriptor was open at the start
+
+    bool isPrompt() const { return kind == Kind::kPrompt; }
 };
 
 /// Parses "prompt", "env:NAME", "file:PATH", "fd:N" or "-"; nullopt for anything else, also for a
@@ -28,6 +30,12 @@ std::optional<PinSource> parsePinSource(std::string_view text);
 /// one that was meant.
 /// @param prompt  shown on the terminal.
 Pin readPin(const PinSource& source, const std::string& prompt);
+
+/// Asks for a new PIN twice on the terminal. Throws a Failure when the answers differ.
+/// @param name     "new PIN"
+/// @param lengths  what the first prompt states after the name.
+/// @param asked    what the command does, for the failure.
+Pin promptNewPin(const std::string& name, const std::string& lengths, const std::string& asked);
 
 /// The failure of a command that needs the prompt but has no terminal.
 Failure noTerminal();

@@ -158,7 +158,7 @@ PinEntry::PinEntry(const PinOptions& options, Need need)
         }
         return;
     }
-    if (m_source->kind != PinSource::Kind::kPrompt) {
+    if (!m_source->isPrompt()) {
         m_pin = readPin(*m_source, "");
     } else if (!hasTerminal()) {
         throw noTerminal();
