@@ -1,30 +1,31 @@
-// The public interface of the library: identifiers, object interfaces and the one export.
-//
-// A host loads the library, asks ZCLGetClassObject for the class factory, creates a provider and
-// goes on from there:
-//
-//     IClassFactory* factory = nullptr;
-//     ITokenProvider* provider = nullptr;
-//     ZCLGetClassObject(LIBID_ZRKey, IID_IClassFactory, reinterpret_cast<void**>(&factory));
-//     factory->CreateInstance(nullptr, IID_ITokenProvider, reinterpret_cast<void**>(&provider));
-//
-// Every object is reference-counted and is used from one thread at a time. Strings, variants and
-// objects that an operation returns belong to the caller; arguments are borrowed for the call.
-// Every operation returns an HRESULT; its documentation lists all results. The slot order is part
-// of the binary contract.
-//
-// CreateInstance of the factory returns a new provider with one reference for IID_ITokenProvider.
-// For IID_IClassFactory it returns the factory itself without adding a reference: the caller holds
-// one already and releases only that one.
-//
-// QueryInterface returns S_OK for IID_ISupportErrorInfo only, and E_NOTIMPL for every other
-// identifier, IID_IUnknown and IID_IDispatch included: keep the pointers that the operations
-// return. A provider asked for IID_ITokenProvider answers E_NOTIMPL too, but stores its own
-// pointer, without a reference: do not release it.
-//
-// GetIDsOfNames resolves the first name, case-sensitively, and returns E_FAIL for an unknown one.
-// Invoke takes the arguments in the order in which they are written: rgvarg[0] is the first. It
-// sets the result to VT_EMPTY first, without clearing what the variant holds.
+/// @file
+/// The public interface of the library: identifiers, object interfaces and the one export.
+///
+/// A host loads the library, asks ZCLGetClassObject for the class factory, creates a provider and
+/// goes on from there:
+///
+///     IClassFactory* factory = nullptr;
+///     ITokenProvider* provider = nullptr;
+///     ZCLGetClassObject(LIBID_ZRKey, IID_IClassFactory, reinterpret_cast<void**>(&factory));
+///     factory->CreateInstance(nullptr, IID_ITokenProvider, reinterpret_cast<void**>(&provider));
+///
+/// Every object is reference-counted and is used from one thread at a time. Strings, variants and
+/// objects that an operation returns belong to the caller; arguments are borrowed for the call.
+/// Every operation returns an HRESULT; its documentation lists all results. The slot order is part
+/// of the binary contract.
+///
+/// CreateInstance of the factory returns a new provider with one reference for IID_ITokenProvider.
+/// For IID_IClassFactory it returns the factory itself without adding a reference: the caller holds
+/// one already and releases only that one.
+///
+/// QueryInterface returns S_OK for IID_ISupportErrorInfo only, and E_NOTIMPL for every other
+/// identifier, IID_IUnknown and IID_IDispatch included: keep the pointers that the operations
+/// return. A provider asked for IID_ITokenProvider answers E_NOTIMPL too, but stores its own
+/// pointer, without a reference: do not release it.
+///
+/// GetIDsOfNames resolves the first name, case-sensitively, and returns E_FAIL for an unknown one.
+/// Invoke takes the arguments in the order in which they are written: rgvarg[0] is the first. It
+/// sets the result to VT_EMPTY first, without clearing what the variant holds.
 #ifndef ZRKEY_ZRKEY_H
 #define ZRKEY_ZRKEY_H
 
@@ -94,6 +95,7 @@ struct ITokenProvider : public IDispatch {
     /// @param serial  left untouched.
     /// @retval S_OK  always.
     virtual HRESULT STDMETHODCALLTYPE GetKeySN(LONG index, BSTR* serial) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE LoadFinish(INT* done) = 0;
 };
@@ -110,6 +112,7 @@ struct IKeyObject : public IDispatch {
     /// @retval E_FAIL         C_GetTokenInfo failed.
     /// @retval E_OUTOFMEMORY  out of memory.
     virtual HRESULT STDMETHODCALLTYPE GetSerialNumber(BSTR* out) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE SetLabel(BSTR* label, VARIANT* result) = 0;
     /// @copydoc GetSerialNumber
@@ -139,10 +142,13 @@ struct IKeyObject : public IDispatch {
     ///                       is then not logged in, even if it was before. Or C_SetPIN failed: the
     ///                       object is then logged in with the old PIN.
     virtual HRESULT STDMETHODCALLTYPE ModifyPIN(BSTR oldPin, BSTR newPin, INT type) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE GetMaxRetryCount(INT type, VARIANT* result) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE GetRemainRetryCount(INT type, VARIANT* result) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE IsDefaultPIN(INT type, VARIANT* result) = 0;
     /// Logs in to the token.
@@ -157,8 +163,10 @@ struct IKeyObject : public IDispatch {
     /// Does nothing.
     /// @retval S_OK  always.
     virtual HRESULT STDMETHODCALLTYPE UnlockPIN(BSTR soPin, BSTR newPin) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE Lock(VARIANT* result) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE Unlock(VARIANT* result) = 0;
     /// Creates an empty data file. When there is a file of this name already, a second is created.
@@ -204,6 +212,7 @@ struct IKeyObject : public IDispatch {
     ///                        call failed, or out of memory for the contents.
     /// @retval E_OUTOFMEMORY  out of memory for the object.
     virtual HRESULT STDMETHODCALLTYPE OpenFile(BSTR name, void** file) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE EnumFiles(VARIANT* result) = 0;
     /// Destroys a data file.
@@ -228,6 +237,7 @@ struct IKeyObject : public IDispatch {
     /// @retval E_INVALIDARG  data is of another type, result is null, or method is another text.
     /// @retval E_FAIL        data cannot be accessed, or out of memory.
     virtual HRESULT STDMETHODCALLTYPE DigestData(BSTR method, VARIANT data, VARIANT* result) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE CreateContainer(BSTR name, void** container) = 0;
     /// Counts the containers, that is the certificates on the token.
@@ -246,6 +256,7 @@ struct IKeyObject : public IDispatch {
     /// @retval E_FAIL         there is no such container, or its name has 128 bytes or more.
     /// @retval E_OUTOFMEMORY  out of memory for the object.
     virtual HRESULT STDMETHODCALLTYPE OpenContainer(VARIANT which, void** container) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE DeleteContainer(VARIANT which) = 0;
     /// Lists the names of the containers: the CKA_ID of their certificates, read as text.
@@ -333,6 +344,7 @@ struct IKeyObject : public IDispatch {
     virtual HRESULT STDMETHODCALLTYPE GetCSPName(BSTR* out) = 0;
     /// @copydoc GetSignAlgo
     virtual HRESULT STDMETHODCALLTYPE GetAlgoList(BSTR* out) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE GetZRHardApiInfo(void** api, BSTR* info) = 0;
 };
@@ -385,10 +397,13 @@ struct IKeyContainer : public IDispatch {
     /// @retval E_INVALIDARG   type is null.
     /// @retval E_OUTOFMEMORY  out of memory; type is untouched.
     virtual HRESULT STDMETHODCALLTYPE GetType(BSTR* type) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE ImportCertificate(bool signing, VARIANT certificate) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE ExportCertificate(bool signing, VARIANT* certificate) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE GenKeyPair(VARIANT* result) = 0;
     /// Returns the container's certificate, as a new object each time.

@@ -1,28 +1,29 @@
-// The public interface of the library for C99 and later: the objects of zrkey.h as structures of
-// function pointers. zrkey.h is the reference: every function here has the arguments, results and
-// oddities of the operation of the same name there.
-//
-//     IClassFactory* factory = NULL;
-//     ITokenProvider* provider = NULL;
-//     ZCLGetClassObject(&LIBID_ZRKey, &IID_IClassFactory, (void**)&factory);
-//     factory->lpVtbl->CreateInstance(factory, NULL, &IID_ITokenProvider, (void**)&provider);
-//     factory->lpVtbl->Release(factory);
-//     provider->lpVtbl->Load(provider, path);
-//
-// An object is called through lpVtbl and is the first argument of each of its functions. Where C++
-// has a reference to an identifier, C has a pointer. An object is an IDispatch too:
-// (IDispatch*)provider.
-//
-// Who owns what:
-//   - An object that a function hands out comes with one reference: end it with Release. A parent
-//     may be released before its children.
-//   - A text that a function hands out is freed with SysFreeString, a variant with VariantClear.
-//   - Arguments are borrowed for the call: the caller frees them afterwards.
-//   - Set what receives a result to NULL, or with VariantInit to VT_EMPTY, before the call: some
-//     functions return S_OK and leave it untouched.
-//
-// In C++ this header is zrkey.h, whose classes are the same objects: a header of a host that C and
-// C++ share may include it. Link as for zrkey.h. One thread at a time uses an object.
+/// @file
+/// The public interface of the library for C99 and later: the objects of zrkey.h as structures of
+/// function pointers. zrkey.h is the reference: every function here has the arguments, results and
+/// oddities of the operation of the same name there.
+///
+///     IClassFactory* factory = NULL;
+///     ITokenProvider* provider = NULL;
+///     ZCLGetClassObject(&LIBID_ZRKey, &IID_IClassFactory, (void**)&factory);
+///     factory->lpVtbl->CreateInstance(factory, NULL, &IID_ITokenProvider, (void**)&provider);
+///     factory->lpVtbl->Release(factory);
+///     provider->lpVtbl->Load(provider, path);
+///
+/// An object is called through lpVtbl and is the first argument of each of its functions. Where C++
+/// has a reference to an identifier, C has a pointer. An object is an IDispatch too:
+/// (IDispatch*)provider.
+///
+/// Who owns what:
+///   - An object that a function hands out comes with one reference: end it with Release. A parent
+///     may be released before its children.
+///   - A text that a function hands out is freed with SysFreeString, a variant with VariantClear.
+///   - Arguments are borrowed for the call: the caller frees them afterwards.
+///   - Set what receives a result to NULL, or with VariantInit to VT_EMPTY, before the call: some
+///     functions return S_OK and leave it untouched.
+///
+/// In C++ this header is zrkey.h, whose classes are the same objects: a header of a host that C and
+/// C++ share may include it. Link as for zrkey.h. One thread at a time uses an object.
 #ifndef ZRKEY_ZRKEY_C_H
 #define ZRKEY_ZRKEY_C_H
 
@@ -54,7 +55,6 @@
     HRESULT(STDMETHODCALLTYPE* Invoke)(Self* This, DISPID id, REFIID riid, LCID lcid, WORD flags,  \
                                        DISPPARAMS* params, VARIANT* result, EXCEPINFO* excep,      \
                                        UINT* argErr)
-// clang-format on
 
 /// @cond  The reference shows the objects of zrkey.h and, of this header, their tables.
 typedef struct ITokenProvider ITokenProvider;
@@ -117,9 +117,9 @@ typedef struct IKeyObjectVtbl {
     /// Not implemented.
     HRESULT(STDMETHODCALLTYPE* Unlock)(IKeyObject* This, VARIANT* result);
     /// Creates an empty data file: receives an IKeyFile*.
-    HRESULT(STDMETHODCALLTYPE* CreateFile)
-    (IKeyObject* This, BSTR name, INT reserved1, INT reserved2, INT reserved3, ULONG reserved4,
-     void** file);
+    HRESULT(STDMETHODCALLTYPE* CreateFile)(IKeyObject* This, BSTR name, INT reserved1,
+                                           INT reserved2, INT reserved3, ULONG reserved4,
+                                           void** file);
     /// Looks for a data file: receives 1 or 0. S_OK leaves a search open: see zrkey.h.
     HRESULT(STDMETHODCALLTYPE* FileExists)(IKeyObject* This, BSTR name, VARIANT* result);
     /// Opens a data file: receives an IKeyFile*.
@@ -131,8 +131,8 @@ typedef struct IKeyObjectVtbl {
     /// Receives "MD5".
     HRESULT(STDMETHODCALLTYPE* GetDigestMethod)(IKeyObject* This, BSTR* out);
     /// Computes an MD5 digest.
-    HRESULT(STDMETHODCALLTYPE* DigestData)
-    (IKeyObject* This, BSTR method, VARIANT data, VARIANT* result);
+    HRESULT(STDMETHODCALLTYPE* DigestData)(IKeyObject* This, BSTR method, VARIANT data,
+                                           VARIANT* result);
     /// Not implemented.
     HRESULT(STDMETHODCALLTYPE* CreateContainer)(IKeyObject* This, BSTR name, void** container);
     /// Counts the containers.
@@ -144,26 +144,27 @@ typedef struct IKeyObjectVtbl {
     /// Lists the names of the containers. Without a container the result is untouched.
     HRESULT(STDMETHODCALLTYPE* EnumContainer)(IKeyObject* This, INT reserved, VARIANT* result);
     /// Reads a certificate.
-    HRESULT(STDMETHODCALLTYPE* GetCertData)
-    (IKeyObject* This, IKeyCertificate* certificate, VARIANT* result);
+    HRESULT(STDMETHODCALLTYPE* GetCertData)(IKeyObject* This, IKeyCertificate* certificate,
+                                            VARIANT* result);
     /// Reads the CKA_ID of a public key.
-    HRESULT(STDMETHODCALLTYPE* GetPubKeyData)
-    (IKeyObject* This, IKeyCertificate* certificate, VARIANT* result);
+    HRESULT(STDMETHODCALLTYPE* GetPubKeyData)(IKeyObject* This, IKeyCertificate* certificate,
+                                              VARIANT* result);
     /// Signs data with the key of a certificate.
-    HRESULT(STDMETHODCALLTYPE* SignData)
-    (IKeyObject* This, BSTR algorithm, VARIANT data, IKeyCertificate* certificate, VARIANT* result);
+    HRESULT(STDMETHODCALLTYPE* SignData)(IKeyObject* This, BSTR algorithm, VARIANT data,
+                                         IKeyCertificate* certificate, VARIANT* result);
     /// Verifies a signature: S_OK when it is valid.
-    HRESULT(STDMETHODCALLTYPE* VerifyData)
-    (IKeyObject* This, VARIANT data, IKeyCertificate* certificate, BSTR algorithm,
-     VARIANT signature);
+    HRESULT(STDMETHODCALLTYPE* VerifyData)(IKeyObject* This, VARIANT data,
+                                           IKeyCertificate* certificate, BSTR algorithm,
+                                           VARIANT signature);
     /// Does nothing. S_OK does not mean that the signature is valid.
-    HRESULT(STDMETHODCALLTYPE* VerifyDataByCert)
-    (IKeyObject* This, VARIANT data, IKeyCertificate* certificate, VARIANT certificateData,
-     BSTR algorithm, VARIANT signature);
+    HRESULT(STDMETHODCALLTYPE* VerifyDataByCert)(IKeyObject* This, VARIANT data,
+                                                 IKeyCertificate* certificate,
+                                                 VARIANT certificateData, BSTR algorithm,
+                                                 VARIANT signature);
     /// Does nothing and fails.
-    HRESULT(STDMETHODCALLTYPE* VerifyDataByPubKey)
-    (IKeyObject* This, VARIANT data, IKeyCertificate* certificate, VARIANT publicKey,
-     BSTR algorithm, VARIANT signature);
+    HRESULT(STDMETHODCALLTYPE* VerifyDataByPubKey)(IKeyObject* This, VARIANT data,
+                                                   IKeyCertificate* certificate, VARIANT publicKey,
+                                                   BSTR algorithm, VARIANT signature);
     /// Receives the algorithm list of the configuration.
     HRESULT(STDMETHODCALLTYPE* GetSignAlgo)(IKeyObject* This, BSTR* out);
     /// Does nothing.
@@ -203,11 +204,11 @@ typedef struct IKeyContainerVtbl {
     /// Receives the certificate's type, read as text.
     HRESULT(STDMETHODCALLTYPE* GetType)(IKeyContainer* This, BSTR* type);
     /// Not implemented.
-    HRESULT(STDMETHODCALLTYPE* ImportCertificate)
-    (IKeyContainer* This, bool signing, VARIANT certificate);
+    HRESULT(STDMETHODCALLTYPE* ImportCertificate)(IKeyContainer* This, bool signing,
+                                                  VARIANT certificate);
     /// Not implemented.
-    HRESULT(STDMETHODCALLTYPE* ExportCertificate)
-    (IKeyContainer* This, bool signing, VARIANT* certificate);
+    HRESULT(STDMETHODCALLTYPE* ExportCertificate)(IKeyContainer* This, bool signing,
+                                                  VARIANT* certificate);
     /// Not implemented.
     HRESULT(STDMETHODCALLTYPE* GenKeyPair)(IKeyContainer* This, VARIANT* result);
     /// Receives the container's IKeyCertificate*.
@@ -222,6 +223,7 @@ typedef struct IKeyCertificateVtbl {
     /// Receives the name of the container.
     HRESULT(STDMETHODCALLTYPE* GetCertID)(IKeyCertificate* This, BSTR* id);
 } IKeyCertificateVtbl;
+// clang-format on
 
 /// @cond
 struct ITokenProvider {
