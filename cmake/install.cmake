@@ -66,8 +66,11 @@ install(FILES ${PROJECT_BINARY_DIR}/zrkey.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}
         COMPONENT development)
 
 if(NOT WIN32)
-  install(FILES CHANGELOG.md docs/guide.md DESTINATION ${developer_documents} COMPONENT development)
+  install(FILES docs/guide.md DESTINATION ${developer_documents} COMPONENT development)
   install(DIRECTORY examples DESTINATION ${developer_documents} COMPONENT development)
   install(FILES docs/command-reference.md docs/script-reference.md docs/troubleshooting.md
           DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT command)
+  if(NOT ZRKEY_PACKAGE STREQUAL "debian")  # whose packages have a changelog each
+    install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT command)
+  endif()
 endif()

@@ -16,14 +16,12 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 
 set(about_library "ZRKey gives applications one object model for cryptographic USB tokens over the
- PKCS #11 module of the token's maker: PINs, small files, certificates,
- signatures. Objects are called by virtual functions or by name.")
+PKCS #11 module of the token's maker: PINs, small files, certificates,
+signatures. Objects are called by virtual functions or by name.")
 macro(zr_debian_package component package section summary text)
   set(CPACK_DEBIAN_${component}_PACKAGE_NAME ${package})
   set(CPACK_DEBIAN_${component}_PACKAGE_SECTION ${section})
-  set(CPACK_COMPONENT_${component}_DESCRIPTION "${summary}\n${about_library}\n .\n ${text}")
-  string(REPLACE "\n " "\n" CPACK_COMPONENT_${component}_DESCRIPTION
-    "${CPACK_COMPONENT_${component}_DESCRIPTION}")
+  set(CPACK_DEBIAN_${component}_DESCRIPTION "${summary}\n${about_library}\n\n${text}")
 endmacro()
 zr_debian_package(LIBRARY ${library_package} libs
   "component library for cryptographic USB tokens"
@@ -70,11 +68,16 @@ execute_process(COMMAND gzip -9nf ${files}/changelog.Debian COMMAND_ERROR_IS_FAT
 function(zr_install_debian_files component package copyright)
   install(FILES ${copyright} ${files}/changelog.Debian.gz
           DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component})
-  set(overrides ${CMAKE_CURRENT_LIST_DIR}/${component}.lintian-overrides)
-  if(EXISTS ${overrides})
-    install(FILES ${overrides} RENAME ${package} COMPONENT ${component}
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides)
+  # Overrides of lintian, with their reasons.
+  file(READ ${CMAKE_CURRENT_LIST_DIR}/lintian-overrides overrides)
+  if(component STREQUAL "library")
+    file(READ ${CMAKE_CURRENT_LIST_DIR}/lintian-overrides-library more)
+    string(APPEND overrides "${more}")
   endif()
+  string(REPLACE "PACKAGE" ${package} overrides "${overrides}")
+  file(WRITE ${files}/overrides/${package} "${overrides}")
+  install(FILES ${files}/overrides/${package} COMPONENT ${component}
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides)
 endfunction()
 zr_install_debian_files(library ${library_package} ${files}/copyright)
 zr_install_debian_files(development libzrkey-dev ${files}/copyright)

@@ -2,7 +2,6 @@
 # one package a component. packaging/linux/make sets it, and the library folder to match.
 set(CPACK_PACKAGE_NAME zrkey)
 set(CPACK_PACKAGE_VENDOR "ZRKey")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "scriptable access to cryptographic USB tokens")
 set(CPACK_PACKAGE_FILE_NAME zrkey-${PROJECT_VERSION}-linux-${CMAKE_SYSTEM_PROCESSOR})
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
