@@ -10,9 +10,8 @@ if(ZRKEY_PACKAGE STREQUAL "debian")  # which has places of its own
   set(developer_documents ${CMAKE_INSTALL_DATADIR}/doc/libzrkey-dev)
 endif()
 
-install(DIRECTORY include/zrkey DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
-install(FILES ${ZRKEY_AUTOMATION_HEADER} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrkey
-        COMPONENT development)
+install(DIRECTORY include/zrkey ${ZRKEY_AUTOMATION_INCLUDE}/zrkey
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 
 set(libraries zrkey)
 if(TARGET zrautomation)
