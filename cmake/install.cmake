@@ -65,10 +65,17 @@ install(FILES ${PROJECT_BINARY_DIR}/zrkey.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}
         COMPONENT development)
 
 if(NOT WIN32)
-  install(FILES docs/guide.md DESTINATION ${developer_documents} COMPONENT development)
+  # All but those about work on the library itself; those about the command go with it.
+  file(GLOB documents CONFIGURE_DEPENDS docs/*.md docs/*.svg)
+  list(FILTER documents EXCLUDE REGEX
+    "/(architecture|building|coverage|decisions|releasing|rooms)\\.(md|svg)$")
+  set(of_command ${documents})
+  list(FILTER of_command INCLUDE REGEX
+    "/(command-reference|comparison|script-reference|start-script|start-terminal|troubleshooting)\\.md$")
+  list(REMOVE_ITEM documents ${of_command})
+  install(FILES ${documents} DESTINATION ${developer_documents} COMPONENT development)
   install(DIRECTORY examples DESTINATION ${developer_documents} COMPONENT development)
-  install(FILES docs/command-reference.md docs/script-reference.md docs/troubleshooting.md
-          DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT command)
+  install(FILES ${of_command} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT command)
   if(NOT ZRKEY_PACKAGE STREQUAL "debian")  # whose packages have a changelog each
     install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT command)
   endif()
