@@ -12,7 +12,7 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE ${revision})
 set(CPACK_DEBIAN_PACKAGE_SOURCE zrkey)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${ZRKEY_MAINTAINER})
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-# dpkg-shlibdeps finds our libraries in the build tree. Of ourselves each package needs the same version.
+# dpkg-shlibdeps finds our libraries in the build tree.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 
 set(about_library "ZRKey gives applications one object model for cryptographic USB tokens over the
@@ -36,7 +36,8 @@ zr_debian_package(COMMAND zrkey utils
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library_package} ${same_version}")
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_COMMAND_PACKAGE_DEPENDS "${library_package} ${same_version}")
+# As for every program that is built with the library: this version or a newer one.
+set(CPACK_DEBIAN_COMMAND_PACKAGE_DEPENDS "${library_package} (>= ${PROJECT_VERSION})")
 # opensc-pkcs11 is a module for many cards, and contains the spy that "zrkey trace" needs.
 set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS "opensc-pkcs11")
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SUGGESTS "softhsm2, p11-kit-modules, bash-completion")
