@@ -109,6 +109,13 @@ TEST_F(AMissingFileIsEFAIL, AMissingFileAndABadNameLookAlike) {
     EXPECT_HR(E_FAIL, exists("7"));
 }
 
+TEST_F(AMissingFileIsEFAIL, APrivateFileIsMissingWithoutALogin) {
+    EXPECT_HR(E_FAIL, token->VerifyPIN(Text("9999"), 0));
+    EXPECT_HR(E_FAIL, exists("11"));
+    EXPECT_HR(S_OK, token->VerifyPIN(Text("1234"), 0));
+    EXPECT_HR(S_OK, exists("11"));
+}
+
 TEST_F(FilesCannotBeWritten, WriteAndFlushFailOnSoftHsm) {
     const ComRef<IKeyFile> file = open("7");
     ASSERT_TRUE(file);

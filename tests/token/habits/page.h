@@ -3,6 +3,7 @@
 
 #include <zrkey/zrkey.hpp>
 
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,9 @@ struct PageCode {
                 zrkey::ComRef<IKeyObject>& token);
     std::string shown;  ///< what the document says that it prints
 };
+
+/// What GoogleTest shows of it.
+void PrintTo(const PageCode& code, std::ostream* out);
 
 extern const std::vector<PageCode> kPageCode;
 

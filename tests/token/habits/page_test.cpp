@@ -6,6 +6,11 @@
 #include "tests/support/fixtures/soft_token.h"
 
 namespace zr::test {
+
+void PrintTo(const PageCode& code, std::ostream* out) {
+    *out << code.name;
+}
+
 namespace {
 
 class HabitsPage : public LoggedInSoftTokenTest, public testing::WithParamInterface<PageCode> {
