@@ -1,8 +1,7 @@
 /* The same as sign_file.cpp in C99, with zrkey_c.h:
  *     cc sign_file.c $(pkg-config --cflags --libs zrkey) -o sign_file_c
  *     ./sign_file_c MODULE FILE SIGNATURE-FILE
- * For MODULE, config.xml and the PIN see sign_file.cpp. Names and MODULE are ASCII here. After a
- * failure the program ends at once; a host that goes on frees what it has. */
+ * For MODULE, config.xml and the PIN see sign_file.cpp. All texts are ASCII here. */
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -12,7 +11,7 @@
 static void require(bool condition, const char* failure) {
     if (!condition) {
         fprintf(stderr, "%s\n", failure);
-        exit(1);
+        exit(1); /* a host that goes on frees what it has */
     }
 }
 
@@ -31,6 +30,7 @@ static void check(const char* operation, HRESULT result) {
 static BSTR newText(const char* ascii) {
     BSTR text = SysAllocStringLen(NULL, (UINT)strlen(ascii));
     for (UINT i = 0; i < SysStringLen(text); ++i) {
+        require(ascii[i] > 0, "a text is not ASCII");
         text[i] = (OLECHAR)ascii[i];
     }
     return text;
@@ -40,14 +40,14 @@ static VARIANT readFile(const char* path) {
     VARIANT data;
     VariantInit(&data);
     FILE* file = fopen(path, "rb");
-    require(file && fseek(file, 0, SEEK_END) == 0 && ftell(file) >= 0 && ftell(file) < 0x7FFFFFFF,
-            "cannot read FILE");
-    SAFEARRAYBOUND bound = {(ULONG)ftell(file), 0};
+    const long size = file && fseek(file, 0, SEEK_END) == 0 ? ftell(file) : -1;
+    require(size >= 0 && size < 0x7FFFFFFF, "cannot read FILE");
+    SAFEARRAYBOUND bound = {(ULONG)size, 0};
     rewind(file);
     data.vt = VT_ARRAY | VT_UI1;
     data.parray = SafeArrayCreate(VT_UI1, 1, &bound);
-    require(data.parray && fread(data.parray->pvData, 1, bound.cElements, file) == bound.cElements,
-            "cannot read FILE");
+    require(data.parray != NULL, "out of memory");
+    require(fread(data.parray->pvData, 1, (size_t)size, file) == (size_t)size, "cannot read FILE");
     fclose(file);
     return data;
 }
@@ -105,9 +105,8 @@ int main(int argc, char** argv) {
     CALL(token, SignData, NULL, data, certificate, &signature); /* the algorithm is ignored */
     CALL(token, VerifyData, data, certificate, NULL, signature);
     FILE* file = fopen(argv[3], "wb");
-    const SAFEARRAY* bytes = signature.parray;
-    require(file && fwrite(bytes->pvData, bytes->rgsabound[0].cElements, 1, file) == 1 &&
-                fclose(file) == 0,
+    const size_t size = signature.parray->rgsabound[0].cElements;
+    require(file && fwrite(signature.parray->pvData, size, 1, file) == 1 && fclose(file) == 0,
             "cannot write SIGNATURE-FILE");
     puts("signed and verified");
     VariantClear(&signature);

@@ -3,8 +3,7 @@
 //     g++ -std=c++11 sign_file_plain.cpp $(pkg-config --cflags --libs zrkey) -o sign_file_plain
 //     ./sign_file_plain MODULE FILE SIGNATURE-FILE
 //
-// For MODULE, config.xml and the PIN see sign_file.cpp. Names and MODULE are ASCII here. After a
-// failure the program ends at once; a host that goes on frees what it has.
+// For MODULE, config.xml and the PIN see sign_file.cpp. All texts are ASCII here.
 #include <zrkey/zrkey.h>
 
 #include <csignal>
@@ -17,7 +16,7 @@
 void require(bool condition, const char* failure) {
     if (!condition) {
         std::fprintf(stderr, "%s\n", failure);
-        std::exit(1);
+        std::exit(1);  // a host that goes on frees what it has
     }
 }
 
@@ -30,6 +29,9 @@ void check(const char* operation, HRESULT result) {
 
 /// The caller frees it with SysFreeString.
 BSTR newText(const std::string& ascii) {
+    for (const char letter : ascii) {
+        require(letter > 0, "a text is not ASCII");
+    }
     const std::basic_string<OLECHAR> text(ascii.begin(), ascii.end());
     return SysAllocString(text.c_str());
 }
