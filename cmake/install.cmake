@@ -1,42 +1,60 @@
-# Installed: the library, its headers, a CMake package (zrkey::zrkey), a pkg-config file, and the command
-# with its shell completion and manual page.
+# What is installed, in three components:
+#   library      the library and what it stands on at run time;
+#   development  headers, import libraries, a CMake package (zrkey::zrkey), a pkg-config file;
+#   command      the zrkey command with its shell completion and manual page.
 include(CMakePackageConfigHelpers)
 
-install(DIRECTORY include/zrkey DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(FILES ${ZRKEY_AUTOMATION_HEADER} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrkey)
+install(DIRECTORY include/zrkey DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+install(FILES ${ZRKEY_AUTOMATION_HEADER} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrkey
+        COMPONENT development)
 
-install(TARGETS zrkey EXPORT zrkeyTargets)
+set(libraries zrkey)
 if(TARGET zrautomation)
-  install(TARGETS zrautomation EXPORT zrkeyTargets)
+  list(APPEND libraries zrautomation)
 endif()
+install(TARGETS ${libraries} EXPORT zrkeyTargets
+        RUNTIME COMPONENT library
+        LIBRARY COMPONENT library NAMELINK_COMPONENT development
+        ARCHIVE COMPONENT development)
 if(TARGET zrkey_host)
-  install(TARGETS zrkey_host)
+  install(TARGETS zrkey_host COMPONENT command)
 endif()
 if(ZRKEY_SHELL_FILES)
-  install(FILES ${ZRKEY_SHELL_FILES}/zrkey
+  install(FILES ${ZRKEY_SHELL_FILES}/zrkey COMPONENT command
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
-  install(FILES ${ZRKEY_SHELL_FILES}/_zrkey DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
-  install(FILES ${ZRKEY_SHELL_FILES}/zrkey.fish
+  install(FILES ${ZRKEY_SHELL_FILES}/_zrkey COMPONENT command
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+  install(FILES ${ZRKEY_SHELL_FILES}/zrkey.fish COMPONENT command
           DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
-  install(FILES ${ZRKEY_SHELL_FILES}/zrkey.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES ${ZRKEY_SHELL_FILES}/zrkey.1 COMPONENT command
+          DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endif()
-install(EXPORT zrkeyTargets NAMESPACE zrkey:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zrkey)
 
+set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/zrkey)
+install(EXPORT zrkeyTargets NAMESPACE zrkey:: DESTINATION ${package_folder} COMPONENT development)
 configure_package_config_file(cmake/zrkeyConfig.cmake.in ${PROJECT_BINARY_DIR}/zrkeyConfig.cmake
-                              INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zrkey)
+                              INSTALL_DESTINATION ${package_folder})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/zrkeyConfigVersion.cmake
                                  COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/zrkeyConfig.cmake
               ${PROJECT_BINARY_DIR}/zrkeyConfigVersion.cmake
-        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zrkey)
+        DESTINATION ${package_folder} COMPONENT development)
 
 if(WIN32)
   set(ZRKEY_PC_LIBS "-lzrkey -loleaut32 -luuid")
 else()
   set(ZRKEY_PC_LIBS "-lzrkey -lzrautomation")
 endif()
-# Below the prefix, unless a packager chose a folder by its full path.
+# Found from the place of the .pc file, so that the installed tree can be moved. A packager's folders
+# given by their full path are kept.
+set(ZRKEY_PC_PREFIX ${CMAKE_INSTALL_PREFIX})
+if(NOT IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+  file(RELATIVE_PATH up /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+  cmake_path(APPEND up_to_prefix "\${pcfiledir}" ${up})
+  string(REGEX REPLACE "/$" "" ZRKEY_PC_PREFIX ${up_to_prefix})
+endif()
 cmake_path(APPEND ZRKEY_PC_LIBDIR "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
 cmake_path(APPEND ZRKEY_PC_INCLUDEDIR "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR})
 configure_file(cmake/zrkey.pc.in ${PROJECT_BINARY_DIR}/zrkey.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/zrkey.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/zrkey.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+        COMPONENT development)
