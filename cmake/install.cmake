@@ -4,9 +4,8 @@
 #   command      the zrkey command with its shell completion and manual page.
 include(CMakePackageConfigHelpers)
 
-install(DIRECTORY include/zrkey DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
-install(FILES ${ZRKEY_AUTOMATION_HEADER} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrkey
-        COMPONENT development)
+install(DIRECTORY include/zrkey ${ZRKEY_AUTOMATION_INCLUDE}/zrkey
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 
 set(libraries zrkey)
 if(TARGET zrautomation)

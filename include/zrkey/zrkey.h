@@ -1,68 +1,40 @@
-// The public interface of the library: identifiers, object interfaces and the one export.
-//
-// A host loads the library, asks ZCLGetClassObject for the class factory, creates a provider and
-// goes on from there:
-//
-//     IClassFactory* factory = nullptr;
-//     ITokenProvider* provider = nullptr;
-//     ZCLGetClassObject(LIBID_ZRKey, IID_IClassFactory, reinterpret_cast<void**>(&factory));
-//     factory->CreateInstance(nullptr, IID_ITokenProvider, reinterpret_cast<void**>(&provider));
-//
-// Every object is reference-counted and is used from one thread at a time. Strings, variants and
-// objects that an operation returns belong to the caller; arguments are borrowed for the call.
-// Every operation returns an HRESULT; its documentation lists all results. The slot order is part
-// of the binary contract.
-//
-// CreateInstance of the factory returns a new provider with one reference for IID_ITokenProvider.
-// For IID_IClassFactory it returns the factory itself without adding a reference: the caller holds
-// one already and releases only that one.
-//
-// QueryInterface returns S_OK for IID_ISupportErrorInfo only, and E_NOTIMPL for every other
-// identifier, IID_IUnknown and IID_IDispatch included: keep the pointers that the operations
-// return. A provider asked for IID_ITokenProvider answers E_NOTIMPL too, but stores its own
-// pointer, without a reference: do not release it.
-//
-// GetIDsOfNames resolves the first name, case-sensitively, and returns E_FAIL for an unknown one.
-// Invoke takes the arguments in the order in which they are written: rgvarg[0] is the first. It
-// sets the result to VT_EMPTY first, without clearing what the variant holds.
+/// @file
+/// The public interface of the library: identifiers, object interfaces and the one export.
+///
+/// A host loads the library, asks ZCLGetClassObject for the class factory, creates a provider and
+/// goes on from there:
+///
+///     IClassFactory* factory = nullptr;
+///     ITokenProvider* provider = nullptr;
+///     ZCLGetClassObject(LIBID_ZRKey, IID_IClassFactory, reinterpret_cast<void**>(&factory));
+///     factory->CreateInstance(nullptr, IID_ITokenProvider, reinterpret_cast<void**>(&provider));
+///
+/// Every object is reference-counted and is used from one thread at a time. Strings, variants and
+/// objects that an operation returns belong to the caller; arguments are borrowed for the call.
+/// Every operation returns an HRESULT; its documentation lists all results. The slot order is part
+/// of the binary contract.
+///
+/// CreateInstance of the factory returns a new provider with one reference for IID_ITokenProvider.
+/// For IID_IClassFactory it returns the factory itself without adding a reference: the caller holds
+/// one already and releases only that one.
+///
+/// QueryInterface returns S_OK for IID_ISupportErrorInfo only, and E_NOTIMPL for every other
+/// identifier, IID_IUnknown and IID_IDispatch included: keep the pointers that the operations
+/// return. A provider asked for IID_ITokenProvider answers E_NOTIMPL too, but stores its own
+/// pointer, without a reference: do not release it.
+///
+/// GetIDsOfNames resolves the first name, case-sensitively, and returns E_FAIL for an unknown one.
+/// Invoke takes the arguments in the order in which they are written: rgvarg[0] is the first. It
+/// sets the result to VT_EMPTY first, without clearing what the variant holds.
 #ifndef ZRKEY_ZRKEY_H
 #define ZRKEY_ZRKEY_H
 
+#ifndef __cplusplus
+#error "C hosts include zrkey/zrkey_c.h"
+#endif
+
 #include <zrkey/automation.h>
-
-#ifdef _WIN32
-#ifdef ZRKEY_BUILD
-#define ZRKEY_EXPORT __declspec(dllexport)
-#else
-#define ZRKEY_EXPORT __declspec(dllimport)
-#endif
-#else
-#define ZRKEY_EXPORT __attribute__((visibility("default")))
-#endif
-
-/// The class identifier that ZCLGetClassObject accepts.
-static const GUID LIBID_ZRKey = {
-    0xA453F02B, 0x23F9, 0x43F2, {0xAF, 0x82, 0x30, 0x1C, 0x1A, 0xE7, 0x54, 0x89}};
-/// The interface that the class factory creates.
-static const GUID IID_ITokenProvider = {
-    0x34DF3135, 0x4C7D, 0x4000, {0x83, 0x84, 0x6B, 0x48, 0xE2, 0x13, 0xF3, 0xFA}};
-// Declared for hosts that name them; no operation of the library compares them.
-static const GUID IID_IKeyManager = {
-    0x7FE68A62, 0x9B82, 0x44E9, {0x99, 0x0E, 0xC9, 0xDB, 0x7F, 0x9A, 0x9E, 0x94}};
-static const GUID IID_ITokenProviderIPC = {
-    0x7A20E9EE, 0xFBCB, 0x4FFA, {0xB2, 0xA6, 0x3E, 0x6B, 0x2E, 0xBF, 0x6E, 0x8B}};
-static const GUID IID_IKeyFile = {
-    0x03EE18DE, 0x8637, 0x4C69, {0x90, 0x8E, 0x7B, 0x47, 0x79, 0xF0, 0xB8, 0xDA}};
-static const GUID IID_IKeyContainer = {
-    0x658B212F, 0x2A70, 0x4C93, {0xBD, 0x24, 0x46, 0x89, 0x98, 0xA2, 0xA3, 0x21}};
-static const GUID IID_IKeyCertificate = {
-    0xCBE939EF, 0xEE3C, 0x412D, {0x87, 0x2C, 0x58, 0x8E, 0x48, 0xA8, 0x6F, 0xA5}};
-static const GUID IID_IKeyObject = {
-    0x51A29A58, 0xC94A, 0x4EA4, {0xB8, 0xCC, 0x69, 0xB9, 0x6B, 0x10, 0x86, 0x97}};
-static const GUID IID_IKeyDevice = {
-    0x57E1E167, 0xBBA4, 0x484B, {0x83, 0x59, 0x63, 0x00, 0xB7, 0xC9, 0x08, 0x1D}};
-static const GUID IID_IZCLRegister = {
-    0x89FA0249, 0x2B8A, 0x44BC, {0xBD, 0xA4, 0xCB, 0x60, 0xBE, 0x03, 0xAA, 0x2E}};
+#include <zrkey/identifiers.h>
 
 /// Loads a PKCS #11 module, counts its tokens and opens them.
 struct ITokenProvider : public IDispatch {
@@ -123,6 +95,7 @@ struct ITokenProvider : public IDispatch {
     /// @param serial  left untouched.
     /// @retval S_OK  always.
     virtual HRESULT STDMETHODCALLTYPE GetKeySN(LONG index, BSTR* serial) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE LoadFinish(INT* done) = 0;
 };
@@ -139,6 +112,7 @@ struct IKeyObject : public IDispatch {
     /// @retval E_FAIL         C_GetTokenInfo failed.
     /// @retval E_OUTOFMEMORY  out of memory.
     virtual HRESULT STDMETHODCALLTYPE GetSerialNumber(BSTR* out) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE SetLabel(BSTR* label, VARIANT* result) = 0;
     /// @copydoc GetSerialNumber
@@ -168,10 +142,13 @@ struct IKeyObject : public IDispatch {
     ///                       is then not logged in, even if it was before. Or C_SetPIN failed: the
     ///                       object is then logged in with the old PIN.
     virtual HRESULT STDMETHODCALLTYPE ModifyPIN(BSTR oldPin, BSTR newPin, INT type) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE GetMaxRetryCount(INT type, VARIANT* result) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE GetRemainRetryCount(INT type, VARIANT* result) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE IsDefaultPIN(INT type, VARIANT* result) = 0;
     /// Logs in to the token.
@@ -186,8 +163,10 @@ struct IKeyObject : public IDispatch {
     /// Does nothing.
     /// @retval S_OK  always.
     virtual HRESULT STDMETHODCALLTYPE UnlockPIN(BSTR soPin, BSTR newPin) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE Lock(VARIANT* result) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE Unlock(VARIANT* result) = 0;
     /// Creates an empty data file. When there is a file of this name already, a second is created.
@@ -233,6 +212,7 @@ struct IKeyObject : public IDispatch {
     ///                        call failed, or out of memory for the contents.
     /// @retval E_OUTOFMEMORY  out of memory for the object.
     virtual HRESULT STDMETHODCALLTYPE OpenFile(BSTR name, void** file) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE EnumFiles(VARIANT* result) = 0;
     /// Destroys a data file.
@@ -257,6 +237,7 @@ struct IKeyObject : public IDispatch {
     /// @retval E_INVALIDARG  data is of another type, result is null, or method is another text.
     /// @retval E_FAIL        data cannot be accessed, or out of memory.
     virtual HRESULT STDMETHODCALLTYPE DigestData(BSTR method, VARIANT data, VARIANT* result) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE CreateContainer(BSTR name, void** container) = 0;
     /// Counts the containers, that is the certificates on the token.
@@ -275,6 +256,7 @@ struct IKeyObject : public IDispatch {
     /// @retval E_FAIL         there is no such container, or its name has 128 bytes or more.
     /// @retval E_OUTOFMEMORY  out of memory for the object.
     virtual HRESULT STDMETHODCALLTYPE OpenContainer(VARIANT which, void** container) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE DeleteContainer(VARIANT which) = 0;
     /// Lists the names of the containers: the CKA_ID of their certificates, read as text.
@@ -362,6 +344,7 @@ struct IKeyObject : public IDispatch {
     virtual HRESULT STDMETHODCALLTYPE GetCSPName(BSTR* out) = 0;
     /// @copydoc GetSignAlgo
     virtual HRESULT STDMETHODCALLTYPE GetAlgoList(BSTR* out) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE GetZRHardApiInfo(void** api, BSTR* info) = 0;
 };
@@ -414,10 +397,13 @@ struct IKeyContainer : public IDispatch {
     /// @retval E_INVALIDARG   type is null.
     /// @retval E_OUTOFMEMORY  out of memory; type is untouched.
     virtual HRESULT STDMETHODCALLTYPE GetType(BSTR* type) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE ImportCertificate(bool signing, VARIANT certificate) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE ExportCertificate(bool signing, VARIANT* certificate) = 0;
+    /// Not implemented.
     /// @retval E_NOTIMPL  always.
     virtual HRESULT STDMETHODCALLTYPE GenKeyPair(VARIANT* result) = 0;
     /// Returns the container's certificate, as a new object each time.

@@ -1,27 +1,28 @@
-// The C++ layer over zrkey.h: classes that own what the library hands out. Header only, C++17.
-//
-//     zrkey::ComRef<ITokenProvider> provider;
-//     zrkey::ComRef<IKeyObject> token;
-//     zrkey::Result result = zrkey::createProvider(provider);
-//     if (result.succeeded()) {
-//         result = provider->Load(zrkey::Text("../lib/module.so").get());
-//     }
-//     if (result.succeeded()) {
-//         result = provider->OpenKey(0, token.receive());
-//     }
-//     if (!token) {
-//         std::puts(result.text().c_str());  // "E_FAIL (0x80004005)"
-//     }
-//
-// The layer adds no behaviour and hides no result: operations are called on the interfaces
-// themselves, through ->, and return their HRESULT. Every owner has the same four verbs:
-//
-//     get      lends what is owned; the owner keeps it.
-//     reset    frees what is owned and takes over the argument.
-//     release  gives up what is owned; the caller frees it.
-//     receive  frees what is owned and is passed as an out argument, whose value it takes over.
-//
-// Owners move and, where noted, copy. Exceptions: std::bad_alloc alone, where noted.
+/// @file
+/// The C++ layer over zrkey.h: classes that own what the library hands out. Header only, C++17.
+///
+///     zrkey::ComRef<ITokenProvider> provider;
+///     zrkey::ComRef<IKeyObject> token;
+///     zrkey::Result result = zrkey::createProvider(provider);
+///     if (result.succeeded()) {
+///         result = provider->Load(zrkey::Text("../lib/module.so").get());
+///     }
+///     if (result.succeeded()) {
+///         result = provider->OpenKey(0, token.receive());
+///     }
+///     if (!token) {
+///         std::puts(result.text().c_str());  // "E_FAIL (0x80004005)"
+///     }
+///
+/// The layer adds no behaviour and hides no result: operations are called on the interfaces
+/// themselves, through ->, and return their HRESULT. Every owner has the same four verbs:
+///
+///     get      lends what is owned; the owner keeps it.
+///     reset    frees what is owned and takes over the argument.
+///     release  gives up what is owned; the caller frees it.
+///     receive  frees what is owned and is passed as an out argument, whose value it takes over.
+///
+/// Owners move and, where noted, copy. Exceptions: std::bad_alloc alone, where noted.
 #ifndef ZRKEY_ZRKEY_HPP
 #define ZRKEY_ZRKEY_HPP
 
@@ -51,8 +52,11 @@ public:
     /// they hand out as void* is exactly a T*.
     class Receiver {
     public:
+        /// @param object  where the call stores what it hands out.
         explicit Receiver(T** object) noexcept : m_object(object) {}
+        /// For an argument of the interface's own type.
         operator T**() const noexcept { return m_object; }
+        /// For an argument of type void**.
         operator void**() const noexcept { return reinterpret_cast<void**>(m_object); }
 
     private:
@@ -61,12 +65,15 @@ public:
 
     /// Null: refers to no object.
     ComRef() noexcept = default;
+    /// Adds a reference to the object of other.
     ComRef(const ComRef& other) noexcept : m_object(other.m_object) {
         if (m_object) {
             m_object->AddRef();
         }
     }
+    /// Takes over the reference of other, which becomes null.
     ComRef(ComRef&& other) noexcept : m_object(other.release()) {}
+    /// Takes over the reference of other and releases its own.
     ComRef& operator=(ComRef other) noexcept {
         std::swap(m_object, other.m_object);
         return *this;
@@ -77,6 +84,7 @@ public:
     T* get() const noexcept { return m_object; }
     /// @pre the reference is not null.
     T* operator->() const noexcept { return m_object; }
+    /// Whether there is an object.
     explicit operator bool() const noexcept { return m_object != nullptr; }
 
     /// Takes over the caller's reference; adds none.
@@ -190,7 +198,9 @@ public:
             std::memcpy(m_text, units->data(), units->size() * sizeof(OLECHAR));
         }
     }
+    /// Takes over the text of other, which becomes null.
     Text(Text&& other) noexcept : m_text(other.release()) {}
+    /// Frees its own text and takes over that of other.
     Text& operator=(Text&& other) noexcept {
         reset(other.release());
         return *this;
@@ -201,6 +211,7 @@ public:
 
     /// The text, borrowed; null when there is none.
     BSTR get() const noexcept { return m_text; }
+    /// Whether there is a text, which may be empty.
     explicit operator bool() const noexcept { return m_text != nullptr; }
     /// The text in UTF-8; empty for a null Text. Half a surrogate pair becomes U+FFFD.
     /// @throws std::bad_alloc
@@ -261,7 +272,9 @@ class Variant {
 public:
     /// Null: VT_EMPTY.
     Variant() noexcept { VariantInit(&m_variant); }
+    /// Takes over the value of other, which becomes VT_EMPTY.
     Variant(Variant&& other) noexcept : m_variant(other.release()) {}
+    /// Frees its own value and takes over that of other.
     Variant& operator=(Variant&& other) noexcept {
         reset(other.release());
         return *this;
@@ -313,6 +326,7 @@ public:
         return made;
     }
 
+    /// VT_I4, VT_BSTR, ...
     VARTYPE type() const noexcept { return m_variant.vt; }
     /// An integer of any width and sign; nullopt also for one above the range of long long.
     std::optional<long long> toNumber() const noexcept {
@@ -394,8 +408,9 @@ public:
         return object;
     }
 
-    /// The variant, borrowed. Through the second form its value may be changed in place.
+    /// The variant, borrowed.
     const VARIANT& get() const noexcept { return m_variant; }
+    /// The variant, borrowed; its value may be changed in place.
     VARIANT& get() noexcept { return m_variant; }
     /// For arguments of type VARIANT, which borrow.
     operator const VARIANT&() const noexcept { return m_variant; }
@@ -492,8 +507,11 @@ public:
     /// Not explicit, so that a call's HRESULT becomes a Result by itself.
     constexpr Result(HRESULT code = S_OK) noexcept : m_code(code) {}
 
+    /// The code as the operation returned it.
     constexpr HRESULT code() const noexcept { return m_code; }
+    /// S_OK or another code of success.
     constexpr bool succeeded() const noexcept { return SUCCEEDED(m_code); }
+    /// A code of failure.
     constexpr bool failed() const noexcept { return FAILED(m_code); }
 
     /// "E_FAIL"; empty for a code that is not one of the library's.

@@ -3,85 +3,109 @@
 // Names, widths, layouts and results are those of Windows x64, so that one source builds on both
 // targets. Create and free BSTRs, arrays and the contents of variants with these functions only: a
 // host and the library share their allocator.
+//
+// C++ gets the interfaces as classes, C gets them as structures of function pointers
+// (automation_c.h).
 #ifndef ZRKEY_AUTOMATION_H
 #define ZRKEY_AUTOMATION_H
 
+#ifdef __cplusplus
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#else
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
+#endif
 
 #define STDMETHODCALLTYPE
 #define STDAPICALLTYPE
 #define OLESTR(text) u##text
 
+/// For the constants below, which both languages read.
+#ifdef __cplusplus
+#define ZRAUTOMATION_CAST(type, value) (static_cast<type>(value))
+#else
+#define ZRAUTOMATION_CAST(type, value) ((type)(value))
+#endif
+
 typedef void* PVOID;
 typedef char CHAR;
-typedef std::uint8_t BYTE;
-typedef std::int16_t SHORT;
-typedef std::uint16_t USHORT;
-typedef std::uint16_t WORD;
-typedef std::int32_t INT;
-typedef std::uint32_t UINT;
-typedef std::int32_t LONG;
-typedef std::uint32_t ULONG;
-typedef std::uint32_t DWORD;
+typedef uint8_t BYTE;
+typedef int16_t SHORT;
+typedef uint16_t USHORT;
+typedef uint16_t WORD;
+typedef int32_t INT;
+typedef uint32_t UINT;
+typedef int32_t LONG;
+typedef uint32_t ULONG;
+typedef uint32_t DWORD;
 typedef long long LONGLONG;
 typedef unsigned long long ULONGLONG;
 typedef float FLOAT;
 typedef double DOUBLE;
-typedef std::int32_t BOOL;
+typedef int32_t BOOL;
+#ifdef __cplusplus
 typedef char16_t WCHAR;
-typedef char16_t OLECHAR;
+#else
+typedef uint_least16_t WCHAR; /* the type of char16_t, which C99 does not have */
+#endif
+typedef WCHAR OLECHAR;
 typedef OLECHAR* LPOLESTR;
 typedef const OLECHAR* LPCOLESTR;
 typedef OLECHAR* BSTR;
-typedef std::int32_t HRESULT;
+typedef int32_t HRESULT;
 typedef LONG SCODE;
 typedef LONG DISPID;
 typedef DWORD LCID;
 typedef double DATE;
-typedef std::int16_t VARIANT_BOOL;
-typedef std::uint16_t VARTYPE;
+typedef int16_t VARIANT_BOOL;
+typedef uint16_t VARTYPE;
 
+// Other libraries have macros of these names, before or after this header.
+#if !defined(TRUE) && !defined(FALSE)
 enum { TRUE = 1, FALSE = 0 };
+#endif
 
-#define VARIANT_TRUE (static_cast<VARIANT_BOOL>(-1))
-#define VARIANT_FALSE (static_cast<VARIANT_BOOL>(0))
+#define VARIANT_TRUE ZRAUTOMATION_CAST(VARIANT_BOOL, -1)
+#define VARIANT_FALSE ZRAUTOMATION_CAST(VARIANT_BOOL, 0)
 
-#define SUCCEEDED(hr) (static_cast<HRESULT>(hr) >= 0)
-#define FAILED(hr) (static_cast<HRESULT>(hr) < 0)
+#define SUCCEEDED(hr) (ZRAUTOMATION_CAST(HRESULT, hr) >= 0)
+#define FAILED(hr) (ZRAUTOMATION_CAST(HRESULT, hr) < 0)
 
-#define S_OK (static_cast<HRESULT>(0))
-#define S_FALSE (static_cast<HRESULT>(1))
-#define E_NOTIMPL (static_cast<HRESULT>(0x80004001u))
-#define E_NOINTERFACE (static_cast<HRESULT>(0x80004002u))
-#define E_POINTER (static_cast<HRESULT>(0x80004003u))
-#define E_FAIL (static_cast<HRESULT>(0x80004005u))
-#define E_UNEXPECTED (static_cast<HRESULT>(0x8000FFFFu))
-#define E_OUTOFMEMORY (static_cast<HRESULT>(0x8007000Eu))
-#define E_INVALIDARG (static_cast<HRESULT>(0x80070057u))
-#define RPC_E_CANTCALLOUT_INEXTERNALCALL (static_cast<HRESULT>(0x80010005u))
-#define DISP_E_TYPEMISMATCH (static_cast<HRESULT>(0x80020005u))
-#define DISP_E_BADVARTYPE (static_cast<HRESULT>(0x80020008u))
-#define DISP_E_EXCEPTION (static_cast<HRESULT>(0x80020009u))
-#define DISP_E_OVERFLOW (static_cast<HRESULT>(0x8002000Au))
-#define DISP_E_BADINDEX (static_cast<HRESULT>(0x8002000Bu))
-#define DISP_E_ARRAYISLOCKED (static_cast<HRESULT>(0x8002000Du))
+#define S_OK ZRAUTOMATION_CAST(HRESULT, 0)
+#define S_FALSE ZRAUTOMATION_CAST(HRESULT, 1)
+#define E_NOTIMPL ZRAUTOMATION_CAST(HRESULT, 0x80004001u)
+#define E_NOINTERFACE ZRAUTOMATION_CAST(HRESULT, 0x80004002u)
+#define E_POINTER ZRAUTOMATION_CAST(HRESULT, 0x80004003u)
+#define E_FAIL ZRAUTOMATION_CAST(HRESULT, 0x80004005u)
+#define E_UNEXPECTED ZRAUTOMATION_CAST(HRESULT, 0x8000FFFFu)
+#define E_OUTOFMEMORY ZRAUTOMATION_CAST(HRESULT, 0x8007000Eu)
+#define E_INVALIDARG ZRAUTOMATION_CAST(HRESULT, 0x80070057u)
+#define RPC_E_CANTCALLOUT_INEXTERNALCALL ZRAUTOMATION_CAST(HRESULT, 0x80010005u)
+#define DISP_E_TYPEMISMATCH ZRAUTOMATION_CAST(HRESULT, 0x80020005u)
+#define DISP_E_BADVARTYPE ZRAUTOMATION_CAST(HRESULT, 0x80020008u)
+#define DISP_E_EXCEPTION ZRAUTOMATION_CAST(HRESULT, 0x80020009u)
+#define DISP_E_OVERFLOW ZRAUTOMATION_CAST(HRESULT, 0x8002000Au)
+#define DISP_E_BADINDEX ZRAUTOMATION_CAST(HRESULT, 0x8002000Bu)
+#define DISP_E_ARRAYISLOCKED ZRAUTOMATION_CAST(HRESULT, 0x8002000Du)
 
-struct GUID {
-    std::uint32_t Data1;
-    std::uint16_t Data2;
-    std::uint16_t Data3;
-    std::uint8_t Data4[8];
-};
+typedef struct GUID {
+    uint32_t Data1;
+    uint16_t Data2;
+    uint16_t Data3;
+    uint8_t Data4[8];
+} GUID;
 typedef GUID IID;
 typedef GUID CLSID;
+#ifdef __cplusplus
 typedef const GUID& REFGUID;
 typedef const IID& REFIID;
 typedef const CLSID& REFCLSID;
 
 inline bool IsEqualGUID(const GUID& a, const GUID& b) {
-    return std::memcmp(&a, &b, sizeof(GUID)) == 0;
+    return memcmp(&a, &b, sizeof(GUID)) == 0;
 }
 inline bool operator==(const GUID& a, const GUID& b) {
     return IsEqualGUID(a, b);
@@ -89,6 +113,13 @@ inline bool operator==(const GUID& a, const GUID& b) {
 inline bool operator!=(const GUID& a, const GUID& b) {
     return !IsEqualGUID(a, b);
 }
+#else
+typedef const GUID* REFGUID;
+typedef const IID* REFIID;
+typedef const CLSID* REFCLSID;
+
+#define IsEqualGUID(a, b) (memcmp((a), (b), sizeof(GUID)) == 0)
+#endif
 
 enum VARENUM {
     VT_EMPTY = 0,
@@ -130,19 +161,19 @@ enum { VARIANT_NOVALUEPROP = 1, VARIANT_ALPHABOOL = 2, VARIANT_LOCALBOOL = 16 };
 
 enum { DISPATCH_METHOD = 1, DISPATCH_PROPERTYGET = 2, DISPATCH_PROPERTYPUT = 4 };
 
-struct SAFEARRAYBOUND {
+typedef struct SAFEARRAYBOUND {
     ULONG cElements;
     LONG lLbound;
-};
+} SAFEARRAYBOUND;
 
-struct SAFEARRAY {
+typedef struct SAFEARRAY {
     USHORT cDims;
     USHORT fFeatures;
     ULONG cbElements;
     ULONG cLocks;
     PVOID pvData;
     SAFEARRAYBOUND rgsabound[1];
-};
+} SAFEARRAY;
 
 enum {
     FADF_AUTO = 0x1,
@@ -158,38 +189,38 @@ enum {
     FADF_CREATEVECTOR = 0x2000
 };
 
-union CY {
+typedef union CY {
     struct {
         ULONG Lo;
         LONG Hi;
     } s;
     LONGLONG int64;
-};
+} CY;
 
-union ULARGE_INTEGER {
+typedef union ULARGE_INTEGER {
     struct {
         DWORD LowPart;
         DWORD HighPart;
     } u;
     ULONGLONG QuadPart;
-};
+} ULARGE_INTEGER;
 
-struct IUnknown;
-struct IDispatch;
-struct IRecordInfo;
-struct ITypeInfo;
+typedef struct IUnknown IUnknown;
+typedef struct IDispatch IDispatch;
+typedef struct IRecordInfo IRecordInfo;
+typedef struct ITypeInfo ITypeInfo;
 
-struct BRECORD {
+typedef struct BRECORD {
     PVOID pvRecord;
     IRecordInfo* pRecInfo;
-};
+} BRECORD;
 
-struct tagVARIANT {
+typedef struct tagVARIANT {
     VARTYPE vt;
     WORD wReserved1;
     WORD wReserved2;
     WORD wReserved3;
-    union {
+    __extension__ union {  // C99 has no unnamed unions
         LONGLONG llVal;
         LONG lVal;
         BYTE bVal;
@@ -218,7 +249,7 @@ struct tagVARIANT {
         IUnknown** ppunkVal;
         IDispatch** ppdispVal;
         SAFEARRAY** pparray;
-        tagVARIANT* pvarVal;
+        struct tagVARIANT* pvarVal;
         PVOID byref;
         CHAR cVal;
         USHORT uiVal;
@@ -234,18 +265,17 @@ struct tagVARIANT {
         UINT* puintVal;
         BRECORD brecVal;
     };
-};
-typedef tagVARIANT VARIANT;
-typedef tagVARIANT VARIANTARG;
+} VARIANT;
+typedef VARIANT VARIANTARG;
 
-struct DISPPARAMS {
+typedef struct DISPPARAMS {
     VARIANTARG* rgvarg;
     DISPID* rgdispidNamedArgs;
     UINT cArgs;
     UINT cNamedArgs;
-};
+} DISPPARAMS;
 
-struct EXCEPINFO {
+typedef struct EXCEPINFO {
     WORD wCode;
     WORD wReserved;
     BSTR bstrSource;
@@ -253,10 +283,11 @@ struct EXCEPINFO {
     BSTR bstrHelpFile;
     DWORD dwHelpContext;
     PVOID pvReserved;
-    HRESULT(STDMETHODCALLTYPE* pfnDeferredFillIn)(EXCEPINFO*);
+    HRESULT(STDMETHODCALLTYPE* pfnDeferredFillIn)(struct EXCEPINFO*);
     SCODE scode;
-};
+} EXCEPINFO;
 
+#ifdef __cplusplus
 static_assert(sizeof(GUID) == 16, "a GUID has 16 bytes");
 static_assert(sizeof(VARIANT) == 24, "the 24-byte Win64 VARIANT");
 static_assert(offsetof(VARIANT, llVal) == 8, "the value lies at byte 8");
@@ -308,6 +339,10 @@ struct ICreateErrorInfo : public IUnknown {
     virtual HRESULT STDMETHODCALLTYPE SetHelpContext(DWORD helpContext) = 0;
 };
 
+#else
+#include <zrkey/automation_c.h>
+#endif
+
 static const IID IID_IUnknown = {
     0x00000000, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 static const IID IID_IDispatch = {
@@ -322,7 +357,9 @@ static const IID IID_ICreateErrorInfo = {
     0x22F03340, 0x547D, 0x101B, {0x8E, 0x65, 0x08, 0x00, 0x2B, 0x2B, 0xD1, 0x19}};
 static const IID IID_NULL = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
 
+#ifdef __cplusplus
 extern "C" {
+#endif
 
 /// Creates a string of terminated text.
 /// @return owned by the caller; null for null and when out of memory.
@@ -408,6 +445,8 @@ HRESULT SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound);
 /// As SafeArrayGetLBound, for the highest index.
 HRESULT SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound);
 
+#ifdef __cplusplus
 }  // extern "C"
+#endif
 
 #endif
