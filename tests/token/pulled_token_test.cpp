@@ -1,23 +1,9 @@
 // A token that is pulled while it is used: each operation then fails as documented, objects are
 // released as usual, and the module unloads.
-#include <filesystem>
-
 #include "tests/support/fixtures/soft_token.h"
 
 namespace zr::test {
 namespace {
-
-/// Removes the tokens of SoftHSM2 and restores them on destruction.
-class PulledToken {
-public:
-    PulledToken() { std::filesystem::rename(tokenFile("tokens"), tokenFile("pulled")); }
-    PulledToken(const PulledToken&) = delete;
-    PulledToken& operator=(const PulledToken&) = delete;
-    ~PulledToken() {
-        std::filesystem::remove_all(tokenFile("tokens"));
-        std::filesystem::rename(tokenFile("pulled"), tokenFile("tokens"));
-    }
-};
 
 class PulledTokenTest : public SoftTokenTest {
 protected:
