@@ -3,9 +3,9 @@ tests/README.md."""
 import re
 from dataclasses import dataclass, field
 
-COMMENT = re.compile(r"<!-- (not run|typed): (.*) -->")
+COMMENT = re.compile(r"<!-- (not run|typed|second terminal): (.*) -->")
 MESSAGE = re.compile(r"### `(.*)`")
-FILE_NAME = re.compile(r"`([\w./-]+\.(?:cpp|c|js|xml|txt|conf))`[^`]*:$")
+FILE_NAME = re.compile(r"`([\w./-]+\.(?:cpp|c|js|xml|txt|conf|module))`[^`]*:$")
 EXIT_CODE = re.compile(r"\(exit code (\d+)\)")
 
 

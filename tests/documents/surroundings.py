@@ -8,6 +8,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent.parent
 NOT_RUN = Path(__file__).resolve().parent / "not_run.txt"
+MODULES = ("opensc-pkcs11", "p11-kit-trust", "softhsm2")
 FOLDED = 80  # the documents fold lines that are longer
 # The programs of the documents have no warnings, whatever options a document shows.
 WARNINGS = "-Wall -Wextra -Wpedantic -Werror"
@@ -30,6 +31,7 @@ class Surroundings:
             made.mkdir(parents=True)
         (programs / "zrkey").symlink_to(zrkey)
         (self.home / "zrkey").symlink_to(ROOT)
+        self._hide_modules()
         for compiler in ("g++", "c++", "gcc", "cc"):
             self._wrap_compiler(programs / compiler)
         if installed := os.environ.get("ZRKEY_INSTALLED"):
@@ -51,12 +53,24 @@ class Surroundings:
                                (self.module, "/usr/lib/softhsm/libsofthsm2.so"),
                                *values_of_token(folder)]
 
+    def _hide_modules(self):
+        """Of p11-kit's modules the command sees those that the packages of scripts/demo bring."""
+        folder = self.home / ".config" / "pkcs11" / "modules"
+        folder.mkdir(parents=True)
+        for module in Path("/usr/share/p11-kit/modules").glob("*.module"):
+            if module.stem not in MODULES:
+                (folder / module.name).write_text("disable-in: zrkey\n", encoding="utf-8")
+
     @staticmethod
     def _wrap_compiler(program):
         """A compiler that refuses warnings and, where the library is built so, adds sanitizers."""
         options = os.environ.get("ZRKEY_COMPILER_OPTIONS", "")
         program.write_text(f'#!/bin/sh\nexec /usr/bin/{program.name} {WARNINGS} {options} "$@"\n')
         program.chmod(0o755)
+
+    def show(self, real, documented):
+        """From now on, shows a value of this machine as the documents do."""
+        self._shown_instead.insert(0, (real, documented))
 
     def as_documented(self, text):
         # A document may make a token of its own.
