@@ -1,6 +1,7 @@
 # What every target of this project is compiled and linked with: zr_options.
 add_library(zr_options INTERFACE)
-target_compile_options(zr_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Werror)
+target_compile_options(zr_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow
+                       $<$<BOOL:${ZRKEY_WERROR}>:-Werror>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # g++ 12 takes the sum of a literal and a std::string for an overlapping copy.
   target_compile_options(zr_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)

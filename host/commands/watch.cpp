@@ -112,8 +112,7 @@ void show(Console& console, const WatchOptions& options, const TokenChange& chan
 
 int watch(const WatchOptions& options, Console& console) {
     const LoadedModule module(options.module);
-    const Cryptoki calls(module.path());
-    TokenWatch tokens(calls);
+    TokenWatch tokens(module.calls());
     ChangeProgram program(console, options.program, module.file());
     std::vector<TokenChange> changes = tokens.start();
     while (!isInterrupted()) {

@@ -46,10 +46,12 @@ CK_RV readList(std::vector<CK_ULONG>& items, Get get) {
     if (count > kLongestList) {
         return kImpossibleAnswer;
     }
-    std::vector<CK_ULONG> list(count);
+    // p11-kit's client reads one item behind the list.
+    const CK_ULONG room = count;
+    std::vector<CK_ULONG> list(room + 1);
     result = get(list.data(), &count);
     if (result == CKR_OK) {
-        list.resize(std::min<std::size_t>(list.size(), count));
+        list.resize(std::min(room, count));
         items = std::move(list);
     }
     return result;
@@ -77,6 +79,19 @@ Cryptoki::Cryptoki(const std::string& path) : m_library(path) {
     } else {
         m_functions = list;
     }
+}
+
+Cryptoki::~Cryptoki() {
+    if (m_isApart) {
+        finalise();
+    }
+}
+
+void Cryptoki::startApart() {
+    CK_INFO ignored = {};
+    m_isApart =
+        callModule<&Functions::C_GetInfo>(*this, &ignored) == CKR_CRYPTOKI_NOT_INITIALIZED &&
+        initialise() == CKR_OK;
 }
 
 CK_RV Cryptoki::initialise() const {

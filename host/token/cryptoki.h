@@ -2,8 +2,8 @@
 // library. The library returns E_FAIL whatever happened and knows only some of the functions.
 //
 // The library calls the same module in the same process. So a module that the library has
-// initialised is not initialised again, and sessions (cryptoki_session.h) are opened beside the
-// library's. No length or count of a module is trusted.
+// initialised is not initialised again (but see startApart), and sessions (cryptoki_session.h) are
+// opened beside the library's. No length or count of a module is trusted.
 //
 // The constants are those of host/token/pkcs11_header.h, which files that name them include.
 #pragma once
@@ -63,6 +63,10 @@ public:
     /// Loads the module and gets its functions, without initialising it.
     /// @param path  absolute, in UTF-8.
     explicit Cryptoki(const std::string& path);
+    /// Finalises what startApart initialised.
+    ~Cryptoki();
+    Cryptoki(const Cryptoki&) = delete;
+    Cryptoki& operator=(const Cryptoki&) = delete;
 
     const SharedLibrary& library() const { return m_library; }
     /// Why a loaded module has no functions; empty when it has them.
@@ -72,6 +76,13 @@ public:
 
     CK_RV initialise() const;
     CK_RV finalise() const;
+
+    /// Initialises a module that the library has loaded, if it is not initialised for these functions.
+    /// Most modules have one list of functions. p11-kit's client and proxy return a new list at each
+    /// C_GetFunctionList, and the functions of each list work as if for another program.
+    void startApart();
+    /// Whether startApart had to do so: the library's login is not valid for these functions.
+    bool isApart() const { return m_isApart; }
 
     CK_RV readModule(ModuleFacts& facts) const;
     /// @param withToken  leaves empty readers out.
@@ -90,6 +101,7 @@ private:
     SharedLibrary m_library;
     const void* m_functions = nullptr;
     std::string m_problem;
+    bool m_isApart = false;
 };
 
 }  // namespace zr::host

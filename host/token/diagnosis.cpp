@@ -190,7 +190,7 @@ void Doctor::checkTokens() {
     try {
         const LoadedModule module(m_options);
         add("Load", Status::kOk, "the library loads the module and the configuration");
-        const Cryptoki calls(module.path());
+        const Cryptoki& calls = module.calls();
         checkReaders(calls);
         std::vector<CK_SLOT_ID> slots;
         const CK_RV result = calls.listSlots(true, slots);

@@ -19,10 +19,24 @@ Failure callFailure(const std::string& asked, const std::string& function, CK_RV
 DirectSession::DirectSession(const TokenSession& token, std::string asked,
                              CryptokiSession::Access access)
     : m_asked(std::move(asked)),
-      m_module(token.module().path()),
+      m_module(token.module().calls()),
       m_slot(findSlot(token)),
       m_session(m_module, m_slot, access) {
     require(m_session.result());
+    repeatLogin(token);
+}
+
+void DirectSession::repeatLogin(const TokenSession& token) {
+    PinEntry* const pin = token.acceptedPin();
+    if (!pin || !m_module.isApart()) {
+        return;
+    }
+    const CK_RV result =
+        m_session.login(pin->isSecurityOfficer() ? CKU_SO : CKU_USER, *pin->get(token.row()));
+    // p11-kit's proxy passes the login of the library on to the same module.
+    if (result != CKR_USER_ALREADY_LOGGED_IN) {
+        require(result);
+    }
 }
 
 CK_SLOT_ID DirectSession::findSlot(const TokenSession& token) const {

@@ -28,9 +28,11 @@ public:
 
 private:
     CK_SLOT_ID findSlot(const TokenSession& token) const;
+    /// Logs in where the login of the library is not valid.
+    void repeatLogin(const TokenSession& token);
 
     std::string m_asked;
-    Cryptoki m_module;
+    const Cryptoki& m_module;
     CK_SLOT_ID m_slot;
     CryptokiSession m_session;
 };

@@ -117,7 +117,16 @@ LoadedModule::LoadedModule(const ModuleOptions& options) {
 }
 
 LoadedModule::~LoadedModule() {
+    m_calls.reset();
     m_provider->Unload();
+}
+
+const Cryptoki& LoadedModule::calls() const {
+    if (!m_calls) {
+        m_calls = std::make_unique<Cryptoki>(m_path);
+        m_calls->startApart();
+    }
+    return *m_calls;
 }
 
 }  // namespace zr::host

@@ -4,9 +4,11 @@
 #include <zrkey/zrkey.hpp>
 
 #include <filesystem>
+#include <memory>
 #include <string>
 
 #include "host/system/interruption.h"
+#include "host/token/cryptoki.h"
 #include "host/token/token_options.h"
 
 namespace zr::host {
@@ -36,12 +38,15 @@ public:
     const std::string& path() const { return m_path; }
     /// The module itself, also when a spy is loaded in its place.
     const std::string& file() const { return m_file; }
+    /// For direct calls; valid as long as this object.
+    const Cryptoki& calls() const;
 
 private:
     InterruptionGuard m_interruptions;  ///< destroyed last
     std::string m_path;
     std::string m_file;
     zrkey::ComRef<ITokenProvider> m_provider;
+    mutable std::unique_ptr<Cryptoki> m_calls;  ///< made when they are first needed
 };
 
 }  // namespace zr::host

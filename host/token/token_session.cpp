@@ -251,6 +251,7 @@ bool TokenSession::login(PinEntry& pin) const {
         throw refusedLogin(readPinState(m_module, m_row, pin.isSecurityOfficer()),
                            askedLogin(m_row, pin), result);
     }
+    m_acceptedPin = &pin;
     stopIfInterrupted();
     return true;
 }

@@ -84,12 +84,16 @@ public:
     /// What the token says.
     PinLengths pinLengths() const;
     /// Logs in, with one attempt. Throws a Failure when the token refuses the PIN.
+    /// @param pin  borrowed; it must outlive this object.
     /// @return false, without a login, when there is no PIN.
     bool login(PinEntry& pin) const;
+    /// The PIN of the login; null when there was none.
+    PinEntry* acceptedPin() const { return m_acceptedPin; }
 
 private:
     LoadedModule m_module;
     TokenRow m_row;
+    mutable PinEntry* m_acceptedPin = nullptr;
 };
 
 }  // namespace zr::host

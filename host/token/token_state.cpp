@@ -97,7 +97,7 @@ TokenState readTokenState(const Cryptoki& calls, const TokenRow& row) {
 
 PinState readPinState(const LoadedModule& module, const TokenRow& row, bool securityOfficer,
                       PinLengths* lengths) {
-    const TokenState state = readTokenState(Cryptoki(module.path()), row);
+    const TokenState state = readTokenState(module.calls(), row);
     if (state.result != CKR_OK) {
         return isTokenGone(state.result) ? PinState::kTokenRemoved : PinState::kUnknown;
     }
@@ -112,7 +112,7 @@ PinState pinStateOf(CK_FLAGS flags, bool securityOfficer) {
 }
 
 Cause whyNoToken(const LoadedModule& module) {
-    const Cryptoki calls(module.path());
+    const Cryptoki& calls = module.calls();
     const auto readers = calls.slots(false);
     const auto slots = calls.slots(true);
     if (slots && slots->empty() && readers && readers->empty()) {

@@ -3,9 +3,9 @@ tests/README.md."""
 import re
 from dataclasses import dataclass, field
 
-COMMENT = re.compile(r"<!-- (not run|typed): (.*) -->")
+COMMENT = re.compile(r"<!-- (not run|typed|second terminal): (.*) -->")
 MESSAGE = re.compile(r"### `(.*)`")
-FILE_NAME = re.compile(r"`([\w./-]+\.(?:js|xml|txt|conf))`[^`]*:$")
+FILE_NAME = re.compile(r"`([\w./-]+\.(?:cpp|c|js|xml|txt|conf|module))`[^`]*:$")
 EXIT_CODE = re.compile(r"\(exit code (\d+)\)")
 
 
@@ -38,16 +38,22 @@ class Block:
     @property
     def file_name(self):
         match = FILE_NAME.search(self.before)
-        return match[1] if match and not self.is_shell else None
+        return match[1] if match and not self.is_shell and not self.is_windows else None
 
     @property
     def is_shell(self):
         return self.lines[0].startswith("$ ")
 
+    @property
+    def is_windows(self):
+        """Whether the lines are typed at the command prompt of Windows."""
+        return self.lines[0].startswith("> ")
+
     def commands(self):
         found = []
+        prompt = self.lines[0][:2]
         for number, text in enumerate(self.lines, self.line):
-            if text.startswith("$ "):
+            if text.startswith(prompt):
                 found.append(Command(number, text[2:]))
             elif text.startswith("> ") and not found[-1].shown:
                 found[-1].text += "\n" + text[2:]
