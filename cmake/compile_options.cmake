@@ -7,6 +7,11 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(zr_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
 
+# The same files whatever folder they are built in: what is released says where the sources were
+# relative to their root. Of two that fit, the compiler takes the last one.
+add_compile_options($<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
+                    $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
+
 if(ZRKEY_SANITIZE)
   # -fsanitize=vptr takes the adapters, which are entered through the component part and adjusted
   # back to the object, for calls on an object of another type.

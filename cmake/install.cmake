@@ -3,6 +3,12 @@
 #   development  headers, import libraries, a CMake package (zrkey::zrkey), a pkg-config file;
 #   command      the zrkey command with its shell completion and manual page.
 include(CMakePackageConfigHelpers)
+set(zsh_folder zsh/site-functions)
+set(developer_documents ${CMAKE_INSTALL_DOCDIR})
+if(ZRKEY_PACKAGE STREQUAL "debian")  # which has places of its own
+  set(zsh_folder zsh/vendor-completions)
+  set(developer_documents ${CMAKE_INSTALL_DATADIR}/doc/libzrkey-dev)
+endif()
 
 install(DIRECTORY include/zrkey ${ZRKEY_AUTOMATION_INCLUDE}/zrkey
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
@@ -22,7 +28,7 @@ if(ZRKEY_SHELL_FILES)
   install(FILES ${ZRKEY_SHELL_FILES}/zrkey COMPONENT command
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
   install(FILES ${ZRKEY_SHELL_FILES}/_zrkey COMPONENT command
-          DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/${zsh_folder})
   install(FILES ${ZRKEY_SHELL_FILES}/zrkey.fish COMPONENT command
           DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
   install(FILES ${ZRKEY_SHELL_FILES}/zrkey.1 COMPONENT command
@@ -57,3 +63,20 @@ cmake_path(APPEND ZRKEY_PC_INCLUDEDIR "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR})
 configure_file(cmake/zrkey.pc.in ${PROJECT_BINARY_DIR}/zrkey.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zrkey.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
         COMPONENT development)
+
+if(NOT WIN32)
+  # All but those about work on the library itself; those about the command go with it.
+  file(GLOB documents CONFIGURE_DEPENDS docs/*.md docs/*.svg)
+  list(FILTER documents EXCLUDE REGEX
+    "/(architecture|building|coverage|decisions|releasing|rooms)\\.(md|svg)$")
+  set(of_command ${documents})
+  list(FILTER of_command INCLUDE REGEX
+    "/(command-reference|comparison|packages|script-reference|security|start-script|start-terminal|tokens|troubleshooting)\\.md$")
+  list(REMOVE_ITEM documents ${of_command})
+  install(FILES ${documents} DESTINATION ${developer_documents} COMPONENT development)
+  install(DIRECTORY examples DESTINATION ${developer_documents} COMPONENT development)
+  install(FILES ${of_command} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT command)
+  if(NOT ZRKEY_PACKAGE STREQUAL "debian")  # whose packages have a changelog each
+    install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT command)
+  endif()
+endif()
