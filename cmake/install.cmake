@@ -74,7 +74,7 @@ if(NOT WIN32)
     "/(architecture|building|coverage|decisions|releasing|rooms)\\.(md|svg)$")
   set(of_command ${documents})
   list(FILTER of_command INCLUDE REGEX
-    "/(command-reference|comparison|script-reference|start-script|start-terminal|troubleshooting)\\.md$")
+    "/(command-reference|comparison|packages|script-reference|security|start-script|start-terminal|tokens|troubleshooting)\\.md$")
   list(REMOVE_ITEM documents ${of_command})
   install(FILES ${documents} DESTINATION ${developer_documents} COMPONENT development)
   install(DIRECTORY examples DESTINATION ${developer_documents} COMPONENT development)
