@@ -55,4 +55,6 @@ endif()
 if(WIN32)
   # No DLL outside Windows is needed: libstdc++, libgcc and winpthread are linked in.
   target_link_options(zr_options INTERFACE -static)
+  # Nor does the time of the build get into a file.
+  add_link_options(LINKER:--no-insert-timestamp)
 endif()

@@ -21,6 +21,9 @@ install(TARGETS ${libraries} EXPORT zrkeyTargets
         RUNTIME COMPONENT library
         LIBRARY COMPONENT library NAMELINK_COMPONENT development
         ARCHIVE COMPONENT development)
+if(ZRKEY_IMPORT_LIBRARY)
+  install(FILES ${ZRKEY_IMPORT_LIBRARY} DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+endif()
 if(TARGET zrkey_host)
   install(TARGETS zrkey_host COMPONENT command)
 endif()

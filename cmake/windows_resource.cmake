@@ -1,0 +1,32 @@
+# zr_add_windows_resource(NAME TARGET DESCRIPTION text KIND APP|DLL [MANIFEST file])
+#
+# An object library NAME that adds to the file of TARGET its version resource, with the project's
+# version, and a manifest. It stands alone, because the resource compiler knows no compiler's options.
+enable_language(RC)
+
+function(zr_add_windows_resource name target)
+  cmake_parse_arguments(arg "" "DESCRIPTION;KIND;MANIFEST" "" ${ARGN})
+  set(folder ${CMAKE_CURRENT_BINARY_DIR}/${name})
+  set(ZR_FILE_DESCRIPTION ${arg_DESCRIPTION})
+  set(ZR_FILE_KIND ${arg_KIND})
+  if(arg_KIND STREQUAL "APP")
+    set(ZR_FILE_NAME zrkey.exe)
+  else()
+    set(ZR_FILE_NAME zrkey.dll)
+  endif()
+  set(ZR_FILE_VERSION ${PROJECT_VERSION}.0)
+  string(REPLACE . , ZR_FILE_VERSION_NUMBERS ${ZR_FILE_VERSION})
+  set(ZR_MANIFEST_LINE)
+  if(arg_MANIFEST)
+    configure_file(${arg_MANIFEST} ${folder}/zrkey.manifest @ONLY)
+    # Resource 1 of type 24 (RT_MANIFEST).
+    set(ZR_MANIFEST_LINE "1 24 \"zrkey.manifest\"")
+  endif()
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/windows_resource.rc.in ${folder}/zrkey.rc @ONLY)
+  add_library(${name} OBJECT ${folder}/zrkey.rc)
+  set_target_properties(${name} PROPERTIES COMPILE_OPTIONS "" COMPILE_DEFINITIONS "")
+  if(arg_MANIFEST)
+    set_property(SOURCE ${folder}/zrkey.rc PROPERTY OBJECT_DEPENDS ${folder}/zrkey.manifest)
+  endif()
+  target_sources(${target} PRIVATE $<TARGET_OBJECTS:${name}>)
+endfunction()
