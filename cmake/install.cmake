@@ -4,10 +4,8 @@
 #   command      the zrkey command with its shell completion and manual page.
 include(CMakePackageConfigHelpers)
 set(zsh_folder zsh/site-functions)
-set(developer_documents ${CMAKE_INSTALL_DOCDIR})
 if(ZRKEY_PACKAGE STREQUAL "debian")  # which has places of its own
   set(zsh_folder zsh/vendor-completions)
-  set(developer_documents ${CMAKE_INSTALL_DATADIR}/doc/libzrkey-dev)
 endif()
 
 install(DIRECTORY include/zrkey ${ZRKEY_AUTOMATION_INCLUDE}/zrkey
@@ -68,18 +66,5 @@ install(FILES ${PROJECT_BINARY_DIR}/zrkey.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}
         COMPONENT development)
 
 if(NOT WIN32)
-  # All but those about work on the library itself; those about the command go with it.
-  file(GLOB documents CONFIGURE_DEPENDS docs/*.md docs/*.svg)
-  list(FILTER documents EXCLUDE REGEX
-    "/(architecture|building|coverage|decisions|releasing|rooms)\\.(md|svg)$")
-  set(of_command ${documents})
-  list(FILTER of_command INCLUDE REGEX
-    "/(command-reference|comparison|packages|script-reference|security|start-script|start-terminal|tokens|troubleshooting)\\.md$")
-  list(REMOVE_ITEM documents ${of_command})
-  install(FILES ${documents} DESTINATION ${developer_documents} COMPONENT development)
-  install(DIRECTORY examples DESTINATION ${developer_documents} COMPONENT development)
-  install(FILES ${of_command} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT command)
-  if(NOT ZRKEY_PACKAGE STREQUAL "debian")  # whose packages have a changelog each
-    install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT command)
-  endif()
+  include(packaging/linux/documents.cmake)
 endif()

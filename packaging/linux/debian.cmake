@@ -51,14 +51,10 @@ file(WRITE ${files}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${files}/shlibs ${files}/triggers)
 
 # copyright, which for the command ends with those of the sources that are compiled into it.
-file(READ ${CMAKE_CURRENT_LIST_DIR}/copyright own_copyright)
-file(WRITE ${files}/copyright "${own_copyright}")
-set(parts "${own_copyright}")
-foreach(package duktape-dev libcli11-dev nlohmann-json3-dev libutfcpp-dev libp11-kit-dev)
-  file(READ /usr/share/doc/${package}/copyright part)
-  string(APPEND parts "\n----\nThe command contains code of ${package}:\n\n${part}")
-endforeach()
-file(WRITE ${files}/command/copyright "${parts}")
+configure_file(${CMAKE_CURRENT_LIST_DIR}/copyright ${files}/copyright COPYONLY)
+file(MAKE_DIRECTORY ${files}/command)
+execute_process(COMMAND ${PROJECT_SOURCE_DIR}/packaging/copyright linux
+                OUTPUT_FILE ${files}/command/copyright COMMAND_ERROR_IS_FATAL ANY)
 
 execute_process(
   COMMAND ${CMAKE_CURRENT_LIST_DIR}/changelog ${PROJECT_SOURCE_DIR}/CHANGELOG.md
