@@ -9,7 +9,8 @@ if(ZRKEY_PACKAGE STREQUAL "debian")  # which has places of its own
 endif()
 
 install(DIRECTORY include/zrkey ${ZRKEY_AUTOMATION_INCLUDE}/zrkey
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
+        FILES_MATCHING PATTERN *.h PATTERN *.hpp)
 
 set(libraries zrkey)
 if(TARGET zrautomation)
@@ -53,8 +54,11 @@ else()
 endif()
 # Found from the place of the .pc file, so that the installed tree can be moved. A packager's folders
 # given by their full path are kept.
+# In the system's own folders pkg-config must recognise them, to leave them out.
 set(ZRKEY_PC_PREFIX ${CMAKE_INSTALL_PREFIX})
-if(NOT IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+if(ZRKEY_PACKAGE STREQUAL "debian")
+  set(ZRKEY_PC_PREFIX /usr)
+elseif(NOT IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
   file(RELATIVE_PATH up /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
   cmake_path(APPEND up_to_prefix "\${pcfiledir}" ${up})
   string(REGEX REPLACE "/$" "" ZRKEY_PC_PREFIX ${up_to_prefix})

@@ -65,6 +65,7 @@ void tour(const char* module) {
     if (!std::getline(std::cin, pin) || pin.empty()) {
         throw std::runtime_error("no PIN on standard input");
     }
+    pin.erase(pin.find_last_not_of('\r') + 1);  // the line may end in CR LF
     // The PIN first, then its kind: 0 is the user's.
     call(*token.get(), "VerifyPIN", text(pin), Variant::fromNumber(0));
     std::puts("logged in");

@@ -97,7 +97,7 @@ int main(int argc, char** argv) {
     IKeyCertificate* certificate = openCertificate(token);
     char pin[200] = "";
     fputs("user PIN: ", stderr);
-    require(scanf("%199[^\n]", pin) == 1, "no PIN on standard input");
+    require(scanf("%199[^\r\n]", pin) == 1, "no PIN on standard input");
     text = newText(pin);
     CALL(token, VerifyPIN, text, 0); /* 0: the user's PIN */
     SysFreeString(text);

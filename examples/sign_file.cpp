@@ -50,6 +50,7 @@ void logIn(IKeyObject& token) {
     if (!std::getline(std::cin, pin) || pin.empty()) {
         throw std::runtime_error("no PIN on standard input");
     }
+    pin.erase(pin.find_last_not_of('\r') + 1);                       // the line may end in CR LF
     check("VerifyPIN", token.VerifyPIN(zrkey::Text(pin).get(), 0));  // 0: the user's PIN
 }
 

@@ -89,14 +89,14 @@ int main(int argc, char** argv) {
     SysFreeString(text);
     object = nullptr;
     check("OpenKey (is there a token?)", provider->OpenKey(0, &object));
-    require(object != nullptr,
-            "no token any more");  // S_OK alone does not mean that one was opened
+    require(object != nullptr, "no token any more");  // S_OK alone does not mean that there is one
     IKeyObject* const token = static_cast<IKeyObject*>(object);
     IKeyCertificate* const certificate = openCertificate(token);
 
     std::string pin;
     std::fputs("user PIN: ", stderr);
     require(std::getline(std::cin, pin) && !pin.empty(), "no PIN on standard input");
+    pin.erase(pin.find_last_not_of('\r') + 1);  // the line may end in CR LF
     text = newText(pin);
     check("VerifyPIN", token->VerifyPIN(text, 0));  // 0: the user's PIN
     SysFreeString(text);

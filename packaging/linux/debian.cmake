@@ -67,10 +67,6 @@ function(zr_install_debian_files component package copyright)
           DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component})
   # Overrides of lintian, with their reasons.
   file(READ ${CMAKE_CURRENT_LIST_DIR}/lintian-overrides overrides)
-  if(component STREQUAL "library")
-    file(READ ${CMAKE_CURRENT_LIST_DIR}/lintian-overrides-library more)
-    string(APPEND overrides "${more}")
-  endif()
   string(REPLACE "PACKAGE" ${package} overrides "${overrides}")
   file(WRITE ${files}/overrides/${package} "${overrides}")
   install(FILES ${files}/overrides/${package} COMPONENT ${component}
@@ -82,7 +78,8 @@ zr_install_debian_files(command zrkey ${files}/command/copyright)
 
 # In the system's folders the loader finds the libraries without a path in the files.
 set(installed "\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}")
-install(CODE "file(GLOB libraries ${installed}/${CMAKE_INSTALL_LIBDIR}/*.so.*.*)
+install(CODE "file(GLOB libraries ${installed}/${CMAKE_INSTALL_LIBDIR}/libzrkey.so.*.*
+                                  ${installed}/${CMAKE_INSTALL_LIBDIR}/libzrautomation.so.*.*)
   foreach(library IN LISTS libraries)
     file(RPATH_REMOVE FILE \"\${library}\")
   endforeach()" COMPONENT library)

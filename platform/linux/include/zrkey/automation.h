@@ -21,7 +21,9 @@
 
 #define STDMETHODCALLTYPE
 #define STDAPICALLTYPE
-#define OLESTR(text) u##text
+#if defined(__cplusplus) || __STDC_VERSION__ >= 201112L
+#define OLESTR(text) u##text /* C99 has no such texts: see SysAllocStringLen */
+#endif
 
 /// For the constants below, which both languages read.
 #ifdef __cplusplus
@@ -64,8 +66,11 @@ typedef int16_t VARIANT_BOOL;
 typedef uint16_t VARTYPE;
 
 // Other libraries have macros of these names, before or after this header.
-#if !defined(TRUE) && !defined(FALSE)
-enum { TRUE = 1, FALSE = 0 };
+#ifndef TRUE
+enum { TRUE = 1 };
+#endif
+#ifndef FALSE
+enum { FALSE = 0 };
 #endif
 
 #define VARIANT_TRUE ZRAUTOMATION_CAST(VARIANT_BOOL, -1)
