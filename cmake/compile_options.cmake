@@ -42,6 +42,9 @@ if(NOT ZRKEY_SANITIZE AND NOT ZRKEY_SANITIZE_THREADS)
   add_compile_options($<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
 endif()
 if(WIN32)
+  # g++ for Windows takes the body that it compiles of an inline function for the one that the linker
+  # chooses, and relies on the registers that it leaves alone. Another file's body may use them.
+  add_compile_options(-fno-ipa-ra)
   add_link_options(LINKER:--dynamicbase,--high-entropy-va,--nxcompat
                    -fstack-protector-strong)  # with the library that reports an overrun
 else()
