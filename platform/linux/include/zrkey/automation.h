@@ -66,10 +66,11 @@ typedef int16_t VARIANT_BOOL;
 typedef uint16_t VARTYPE;
 
 // Other libraries have macros of these names, before or after this header.
-#ifndef TRUE
+#if !defined(TRUE) && !defined(FALSE)
+enum { TRUE = 1, FALSE = 0 };
+#elif !defined(TRUE)
 enum { TRUE = 1 };
-#endif
-#ifndef FALSE
+#elif !defined(FALSE)
 enum { FALSE = 0 };
 #endif
 
