@@ -7,8 +7,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(zr_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
 
-# The same files whatever folder they are built in: what is released says where the sources were
-# relative to their root. Of two that fit, the compiler takes the last one.
+# A release is the same in whatever folder it is built: paths of sources in it are relative to the root.
+# When two of these match a path, the compiler uses the last one.
 add_compile_options($<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
                     $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
 
@@ -42,8 +42,9 @@ if(NOT ZRKEY_SANITIZE AND NOT ZRKEY_SANITIZE_THREADS)
   add_compile_options($<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
 endif()
 if(WIN32)
-  # g++ for Windows takes the body that it compiles of an inline function for the one that the linker
-  # chooses, and relies on the registers that it leaves alone. Another file's body may use them.
+  # With -fipa-ra a caller keeps values in registers that the inline function it calls does not change.
+  # g++ for Windows looks at the copy of the function in the same file, but the linker may choose the
+  # copy of another file, compiled with other options, which changes them.
   add_compile_options(-fno-ipa-ra)
   add_link_options(LINKER:--dynamicbase,--high-entropy-va,--nxcompat
                    -fstack-protector-strong)  # with the library that reports an overrun
@@ -58,6 +59,6 @@ endif()
 if(WIN32)
   # No DLL outside Windows is needed: libstdc++, libgcc and winpthread are linked in.
   target_link_options(zr_options INTERFACE -static)
-  # Nor does the time of the build get into a file.
+  # The files do not contain the time of the build.
   add_link_options(LINKER:--no-insert-timestamp)
 endif()

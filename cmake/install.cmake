@@ -4,7 +4,7 @@
 #   command      the zrkey command with its shell completion and manual page.
 include(CMakePackageConfigHelpers)
 set(zsh_folder zsh/site-functions)
-if(ZRKEY_PACKAGE STREQUAL "debian")  # which has places of its own
+if(ZRKEY_PACKAGE STREQUAL "debian")  # Debian has a folder of its own for packages
   set(zsh_folder zsh/vendor-completions)
 endif()
 
@@ -54,9 +54,9 @@ else()
 endif()
 # Found from the place of the .pc file, so that the installed tree can be moved. A packager's folders
 # given by their full path are kept.
-# In the system's own folders pkg-config must recognise them, to leave them out.
 set(ZRKEY_PC_PREFIX ${CMAKE_INSTALL_PREFIX})
 if(ZRKEY_PACKAGE STREQUAL "debian")
+  # pkg-config leaves the system's folders out, but only when they are written like this.
   set(ZRKEY_PC_PREFIX /usr)
 elseif(NOT IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
   file(RELATIVE_PATH up /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)

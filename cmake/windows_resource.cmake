@@ -1,7 +1,8 @@
 # zr_add_windows_resource(NAME TARGET DESCRIPTION text KIND APP|DLL [MANIFEST file])
 #
 # An object library NAME that adds to the file of TARGET its version resource, with the project's
-# version, and a manifest. It stands alone, because the resource compiler knows no compiler's options.
+# version, and a manifest. It is a target of its own, because the resource compiler does not take the
+# options of the C++ compiler.
 enable_language(RC)
 
 function(zr_add_windows_resource name target)

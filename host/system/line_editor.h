@@ -23,8 +23,8 @@ struct LineCompletion {
 /// The history is in memory only, and ends with the editor.
 class LineEditor {
 public:
-    /// @return null when standard input or standard error is not a terminal, or this target has no editor.
-    ///         To be called before standard error is redirected.
+    /// @return null when standard input or standard error is not a terminal, or this target has no
+    ///         editor. To be called before standard error is redirected.
     static std::unique_ptr<LineEditor> make();
     virtual ~LineEditor() = default;
 

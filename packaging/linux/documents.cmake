@@ -1,5 +1,5 @@
-# Documents and examples: all of them for developers, and for the command those about it, where it is a
-# package of its own. The links in them are made for the place where they are installed.
+# Documents and examples. Developers get all of them; the command, where it is a package of its own,
+# gets those about it. Links are changed to fit the place where the documents are installed.
 find_program(ZRKEY_PYTHON python3)
 # zr_install_documents(COMPONENT FOLDER ARGUMENT...): the ARGUMENTs are those of packaging/documents.
 function(zr_install_documents component folder)
