@@ -36,7 +36,7 @@ zr_debian_package(COMMAND zrkey utils
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library_package} ${same_version}")
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SHLIBDEPS ON)
-# As for every program that is built with the library: this version or a newer one.
+# Like every program that is built with the library, the command needs this version or a newer one.
 set(CPACK_DEBIAN_COMMAND_PACKAGE_DEPENDS "${library_package} (>= ${PROJECT_VERSION})")
 # opensc-pkcs11 is a module for many cards, and contains the spy that "zrkey trace" needs.
 set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS "opensc-pkcs11")
@@ -50,7 +50,7 @@ libzrautomation ${ZRKEY_ABI} ${library_package} (>= ${PROJECT_VERSION})
 file(WRITE ${files}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${files}/shlibs ${files}/triggers)
 
-# copyright, which for the command ends with those of the sources that are compiled into it.
+# The copyright file. That of the command ends with those of the sources that are compiled into it.
 configure_file(${CMAKE_CURRENT_LIST_DIR}/copyright ${files}/copyright COPYONLY)
 file(MAKE_DIRECTORY ${files}/command)
 execute_process(COMMAND ${PROJECT_SOURCE_DIR}/packaging/copyright linux

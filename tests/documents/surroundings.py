@@ -47,7 +47,7 @@ class Surroundings:
             **kept, "PATH": f"{programs}:/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin",
             "HOME": str(self.home), "USER": "me", "LANG": "C.UTF-8", "TERM": "dumb",
             "ZRKEY_MODULE": self.module,
-            # Readers of this machine are not looked for.
+            # No reader of this machine is used.
             "PCSCLITE_CSOCK_NAME": str(folder / "missing")}
         self._shown_instead = [(str(self.home), "/home/me"), (str(ROOT), "/home/me/zrkey"),
                                (self.module, "/usr/lib/softhsm/libsofthsm2.so"),
