@@ -13,6 +13,9 @@ namespace {
 /// The two command processors handle quotes and exit codes differently.
 constexpr bool kDosShell = fs::path::preferred_separator != '/';
 
+/// How often the command processor is started until it runs.
+constexpr int kMostStarts = 3;
+
 std::string inQuotes(const std::string& word) {
     return '"' + word + '"';
 }
@@ -55,8 +58,15 @@ CommandResult ChildCommandTest::shell(std::string line) {
     if (kDosShell) {
         line = inQuotes(line);
     }
+    fs::remove("output.txt");
+    fs::remove("errors.txt");
     CommandResult result;
-    result.exitCode = exitCodeOf(std::system(line.c_str()));
+    int starts = 0;
+    do {
+        result.exitCode = exitCodeOf(std::system(line.c_str()));
+        // Wine on a busy machine does not always start the command processor, which makes this file
+        // before it runs the command.
+    } while (!fs::exists("output.txt") && ++starts < kMostStarts);
     result.output = readFile("output.txt");
     result.errors = readFile("errors.txt");
     return result;
