@@ -5,6 +5,7 @@
 #include "host/output/encoding.h"
 #include "host/output/printable.h"
 #include "host/token/certificates.h"
+#include "host/token/token_session.h"
 
 namespace zr::host {
 namespace {
@@ -72,7 +73,7 @@ Report listAll(const CertListOptions& options) {
     const TokenSession session(options);
     session.login(pin);
     DirectSession direct(session, "list the certificates", CryptokiSession::Access::kReadOnly);
-    const CertificateTable table = readCertificates(session, direct);
+    const CertificateTable table = readCertificates(session.token(), direct);
     Report report;
     std::vector<Record> rows;
     for (const TokenCertificate& row : table.rows) {

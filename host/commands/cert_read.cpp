@@ -3,6 +3,7 @@
 #include "host/commands/command_frame.h"
 #include "host/commands/key_command.h"
 #include "host/token/certificates.h"
+#include "host/token/token_session.h"
 
 namespace zr::host {
 namespace {
@@ -21,7 +22,7 @@ Report readCertificate(const CertReadOptions& options) {
     session.login(pin);
     DirectSession direct(session, "list the certificates", CryptokiSession::Access::kReadOnly);
     const TokenCertificate chosen =
-        chooseCertificate(readCertificates(session, direct), options.certificate);
+        chooseCertificate(readCertificates(session.token(), direct), options.certificate);
     Report report = byteReport("certificate", chosen.der, output, "CERTIFICATE");
     if (options.isText) {
         const std::optional<std::string> text = certificateText(chosen.der);

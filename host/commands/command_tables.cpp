@@ -7,6 +7,8 @@
 
 #include "host/commands/examples.h"
 #include "host/commands/usage.h"
+#include "host/objects/idl.h"
+#include "host/objects/reference.h"
 #include "host/token/signing.h"
 
 namespace zr::host {
@@ -110,6 +112,12 @@ std::string generate(const CLI::App& app, const std::string& kind) {
                                                            {"zsh", zshCompletion},
                                                            {"fish", fishCompletion},
                                                            {"man", manualPage}};
+    if (kind == "objects") {
+        return objectReference();
+    }
+    if (kind == "idl") {
+        return automationIdl();
+    }
     for (const auto& [name, write] : kWriters) {
         if (kind == name) {
             return write(commandTable(app));

@@ -43,7 +43,8 @@ std::string wordsOfValue(const std::string& value);
 bool isFileValue(const std::string& value);
 
 /// @return what the hidden option --generate writes; empty for an unknown kind.
-/// @param kind  "bash", "zsh", "fish" or "man".
+/// @param kind  "bash", "zsh", "fish", "man"; "objects": the reference of the object model; "idl": its
+///              interfaces for Automation.
 std::string generate(const CLI::App& app, const std::string& kind);
 
 std::string bashCompletion(const std::vector<CommandRow>& table);

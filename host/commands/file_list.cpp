@@ -1,6 +1,7 @@
 // zrkey file list: the files of a token.
 #include "host/commands/command_frame.h"
 #include "host/token/token_files.h"
+#include "host/token/token_session.h"
 
 namespace zr::host {
 namespace {

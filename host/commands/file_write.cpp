@@ -3,6 +3,7 @@
 #include "host/commands/file_command.h"
 #include "host/commands/key_command.h"
 #include "host/token/token_files.h"
+#include "host/token/token_session.h"
 
 namespace zr::host {
 namespace {

@@ -24,7 +24,7 @@ Report list(const ListOptions& options) {
                          printable(row.model) + '\n';
     }
     if (table.rows.empty()) {
-        const Cause cause = whyNoToken(module);
+        const Cause cause = whyNoToken(module.calls());
         report.note = "zrkey: no token to list: " + cause.text + "; " + cause.advice + '\n';
     }
     report.fields = {{"slots", static_cast<std::uint64_t>(table.slots)}, {"tokens", tokens}};

@@ -3,6 +3,7 @@
 #include "host/output/printable.h"
 #include "host/system/terminal.h"
 #include "host/token/direct_session.h"
+#include "host/token/token_session.h"
 
 namespace zr::host {
 namespace {

@@ -29,6 +29,8 @@ CLI::Validator isInRange(Number first, Number last, const std::string& needed) {
 void addScriptOptions(CLI::App& command, ScriptOptions& options, const char* timed) {
     command.add_flag("-v,--verbose", options.verbose,
                      "Shows the library's diagnostics on standard error");
+    command.add_flag("--late-bound", options.isLateBound,
+                     "Calls the library's objects by GetIDsOfNames and Invoke");
     addModuleOptions(command, options.module);
     command
         .add_option("--time-limit", options.seconds,
@@ -73,6 +75,7 @@ void prepareScript(const ScriptOptions& options, Script& script) {
     if (options.pin && !options.pin->isPrompt()) {
         script.pin = readPin(*options.pin, "");
     }
+    script.isLateBound = options.isLateBound;
     const ModuleOptions& module = options.module;
     script.moduleOptions = module;
     // Who names a module or a configuration learns at once that it is wrong.

@@ -11,13 +11,14 @@ namespace zr::host {
 
 struct ScriptOptions {
     bool verbose = false;
+    bool isLateBound = false;
     double seconds = 0;
     unsigned int mebibytes = 0;
     std::optional<PinSource> pin;
     ModuleOptions module;
 };
 
-/// --module, --config, --workdir, --pin, --time-limit, --memory-limit and -v.
+/// --module, --config, --workdir, --pin, --time-limit, --memory-limit, --late-bound and -v.
 /// @param timed  what ends after --time-limit.
 void addScriptOptions(CLI::App& command, ScriptOptions& options, const char* timed);
 /// What the option table cannot check. Throws the parser's error.

@@ -7,6 +7,7 @@
 #include "host/output/printable.h"
 #include "host/system/interruption.h"
 #include "host/token/certificates.h"
+#include "host/token/token_session.h"
 
 namespace zr::host {
 namespace {
@@ -55,22 +56,6 @@ Signature signDirectly(DirectSession& direct, const TokenCertificate& certificat
     return {std::move(bytes), signer.hash()};
 }
 
-/// The signature in DER for ECDSA, as it is for RSA.
-std::string toStandardForm(const Signature& signature, SignatureAlgorithm algorithm,
-                           const std::string& asked) {
-    if (!isEcdsa(algorithm)) {
-        return signature.bytes;
-    }
-    const std::optional<std::string> der = ecdsaToDer(signature.bytes);
-    if (!der) {
-        throw commandFailure(kExitFailure, asked,
-                             "the token returned " + std::to_string(signature.bytes.size()) +
-                                 " bytes, which are not r and s",
-                             "the module is faulty; look for a newer one");
-    }
-    return *der;
-}
-
 Report sign(const SignOptions& options) {
     checkStreams(options.pin, {options.input});
     const SignatureAlgorithm algorithm = algorithmOf(options);
@@ -81,7 +66,7 @@ Report sign(const SignOptions& options) {
     const bool isLoggedIn = session.login(pin);
     DirectSession direct(session, "list the certificates", CryptokiSession::Access::kReadOnly);
     const TokenCertificate certificate =
-        chooseCertificate(readCertificates(session, direct), options.certificate);
+        chooseCertificate(readCertificates(session.token(), direct), options.certificate);
     const std::string asked = "sign with the key of " + shownName(certificate);
     direct.setAsked(asked);
     requireKeyType(certificate, algorithm, asked);
@@ -91,7 +76,7 @@ Report sign(const SignOptions& options) {
             ? signByLibrary(session, direct, certificate, data)
             : signDirectly(direct, certificate, algorithm,
                            isLoggedIn ? pin.get(session.row()) : nullptr, data);
-    const std::string standard = toStandardForm(signature, algorithm, asked);
+    const std::string standard = toStandardForm(signature.bytes, algorithm, asked);
     requireOwnSignature(certificate, algorithm, signature.hash, standard, asked);
     Report report = byteReport("signature", options.isRaw ? signature.bytes : standard, output,
                                kSignatureLabel);

@@ -2,6 +2,7 @@
 #include "host/commands/byte_arrays.h"
 #include "host/commands/key_command.h"
 #include "host/token/certificates.h"
+#include "host/token/token_session.h"
 
 namespace zr::host {
 namespace {
@@ -74,7 +75,7 @@ Report verify(const VerifyOptions& options) {
     session.login(pin);
     DirectSession direct(session, "list the certificates", CryptokiSession::Access::kReadOnly);
     const TokenCertificate certificate =
-        chooseCertificate(readCertificates(session, direct), options.certificate);
+        chooseCertificate(readCertificates(session.token(), direct), options.certificate);
     const std::string asked = "verify the signature with the key of " + shownName(certificate);
     requireKeyType(certificate, algorithm, asked);
     const OwnAnswer own = isAccepted(certificate, algorithm, data.hash(hashOf(algorithm)),

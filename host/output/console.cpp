@@ -5,6 +5,7 @@
 
 #include "host/output/colour.h"
 #include "host/system/system.h"
+#include "host/system/terminal.h"
 
 namespace zr::host {
 

@@ -7,6 +7,7 @@
 //     stopIfInterrupted();             // unwinds to whoever ends the command
 #pragma once
 
+#include <atomic>
 #include <chrono>
 
 namespace zr::host {
@@ -22,8 +23,10 @@ public:
     InterruptionGuard& operator=(const InterruptionGuard&) = delete;
 };
 
-/// Whether an interruption was noted.
+/// Whether an interruption was noted. Never in a process whose host is not the command.
 bool isInterrupted();
+/// What was noted: the signal, on Windows 1; 0: nothing. For the implementations.
+std::atomic<int>& notedInterruption();
 
 /// Does what the system's call does; on any thread.
 /// @param signal  its number; without a meaning on Windows.

@@ -43,14 +43,10 @@ enum class PathUse { kFolder, kModule };
 /// @param path  absolute, in UTF-8.
 /// @return what comes after "the path"; empty when the library uses what the path names.
 std::string pathProblem(const std::string& path, PathUse use);
-
-/// Keeps the system from looking for the dependencies of modules in the current directory. To be
-/// called once, before the first module is loaded.
-void restrictModuleSearch();
-
-/// Lets the dependencies of a module be found beside it.
-/// @param module  its path in UTF-8, absolute or relative to the current directory.
-void searchBesideModule(const std::string& module);
+/// Another path of the same file or folder that has no such problem, a short name of Windows; the path
+/// itself when it has none, or when there is no other.
+/// @param path  absolute, in UTF-8.
+std::string usablePath(const std::string& path);
 
 /// The lowest address that the stack of the calling thread may reach.
 std::uintptr_t lowestStackAddress();
@@ -90,11 +86,6 @@ std::size_t readSome(int descriptor, char* bytes, std::size_t size, std::error_c
 
 /// The bytes of a file that keeps them; nullopt for pipes, terminals and other devices.
 std::optional<std::uint64_t> fileSize(int descriptor);
-
-bool isTerminal(int descriptor);
-
-/// Whether a descriptor writes to a terminal that can show colours and draw a line again.
-bool isCapableTerminal(int descriptor);
 
 /// A second descriptor of the same file, which writes bytes unchanged; -1 on failure.
 int duplicateDescriptor(int descriptor);

@@ -1,5 +1,5 @@
-// Prompting on the controlling terminal, wherever the standard streams lead; one implementation per
-// target.
+// Terminals, and prompting on the controlling one, wherever the standard streams lead; one
+// implementation per target.
 #pragma once
 
 #include <functional>
@@ -23,5 +23,11 @@ PromptResult promptVisible(const std::string& prompt, const std::function<bool(c
 /// Switches the echo on again that a prompt switched off. For a process that ends while it prompts;
 /// on any thread.
 void restoreTerminal();
+
+/// Whether a descriptor is a terminal.
+bool isTerminal(int descriptor);
+
+/// Whether a descriptor writes to a terminal that can show colours and draw a line again.
+bool isCapableTerminal(int descriptor);
 
 }  // namespace zr::host

@@ -8,6 +8,7 @@
 #include "host/output/encoding.h"
 #include "host/output/failure.h"
 #include "host/output/printable.h"
+#include "host/system/interruption.h"
 #include "host/token/pkcs11_header.h"
 
 namespace zr::host {
@@ -22,9 +23,9 @@ Failure changedMeanwhile(const std::string& asked) {
 }
 
 /// The names of the containers, by the library.
-std::vector<std::string> listNames(const TokenSession& token, const std::string& asked) {
+std::vector<std::string> listNames(IKeyObject& token, const std::string& asked) {
     zrkey::Variant names;
-    const HRESULT result = token->EnumContainer(0, names.receive());
+    const HRESULT result = token.EnumContainer(0, names.receive());
     if (FAILED(result)) {
         throw libraryFailure(kExitFailure, asked, result,
                              "check that the token is still connected");
@@ -119,7 +120,7 @@ std::string idText(const TokenCertificate& certificate) {
     return "id:" + toHex(certificate.id);
 }
 
-CertificateTable readCertificates(const TokenSession& token, DirectSession& direct) {
+CertificateTable readCertificates(IKeyObject& token, DirectSession& direct) {
     const std::vector<std::string> names = listNames(token, direct.asked());
     std::vector<CK_OBJECT_HANDLE> objects;
     direct.require(direct->find(

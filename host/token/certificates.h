@@ -34,7 +34,7 @@ struct CertificateTable {
 
 /// Reads the certificates in one walk. Throws a Failure when the token cannot be read, and when the
 /// library lists others: the content of the token changed meanwhile.
-CertificateTable readCertificates(const TokenSession& token, DirectSession& direct);
+CertificateTable readCertificates(IKeyObject& token, DirectSession& direct);
 
 /// The certificate that matches. Throws a Failure when none does, or several do.
 TokenCertificate chooseCertificate(const CertificateTable& table, const CertificateChoice& choice);

@@ -8,6 +8,7 @@
 
 #include "host/output/failure.h"
 #include "host/output/printable.h"
+#include "host/system/module_search.h"
 #include "host/system/surroundings.h"
 #include "host/system/system.h"
 #include "host/system/utf8_path.h"
@@ -19,6 +20,7 @@
 #include "host/token/module_loading.h"
 #include "host/token/pkcs11_header.h"
 #include "host/token/platform_of.h"
+#include "host/token/prepared_load.h"
 #include "host/token/token_state.h"
 
 namespace fs = std::filesystem;
@@ -207,7 +209,7 @@ void Doctor::checkTokens() {
             worst = worst.value_or(code);
         }
         if (!hasGoodToken && slots.empty()) {
-            fail("tokens", kExitNotFound, whyNoToken(module));
+            fail("tokens", kExitNotFound, whyNoToken(module.calls()));
         } else if (!hasGoodToken) {
             m_diagnosis.exitCode = *worst;
         }

@@ -1,4 +1,4 @@
-// A session of the command's own on the token of a TokenSession, with failures for people.
+// A session beside the library's on one of its tokens, with failures for people.
 #include "host/token/direct_session.h"
 
 #include <utility>
@@ -16,32 +16,29 @@ Failure callFailure(const std::string& asked, const std::string& function, CK_RV
     return commandFailure(exitCode, asked, cause.text, cause.advice);
 }
 
-DirectSession::DirectSession(const TokenSession& token, std::string asked,
+DirectSession::DirectSession(const Cryptoki& module, const TokenRow& token, std::string asked,
                              CryptokiSession::Access access)
     : m_asked(std::move(asked)),
-      m_module(token.module().calls()),
+      m_module(module),
       m_slot(findSlot(token)),
       m_session(m_module, m_slot, access) {
     require(m_session.result());
-    repeatLogin(token);
 }
 
-void DirectSession::repeatLogin(const TokenSession& token) {
-    PinEntry* const pin = token.acceptedPin();
-    if (!pin || !m_module.isApart()) {
+void DirectSession::repeatLogin(const Pin& pin, bool securityOfficer) {
+    if (!m_module.isApart()) {
         return;
     }
-    const CK_RV result =
-        m_session.login(pin->isSecurityOfficer() ? CKU_SO : CKU_USER, *pin->get(token.row()));
+    const CK_RV result = m_session.login(securityOfficer ? CKU_SO : CKU_USER, pin);
     // p11-kit's proxy passes the login of the library on to the same module.
     if (result != CKR_USER_ALREADY_LOGGED_IN) {
         require(result);
     }
 }
 
-CK_SLOT_ID DirectSession::findSlot(const TokenSession& token) const {
+CK_SLOT_ID DirectSession::findSlot(const TokenRow& token) const {
     stopIfInterrupted();
-    const TokenState state = readTokenState(m_module, token.row());
+    const TokenState state = readTokenState(m_module, token);
     if (isTokenGone(state.result)) {
         throw commandFailure(kExitFailure, m_asked, "the token was removed",
                              "connect it and try again");

@@ -1,20 +1,31 @@
-// A session of the command's own on the token of a TokenSession, with failures for people.
+// A session beside the library's on one of its tokens, with failures for people.
 #pragma once
 
 #include <string>
 
+#include "host/output/failure.h"
 #include "host/token/cryptoki_session.h"
-#include "host/token/token_session.h"
+#include "host/token/token_table.h"
 
 namespace zr::host {
+
+class TokenSession;
 
 class DirectSession {
 public:
     /// Opens the session. Throws a Failure when the token is gone, or the module opens none.
+    /// @param module  borrowed; initialised as long as this object lives.
+    /// @param token   its index and texts; it is open in the library.
+    /// @param asked   what is done, for failures: "list the certificates".
+    DirectSession(const Cryptoki& module, const TokenRow& token, std::string asked,
+                  CryptokiSession::Access access);
+    /// The same, with the login of the token.
     /// @param token  borrowed; it must outlive this object.
-    /// @param asked  what is done, for failures: "list the certificates".
     DirectSession(const TokenSession& token, std::string asked, CryptokiSession::Access access);
 
+    /// Logs in where the login of the library is not valid. Throws a Failure.
+    /// @param pin  with which the library has logged in.
+    void repeatLogin(const Pin& pin, bool securityOfficer);
     const Cryptoki& module() const { return m_module; }
     CK_SLOT_ID slot() const { return m_slot; }
     CryptokiSession* operator->() { return &m_session; }
@@ -27,9 +38,7 @@ public:
     void require(CK_RV result) const;
 
 private:
-    CK_SLOT_ID findSlot(const TokenSession& token) const;
-    /// Logs in where the login of the library is not valid.
-    void repeatLogin(const TokenSession& token);
+    CK_SLOT_ID findSlot(const TokenRow& token) const;
 
     std::string m_asked;
     const Cryptoki& m_module;

@@ -109,7 +109,7 @@ Cause whyNotLoaded(const fs::path& module, const Cryptoki& calls) {
     const std::string platform = platformOfFile(module);
     if (!platform.empty() && platform != ownPlatform()) {
         const std::string own(ownPlatform());
-        return {"it is built for " + platform + ", and this command for " + own,
+        return {"it is built for " + platform + ", and this program for " + own,
                 "name the module for " + own + " with --module"};
     }
     return {calls.library().problem(),

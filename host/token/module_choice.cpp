@@ -12,6 +12,7 @@
 #include "host/output/printable.h"
 #include "host/system/byte_io.h"
 #include "host/system/interruption.h"
+#include "host/system/module_search.h"
 #include "host/system/system.h"
 #include "host/system/utf8_path.h"
 #include "host/token/configuration.h"

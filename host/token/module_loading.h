@@ -3,7 +3,6 @@
 
 #include <zrkey/zrkey.hpp>
 
-#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -12,16 +11,6 @@
 #include "host/token/token_options.h"
 
 namespace zr::host {
-
-/// The file of a module: absolute, the links in its folder resolved.
-std::filesystem::path moduleFile(const std::string& path);
-
-/// The path by which the library loads a module. It is relative to the current directory, which the
-/// library puts in front of every path before it resolves "..".
-/// @param module  absolute.
-/// @param folder  the current directory at the time of the call.
-std::filesystem::path loadablePath(const std::filesystem::path& module,
-                                   const std::filesystem::path& folder);
 
 /// A provider with its module. Destruction unloads the module; the tokens must be released before.
 /// Interruptions are noted meanwhile.

@@ -164,6 +164,21 @@ void requireOwnSignature(const TokenCertificate& certificate, SignatureAlgorithm
     }
 }
 
+std::string toStandardForm(const std::string& signature, SignatureAlgorithm algorithm,
+                           const std::string& asked) {
+    if (!isEcdsa(algorithm)) {
+        return signature;
+    }
+    const std::optional<std::string> der = ecdsaToDer(signature);
+    if (!der) {
+        throw commandFailure(kExitFailure, asked,
+                             "the token returned " + std::to_string(signature.size()) +
+                                 " bytes, which are not r and s",
+                             "the module is faulty; look for a newer one");
+    }
+    return *der;
+}
+
 Signer::Signer(DirectSession& direct, const TokenCertificate& certificate,
                SignatureAlgorithm algorithm, const Pin* pin)
     : m_direct(direct), m_algorithm(algorithm), m_pin(pin), m_hash(hashOf(algorithm)) {
@@ -260,6 +275,15 @@ std::string Signer::finish() {
     }
     begin();
     m_direct.require(m_direct->sign(input, signature));
+    return signature;
+}
+
+std::string signWhole(DirectSession& direct, const TokenCertificate& certificate,
+                      SignatureAlgorithm algorithm, std::string_view data) {
+    Signer signer(direct, certificate, algorithm, nullptr);
+    signer.add(data);
+    const std::string signature = toStandardForm(signer.finish(), algorithm, direct.asked());
+    requireOwnSignature(certificate, algorithm, signer.hash(), signature, direct.asked());
     return signature;
 }
 

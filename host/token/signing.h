@@ -39,6 +39,11 @@ void requireOwnSignature(const TokenCertificate& certificate, SignatureAlgorithm
                          std::string_view hash, std::string_view signature,
                          const std::string& asked);
 
+/// The signature in DER for ECDSA, as it is for RSA. Throws a Failure when it is malformed.
+/// @param signature  as the token makes it.
+std::string toStandardForm(const std::string& signature, SignatureAlgorithm algorithm,
+                           const std::string& asked);
+
 /// Whether the private key of a certificate asks for the PIN at each use (CKA_ALWAYS_AUTHENTICATE).
 /// false too when there is no such key.
 bool asksForPinAlways(DirectSession& direct, const TokenCertificate& certificate,
@@ -75,5 +80,10 @@ private:
     Hash m_hash;
     std::string m_hashed;
 };
+
+/// Signs data in memory and checks the signature. Throws a Failure.
+/// @return the signature, in DER for ECDSA.
+std::string signWhole(DirectSession& direct, const TokenCertificate& certificate,
+                      SignatureAlgorithm algorithm, std::string_view data);
 
 }  // namespace zr::host

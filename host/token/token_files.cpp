@@ -180,4 +180,21 @@ WrittenFile writeTokenFile(DirectSession& direct, unsigned number, const std::st
     return WrittenFile::kReplaced;
 }
 
+void deleteTokenFile(DirectSession& direct, unsigned number) {
+    std::vector<CK_OBJECT_HANDLE> objects;
+    direct.require(direct->find(fileAttributes(), objects));
+    for (const CK_OBJECT_HANDLE object : objects) {
+        stopIfInterrupted();
+        AttributeValues values;
+        direct.require(direct->read(object, {CKA_LABEL}, values));
+        // No object has the handle 0: do not let the module guess what to destroy.
+        if (object != 0 && numberOf(values[0].value_or("")) == number) {
+            direct.require(direct->destroy(object));
+            return;
+        }
+    }
+    throw commandFailure(kExitNotFound, direct.asked(), "no file has this number",
+                         "another program may have deleted it");
+}
+
 }  // namespace zr::host

@@ -1,5 +1,5 @@
-// The files of the library as data objects of the token: their list, and new content for one. The
-// object model does neither.
+// The files of the library as data objects of the token: their list, new content for one, and its
+// end. The library does not do the first two, and keeps a token open after the third.
 #pragma once
 
 #include <cstddef>
@@ -34,5 +34,8 @@ enum class WrittenFile {
 /// otherwise.
 /// @param number  by which it is found.
 WrittenFile writeTokenFile(DirectSession& direct, unsigned number, const std::string& content);
+
+/// Deletes the file that the library finds by a number. Throws a Failure.
+void deleteTokenFile(DirectSession& direct, unsigned number);
 
 }  // namespace zr::host

@@ -1,25 +1,18 @@
-// From options to a token: the tokens of a module, the choice of one, the login.
+// From options to a token: the choice of one of a module's, the login.
 #include "host/token/token_session.h"
 
-#include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "host/output/failure.h"
 #include "host/output/printable.h"
 #include "host/system/interruption.h"
 #include "host/system/terminal.h"
+#include "host/token/direct_session.h"
 #include "host/token/token_state.h"
 
 namespace zr::host {
 namespace {
-
-/// More slots than any reader has: a faulty module may report billions.
-constexpr INT kMostSlots = 1 << 16;
-
-std::string readText(IKeyObject& token, HRESULT (STDMETHODCALLTYPE IKeyObject::*getter)(BSTR*)) {
-    zrkey::Text text;
-    return SUCCEEDED((token.*getter)(text.receive())) ? text.utf8() : std::string();
-}
 
 bool isChosen(const TokenRow& row, const TokenChoice& choice) {
     return (!choice.index || *choice.index == row.index) &&
@@ -91,33 +84,6 @@ Failure refusedLogin(PinState state, const std::string& asked, HRESULT result) {
 
 }  // namespace
 
-TokenTable readTokens(ITokenProvider& provider) {
-    TokenTable table;
-    const HRESULT result = provider.GetKeyCount(&table.slots);
-    if (FAILED(result)) {
-        throw libraryFailure(kExitFailure, "count the tokens", result,
-                             "check that the reader is connected");
-    }
-    for (LONG i = 0; i < std::min(table.slots, kMostSlots); ++i) {
-        stopIfInterrupted();
-        TokenRow row;
-        row.index = i;
-        if (FAILED(provider.OpenKey(i, row.token.receive())) || !row.token) {
-            continue;
-        }
-        IKeyObject& token = *row.token.get();
-        row.label = readText(token, &IKeyObject::GetLabel);
-        row.serial = readText(token, &IKeyObject::GetSerialNumber);
-        row.manufacturer = readText(token, &IKeyObject::GetManufacturerID);
-        row.model = readText(token, &IKeyObject::GetModelID);
-        if (!isBlankToken(row.label, row.serial)) {
-            table.rows.push_back(std::move(row));
-        }
-    }
-    stopIfInterrupted();
-    return table;
-}
-
 TokenRow chooseToken(const LoadedModule& module, const TokenChoice& choice) {
     TokenTable table = readTokens(module.provider());
     std::vector<TokenRow> chosen;
@@ -133,7 +99,7 @@ TokenRow chooseToken(const LoadedModule& module, const TokenChoice& choice) {
                              "choose one with --index, --label or --serial");
     }
     if (chosen.empty() && present.empty()) {
-        const Cause cause = whyNoToken(module);
+        const Cause cause = whyNoToken(module.calls());
         throw commandFailure(kExitNotFound, asked, cause.text, cause.advice);
     }
     if (chosen.empty()) {
@@ -219,7 +185,7 @@ const Pin* TokenSession::pinFor(PinEntry& pin, const PinLengths& lengths) const 
     }
     const std::string asked = askedLogin(m_row, pin);
     PinLengths allowed;
-    switch (readPinState(m_module, m_row, pin.isSecurityOfficer(), &allowed)) {
+    switch (readPinState(m_module.calls(), m_row, pin.isSecurityOfficer(), &allowed)) {
         case PinState::kTokenRemoved:
             throw commandFailure(kExitFailure, asked, kRemoved.text, kRemoved.advice);
         case PinState::kLocked:
@@ -236,7 +202,7 @@ const Pin* TokenSession::pinFor(PinEntry& pin, const PinLengths& lengths) const 
 
 PinLengths TokenSession::pinLengths() const {
     PinLengths lengths;
-    readPinState(m_module, m_row, false, &lengths);
+    readPinState(m_module.calls(), m_row, false, &lengths);
     return lengths;
 }
 
@@ -248,12 +214,20 @@ bool TokenSession::login(PinEntry& pin) const {
     stopIfInterrupted();
     const HRESULT result = m_row.token->VerifyPIN(PinText(*value).get(), pin.type());
     if (FAILED(result)) {
-        throw refusedLogin(readPinState(m_module, m_row, pin.isSecurityOfficer()),
+        throw refusedLogin(readPinState(m_module.calls(), m_row, pin.isSecurityOfficer()),
                            askedLogin(m_row, pin), result);
     }
     m_acceptedPin = &pin;
     stopIfInterrupted();
     return true;
+}
+
+DirectSession::DirectSession(const TokenSession& token, std::string asked,
+                             CryptokiSession::Access access)
+    : DirectSession(token.module().calls(), token.row(), std::move(asked), access) {
+    if (PinEntry* const pin = token.acceptedPin()) {
+        repeatLogin(*pin->get(token.row()), pin->isSecurityOfficer());
+    }
 }
 
 }  // namespace zr::host

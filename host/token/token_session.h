@@ -1,36 +1,17 @@
-// From options to a token: the tokens of a module, the choice of one, the login.
+// From options to a token: the choice of one of a module's, the login.
 #pragma once
 
 #include <zrkey/zrkey.hpp>
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "host/token/module_loading.h"
 #include "host/token/pin.h"
 #include "host/token/token_state.h"
+#include "host/token/token_table.h"
 
 namespace zr::host {
-
-/// An open token and its texts.
-struct TokenRow {
-    LONG index = 0;
-    std::string label;
-    std::string serial;
-    std::string manufacturer;
-    std::string model;
-    zrkey::ComRef<IKeyObject> token;
-};
-
-struct TokenTable {
-    INT slots = 0;
-    /// Without slots that cannot be opened, and slots that say nothing: without a label, and with no
-    /// serial number or zeros alone. Their token is not initialised.
-    std::vector<TokenRow> rows;
-};
-
-TokenTable readTokens(ITokenProvider& provider);
 
 /// The row of a module that matches. Throws a Failure when none or several match.
 TokenRow chooseToken(const LoadedModule& module, const TokenChoice& choice);

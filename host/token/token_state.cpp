@@ -11,7 +11,7 @@
 #include "host/token/cryptoki_names.h"
 #include "host/token/pin.h"
 #include "host/token/pkcs11_header.h"
-#include "host/token/token_session.h"
+#include "host/token/token_table.h"
 
 namespace zr::host {
 namespace {
@@ -53,6 +53,25 @@ PinLengths lengthsOf(const TokenFacts& facts) {
                    : PinLengths();
 }
 
+/// A token in another place of the list: tokens before it were connected or removed.
+/// @param missing  the result when it is in none of the slots.
+TokenState findMoved(const Cryptoki& calls, const TokenRow& row,
+                     const std::vector<CK_SLOT_ID>& slots, CK_RV missing) {
+    TokenState state;
+    for (const CK_SLOT_ID slot : slots) {
+        const bool isRead = calls.readToken(slot, state.facts) == CKR_OK;
+        if (isRead && !row.serial.empty() && state.facts.serial == row.serial &&
+            state.facts.label == row.label) {
+            state.slot = slot;
+            state.result = CKR_OK;
+            return state;
+        }
+    }
+    state.facts = {};
+    state.result = missing;
+    return state;
+}
+
 }  // namespace
 
 PinLengths PinLengths::within(const PinLengths& others) const {
@@ -82,22 +101,22 @@ TokenState readTokenState(const Cryptoki& calls, const TokenRow& row) {
     }
     const auto index = static_cast<std::size_t>(row.index);
     if (index >= slots.size()) {
-        state.result = CKR_TOKEN_NOT_PRESENT;
-        return state;
+        return findMoved(calls, row, slots, CKR_TOKEN_NOT_PRESENT);
     }
     state.slot = slots[index];
     state.result = calls.readToken(state.slot, state.facts);
     // Another token may be in its place.
     if (state.result == CKR_OK &&
         (!isSame(state.facts.label, row.label) || !isSame(state.facts.serial, row.serial))) {
-        state.result = CKR_DEVICE_REMOVED;
+        slots.erase(slots.begin() + row.index);
+        return findMoved(calls, row, slots, CKR_DEVICE_REMOVED);
     }
     return state;
 }
 
-PinState readPinState(const LoadedModule& module, const TokenRow& row, bool securityOfficer,
+PinState readPinState(const Cryptoki& calls, const TokenRow& row, bool securityOfficer,
                       PinLengths* lengths) {
-    const TokenState state = readTokenState(module.calls(), row);
+    const TokenState state = readTokenState(calls, row);
     if (state.result != CKR_OK) {
         return isTokenGone(state.result) ? PinState::kTokenRemoved : PinState::kUnknown;
     }
@@ -111,8 +130,7 @@ PinState pinStateOf(CK_FLAGS flags, bool securityOfficer) {
     return stateOf(flags, securityOfficer);
 }
 
-Cause whyNoToken(const LoadedModule& module) {
-    const Cryptoki& calls = module.calls();
+Cause whyNoToken(const Cryptoki& calls) {
     const auto readers = calls.slots(false);
     const auto slots = calls.slots(true);
     if (slots && slots->empty() && readers && readers->empty()) {

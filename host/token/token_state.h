@@ -9,12 +9,11 @@
 
 namespace zr::host {
 
-class LoadedModule;
 struct TokenRow;
 
 /// What the module says about a token now.
 struct TokenState {
-    CK_RV result = 0;  ///< a result of isTokenGone when it, or its place in the list, is gone
+    CK_RV result = 0;  ///< a result of isTokenGone when it is gone
     CK_SLOT_ID slot = 0;
     TokenFacts facts;
 };
@@ -45,13 +44,13 @@ struct PinLengths {
 
 /// The state of a PIN, by the flags of its token. Costs no try.
 /// @param lengths  may be null; set to what the token says, no longer than a PIN of the command.
-PinState readPinState(const LoadedModule& module, const TokenRow& row, bool securityOfficer,
+PinState readPinState(const Cryptoki& calls, const TokenRow& row, bool securityOfficer,
                       PinLengths* lengths = nullptr);
 
 /// The state of a PIN by the flags of its token.
 PinState pinStateOf(CK_FLAGS flags, bool securityOfficer);
 
 /// Why none of the module's tokens can be used.
-Cause whyNoToken(const LoadedModule& module);
+Cause whyNoToken(const Cryptoki& calls);
 
 }  // namespace zr::host

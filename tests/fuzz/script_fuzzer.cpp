@@ -5,6 +5,7 @@
 
 #include <iterator>
 #include <string>
+#include <utility>
 
 #include "host/output/console.h"
 #include "host/script/engine.h"
@@ -116,6 +117,23 @@ constexpr const char* kStatements[] = {
     "v = v.hresult",
     "v = v.stack",
     "v = v.message",
+    "k = p.tokens()[0]",
+    "v = k.certificates()[0]",
+    "v = k.OpenContainer(0)",
+    "v = v.GetKeyCert()",
+    "v = v.pem()",
+    "v = k.sign(p.fromText('a'), v)",
+    "v = k.SignData(p.fromText('a'), v)",
+    "v = k.OpenFile('1')",
+    "v = k.CreateFile('1')",
+    "v = v.readAll()",
+    "v = k.writeFile('1', v)",
+    "v = p.toHex(v)",
+    "v = p.fromBase64(v)",
+    "v = p.fromText(v)",
+    "v.Close()",
+    "k.Close()",
+    "p.Close()",
     "v = readFile('config.xml')",
     "v = readFile('config.xml', 'utf8')",
     "v = readFile(v)",
@@ -148,7 +166,12 @@ std::size_t memoryLimit(std::uint8_t choice) {
     return (1 + choice % std::size_t{16}) << 20;
 }
 
-void runScript(const std::string& script, std::size_t memory) {
+/// Whether the script's objects are those that are called by GetIDsOfNames and Invoke.
+bool isLateBound(std::uint8_t choice) {
+    return (choice & 16) != 0;
+}
+
+void runScript(const std::string& text, std::size_t memory, bool lateBound) {
     static zr::host::Console& console = quietConsole();
     const std::string path = zr::fuzz::modulePath();
     zr::fuzz::answerFrom(nullptr);
@@ -158,7 +181,10 @@ void runScript(const std::string& script, std::size_t memory) {
     const zr::fuzz::AllocatedBytes allocated;
     {
         zr::host::ScriptEngine engine(console, limits);
-        engine.run({"fuzz.js", kSafe + script, {path}});
+        const std::string source = kSafe + text;
+        zr::host::Script script = {"fuzz.js", source, {path}};
+        script.isLateBound = lateBound;
+        engine.run(std::move(script));
     }
     zr::fuzz::expect(allocated.most() <= memory * kCopies + kElsewhere,
                      "a script's memory is limited");
@@ -171,15 +197,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     zr::fuzz::expect(isPrepared);
     zr::fuzz::Input input(data, size);
     // An input that begins with a zero is a list of statements, with a one a list of requests for
-    // memory; any other is a script. The last byte chooses the limit.
+    // memory; any other is a script. The last byte chooses the limit and the
+    // objects.
     const std::uint8_t kind = size > 0 ? input.byte() : std::uint8_t{2};
-    const std::size_t memory = memoryLimit(size > 0 ? data[size - 1] : std::uint8_t{0});
+    const std::uint8_t choice = size > 0 ? data[size - 1] : std::uint8_t{0};
+    const std::size_t memory = memoryLimit(choice);
     if (kind == 1) {
         zr::fuzz::useMemory(input, memory);
     } else if (kind == 0) {
-        runScript(compose(input), memory);
+        runScript(compose(input), memory, isLateBound(choice));
     } else {
-        runScript(std::string(reinterpret_cast<const char*>(data), size), memory);
+        runScript(std::string(reinterpret_cast<const char*>(data), size), memory,
+                  isLateBound(choice));
     }
     return 0;
 }

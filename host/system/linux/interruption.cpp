@@ -22,9 +22,6 @@ namespace {
 
 constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
 
-// Used by the handler.
-static_assert(std::atomic<int>::is_always_lock_free);
-std::atomic<int> s_signal = 0;
 std::atomic<int> s_noted = -1;  ///< a descriptor that is readable after an interruption
 
 int s_guards = 0;
@@ -90,15 +87,11 @@ InterruptionGuard::~InterruptionGuard() {
     }
 }
 
-bool isInterrupted() {
-    return s_signal != 0;
-}
-
 /// Also called by the handler. A prompt, the only user of the terminal's lock, blocks the signals
 /// while it holds it.
 void noteInterruption(int signal) {
     int none = 0;
-    if (!s_signal.compare_exchange_strong(none, signal)) {
+    if (!notedInterruption().compare_exchange_strong(none, signal)) {
         restoreTerminal();
         raiseDefault(signal);
         _exit(128 + signal);
@@ -108,18 +101,18 @@ void noteInterruption(int signal) {
 }
 
 void forgetInterruption() {
-    s_signal = 0;
+    notedInterruption() = 0;
     std::uint64_t count = 0;
     [[maybe_unused]] const ssize_t size = read(s_noted, &count, sizeof count);
 }
 
 int interruptionExitCode() {
-    return 128 + s_signal;
+    return 128 + notedInterruption();
 }
 
 void endInterrupted() {
     std::fflush(nullptr);
-    raiseDefault(s_signal);
+    raiseDefault(notedInterruption());
     _exit(interruptionExitCode());
 }
 

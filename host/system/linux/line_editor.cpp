@@ -11,6 +11,7 @@
 #include <utf8cpp/utf8.h>
 
 #include "host/system/system.h"
+#include "host/system/terminal.h"
 
 namespace zr::host {
 namespace {

@@ -92,13 +92,8 @@ std::string pathProblem(const std::string& path, PathUse use) {
     return {};
 }
 
-void restrictModuleSearch() {
-    // The dynamic loader looks in the current directory only when LD_LIBRARY_PATH or the module
-    // itself says so.
-}
-
-void searchBesideModule(const std::string&) {
-    // A module says itself where its dependencies are, by its RUNPATH.
+std::string usablePath(const std::string& path) {
+    return path;
 }
 
 namespace {
@@ -194,15 +189,6 @@ std::optional<std::uint64_t> fileSize(int descriptor) {
     return fstat(descriptor, &file) == 0 && S_ISREG(file.st_mode)
                ? std::optional(static_cast<std::uint64_t>(file.st_size))
                : std::nullopt;
-}
-
-bool isTerminal(int descriptor) {
-    return isatty(descriptor) != 0;
-}
-
-bool isCapableTerminal(int descriptor) {
-    const std::string kind = environmentVariable("TERM").value_or("");
-    return isTerminal(descriptor) && !kind.empty() && kind != "dumb";
 }
 
 int duplicateDescriptor(int descriptor) {

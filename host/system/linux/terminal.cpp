@@ -182,4 +182,13 @@ void restoreTerminal() {
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
+bool isTerminal(int descriptor) {
+    return isatty(descriptor) != 0;
+}
+
+bool isCapableTerminal(int descriptor) {
+    const std::string kind = environmentVariable("TERM").value_or("");
+    return isTerminal(descriptor) && !kind.empty() && kind != "dumb";
+}
+
 }  // namespace zr::host

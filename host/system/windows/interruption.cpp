@@ -1,7 +1,6 @@
 // Interruptions on Windows: events of the console, noted by a handler on a thread of its own.
 #include "host/system/interruption.h"
 
-#include <atomic>
 #include <cstdio>
 
 #include <windows.h>
@@ -14,7 +13,6 @@ namespace {
 /// STATUS_CONTROL_C_EXIT: the exit code of a process that a console event ends.
 constexpr UINT kExitCode = 0xC000013A;
 
-std::atomic<bool> s_isNoted = false;
 int s_guards = 0;
 
 /// Signalled by an interruption.
@@ -47,12 +45,8 @@ InterruptionGuard::~InterruptionGuard() {
     }
 }
 
-bool isInterrupted() {
-    return s_isNoted;
-}
-
 void noteInterruption(int) {
-    if (s_isNoted.exchange(true)) {
+    if (notedInterruption().exchange(1) != 0) {
         restoreTerminal();
         TerminateProcess(GetCurrentProcess(), kExitCode);
     }
@@ -60,7 +54,7 @@ void noteInterruption(int) {
 }
 
 void forgetInterruption() {
-    s_isNoted = false;
+    notedInterruption() = 0;
     ResetEvent(notedEvent());
 }
 

@@ -7,7 +7,6 @@
 #include <cwchar>
 #include <filesystem>
 #include <memory>
-#include <set>
 
 #include <windows.h>
 
@@ -38,19 +37,6 @@ std::string toUtf8(const wchar_t* text) {
     WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes.data(), size, nullptr, nullptr);
     bytes.pop_back();
     return bytes;
-}
-
-/// Lets the dependencies of modules be found in a folder. The system keeps each folder that is added,
-/// also one that it knows already.
-void addSearchFolder(const std::filesystem::path& folder) {
-    static std::set<std::wstring> s_added;
-    if (folder.is_absolute() && s_added.insert(folder.wstring()).second) {
-        AddDllDirectory(folder.c_str());
-    }
-}
-
-HANDLE consoleOf(int descriptor) {
-    return reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
 }
 
 struct EnvironmentRelease {
@@ -120,7 +106,7 @@ std::string makePrivateFolder(std::error_code& error) {
         const std::wstring path = name + std::to_wstring(i);
         if (CreateDirectoryW(path.c_str(), nullptr)) {
             error.clear();
-            return toUtf8(path.c_str());
+            return usablePath(toUtf8(path.c_str()));
         }
         if (GetLastError() != ERROR_ALREADY_EXISTS) {
             break;
@@ -160,25 +146,15 @@ std::string pathProblem(const std::string& path, PathUse) {
                                             "of Windows reads differently";
 }
 
-void restrictModuleSearch() {
-    SetDllDirectoryW(L"");
-    // Wine needs this as well. It excludes the folders of PATH too: they are added again, without
-    // those that depend on the current directory.
-    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
-    const std::wstring path = toWide(environmentVariable("PATH").value_or(""));
-    for (std::size_t begin = 0; begin < path.size();) {
-        const std::size_t end = std::min(path.find(L';', begin), path.size());
-        addSearchFolder(path.substr(begin, end - begin));
-        begin = end + 1;
+std::string usablePath(const std::string& path) {
+    if (pathProblem(path, PathUse::kModule).empty()) {
+        return path;
     }
-}
-
-void searchBesideModule(const std::string& module) {
-    std::error_code error;
-    const std::filesystem::path path = std::filesystem::absolute(toWide(module), error);
-    if (!error) {
-        addSearchFolder(path.lexically_normal().parent_path());
-    }
+    const std::wstring wide = toWide(path);
+    std::wstring name(GetShortPathNameW(wide.c_str(), nullptr, 0), L'\0');
+    name.resize(GetShortPathNameW(wide.c_str(), name.data(), static_cast<DWORD>(name.size())));
+    const std::string other = toUtf8(name.c_str());
+    return name.empty() || !pathProblem(other, PathUse::kModule).empty() ? path : other;
 }
 
 std::uintptr_t lowestStackAddress() {
@@ -255,23 +231,6 @@ std::optional<std::uint64_t> fileSize(int descriptor) {
     return _fstat64(descriptor, &file) == 0 && (file.st_mode & _S_IFMT) == _S_IFREG
                ? std::optional(static_cast<std::uint64_t>(file.st_size))
                : std::nullopt;
-}
-
-bool isTerminal(int descriptor) {
-    DWORD mode = 0;
-    return GetConsoleMode(consoleOf(descriptor), &mode) != 0;
-}
-
-bool isCapableTerminal(int descriptor) {
-    if (environmentVariable("TERM").value_or("") == "dumb") {
-        return false;
-    }
-    // Consoles read escape sequences since Windows 10, when they are asked to.
-    const HANDLE console = consoleOf(descriptor);
-    DWORD mode = 0;
-    return GetConsoleMode(console, &mode) &&
-           ((mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0 ||
-            SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING));
 }
 
 int duplicateDescriptor(int descriptor) {

@@ -6,6 +6,8 @@
 #include <array>
 #include <mutex>
 
+#include <io.h>
+
 #include "host/system/interruption.h"
 #include "host/system/secret_memory.h"
 #include "host/system/system.h"
@@ -134,6 +136,10 @@ PromptResult promptWith(DWORD echo, const std::string& prompt,
     return result;
 }
 
+HANDLE consoleOf(int descriptor) {
+    return reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
+}
+
 }  // namespace
 
 bool hasTerminal() {
@@ -153,6 +159,23 @@ void restoreTerminal() {
     if (s_input) {
         s_input->restore();
     }
+}
+
+bool isTerminal(int descriptor) {
+    DWORD mode = 0;
+    return GetConsoleMode(consoleOf(descriptor), &mode) != 0;
+}
+
+bool isCapableTerminal(int descriptor) {
+    if (environmentVariable("TERM").value_or("") == "dumb") {
+        return false;
+    }
+    // Consoles read escape sequences since Windows 10, when they are asked to.
+    const HANDLE console = consoleOf(descriptor);
+    DWORD mode = 0;
+    return GetConsoleMode(console, &mode) &&
+           ((mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0 ||
+            SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING));
 }
 
 }  // namespace zr::host

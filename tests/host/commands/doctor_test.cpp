@@ -137,7 +137,7 @@ TEST_F(DoctorTest, OtherPlatformIsFound) {
     const std::string own(host::ownPlatform());
     expectLine("warning\tplatform\tLinux x86; this command is for " + own, 3,
                {"--module", "other.so"});
-    expectLine("failed\tloader\tit is built for Linux x86, and this command for " + own +
+    expectLine("failed\tloader\tit is built for Linux x86, and this program for " + own +
                    "; name the module for " + own + " with --module",
                3, {"--module", "other.so"});
 }

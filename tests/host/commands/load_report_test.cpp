@@ -53,7 +53,7 @@ TEST_F(LoadReportTest, FolderIsNamed) {
 TEST_F(LoadReportTest, FileForAnotherPlatformIsNamed) {
     writeFile("other.so", elfHeader(1, 3));
     const std::string own(host::ownPlatform());
-    expectCause("other.so", "it is built for Linux x86, and this command for " + own +
+    expectCause("other.so", "it is built for Linux x86, and this program for " + own +
                                 "; name the module for " + own + " with --module");
 }
 

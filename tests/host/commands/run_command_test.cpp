@@ -121,7 +121,7 @@ TEST_F(RunCommandTest, FailureOfAMemberNamesTheCallingLine) {
 }
 
 TEST_F(RunCommandTest, ProviderWithoutAModuleReturnsItsResults) {
-    expectSuccess(runScript("provider.js"),
+    expectSuccess(zrkey({"run", "--late-bound", ZRKEY_SCRIPTS "/provider.js"}),
                   "function function function function\n"
                   "undefined undefined\n"
                   "GetKeyCount: E_FAIL (0x80004005) 2147500037\n"
@@ -145,7 +145,7 @@ TEST_F(RunCommandTest, DiagnosticsAreDropped) {
 TEST_F(RunCommandTest, DiagnosticsGoToStandardErrorOnRequest) {
     for (const char* option : {"-v", "--verbose"}) {
         const CommandResult result =
-            runText("new TokenProvider().Unload(); print('done');", {option});
+            runText("new TokenProvider().Unload(); print('done');", {option, "--late-bound"});
         EXPECT_EQ(result.exitCode, 0);
         EXPECT_EQ(result.output, "done\n");
         EXPECT_NE(result.errors.find("[ZComponentImpl::GetIDsOfNames] lpszName = [Unload]"),

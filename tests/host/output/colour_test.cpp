@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "host/system/system.h"
+#include "host/system/terminal.h"
 #include "tests/support/console_capture.h"
 
 namespace zr::host {

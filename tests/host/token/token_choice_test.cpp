@@ -1,5 +1,6 @@
 // Module paths and the choice of a token, over the recording module.
 #include "host/token/module_loading.h"
+#include "host/token/prepared_load.h"
 #include "host/token/token_session.h"
 #include "tests/host/command_test.h"
 

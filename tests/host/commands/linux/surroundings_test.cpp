@@ -19,8 +19,8 @@ protected:
 
 TEST_F(SurroundingsTest, DiagnosticsWithoutStandardErrorDoNotReachTheOutput) {
     writeFile("script.js", "new TokenProvider().Unload(); print('done');");
-    EXPECT_NE("", shell("\"$ZRKEY\" run -v script.js").errors);
-    expectOutput(shell("(\"$ZRKEY\" run -v script.js 2>&-)"), "done\n");
+    EXPECT_NE("", shell("\"$ZRKEY\" run --late-bound -v script.js").errors);
+    expectOutput(shell("(\"$ZRKEY\" run --late-bound -v script.js 2>&-)"), "done\n");
 }
 
 TEST_F(SurroundingsTest, ClosedOutputIsAFailure) {
