@@ -4,15 +4,15 @@
 #include <duktape.h>
 #include <zrkey/zrkey.hpp>
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 
+#include "host/objects/object.h"
 #include "host/output/console.h"
 #include "host/script/limits.h"
+#include "host/script/object_registry.h"
 #include "host/script/watchdog.h"
 #include "host/system/erasing_allocator.h"
 #include "host/system/interruption.h"
@@ -21,26 +21,6 @@
 #include "host/token/pin.h"
 
 namespace zr::host {
-
-/// The library's objects that a script holds, each under a number. The script objects hold numbers,
-/// not pointers: a script that changes a number can at most reach another live object.
-class ObjectRegistry {
-public:
-    /// Returns a number that no object has.
-    std::uint32_t newNumber();
-    /// Takes over the reference.
-    /// @param number  from newNumber.
-    void add(std::uint32_t number, zrkey::ComRef<IDispatch> object);
-    /// @return null when no object has the number.
-    zrkey::ComRef<IDispatch> find(std::uint32_t number) const;
-    /// Removes the object.
-    /// @return its reference; null when no object has the number.
-    zrkey::ComRef<IDispatch> remove(std::uint32_t number);
-
-private:
-    std::unordered_map<std::uint32_t, zrkey::ComRef<IDispatch>> m_objects;
-    std::uint32_t m_lastNumber = 0;
-};
 
 /// The end that a script asks for with exit.
 struct ScriptExit {
@@ -64,19 +44,22 @@ struct ScriptContext {
     Console& console;
     ScriptUse use = ScriptUse(ScriptLimits());
     LibraryCalls libraryCalls = 0;
-    ObjectRegistry objects = {};
+    bool isLateBound = false;  ///< its objects are called by GetIDsOfNames and Invoke
+    // Before the objects, which may outlive the heap: a heap without memory runs no finalizer.
+    /// Noted from the first provider on, so that its module is unloaded first.
+    std::optional<InterruptionGuard> interruptions = {};
+    ModuleOptions moduleOptions = {};           ///< of the global provider
+    std::shared_ptr<LoadedModule> module = {};  ///< the global provider's; null: not loaded
+    ObjectRegistry<ObjectRef> objects = {};
+    ObjectRegistry<zrkey::ComRef<IDispatch>> lateBoundObjects = {};
     /// Reports that the time is up and ends the process; empty where that is not allowed.
     std::function<void()> endProcess = {};
     ScriptExit exit = {};
     ScriptInput input = {};
-    std::optional<Pin> pin = {};       ///< given on the command line, not yet taken by the script
-    bool hasGivenPin = false;          ///< readPin was called; a shell resets it
-    ModuleOptions moduleOptions = {};  ///< of the global provider
-    std::shared_ptr<LoadedModule> module = {};  ///< the global provider's; null: not loaded
+    std::optional<Pin> pin = {};  ///< given on the command line, not yet taken by the script
+    bool hasGivenPin = false;     ///< readPin was called; a shell resets it
     /// From the first PIN on, which stays in the script's memory.
     std::optional<NoCoreDumps> noCoreDumps = {};
-    /// Noted from the first provider on, so that its module is unloaded first.
-    std::optional<InterruptionGuard> interruptions = {};
 
     /// Whether the engine has to throw an error until the script is left.
     bool mustStop() { return exit.isStopping || isInterrupted() || use.isTimeUp(); }

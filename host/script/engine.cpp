@@ -22,11 +22,12 @@
 #include "host/script/engine_text.h"
 #include "host/script/globals.h"
 #include "host/script/heap.h"
+#include "host/script/late_bound/members.h"
 #include "host/script/line_input.h"
-#include "host/script/members.h"
 #include "host/script/provider.h"
 #include "host/script/script_files.h"
 #include "host/script/script_modules.h"
+#include "host/script/script_objects.h"
 #include "host/script/script_shell.h"
 #include "host/script/syntax.h"
 #include "host/script/uncaught.h"
@@ -42,7 +43,11 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 /// Makes the globals.
 duk_ret_t prepareProtected(duk_context* heap, void* data) {
     const Script& script = *static_cast<const Script*>(data);
-    addObjectSupport(heap);
+    if (script.isLateBound) {
+        addLateBoundObjects(heap);
+    } else {
+        addObjectModel(heap);
+    }
     addGlobals(heap);
     addFileFunctions(heap);
     addLineInput(heap);
@@ -144,6 +149,7 @@ void ScriptEngine::take(Script& script) {
     m_context->pin = std::exchange(script.pin, std::nullopt);
     m_context->moduleOptions = std::move(script.moduleOptions);
     m_context->module = std::move(script.module);
+    m_context->isLateBound = script.isLateBound;
     m_context->input.wasTheScript = script.origin == ScriptOrigin::kStandardInput;
 }
 

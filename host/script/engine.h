@@ -32,6 +32,8 @@ struct Script {
     /// UTF-8; the global array "arguments".
     std::vector<std::string> arguments = {};
     ScriptOrigin origin = ScriptOrigin::kFile;
+    /// Whether its objects are called by GetIDsOfNames and Invoke.
+    bool isLateBound = false;
     /// What readPin returns at its first call.
     std::optional<Pin> pin = {};
     /// Of the global provider: which module it loads, and the module if it is loaded already.

@@ -6,8 +6,8 @@
 #include <set>
 
 #include "host/script/engine_text.h"
-#include "host/script/member_names.h"
-#include "host/script/object.h"
+#include "host/script/late_bound/bound_object.h"
+#include "host/script/late_bound/member_names.h"
 
 namespace zr::host {
 namespace {
@@ -50,7 +50,7 @@ void addMembers(duk_context* script, Search& search, std::string_view typed) {
             addIfTyped(search, typed, name);
         }
     };
-    if (objectAt(script, -1)) {
+    if (lateBoundAt(script, -1)) {
         std::for_each(std::begin(kProviderMembers), std::end(kProviderMembers), addKnown);
         std::for_each(std::begin(kTokenMembers), std::end(kTokenMembers), addKnown);
     }

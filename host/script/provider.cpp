@@ -4,9 +4,11 @@
 #include <string>
 #include <utility>
 
+#include "host/objects/provider_object.h"
 #include "host/output/failure.h"
 #include "host/script/context.h"
-#include "host/script/object.h"
+#include "host/script/late_bound/bound_object.h"
+#include "host/script/script_objects.h"
 
 namespace zr::host {
 namespace {
@@ -43,6 +45,26 @@ std::string loadModule(ScriptContext& context) {
     return {};
 }
 
+/// Pushes the provider of a loaded module.
+void pushModule(duk_context* script, const LoadedModule& module) {
+    ITokenProvider& provider = module.provider();
+    provider.AddRef();
+    if (contextOf(script).isLateBound) {
+        zrkey::ComRef<IDispatch> object;
+        object.reset(&provider);
+        pushLateBound(script, std::move(object));
+    } else {
+        zrkey::ComRef<ITokenProvider> object;
+        object.reset(&provider);
+        std::shared_ptr<ModuleCalls> calls;
+        callLibrary(contextOf(script), [&] {
+            calls = std::make_shared<ModuleCalls>(module.path());
+            return S_OK;
+        });
+        pushObject(script, std::make_shared<ProviderObject>(std::move(object), std::move(calls)));
+    }
+}
+
 /// The getter: replaces itself by the provider.
 duk_ret_t getProvider(duk_context* script) {
     ScriptContext& context = contextOf(script);
@@ -53,11 +75,7 @@ duk_ret_t getProvider(duk_context* script) {
         return throwError(script, DUK_ERR_ERROR, problem);
     }
     context.console.drainDiagnostics();
-    ITokenProvider& provider = context.module->provider();
-    provider.AddRef();
-    zrkey::ComRef<IDispatch> object;
-    object.reset(&provider);
-    pushObject(script, std::move(object));
+    pushModule(script, *context.module);
     defineProvider(script);
     return 1;
 }

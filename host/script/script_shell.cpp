@@ -15,6 +15,7 @@
 #include "host/script/watchdog.h"
 #include "host/system/interruption.h"
 #include "host/system/system.h"
+#include "host/system/terminal.h"
 
 namespace zr::host {
 namespace {

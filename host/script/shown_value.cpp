@@ -7,7 +7,8 @@
 
 #include "host/output/printable.h"
 #include "host/script/engine_text.h"
-#include "host/script/object.h"
+#include "host/script/late_bound/bound_object.h"
+#include "host/script/script_objects.h"
 
 namespace zr::host {
 namespace {
@@ -112,8 +113,11 @@ std::string showProperties(duk_context* script, duk_idx_t index, int level) {
 }
 
 std::string showObject(duk_context* script, duk_idx_t index, int level) {
-    if (objectAt(script, index)) {
-        return duk_has_prop_string(script, index, "OpenKey") ? "[TokenProvider]" : "[token]";
+    if (const ObjectRef object = objectAt(script, index)) {
+        return std::string("[").append(nameOf(object->objectClass())).append("]");
+    }
+    if (lateBoundAt(script, index)) {
+        return duk_has_prop_string(script, index, "OpenKey") ? "[TokenProvider]" : "[Token]";
     }
     if (duk_is_function(script, index)) {
         duk_get_prop_string(script, index, "name");

@@ -1,10 +1,12 @@
 // The names that a line of the shell can go on with.
 #include "host/script/line_completion.h"
 
+#include "host/objects/provider_object.h"
 #include "host/script/context.h"
-#include "host/script/member_names.h"
-#include "host/script/members.h"
-#include "host/script/object.h"
+#include "host/script/late_bound/bound_object.h"
+#include "host/script/late_bound/member_names.h"
+#include "host/script/late_bound/members.h"
+#include "host/script/script_objects.h"
 #include "tests/support/fixtures/token.h"
 
 namespace zr::host {
@@ -17,7 +19,8 @@ protected:
     void SetUp() override {
         test::TokenTest::SetUp();
         m_script = duk_create_heap(nullptr, nullptr, nullptr, &m_context, nullptr);
-        addObjectSupport(m_script);
+        addLateBoundObjects(m_script);
+        addObjectModel(m_script);
         run("var answer = {first: 1, second: {third: 3}, 'no name': 4, firm: 5};");
         run("var nothing = null; function Answer() {}");
         put("provider", provider.get());
@@ -33,8 +36,21 @@ protected:
         borrowed->AddRef();
         zrkey::ComRef<IDispatch> object;
         object.reset(borrowed);
-        pushObject(m_script, std::move(object));
+        pushLateBound(m_script, std::move(object));
         duk_put_global_string(m_script, name);
+    }
+    /// Puts objects of the object model in the place of the late-bound ones.
+    void putModel() {
+        std::shared_ptr<ProviderObject> model;
+        ASSERT_EQ(S_OK, ProviderObject::create(model));
+        const auto call = [&](const char* name, const Value& argument) {
+            return callMember(*model, *findMember(ObjectClass::kProvider, name), {argument});
+        };
+        call("Load", toWideText(module.path()));
+        pushObject(m_script, std::get<ObjectRef>(call("OpenKey", 0.0)));
+        duk_put_global_string(m_script, "token");
+        pushObject(m_script, model);
+        duk_put_global_string(m_script, "provider");
     }
     Names names(const std::string& line) {
         const duk_idx_t before = duk_get_top(m_script);
@@ -85,6 +101,27 @@ TEST_F(LineCompletionTest, MembersOfTheLibrarysObjectsAreTheirOwn) {
     EXPECT_EQ((Names{"VerifyPIN"}), names("token.VerifyP"));
     EXPECT_FALSE(has("token.", "OpenKey"));
     EXPECT_FALSE(has("provider.", "GetLabel"));
+}
+
+TEST_F(LineCompletionTest, EveryMemberOfTheTableIsFoundOnItsObject) {
+    putModel();
+    for (const auto& [line, objectClass] :
+         {std::pair{"provider.", ObjectClass::kProvider}, {"token.", ObjectClass::kToken}}) {
+        for (const Member& member : membersOf(objectClass)) {
+            EXPECT_TRUE(has(line, member.name)) << line << member.name;
+        }
+    }
+    EXPECT_EQ((Names{"sign"}), names("token.sig"));
+    EXPECT_EQ((Names{"Unload"}), names("provider.Un"));
+    EXPECT_FALSE(has("token.", "OpenKey"));
+    EXPECT_FALSE(has("provider.", "GetLabel"));
+}
+
+TEST_F(LineCompletionTest, LateBoundObjectsHaveTheLibrarysMembersAlone) {
+    EXPECT_TRUE(has("token.", "SignData"));
+    EXPECT_FALSE(has("token.", "sign"));
+    EXPECT_FALSE(has("token.", "Close"));
+    EXPECT_FALSE(has("provider.", "tokens"));
 }
 
 TEST_F(LineCompletionTest, EveryNameInTheListIsAMember) {

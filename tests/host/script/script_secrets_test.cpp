@@ -49,6 +49,7 @@ protected:
                            host::viewOf(source),
                            {module},
                            host::ScriptOrigin::kFile,
+                           false,
                            std::move(pin)}) == 0;
     }
 

@@ -154,7 +154,7 @@ TEST_F(ShellTest, ModuleOfTheOptionIsLoaded) {
     const std::vector<std::string> options = {"--module", ZR_INSTANT_MODULE};
     const CommandResult result =
         type("var token = provider.OpenKey(0)\ntoken\ntoken.GetLabel()\nprovider\n", options);
-    EXPECT_EQ("[token]\n\"Instant\"\n[TokenProvider]\n", result.output);
+    EXPECT_EQ("[Token]\n\"Instant\"\n[TokenProvider]\n", result.output);
     EXPECT_EQ("", result.errors);
     EXPECT_EQ(3, type("'ran'\n", {"--module", "missing.so"}).exitCode);
 }

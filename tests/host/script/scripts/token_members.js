@@ -1,4 +1,5 @@
-// Every member of a token that scripts know, on the token with a label of module arguments[0].
+// Every member of a token that late-bound scripts know, on the token with a label of module
+// arguments[0].
 var provider = new TokenProvider();
 provider.Load(arguments[0]);
 

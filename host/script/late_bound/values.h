@@ -4,13 +4,9 @@
 #include <duktape.h>
 #include <zrkey/zrkey.hpp>
 
-#include <cstddef>
 #include <optional>
 
 namespace zr::host {
-
-/// The largest number of bytes that a script value can need when it is converted for a call.
-std::size_t argumentSize(duk_context* script, duk_idx_t index);
 
 /// Converts a script value for a call: number VT_R8, string VT_BSTR, boolean VT_BOOL, null VT_NULL,
 /// undefined VT_EMPTY, object of the library VT_DISPATCH, byte buffer VT_ARRAY|VT_UI1.

@@ -1,5 +1,5 @@
 // Members of the library's objects as functions of script objects.
-#include "host/script/members.h"
+#include "host/script/late_bound/members.h"
 
 #include <zrkey/zrkey.hpp>
 
@@ -10,9 +10,11 @@
 #include <vector>
 
 #include "host/script/context.h"
-#include "host/script/object.h"
+#include "host/script/late_bound/bound_object.h"
+#include "host/script/late_bound/values.h"
 #include "host/script/script_text.h"
-#include "host/script/values.h"
+#include "host/script/script_values.h"
+#include "host/system/module_search.h"
 #include "host/system/system.h"
 
 namespace zr::host {
@@ -114,7 +116,7 @@ duk_ret_t callMember(duk_context* script) {
     duk_get_prop_string(script, -1, kMemberKey);
     const std::string member = textAt(script, -1);
     duk_push_this(script);
-    const zrkey::ComRef<IDispatch> object = objectAt(script, -1);
+    const zrkey::ComRef<IDispatch> object = lateBoundAt(script, -1);
     stopInTime(script);
     if (!object) {
         return throwError(script, DUK_ERR_TYPE_ERROR, member + " was not called on a token object");
@@ -158,7 +160,7 @@ bool isMember(duk_context* script, duk_idx_t target, duk_idx_t key) {
         return false;
     }
     stopInTime(script);
-    const zrkey::ComRef<IDispatch> object = objectAt(script, target);
+    const zrkey::ComRef<IDispatch> object = lateBoundAt(script, target);
     DISPID id = 0;
     return object &&
            SUCCEEDED(findMember(contextOf(script), *object.get(), textAt(script, key), id));
@@ -202,13 +204,13 @@ duk_ret_t makeProvider(duk_context* script) {
     }
     zrkey::ComRef<IDispatch> object;
     object.reset(provider.release());
-    pushObject(script, std::move(object));
+    pushLateBound(script, std::move(object));
     return 1;
 }
 
 }  // namespace
 
-void addObjectSupport(duk_context* script) {
+void addLateBoundObjects(duk_context* script) {
     duk_push_bare_object(script);
     duk_push_c_function(script, getProperty, 3);
     duk_put_prop_string(script, -2, "get");

@@ -1,11 +1,11 @@
 // Conversion between script values and automation variants.
-#include "host/script/values.h"
+#include "host/script/late_bound/values.h"
 
 #include <cstring>
 #include <limits>
 #include <string>
 
-#include "host/script/object.h"
+#include "host/script/late_bound/bound_object.h"
 #include "host/script/script_text.h"
 
 namespace zr::host {
@@ -74,18 +74,6 @@ bool pushNumber(duk_context* script, const zrkey::Variant& value) {
 
 }  // namespace
 
-std::size_t argumentSize(duk_context* script, duk_idx_t index) {
-    duk_size_t size = 0;
-    if (duk_is_string(script, index)) {
-        // UTF-16 never needs more units than the engine's text has bytes.
-        duk_get_lstring(script, index, &size);
-        size *= sizeof(OLECHAR);
-    } else if (duk_is_buffer_data(script, index)) {
-        duk_get_buffer_data(script, index, &size);
-    }
-    return sizeof(VARIANT) + size;
-}
-
 std::optional<zrkey::Variant> readArgument(duk_context* script, duk_idx_t index) {
     zrkey::Variant value;
     switch (duk_get_type(script, index)) {
@@ -109,7 +97,7 @@ std::optional<zrkey::Variant> readArgument(duk_context* script, duk_idx_t index)
     if (duk_is_buffer_data(script, index)) {
         return readBytes(script, index);
     }
-    zrkey::ComRef<IDispatch> object = objectAt(script, index);
+    zrkey::ComRef<IDispatch> object = lateBoundAt(script, index);
     if (!object) {
         return std::nullopt;
     }
@@ -143,7 +131,7 @@ bool pushResult(duk_context* script, const zrkey::Variant& value) {
             return true;
         case VT_DISPATCH:
             if (zrkey::ComRef<IDispatch> object = value.toObject()) {
-                pushObject(script, std::move(object));
+                pushLateBound(script, std::move(object));
             } else {
                 duk_push_null(script);
             }

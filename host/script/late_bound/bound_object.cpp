@@ -1,5 +1,5 @@
 // Objects of the library as script objects.
-#include "host/script/object.h"
+#include "host/script/late_bound/bound_object.h"
 
 #include <utility>
 
@@ -16,7 +16,8 @@ constexpr const char* kHandlerKey = DUK_HIDDEN_SYMBOL("handler");
 duk_ret_t releaseObject(duk_context* script) {
     ScriptContext& context = contextOf(script);
     if (duk_is_object(script, 0) && duk_get_prop_string(script, 0, kNumberKey)) {
-        if (zrkey::ComRef<IDispatch> object = context.objects.remove(duk_get_uint(script, -1))) {
+        if (zrkey::ComRef<IDispatch> object =
+                context.lateBoundObjects.remove(duk_get_uint(script, -1))) {
             if (context.endProcess && context.use.isOverdue()) {
                 // The engine cannot be stopped while it releases many objects.
                 context.endProcess();
@@ -39,9 +40,9 @@ void setObjectHandler(duk_context* script) {
     duk_pop(script);
 }
 
-void pushObject(duk_context* script, zrkey::ComRef<IDispatch> object) {
+void pushLateBound(duk_context* script, zrkey::ComRef<IDispatch> object) {
     ScriptContext& context = contextOf(script);
-    const std::uint32_t number = context.objects.newNumber();
+    const std::uint32_t number = context.lateBoundObjects.newNumber();
     duk_require_stack(script, 4);
     duk_push_object(script);
     duk_push_uint(script, number);
@@ -52,17 +53,17 @@ void pushObject(duk_context* script, zrkey::ComRef<IDispatch> object) {
     duk_get_prop_string(script, -1, kHandlerKey);
     duk_remove(script, -2);
     duk_push_proxy(script, 0);
-    context.objects.add(number, std::move(object));
+    context.lateBoundObjects.add(number, std::move(object));
 }
 
-zrkey::ComRef<IDispatch> objectAt(duk_context* script, duk_idx_t index) {
+zrkey::ComRef<IDispatch> lateBoundAt(duk_context* script, duk_idx_t index) {
     if (!duk_is_object(script, index)) {
         return {};
     }
     duk_get_prop_string(script, index, kNumberKey);
     const std::uint32_t number = duk_get_uint(script, -1);
     duk_pop(script);
-    return contextOf(script).objects.find(number);
+    return contextOf(script).lateBoundObjects.find(number);
 }
 
 }  // namespace zr::host

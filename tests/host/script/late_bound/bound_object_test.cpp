@@ -1,10 +1,11 @@
 // Objects of the library in scripts: members, conversion of arguments and results, errors,
 // lifetime.
-#include "host/script/object.h"
+#include "host/script/late_bound/bound_object.h"
 
 #include "host/script/context.h"
-#include "host/script/members.h"
-#include "host/script/values.h"
+#include "host/script/late_bound/members.h"
+#include "host/script/late_bound/values.h"
+#include "host/script/script_values.h"
 #include "tests/host/script/scripted_object.h"
 
 #include <gtest/gtest.h>
@@ -17,10 +18,10 @@ class ScriptObjectTest : public testing::Test {
 protected:
     void SetUp() override {
         m_heap = duk_create_heap(nullptr, nullptr, nullptr, &m_context, nullptr);
-        addObjectSupport(m_heap);
+        addLateBoundObjects(m_heap);
         zrkey::ComRef<IDispatch> object;
         object.reset(new zr::test::ScriptedObject);
-        pushObject(m_heap, std::move(object));
+        pushLateBound(m_heap, std::move(object));
         duk_put_global_string(m_heap, "object");
     }
 

@@ -2,7 +2,7 @@
 //
 // The script holds a JavaScript Proxy. When the engine collects the Proxy, the reference to the
 // library's object is released. The handler of all Proxies decides what a script reads from them:
-// see host/script/members.h.
+// see host/script/late_bound/members.h.
 #pragma once
 
 #include <duktape.h>
@@ -14,10 +14,10 @@ namespace zr::host {
 void setObjectHandler(duk_context* script);
 
 /// Pushes a new script object that owns the reference.
-void pushObject(duk_context* script, zrkey::ComRef<IDispatch> object);
+void pushLateBound(duk_context* script, zrkey::ComRef<IDispatch> object);
 
 /// The object behind a script value.
 /// @return null when the value is not such an object, or its reference was released.
-zrkey::ComRef<IDispatch> objectAt(duk_context* script, duk_idx_t index);
+zrkey::ComRef<IDispatch> lateBoundAt(duk_context* script, duk_idx_t index);
 
 }  // namespace zr::host
