@@ -1,7 +1,8 @@
 # What is installed, in three components:
 #   library      the library and what it stands on at run time;
 #   development  headers, import libraries, a CMake package (zrkey::zrkey), a pkg-config file;
-#   command      the zrkey command with its shell completion and manual page.
+#   command      the zrkey command with its shell completion and manual page; on Windows the
+#                Automation server too.
 include(CMakePackageConfigHelpers)
 set(zsh_folder zsh/site-functions)
 if(ZRKEY_PACKAGE STREQUAL "debian")  # Debian has a folder of its own for packages
@@ -25,6 +26,9 @@ if(ZRKEY_IMPORT_LIBRARY)
 endif()
 if(TARGET zrkey_host)
   install(TARGETS zrkey_host COMPONENT command)
+endif()
+if(TARGET zrkeycom)
+  install(TARGETS zrkeycom LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT command)
 endif()
 if(ZRKEY_SHELL_FILES)
   install(FILES ${ZRKEY_SHELL_FILES}/zrkey COMPONENT command
