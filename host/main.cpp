@@ -5,6 +5,7 @@
 #include "host/commands/command_line.h"
 #include "host/output/failure.h"
 #include "host/system/interruption.h"
+#include "host/system/module_search.h"
 #include "host/system/system.h"
 
 int main(int argc, char** argv) {

@@ -28,11 +28,12 @@ else()
   file(RELATIVE_PATH headers ${from} ${to})
   zr_install_documents(development ${developer_documents} --headers ${headers} ${without})
   if(ZRKEY_PACKAGE STREQUAL "debian")
-    set(names command-reference comparison packages script-reference security start-script
-      start-terminal tokens troubleshooting)
+    set(names command-reference comparison object-model packages script-reference security
+      start-script start-terminal tokens troubleshooting)
     list(TRANSFORM names REPLACE "(.+)" "docs/\\1.md")
     zr_install_documents(command ${CMAKE_INSTALL_DOCDIR}
-      --others /usr/share/doc/libzrkey-dev ${names} examples/config.xml examples/tour.js)
+      --others /usr/share/doc/libzrkey-dev ${names} examples/config.xml
+      examples/sign_letter.js examples/tour.js)
   endif()
 endif()
 
