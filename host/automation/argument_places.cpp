@@ -98,7 +98,8 @@ private:
         while (given.size() > m_numbered.size() && isMissing(*given.back().argument)) {
             given.pop_back();
         }
-        // A call of the whole form keeps it when arguments at its end are missing.
+        // A call that gives all parameters still counts as such when the last arguments are
+        // missing.
         const bool isWhole = given.size() > m_used && given.size() == m_numbered.size();
         while (!isWhole && !given.empty() && isLeftOut(given)) {
             given.pop_back();
@@ -118,7 +119,7 @@ private:
         return isNeeded ? isNotGiven(argument) : isMissing(argument);
     }
 
-    /// In the whole form, a needed argument that is missing at the end makes a wrong number.
+    /// When all parameters are given, a missing needed argument at the end is a wrong count.
     void requireEnd(const Places& given) const {
         for (std::size_t i = given.size(); i > 0 && isNotGiven(*given[i - 1].argument); --i) {
             const Parameter& parameter = m_parameters[i - 1];
@@ -143,7 +144,7 @@ private:
     }
 
     void placeNamed(DISPID id, const Place& place) {
-        // Of a negative number, the index is larger than every other.
+        // A negative number becomes an index that is too large.
         const auto index = static_cast<std::size_t>(id);
         if (index >= m_places.size() || m_places[index].argument) {
             // No such parameter, or one that was given before.

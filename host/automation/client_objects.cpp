@@ -44,7 +44,7 @@ zrkey::ComRef<IDispatch> Registration::find(const host::Object& object) {
     zrkey::ComRef<IDispatch> found;
     const std::lock_guard lock(registry().lock);
     const auto newest = registry().newest.find(&object);
-    // It may be null: the one to be made found no memory.
+    // It is null when there was no memory for the new object.
     const bool isKnown = newest != registry().newest.end() && newest->second;
     if (isKnown && newest->second->m_base.addReferenceIfAlive()) {
         found.reset(newest->second->m_identity);

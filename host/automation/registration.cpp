@@ -82,7 +82,7 @@ LSTATUS writeEntry(HKEY classes, const RegistryEntry& entry) {
 }
 
 /// @return true when the key is not there.
-bool isGone(LSTATUS result) {
+bool isMissing(LSTATUS result) {
     return result == ERROR_FILE_NOT_FOUND || result == ERROR_PATH_NOT_FOUND;
 }
 
@@ -92,7 +92,7 @@ LSTATUS removeEntry(HKEY classes, const RegistryEntry& entry) {
     if (result == ERROR_SUCCESS) {
         result = key.removeValue(entry.name);
     }
-    return isGone(result) ? ERROR_SUCCESS : result;
+    return isMissing(result) ? ERROR_SUCCESS : result;
 }
 
 /// Removes a key and those around it, as long as they are empty, down to one of this server's own.
@@ -150,7 +150,7 @@ bool isOfAnotherCopy(HKEY classes) {
         key.read(file) != ERROR_SUCCESS) {
         return false;
     }
-    // One file may have two paths; a file that is gone has only its path.
+    // Two paths may name one file; for a deleted file only the paths can be compared.
     std::error_code error;
     return CompareStringOrdinal(file.c_str(), -1, ownFile().c_str(), -1, TRUE) != CSTR_EQUAL &&
            !std::filesystem::equivalent(file, ownFile(), error);
@@ -183,7 +183,7 @@ HRESULT unregisterServer(Scope scope) noexcept {
         if (result == ERROR_SUCCESS && !isOfAnotherCopy(classes.get())) {
             result = removeEntries(classes.get(), entries);
         }
-        return HRESULT_FROM_WIN32(isGone(result) ? ERROR_SUCCESS : result);
+        return HRESULT_FROM_WIN32(isMissing(result) ? ERROR_SUCCESS : result);
     } catch (const std::bad_alloc&) {
         return E_OUTOFMEMORY;
     }

@@ -1,4 +1,4 @@
-// What stands in the registry about this server, as data.
+// The registry entries of this server, as data.
 #pragma once
 
 #include <string>

@@ -7,8 +7,8 @@
 
 namespace zr::automation {
 
-/// A value that is not what a parameter takes. Automation has a result for it; early-bound
-/// clients get the text.
+/// A value that a parameter does not accept. Automation has a result for it; early-bound clients
+/// get the text.
 struct WrongValue {
     HRESULT result;  ///< DISP_E_TYPEMISMATCH, or DISP_E_OVERFLOW for a number that is too large
     const char* problem;  ///< "is not a text", as other front ends say it

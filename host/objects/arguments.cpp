@@ -194,8 +194,8 @@ CallError Arguments::wrong(std::size_t index, const std::string& problem) const 
     return faulty(index, CallError::Fault::kValue, problem);
 }
 
-CallError Arguments::refused(HRESULT result, std::string cause) const {
-    return CallError::refused(m_member.name, result, std::move(cause));
+CallError Arguments::refused(HRESULT result, const std::string& cause) const {
+    return CallError::refused(m_member.name, result, cause);
 }
 
 CallError Arguments::closed() const {

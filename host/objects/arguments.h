@@ -23,7 +23,7 @@ public:
     LONG integer(std::size_t index, LONG missing = 0) const;
     const WideText& text(std::size_t index) const;
     std::string_view bytes(std::size_t index) const;
-    /// The bytes for a call of the library. Erased by nobody: they are data, not a PIN.
+    /// The bytes for a call of the library. Not erased: they are data, not a PIN.
     zrkey::ByteArray byteArray(std::size_t index) const;
     /// An object of the class that the parameter states.
     template <class T>
@@ -40,7 +40,7 @@ public:
     void require(HRESULT result) const;
     /// The failure of an argument of the right type that has a wrong value.
     CallError wrong(std::size_t index, const std::string& problem) const;
-    CallError refused(HRESULT result, std::string cause = {}) const;
+    CallError refused(HRESULT result, const std::string& cause = {}) const;
     CallError closed() const;
 
 private:
@@ -85,7 +85,7 @@ Member extensionCall(const char* name, std::vector<Parameter> parameters, Kind r
 /// The bytes that an operation handed out. Throws std::bad_alloc when there are none: when out of
 /// memory, the library returns S_OK and leaves its result untouched.
 Value bytesOf(const zrkey::ByteArray& result);
-/// A text that an operation handed out; empty when it left it untouched.
+/// A text that an operation returned; empty when it returned none.
 Value textOf(const zrkey::Text& text);
 
 }  // namespace zr::host

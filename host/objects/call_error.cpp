@@ -5,7 +5,7 @@
 
 namespace zr::host {
 
-CallError CallError::refused(std::string member, HRESULT result, std::string cause) {
+CallError CallError::refused(std::string member, HRESULT result, const std::string& cause) {
     std::string text = member;
     text.append(" failed: ").append(zrkey::Result(result).text());
     if (!cause.empty()) {

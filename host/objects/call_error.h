@@ -26,7 +26,7 @@ public:
 
     /// @param member  "VerifyPIN".
     /// @param cause   why, when more is known than the result; may be empty.
-    static CallError refused(std::string member, HRESULT result, std::string cause = {});
+    static CallError refused(std::string member, HRESULT result, const std::string& cause = {});
     /// @param takes  "takes 1 or 2 arguments".
     static CallError wrongCount(std::string member, const std::string& takes);
     /// @param index    of the argument, from 0.

@@ -37,7 +37,7 @@ std::span<const Member> certificateMembers() {
     static const Member members[] = {
         libraryCall<getCertData>(
             "GetCertData", {}, Kind::kBytes,
-            "Reads the certificate, in DER; of several of its name, the first.")
+            "Reads the certificate, in DER; the first one when several have its name.")
             .forPages(),
         libraryCall<getCertId>("GetCertID", {}, Kind::kText, "Returns the name of the container.")
             .forPages(),

@@ -26,7 +26,7 @@ std::span<const Member> collectionMembers() {
                            "Returns an object of the list, counted from 0.")
             .forPages(),
         composedCall<closeObject>("Close", {}, Kind::kBoolean,
-                                  "Releases the list; its objects go on.")
+                                  "Releases the list; its objects stay usable.")
             .forClosed()
             .forPages()};
     return members;

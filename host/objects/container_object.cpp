@@ -37,7 +37,7 @@ std::span<const Member> containerMembers() {
                              "Reads the type of the certificate as text: empty for X.509.")
             .forPages(),
         libraryCall<closeContainer>("Close", {}, Kind::kBoolean,
-                                    "Releases the container; its certificate goes on.")
+                                    "Releases the container; its certificate stays usable.")
             .forClosed()
             .forPages()};
     return members;

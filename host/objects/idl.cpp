@@ -23,7 +23,7 @@ constexpr ClassRow kClasses[] = {
     {ObjectClass::kFile, "8FCDDDC5-5CF4-4C2D-95A3-282B02DD67A3",
      "5371304B-BA8D-4411-87EA-ED3F758044C0", "A file on a token."},
     {ObjectClass::kContainer, "379454EA-4C6C-456C-A0E0-82175FFA8F0C",
-     "6139E756-FD55-414B-BE7D-861896C83FDD", "A key with its certificate on a token."},
+     "6139E756-FD55-414B-BE7D-861896C83FDD", "A certificate on a token, with its keys."},
     {ObjectClass::kCertificate, "2B01319F-9F6D-4A54-8440-20C3EE187E00",
      "7F595CEB-7B0A-4D1F-B0A8-18595D2426B3", "A certificate on a token."},
     {ObjectClass::kCollection, "951CDD42-81FF-4105-9453-F67FBC8BAC27",

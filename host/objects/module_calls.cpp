@@ -16,7 +16,7 @@ std::vector<ModuleCalls*>& allCalls() {
     return all;
 }
 
-/// As the library recognises a module.
+/// The address by which the library recognises a module.
 const void* identityOf(const Cryptoki& calls) {
     const auto* list = static_cast<const CK_FUNCTION_LIST*>(calls.functions());
     return list ? reinterpret_cast<const void*>(list->C_Finalize) : nullptr;
@@ -27,7 +27,7 @@ const void* identityOf(const Cryptoki& calls) {
 ModuleCalls::ModuleCalls(const std::string& path) {
     auto calls = std::make_shared<Cryptoki>(path);
     calls->startApart();
-    // Calls that are apart have an end of their own.
+    // When the calls are apart, the library's end of the module does not affect them.
     m_identity = calls->isApart() ? nullptr : identityOf(*calls);
     m_calls = std::move(calls);
     allCalls().push_back(this);

@@ -15,8 +15,8 @@ namespace zr::host {
 /// thread at a time.
 class ModuleCalls {
 public:
-    /// Make them as soon as the library has initialised the module: it could not be found out later
-    /// whether they are apart, and a module that has ended would be initialised again.
+    /// Create this object as soon as the library has initialised the module. Later it cannot find
+    /// out whether the calls are apart, and would initialise a module that has ended.
     /// @param path  of the module, absolute, in UTF-8.
     explicit ModuleCalls(const std::string& path);
     ~ModuleCalls();
@@ -32,8 +32,8 @@ public:
     /// same module too.
     void end();
     /// Keeps a provider of the library that has loaded the module until no provider and no token of
-    /// this module is left in the process: with the first of its providers, the library ends a module
-    /// for all of them. Without memory the provider is released at once.
+    /// this module is left in the process: the library ends a module for all its providers when the
+    /// first one is released. When out of memory, the provider is released at once.
     void keep(zrkey::ComRef<ITokenProvider> provider) noexcept;
 
 private:

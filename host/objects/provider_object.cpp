@@ -85,9 +85,9 @@ std::span<const Member> providerMembers() {
     static const Member members[] = {
         libraryCall<load>(
             "Load", {{"path", kText}}, Kind::kBoolean,
-            "Loads a PKCS #11 module: in scripts by a path relative to the current directory, with "
-            "the config.xml there; in Automation clients by any path, with the configuration that "
-            "the command finds; without a valid one it fails, but the module stays loaded."),
+            "Loads a PKCS #11 module. Scripts give a path relative to the current directory, which "
+            "must contain config.xml; Automation clients give any path, and config.xml is found as "
+            "by the command. Fails without a valid config.xml, but the module stays loaded."),
         libraryCall<unload>("Unload", {}, Kind::kBoolean,
                             "Ends the module that was loaded last, for the whole process, also for "
                             "other providers that loaded it; succeeds also when none is loaded."),
@@ -128,7 +128,7 @@ std::span<const Member> providerMembers() {
             .forClosed(),
         composedCall<closeObject>(
             "Close", {}, Kind::kBoolean,
-            "Releases the provider; its tokens go on. Its module ends when no "
+            "Releases the provider; its tokens stay usable. Its module ends when no "
             "provider and no token of it is left.")
             .forClosed()
             .forPages()};

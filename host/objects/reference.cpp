@@ -36,16 +36,17 @@ A member is one of three kinds:
 | composed | made of calls of the library |
 | extension | calls the PKCS #11 module, for what the library does not do or does not finish |
 
-Parameters in brackets may be left out. Parameters of the library that it does not look at are shown
-after a slash: a call gives either all parameters, in the order of `zrkey.h`, or none of these.
+Parameters in brackets may be left out. When the library ignores some of its parameters, the list
+with them is shown after a slash. A call gives all parameters, in the order of `zrkey.h`, or none of
+the ignored ones.
 
 A call that the library, the module or the token refuses is an error with the member and the
 library's result, so a boolean result is `true`, except that of `verify`. An argument of a wrong
 type or value is an error that says which argument it is; nothing is called then.
 
 `Close` releases an object. Every later call of a member of it is an error, except another `Close`
-and the conversions of the provider, such as `toHex`. What was opened from the object goes on, so
-objects may be closed in any order.
+and the conversions of the provider, such as `toHex`. Objects opened from a closed one stay usable,
+so objects may be closed in any order.
 )";
 
 const char* nameOf(ParameterKind kind) {

@@ -82,7 +82,7 @@ Value verifyPin(TokenObject& token, const Arguments& arguments) {
 bool isLoggedIn(IKeyObject& library) {
     const zrkey::ByteArray data("x");
     zrkey::ByteArray signature;
-    // Without a certificate it goes no further than the look at the login.
+    // Without a certificate SignData only checks the login, then fails.
     return library.SignData(nullptr, data, nullptr, signature.receive()) !=
            RPC_E_CANTCALLOUT_INEXTERNALCALL;
 }
@@ -180,7 +180,7 @@ void TokenObject::noteLogin(const WideText& pin, bool securityOfficer) {
 void TokenObject::close() {
     forgetLogin();
     LibraryObject::close();
-    // The last ones end the module.
+    // The module ends with the last reference.
     m_calls.reset();
 }
 
@@ -230,9 +230,9 @@ std::span<const Member> tokenMembers() {
             .forPages(),
         libraryCall<verifyPin>(
             "VerifyPIN", {{"pin", kText}, pinType}, Kind::kBoolean,
-            "Logs in with a PIN of at most 127 bytes in UTF-8; pinType 0, or none, is "
-            "the user, 1 the security officer; E_FAIL whenever the token refuses, "
-            "and an earlier login has ended then."),
+            "Logs in with a PIN of at most 127 bytes in UTF-8; pinType is 0 (or left out) for the "
+            "user and 1 for the security officer. Fails with E_FAIL whenever the token refuses; "
+            "that also ends an earlier login."),
         libraryCall<modifyPin>(
             "ModifyPIN", {{"oldPin", kText}, {"newPin", kText}, pinType}, Kind::kBoolean,
             "Changes a PIN and logs in with it; pinType is that of VerifyPIN; both "
@@ -264,10 +264,10 @@ std::span<const Member> tokenMembers() {
                                        "Counts the containers; a module that fails ends the count "
                                        "early.")
             .forPages(),
-        libraryCall<openContainer>("OpenContainer", {{"which", kTextOrIndex}}, Kind::kObject,
-                                   "Opens a container by its name, or by its index from 0 in the "
-                                   "list of EnumContainer; of "
-                                   "several of one name, the first.")
+        libraryCall<openContainer>(
+            "OpenContainer", {{"which", kTextOrIndex}}, Kind::kObject,
+            "Opens a container by its name, or by its index from 0 in the list of EnumContainer; "
+            "the first one when several have the name.")
             .returning(ObjectClass::kContainer)
             .forPages(),
         composedCall<certificates>(
@@ -278,11 +278,10 @@ std::span<const Member> tokenMembers() {
         libraryCall<getCertData>("GetCertData", {{"cert", kCertificate}}, Kind::kBytes,
                                  "Reads a certificate, in DER: GetCertData of the certificate.")
             .forPages(),
-        libraryCall<getPubKeyData>(
-            "GetPubKeyData", {{"cert", kCertificate}}, Kind::kBytes,
-            "Reads the ID of the first public key whose type, read as text, equals the name of the "
-            "certificate; the type of an RSA key reads as the empty text, so other names find "
-            "none.")
+        libraryCall<getPubKeyData>("GetPubKeyData", {{"cert", kCertificate}}, Kind::kBytes,
+                                   "Reads the ID of the first public key whose type, read as text, "
+                                   "equals the name of the certificate. The type of an RSA key is "
+                                   "the empty text, so a certificate with a name finds no RSA key.")
             .forPages(),
         libraryCall<createContainer>("CreateContainer", {{"containerName", kText}}, Kind::kObject,
                                      "Always fails with E_NOTIMPL.")

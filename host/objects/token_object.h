@@ -21,7 +21,7 @@ public:
     ~TokenObject() override { close(); }
 
     /// A session beside the library's, which shares its login and keeps the calls. Throws a CallError
-    /// when the module is gone, a Failure when the token is.
+    /// when the module was unloaded, a Failure when the token was removed.
     std::shared_ptr<DirectSession> openSession(const Arguments& arguments,
                                                CryptokiSession::Access access) const;
 

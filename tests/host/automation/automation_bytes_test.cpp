@@ -85,7 +85,7 @@ TEST_F(AutomationBytesTest, ArrayOfVariantsIsRead) {
     EXPECT_ANSWER("S:", toHex(arrayOfVariants({})));
 }
 
-TEST_F(AutomationBytesTest, ArrayOfRecordsIsNoArrayOfVariants) {
+TEST_F(AutomationBytesTest, ArrayOfRecordsIsNotAnArrayOfVariants) {
     // As large as a variant; these bytes would read as the number 7.
     VARIANT record = integer(7).release();
     SAFEARRAY array = {};

@@ -84,7 +84,7 @@ TEST_F(AutomationInvokeTest, ReadingAPropertyRunsNoAction) {
     EXPECT_ANSWER("B:true", invokeAs(list, "Close", DISPATCH_METHOD | DISPATCH_PROPERTYGET));
 }
 
-TEST_F(AutomationInvokeTest, ArgumentOfAListIsThatOfItsItem) {
+TEST_F(AutomationInvokeTest, ArgumentOfAListIsPassedToItsItem) {
     EXPECT_ANSWER("S:a",
                   call(call(token, "certificates", integer(0)).value.toObject(), "GetCertID"));
     EXPECT_ANSWER("S:PKCS#11", call(provider, "Name"));

@@ -30,7 +30,7 @@ TEST_F(AutomationTextTest, ReferenceToATextIsRead) {
     EXPECT_ANSWER("X:", call(provider, "fromText", referenceTo(VT_BSTR, &none)));
 }
 
-TEST_F(AutomationTextTest, NumberIsNoText) {
+TEST_F(AutomationTextTest, NumberIsNotAText) {
     EXPECT_REFUSED(DISP_E_TYPEMISMATCH, call(provider, "fromText", integer(123)));
     EXPECT_REFUSED(DISP_E_TYPEMISMATCH, call(provider, "fromText", Variant::fromBool(true)));
     EXPECT_REFUSED(DISP_E_TYPEMISMATCH, call(provider, "fromText", bytes("a")));
@@ -165,7 +165,7 @@ TEST_F(AutomationResultTest, ResultsAreArgumentsAgain) {
     EXPECT_ANSWER("S:A", call(provider, "toText", der.value));
 }
 
-TEST_F(AutomationResultTest, CertificateIsTakenFromOurOwnObjectsAlone) {
+TEST_F(AutomationResultTest, OnlyOurOwnCertificatesAreAccepted) {
     EXPECT_ANSWER("X:41", call(token, "GetCertData", object(certificate)));
     ScriptArray foreign;
     EXPECT_REFUSED(DISP_E_TYPEMISMATCH, call(token, "GetCertData", foreign.argument()));

@@ -135,7 +135,7 @@ TEST_F(ServerFilesTest, UnregistrationLeavesEmptyKeysThatServersShare) {
     }
 }
 
-TEST_F(ServerFilesTest, InstallKnowsUserAndMachineAlone) {
+TEST_F(ServerFilesTest, InstallAcceptsOnlyUserAndMachine) {
     const InstalledServer server("installed");
     EXPECT_HR(E_INVALIDARG, server.install(true, L"other"));
     EXPECT_HR(E_INVALIDARG, server.install(false, L"users"));

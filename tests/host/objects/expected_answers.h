@@ -45,7 +45,7 @@ private:
     void readLine(const std::vector<std::string>& words);
 
     std::map<std::string, ExpectedMember> m_members;
-    /// As they stand in the file.
+    /// As in the file.
     std::map<std::string, std::map<std::string, std::string>> m_answers;
 };
 

@@ -1,5 +1,5 @@
-// The arguments of every member: number, types and values, before anything is called. What is
-// expected stands in expected_answers.txt, not in the table of the members.
+// The arguments of every member: number, types and values, before anything is called. The
+// expected answers are in expected_answers.txt, not in the table of the members.
 #include "host/objects/arguments.h"
 
 #include <cmath>

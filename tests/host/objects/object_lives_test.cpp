@@ -1,5 +1,5 @@
-// Objects are released in every order: what is left goes on, and the end of the last one logs out and
-// unloads the module, once.
+// Objects are released in every order: the remaining ones stay usable, and releasing the last one
+// logs out and unloads the module, once.
 #include <algorithm>
 #include <array>
 
@@ -93,7 +93,7 @@ TEST_F(ObjectLivesTest, MembersOfAClosedObjectFailAndReachNothing) {
     }
 }
 
-TEST_F(ObjectLivesTest, TokenOfAnUnloadedModuleFailsAndItsExtensionsDoToo) {
+TEST_F(ObjectLivesTest, TokenOfAnUnloadedModuleAndItsExtensionsFail) {
     std::array<ObjectRef, kObjects> objects = openAll();
     call(objects[0], "Unload");
     module.takeCalls();

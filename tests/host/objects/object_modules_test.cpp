@@ -51,14 +51,14 @@ protected:
     static constexpr const char* kFailed = "Load failed: E_FAIL (0x80004005)";
 };
 
-TEST_F(ObjectModulesTest, MissingFileLeavesTheEarlierModuleToTheExtensions) {
+TEST_F(ObjectModulesTest, ExtensionsUseTheEarlierModuleAfterAMissingFile) {
     const ObjectRef provider = load();
     EXPECT_EQ(kFailed, failedLoad(provider, "missing.so"));
     expectExtensions(openToken(provider));
     EXPECT_EQ(Lines{"C_Initialize(null)"}, callsOf(module, {"C_Initialize"}));
 }
 
-TEST_F(ObjectModulesTest, RefusedPathLeavesTheEarlierModuleToTheExtensions) {
+TEST_F(ObjectModulesTest, ExtensionsUseTheEarlierModuleAfterARefusedPath) {
     const Stateful other('a');
     const ObjectRef provider = load();
     std::string path;
@@ -70,7 +70,7 @@ TEST_F(ObjectModulesTest, RefusedPathLeavesTheEarlierModuleToTheExtensions) {
     EXPECT_EQ(0u, other.callCount());
 }
 
-TEST_F(ObjectModulesTest, ModuleWithoutConfigurationTakesTheExtensionsOver) {
+TEST_F(ObjectModulesTest, ExtensionsUseAModuleLoadedWithoutConfiguration) {
     Stateful other('a');
     const ObjectRef provider = load();
     std::filesystem::remove("config.xml");
@@ -132,11 +132,11 @@ TEST_F(ObjectModulesTest, ModuleEndsWithTheLastProviderAndTokenOfAllProviders) {
     call(second, "Close");
     EXPECT_EQ(Lines(), endCalls());
     call(token, "Close");
-    // Each provider ends it.
+    // Each of the two providers finalises it when it is released.
     EXPECT_EQ((Lines{"C_CloseSession(2)", "C_Finalize(null)", "C_Finalize(null)"}), endCalls());
 }
 
-TEST_F(ObjectModulesTest, ProviderThatIsReplacedInALoopLeavesTheNewOneItsModule) {
+TEST_F(ObjectModulesTest, ReplacingAProviderInALoopDoesNotEndTheModule) {
     ObjectRef provider;
     ObjectRef token;
     for (int round = 0; round < 3; ++round) {

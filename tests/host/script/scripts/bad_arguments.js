@@ -44,7 +44,7 @@ function closed(className) {
     return object;
 }
 
-// The end of any provider ends the module of all of them.
+// The next calls make new objects.
 function closeAll() {
     for (var className in made) {
         made[className].Close();

@@ -1,5 +1,4 @@
-// Objects that JScript's garbage collection releases in any order. One provider is left to the end: the
-// last release of another one of the same module would end the module.
+// Objects that JScript's garbage collection releases in any order.
 var certificate = (function () {
     var token = loggedInToken();
     return token.certificates().Item(0);
