@@ -78,11 +78,20 @@ public:
     /// Runs a call that names no session between beginCall and endCall.
     template <class Act>
     CK_RV call(StatefulCall call, Act act) {
-        m_tokens->beginCall(call);
-        CK_RV rv = CKR_OK;
+        bool wasInitialized = false;
+        unsigned long incarnation = 0;
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
-            rv = act(&call);
+            wasInitialized = m_isInitialized;
+            incarnation = m_incarnation;
+        }
+        m_tokens->beginCall(call);
+        CK_RV rv = CKR_CRYPTOKI_NOT_INITIALIZED;
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            if (!wasInitialized || incarnation == m_incarnation) {
+                rv = act(&call);
+            }
         }
         m_tokens->endCall(call);
         return rv;

@@ -152,6 +152,19 @@ TEST_F(StatefulModuleTest, CallDuringWhichTheModuleIsFinalisedReachesNoSession) 
     module.onCall = nullptr;
 }
 
+TEST_F(StatefulModuleTest, FinaliseDuringOpenSessionIsNotReported) {
+    module.onCall = [&](const StatefulCall&, bool isEnd) {
+        if (!isEnd) {
+            calls.C_Finalize(nullptr);
+        }
+    };
+    CK_SESSION_HANDLE session = 0;
+    EXPECT_EQ(CKR_CRYPTOKI_NOT_INITIALIZED,
+              calls.C_OpenSession(kFirstSlot, CKF_SERIAL_SESSION, nullptr, nullptr, &session));
+    module.onCall = nullptr;
+    EXPECT_EQ(Lines{}, module.takeMisuses());
+}
+
 TEST_F(StatefulModuleTest, EachModuleHasTokensOfItsOwn) {
     Stateful other('b');
     const HMODULE library = LoadLibraryA(std::filesystem::absolute("b.dll").string().c_str());
