@@ -153,8 +153,9 @@ TEST_F(StatefulModuleTest, CallDuringWhichTheModuleIsFinalisedReachesNoSession) 
 }
 
 TEST_F(StatefulModuleTest, FinaliseDuringOpenSessionIsNotReported) {
-    module.onCall = [&](const StatefulCall&, bool isEnd) {
-        if (!isEnd) {
+    bool isFinalized = false;
+    module.onCall = [&](const StatefulCall&, bool) {
+        if (!std::exchange(isFinalized, true)) {
             calls.C_Finalize(nullptr);
         }
     };
