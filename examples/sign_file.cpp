@@ -8,7 +8,7 @@
 // another folder like this: $(realpath --relative-to=. /usr/lib/softhsm/libsofthsm2.so)
 //
 // The first line of standard input is the user PIN. It is shown as you type, and stays in memory
-// until the program ends. A wrong PIN costs a retry: a token locks itself after a few.
+// until the program ends. A token locks itself after a few wrong PINs.
 // The signature is RSA with SHA-1 (PKCS #1 v1.5).
 #include <zrkey/zrkey.hpp>
 

@@ -29,7 +29,7 @@ Public Sub SignLetter(ByVal path As String, ByVal modulePath As String)
     If tokens.Count <> 1 Then Err.Raise vbObjectError + 1, , tokens.Count & " tokens, not one"
     Set token = tokens.Item(0)
     pin = InputBox("PIN of " & token.Label)
-    If pin = "" Then Err.Raise vbObjectError + 1, , "no PIN" ' it would cost a try
+    If pin = "" Then Err.Raise vbObjectError + 1, , "no PIN" ' the token would count it as a wrong PIN
     token.VerifyPIN pin, ZRPinUser
 
     Set certificates = token.certificates

@@ -76,7 +76,7 @@ function login(token) {
         WScript.Echo("PIN of " + token.GetLabel() + ":");
         pin = WScript.StdIn.ReadLine();
     }
-    need(pin, "no PIN"); // it would cost a try
+    need(pin, "no PIN"); // the token would count it as a wrong PIN
     try {
         token.VerifyPIN(pin, USER);
     } catch (error) {

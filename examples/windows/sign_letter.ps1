@@ -34,7 +34,7 @@ $token = $found[0]
 $pin = Read-Host -AsSecureString "PIN of $($token.GetLabel())"
 $text = [Net.NetworkCredential]::new('', $pin).Password
 if (-not $text) {
-    throw 'no PIN' # it would cost a try
+    throw 'no PIN' # the token would count it as a wrong PIN
 }
 try {
     [void] $token.VerifyPIN($text, $user)

@@ -66,7 +66,7 @@ Sub Login(token)
         WScript.Echo "PIN of " & token.Label & ":"
         pin = WScript.StdIn.ReadLine
     End If
-    If pin = "" Then Fail "no PIN" ' it would cost a try
+    If pin = "" Then Fail "no PIN" ' the token would count it as a wrong PIN
     On Error Resume Next
     token.VerifyPIN pin, USER
     refusal = Err.Number

@@ -13,7 +13,7 @@ namespace zr::automation {
 /// The number of a parameter for named arguments: first those that are used, in their order, as in the
 /// type library; then the others.
 /// @param name  case-insensitive.
-/// @return DISPID_UNKNOWN when there is none of that name.
+/// @return DISPID_UNKNOWN when no parameter has the name.
 DISPID idOfParameter(const host::Member& member, std::string_view name);
 
 /// Whether two names are the same for Automation.

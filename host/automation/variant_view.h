@@ -9,8 +9,8 @@ namespace zr::automation {
 
 /// Follows references.
 /// @return a variant of a type without VT_BYREF, whose text, array or object is borrowed: do not clear
-/// it. VT_ILLEGAL for a null reference, for one that leads nowhere, and for a type that is none of
-/// Automation's.
+/// it. VT_ILLEGAL for a null reference, for a chain of references without an end, and for a type that
+/// Automation does not have.
 VARIANT viewOf(const VARIANT& variant);
 
 /// A number of any type.

@@ -70,7 +70,7 @@ Value toInteger(const VARIANT& variant, const char* problem = kNoNumber) {
 }
 
 Value toText(const VARIANT& variant) {
-    // A number is refused: the PIN 0123 would arrive as 123 and cost a retry.
+    // A number is refused: the PIN 0123 would arrive as 123, a wrong PIN.
     if (variant.vt != VT_BSTR) {
         refuse("is not a text");
     }

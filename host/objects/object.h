@@ -15,8 +15,8 @@ public:
     Object& operator=(const Object&) = delete;
 
     ObjectClass objectClass() const { return m_class; }
-    /// Releases the library's object. Every later call fails, except another Close; what came from
-    /// this object goes on.
+    /// Releases the library's object. Every later call fails, except another Close; objects opened
+    /// from this one stay usable.
     virtual void close() = 0;
     virtual bool isClosed() const = 0;
 

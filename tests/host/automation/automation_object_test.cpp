@@ -138,7 +138,7 @@ TEST_F(AutomationObjectTest, ClosedCollectionRefusesEveryCall) {
     EXPECT_EXCEPTION(E_UNEXPECTED, read(list, "Count"));
     EXPECT_EXCEPTION(E_UNEXPECTED, call(list, "Item", integer(0)));
     EXPECT_EXCEPTION(E_UNEXPECTED, invoke(list.get(), DISPID_NEWENUM, DISPATCH_METHOD, {}));
-    // What it handed out goes on.
+    // Its enumerator stays usable.
     Variant item;
     EXPECT_HR(S_OK, items->Next(1, item.receive(), nullptr));
     EXPECT_ANSWER("X:41", call(item.toObject(), "GetCertData"));
