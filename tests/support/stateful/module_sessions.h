@@ -75,7 +75,20 @@ public:
         m_tokens->endCall(call);
         return rv;
     }
-    /// Runs a call that names no session between beginCall and endCall.
+    /// Runs C_Initialize or C_Finalize between beginCall and endCall.
+    template <class Act>
+    CK_RV change(const StatefulCall& call, Act act) {
+        m_tokens->beginCall(call);
+        CK_RV rv = CKR_OK;
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            rv = act();
+        }
+        m_tokens->endCall(call);
+        return rv;
+    }
+    /// Runs a call that names no session between beginCall and endCall. When the module is finalised
+    /// meanwhile, the call fails without a misuse.
     template <class Act>
     CK_RV call(StatefulCall call, Act act) {
         bool wasInitialized = false;

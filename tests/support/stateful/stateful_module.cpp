@@ -52,13 +52,11 @@ ModuleSessions& sessions() {
 }
 
 CK_RV initialize(void*) {
-    return sessions().call({"C_Initialize", 0, 0},
-                           [](StatefulCall*) { return sessions().initialize(); });
+    return sessions().change({"C_Initialize", 0, 0}, [] { return sessions().initialize(); });
 }
 
 CK_RV finalize(void*) {
-    return sessions().call({"C_Finalize", 0, 0},
-                           [](StatefulCall*) { return sessions().finalize(); });
+    return sessions().change({"C_Finalize", 0, 0}, [] { return sessions().finalize(); });
 }
 
 CK_RV getSlotList(CK_BBOOL, CK_SLOT_ID* slots, CK_ULONG* count) {

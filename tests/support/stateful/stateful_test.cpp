@@ -166,6 +166,18 @@ TEST_F(StatefulModuleTest, FinaliseDuringOpenSessionIsNotReported) {
     EXPECT_EQ(Lines{}, module.takeMisuses());
 }
 
+TEST_F(StatefulModuleTest, FinaliseDuringInitialiseDoesNotMakeItFail) {
+    bool isFinalized = false;
+    module.onCall = [&](const StatefulCall&, bool) {
+        if (!std::exchange(isFinalized, true)) {
+            calls.C_Finalize(nullptr);
+        }
+    };
+    EXPECT_EQ(CKR_OK, calls.C_Initialize(nullptr));
+    module.onCall = nullptr;
+    EXPECT_TRUE(module.isInitialized());
+}
+
 TEST_F(StatefulModuleTest, EachModuleHasTokensOfItsOwn) {
     Stateful other('b');
     const HMODULE library = LoadLibraryA(std::filesystem::absolute("b.dll").string().c_str());
