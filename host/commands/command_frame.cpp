@@ -34,14 +34,6 @@ CLI::Validator isDecimal(unsigned long long first, unsigned long long last,
     return {check, ""};
 }
 
-/// Refuses an empty value: a variable that is not set would mean the default, unnoticed.
-CLI::Validator isNotEmpty() {
-    return {[](const std::string& text) -> std::string {
-                return text.empty() ? "the value is empty" : "";
-            },
-            ""};
-}
-
 CLI::Validator isIndex() {
     return isDecimal(0, std::numeric_limits<LONG>::max(), "an index");
 }
@@ -102,6 +94,13 @@ int writeFailure(Console& console, const std::string& name, const ReportOptions&
 }
 
 }  // namespace
+
+CLI::Validator isNotEmpty() {
+    return {[](const std::string& text) -> std::string {
+                return text.empty() ? "the value is empty" : "";
+            },
+            ""};
+}
 
 void addReportOptions(CLI::App& command, ReportOptions& options) {
     command.add_flag("--json", options.json, "Writes the result as one JSON object");

@@ -18,12 +18,15 @@
 // The parser's own header is not included here: it takes many seconds to compile.
 namespace CLI {
 class Option;
-}
+class Validator;
+}  // namespace CLI
 
 namespace zr::host {
 
 class Console;
 
+/// Refuses an empty value: a variable that is not set would mean the default, unnoticed.
+CLI::Validator isNotEmpty();
 /// --json, -v and -q.
 void addReportOptions(CLI::App& command, ReportOptions& options);
 /// --config and --workdir.

@@ -56,6 +56,15 @@ void addCommands(CLI::App& app, Action& action) {
     addConfigShowCommand(config, action);
     addConfigInitCommand(config, action);
     addConfigPathCommand(config, action);
+    CLI::App& browser = addGroup(app, "browser", "Lets web pages use tokens");
+    addBrowserInstallCommand(browser, action);
+    addBrowserUninstallCommand(browser, action);
+    addBrowserStatusCommand(browser, action);
+    addBrowserAllowCommand(browser, action);
+    addBrowserDenyCommand(browser, action);
+    addBrowserForgetCommand(browser, action);
+    addBrowserListCommand(browser, action);
+    addBrowserModuleCommand(browser, action);
     // Its words are exchanged before they reach the parser.
     app.add_subcommand("help", "Shows the help of a command")
         ->add_option_function<std::string>(
@@ -101,8 +110,11 @@ int runCommandLine(const std::vector<std::string>& words) {
     addExamples(app, "");
 
     // For the build, which installs what it writes.
-    if (words.size() == 2 && words.front() == "--generate") {
-        const std::string text = generate(app, words.back());
+    constexpr std::size_t kWordsOfManifest = 3;
+    const bool isManifest = words.size() == kWordsOfManifest;
+    if ((words.size() == 2 || isManifest) && words.front() == "--generate") {
+        const std::string text =
+            isManifest ? generateManifest(words[1], words[2]) : generate(app, words[1]);
         if (!text.empty()) {
             return writeAll(kStandardOutput, text) ? kExitFailure : kExitOk;
         }

@@ -8,8 +8,12 @@
 #include "host/commands/examples.h"
 #include "host/commands/usage.h"
 #include "host/objects/idl.h"
+#include "host/objects/page_types.h"
 #include "host/objects/reference.h"
+#include "host/system/utf8_path.h"
 #include "host/token/signing.h"
+#include "host/web/extension_ids.h"
+#include "host/web/host_manifest.h"
 
 namespace zr::host {
 namespace {
@@ -99,6 +103,9 @@ std::string wordsOfValue(const std::string& value) {
     if (value == "CERT-FORMAT") {
         return "raw hex base64 pem text";
     }
+    if (value == "BROWSER") {
+        return "chromium chrome edge firefox";
+    }
     return value == "FORMAT" ? "raw hex base64 pem" : "";
 }
 
@@ -118,12 +125,20 @@ std::string generate(const CLI::App& app, const std::string& kind) {
     if (kind == "idl") {
         return automationIdl();
     }
+    if (kind == "page-types") {
+        return pageTypes();
+    }
     for (const auto& [name, write] : kWriters) {
         if (kind == name) {
             return write(commandTable(app));
         }
     }
     return {};
+}
+
+std::string generateManifest(const std::string& browser, const std::string& program) {
+    const std::optional<Browser> known = browserNamed(browser);
+    return known ? manifestText(*known, {toPath(program), ownExtensions()}) : std::string();
 }
 
 }  // namespace zr::host

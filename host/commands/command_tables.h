@@ -44,8 +44,12 @@ bool isFileValue(const std::string& value);
 
 /// @return what the hidden option --generate writes; empty for an unknown kind.
 /// @param kind  "bash", "zsh", "fish", "man"; "objects": the reference of the object model; "idl": its
-///              interfaces for Automation.
+///              interfaces for Automation; "page-types": the types of the page library.
 std::string generate(const CLI::App& app, const std::string& kind);
+
+/// @return the manifest of zrkey-browser for a browser, for our own extensions; empty for a browser that
+///         is not known. --generate writes it too.
+std::string generateManifest(const std::string& browser, const std::string& program);
 
 std::string bashCompletion(const std::vector<CommandRow>& table);
 std::string zshCompletion(const std::vector<CommandRow>& table);

@@ -39,5 +39,13 @@ void addTraceCommand(CLI::App& parent, Action& action);
 void addConfigShowCommand(CLI::App& parent, Action& action);
 void addConfigInitCommand(CLI::App& parent, Action& action);
 void addConfigPathCommand(CLI::App& parent, Action& action);
+void addBrowserInstallCommand(CLI::App& parent, Action& action);
+void addBrowserUninstallCommand(CLI::App& parent, Action& action);
+void addBrowserStatusCommand(CLI::App& parent, Action& action);
+void addBrowserAllowCommand(CLI::App& parent, Action& action);
+void addBrowserDenyCommand(CLI::App& parent, Action& action);
+void addBrowserForgetCommand(CLI::App& parent, Action& action);
+void addBrowserListCommand(CLI::App& parent, Action& action);
+void addBrowserModuleCommand(CLI::App& parent, Action& action);
 
 }  // namespace zr::host

@@ -6,6 +6,7 @@
 #include "host/token/module_places.h"
 #include "tests/host/child_command.h"
 #include "tests/host/configuration_folders.h"
+#include "tests/host/web/replaced_places.h"
 #include "tests/support/fixtures/token.h"
 
 namespace zr::test {
@@ -85,6 +86,8 @@ protected:
     }
 
     ConfigurationFolders configurations{folder.root()};
+    /// The same folders.
+    WebPlacesReplacement web{folder.root()};
 };
 
 }  // namespace zr::test

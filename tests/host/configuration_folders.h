@@ -21,6 +21,7 @@ public:
             m_before[i] = value ? value : "";
         }
         setEnvironment("XDG_CONFIG_HOME", m_user.string());
+        setEnvironment("HOME", (root / "home").string());
         setEnvironment("APPDATA", m_user.string());
         setEnvironment("PROGRAMDATA", m_system.string());
     }

@@ -22,7 +22,7 @@ bool runsOthers(const CommandPage& page) {
 
 /// Its result is what does not work.
 bool reportsFailures(const CommandPage& page) {
-    return page.name() == "doctor";
+    return page.name() == "doctor" || page.name() == "browser status";
 }
 
 class HostileWordsTest : public CommandTest {
@@ -226,7 +226,7 @@ TEST_F(HostileWordsTest, EveryWordInPlaceOfACommandOrNumberIsOneLine) {
                 SCOPED_TRACE(page.name() + ' ' + value.substr(0, 50));
                 const CommandResult result = zrkey(joined(page.path, {value}));
                 EXPECT_LE(result.exitCode, 8);
-                if (result.exitCode != 0) {
+                if (result.exitCode != 0 && !reportsFailures(page)) {
                     expectOneLine(result);
                 }
             }

@@ -37,6 +37,7 @@ protected:
     static CommandResult run(const std::string& line) {
         // What an earlier run made.
         std::filesystem::remove_all("user");
+        std::filesystem::remove_all("home");
         CommandResult result = shell(line);
         result.exitCode = std::stoi(readFile("code.txt"));
         return result;
