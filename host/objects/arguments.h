@@ -67,19 +67,22 @@ struct Entry<kFunction> {
 template <auto kFunction>
 Member libraryCall(const char* name, std::vector<Parameter> parameters, Kind result,
                    const char* help) {
-    return {name, std::move(parameters), result, Origin::kLibrary, help, Entry<kFunction>::call};
+    return {name, std::move(parameters), result, MemberOrigin::kLibrary,
+            help, Entry<kFunction>::call};
 }
 /// Made of calls of the library.
 template <auto kFunction>
 Member composedCall(const char* name, std::vector<Parameter> parameters, Kind result,
                     const char* help) {
-    return {name, std::move(parameters), result, Origin::kComposed, help, Entry<kFunction>::call};
+    return {name, std::move(parameters), result, MemberOrigin::kComposed,
+            help, Entry<kFunction>::call};
 }
 /// Calls the PKCS #11 module.
 template <auto kFunction>
 Member extensionCall(const char* name, std::vector<Parameter> parameters, Kind result,
                      const char* help) {
-    return {name, std::move(parameters), result, Origin::kExtension, help, Entry<kFunction>::call};
+    return {name, std::move(parameters), result, MemberOrigin::kExtension,
+            help, Entry<kFunction>::call};
 }
 
 /// The bytes that an operation handed out. Throws std::bad_alloc when there are none: when out of

@@ -33,7 +33,7 @@ struct Parameter {
     bool mayHaveNul = false;  ///< a text
 };
 
-enum class Origin {
+enum class MemberOrigin {
     kLibrary,   ///< one call of the library, of the same name
     kComposed,  ///< made of calls of the library
     kExtension  ///< calls the PKCS #11 module, for what the library does not do or does not finish
@@ -45,7 +45,7 @@ struct Member {
     /// those that are not used.
     std::vector<Parameter> parameters;
     Kind result;
-    Origin origin;
+    MemberOrigin origin;
     const char* help;  ///< one sentence
     /// Called with arguments that were checked against the parameters.
     Value (*call)(Object& object, const Arguments& arguments);

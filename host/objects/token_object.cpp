@@ -177,6 +177,33 @@ void TokenObject::noteLogin(const WideText& pin, bool securityOfficer) {
     }
 }
 
+PinState TokenObject::readPin(const TokenRow& row, PinLengths* lengths) const {
+    const std::shared_ptr<const Cryptoki> calls = m_calls ? m_calls->get() : nullptr;
+    return calls ? readPinState(*calls, row, false, lengths) : PinState::kUnknown;
+}
+
+void TokenObject::logIn(const Arguments& arguments, Pin pin) {
+    const auto library = use(arguments);
+    const HRESULT result = library->VerifyPIN(PinText(pin).get(), 0);
+    // As in VerifyPIN.
+    if (result != E_INVALIDARG) {
+        forgetLogin();
+    }
+    arguments.require(result);
+    if (repeatsLogin()) {
+        m_login.emplace(Login{std::move(pin), false});
+    }
+}
+
+void TokenObject::logOut(const Arguments& arguments) {
+    forgetLogin();
+    const auto session = openSession(arguments, CryptokiSession::Access::kReadOnly);
+    const CK_RV result = (*session)->logout();
+    if (result != CKR_USER_NOT_LOGGED_IN) {
+        session->require(result);
+    }
+}
+
 void TokenObject::close() {
     forgetLogin();
     LibraryObject::close();

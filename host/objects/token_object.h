@@ -8,6 +8,7 @@
 #include "host/objects/module_calls.h"
 #include "host/token/direct_session.h"
 #include "host/token/pin.h"
+#include "host/token/token_state.h"
 
 namespace zr::host {
 
@@ -31,6 +32,19 @@ public:
     void forgetLogin() { m_login.reset(); }
     /// Keeps the PIN of a login of the library, if the extensions have to log in with it again.
     void noteLogin(const WideText& pin, bool securityOfficer);
+
+    /// The state of the user's PIN, by the module that the token was opened with; kUnknown when it was
+    /// unloaded.
+    /// @param row      index, label and serial number of this token.
+    /// @param lengths  may be null; see readPinState.
+    PinState readPin(const TokenRow& row, PinLengths* lengths = nullptr) const;
+    /// Logs the user in through the library. Throws a CallError when the token refuses; that also ends
+    /// an earlier login.
+    void logIn(const Arguments& arguments, Pin pin);
+    /// Logs out whoever is logged in. Where the extensions have to repeat the library's login, that of
+    /// the library may last until the token is closed. Throws a CallError or a Failure.
+    void logOut(const Arguments& arguments);
+    LONG index() const { return m_index; }
     void close() final;
 
 private:

@@ -6,7 +6,9 @@
 // (0), and a login the result set by ZRKEY_INSTANT_LOGIN (0). With ZRKEY_INSTANT_EMPTY=1 the reader is
 // empty. Logins, logouts and ends are appended to the file ZRKEY_INSTANT_LOG, a line for each. With
 // ZRKEY_INSTANT_SERVER a login is also written to this descriptor, as to a server of the module, and
-// is CKR_GENERAL_ERROR when that fails.
+// is CKR_GENERAL_ERROR when that fails. C_GetTokenInfo takes as many milliseconds as set by
+// ZRKEY_INSTANT_INFO_TIME (0); with ZRKEY_INSTANT_NOISE=1 it reads standard input and prints on standard
+// output what it found.
 // Other programs can use it as far as tests/documents/compare does.
 #include <unistd.h>
 
@@ -84,7 +86,19 @@ CK_RV getSessionInfo(CK_SESSION_HANDLE, CK_SESSION_INFO* info) {
     return CKR_OK;
 }
 
+/// Uses the streams of the program, as a module should not.
+void makeNoise() {
+    char bytes[16];
+    const auto count = read(0, bytes, sizeof bytes);
+    std::printf("noise after %d bytes of input\n", static_cast<int>(count));
+    std::fflush(stdout);
+}
+
 CK_RV getTokenInfo(CK_SLOT_ID, CK_TOKEN_INFO* info) {
+    if (setting("ZRKEY_INSTANT_NOISE") != 0) {
+        makeNoise();
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(setting("ZRKEY_INSTANT_INFO_TIME")));
     *info = {};
     std::memset(info->label, ' ', sizeof info->label);
     std::memcpy(info->label, "Instant", 7);
