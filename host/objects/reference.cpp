@@ -64,11 +64,11 @@ const char* nameOf(ParameterKind kind) {
     }
 }
 
-const char* nameOf(Origin origin) {
+const char* nameOf(MemberOrigin origin) {
     switch (origin) {
-        case Origin::kLibrary:
+        case MemberOrigin::kLibrary:
             return "library";
-        case Origin::kComposed:
+        case MemberOrigin::kComposed:
             return "composed";
         default:
             return "extension";

@@ -16,8 +16,8 @@ namespace zr::test {
 namespace {
 
 using host::Member;
+using host::MemberOrigin;
 using host::ObjectClass;
-using host::Origin;
 
 constexpr std::pair<const char*, ObjectClass> kInterfaces[] = {
     {"ITokenProvider", ObjectClass::kProvider},
@@ -125,8 +125,8 @@ TEST(ObjectTableTest, RowOfALibraryCallHasTheParametersOfTheHeader) {
         const Operations operations = operationsOf(interfaceName);
         for (const Member& member : host::membersOf(objectClass)) {
             if (std::string_view(member.name) == kInPlace) {
-                EXPECT_EQ(Origin::kExtension, member.origin);
-            } else if (member.origin != Origin::kLibrary) {
+                EXPECT_EQ(MemberOrigin::kExtension, member.origin);
+            } else if (member.origin != MemberOrigin::kLibrary) {
                 EXPECT_FALSE(operations.contains(member.name)) << member.name;
                 continue;
             }
