@@ -1,8 +1,10 @@
-# What is installed, in three components:
+# What is installed, in four components:
 #   library      the library and what it stands on at run time;
 #   development  headers, import libraries, a CMake package (zrkey::zrkey), a pkg-config file;
 #   command      the zrkey command with its shell completion and manual page; on Windows the
-#                Automation server too.
+#                Automation server too;
+#   browser      zrkey-browser, which browsers start, with its manual page; zrkey browser install makes it
+#                known to them.
 include(CMakePackageConfigHelpers)
 set(zsh_folder zsh/site-functions)
 if(ZRKEY_PACKAGE STREQUAL "debian")  # Debian has a folder of its own for packages
@@ -26,6 +28,14 @@ if(ZRKEY_IMPORT_LIBRARY)
 endif()
 if(TARGET zrkey_host)
   install(TARGETS zrkey_host COMPONENT command)
+endif()
+if(TARGET zrkey_browser)
+  install(TARGETS zrkey_browser COMPONENT browser)
+  if(NOT WIN32)
+    configure_file(packaging/linux/zrkey-browser.1.in ${PROJECT_BINARY_DIR}/zrkey-browser.1 @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/zrkey-browser.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+            COMPONENT browser)
+  endif()
 endif()
 if(TARGET zrkeycom)
   install(TARGETS zrkeycom LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT command)

@@ -1,5 +1,5 @@
 # Documents and examples. Developers get all of them; the command, where it is a package of its own,
-# gets those about it. Links are changed to fit the place where the documents are installed.
+# gets those about it, and so does the native messaging host. Links are changed to fit the place where the documents are installed.
 find_program(ZRKEY_PYTHON python3)
 # zr_install_documents(COMPONENT FOLDER ARGUMENT...): the ARGUMENTs are those of packaging/documents.
 function(zr_install_documents component folder)
@@ -34,6 +34,10 @@ else()
     zr_install_documents(command ${CMAKE_INSTALL_DOCDIR}
       --others /usr/share/doc/libzrkey-dev ${names} examples/config.xml
       examples/sign_letter.js examples/tour.js)
+    file(GLOB names RELATIVE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/docs/web*.md
+      ${PROJECT_SOURCE_DIR}/docs/browser.schema.json)
+    zr_install_documents(browser ${CMAKE_INSTALL_DATADIR}/doc/zrkey-browser
+      --others /usr/share/doc/libzrkey-dev ${names} docs/security.md)
   endif()
 endif()
 
