@@ -5,7 +5,7 @@ from dataclasses import dataclass, field
 
 COMMENT = re.compile(r"<!-- (not run|typed|second terminal): (.*) -->")
 MESSAGE = re.compile(r"### `(.*)`")
-FILE_NAME = re.compile(r"`([\w./-]+\.(?:cpp|c|js|vbs|xml|txt|conf|module))`[^`]*:$")
+FILE_NAME = re.compile(r"`([\w./-]+\.(?:cpp|c|html|js|vbs|xml|txt|conf|module))`[^`]*:$")
 EXIT_CODE = re.compile(r"\(exit code (\d+)\)")
 
 
