@@ -122,7 +122,7 @@ HostRegistration installHost(Browser browser, SettingsScope scope, const HostMan
                              bool isForced) {
     const std::string asked = forBrowser("install", browser);
     const fs::path file = requireManifest(asked, browser, scope);
-    const HostRegistration before = examineRegistration(browser, scope, manifest);
+    HostRegistration before = examineRegistration(browser, scope, manifest);
     if (!isForced) {
         refuseForeign(asked, before.file, before.report);
         refuseForeign(asked, file, examineFile(browser, file, manifest));
@@ -148,7 +148,7 @@ HostRegistration uninstallHost(Browser browser, SettingsScope scope, const HostM
                                bool isForced) {
     const std::string asked = forBrowser("uninstall", browser);
     const fs::path file = requireManifest(asked, browser, scope);
-    const HostRegistration before = examineRegistration(browser, scope, manifest);
+    HostRegistration before = examineRegistration(browser, scope, manifest);
     const ManifestReport own = examineFile(browser, file, manifest);
     if (!isForced) {
         refuseForeign(asked, before.file, before.report);

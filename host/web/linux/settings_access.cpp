@@ -42,7 +42,7 @@ fs::path systemSettingsFolder() {
 }
 
 std::string whyNotTrusted(const fs::path& file, SettingsScope) {
-    const std::string why = whyNotOurs(file, "it");
+    std::string why = whyNotOurs(file, "it");
     if (!why.empty()) {
         return why;
     }
