@@ -33,7 +33,8 @@ if (process.env.ZRKEY_WEB_BROWSER === "chromium") {
     const browser = await world.launch("chromium", { profile, display: screen.display });
     try {
       const page = await browser.newPage(`${site.origin}/`);
-      const isAllowed = () => browser.evaluateInExtension((sites) =>
+      const options = await browser.openExtensionPage("options.html");
+      const isAllowed = () => options.evaluate((sites) =>
         chrome.permissions.contains({ origins: [sites] }), `https://${site.name}/*`);
       assert.equal(await isAllowed(), false);
       await allowByKeys(browser, page, screen, isAllowed);

@@ -77,12 +77,6 @@ export class Chromium {
     return await this.newPage(`chrome-extension://${this.#id}/${file}`);
   }
 
-  /// Runs a function in the extension's background script.
-  async evaluateInExtension(job, ...given) {
-    const isWorker = (target) => target.type() === "service_worker";
-    return await (await (await this.#browser.waitForTarget(isWorker)).worker()).evaluate(job, ...given);
-  }
-
   async removeExtension() {
     await this.#browser.uninstallExtension(this.#id);
   }
