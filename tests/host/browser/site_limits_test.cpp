@@ -93,7 +93,7 @@ TEST_F(SiteLimitsTest, SiteWaitsAfterItsPromptWasCancelled) {
 
 TEST_F(SiteLimitsTest, SiteWaitsShortlyAfterItClosedItsPrompt) {
     limits().noteAborted();
-    EXPECT_EQ(seconds(3), limits().waitAfterCancel());
+    EXPECT_EQ(seconds(5), limits().waitAfterCancel());
     EXPECT_EQ(std::nullopt, limits("https://other.example").waitAfterCancel());
     // It does not make a longer wait shorter.
     SiteLimits here = limits();
