@@ -70,7 +70,7 @@ TEST_F(WordOrderTest, OptionsWithoutACommandAreWrongUsage) {
     const std::string commands =
         "a command is missing: run, shell, list, info, login, pin, file, cert, sign, verify, "
         "digest, "
-        "doctor, watch, trace, config, help";
+        "doctor, watch, trace, config, browser, help";
     expectUsageError({"--json"}, commands, "[OPTIONS] COMMAND");
     expectUsageError({"--module"}, commands, "[OPTIONS] COMMAND");
     expectUsageError({"--label", "A", "list"}, "unknown option --label", "list [OPTIONS]");
