@@ -14,7 +14,7 @@ export class Screen {
     fs.mkdirSync(folder);
     screen.#picture = `${folder}/Xvfb_screen0`;
     screen.#server = spawn("Xvfb",
-      ["-displayfd", "3", "-screen", "0", "1280x900x24", "-nolisten", "tcp", "-fbdir", folder],
+      ["-displayfd", "3", "-screen", "0", "1280x900x24", "-nolisten", "tcp", "-noreset", "-fbdir", folder],
       { stdio: ["ignore", "ignore", "ignore", "pipe"] });
     process.once("exit", () => screen.#server.kill("SIGKILL"));
     const number = await new Promise((resolve, reject) => {
