@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 
@@ -39,6 +40,16 @@ CK_RV TokenAttributes::readLengths(const Session& session, CK_OBJECT_HANDLE obje
     return rv;
 }
 
+/// A buffer for the reported length and a zero byte; null when out of memory.
+unsigned char* TokenAttributes::zeroedBuffer(std::size_t index) {
+    const std::size_t size = static_cast<std::size_t>(m_lengths[index]) + 1;
+    if (size > kShortSize || m_template[index].type == CKA_VALUE) {
+        return static_cast<unsigned char*>(std::calloc(size, 1));
+    }
+    std::memset(m_short[index], 0, kShortSize);
+    return m_short[index];
+}
+
 bool TokenAttributes::allocateValues(std::size_t first) {
     freeValues();
     for (std::size_t i = 0; i < first; ++i) {
@@ -49,8 +60,7 @@ bool TokenAttributes::allocateValues(std::size_t first) {
         if (m_lengths[i] > kLongestValue) {
             return false;
         }
-        m_values[i] =
-            static_cast<unsigned char*>(std::calloc(static_cast<std::size_t>(m_lengths[i]) + 1, 1));
+        m_values[i] = zeroedBuffer(i);
         if (!m_values[i]) {
             return false;
         }
@@ -91,9 +101,11 @@ unsigned char* TokenAttributes::release(std::size_t index) {
 }
 
 void TokenAttributes::freeValues() {
-    for (unsigned char*& value : m_values) {
-        std::free(value);
-        value = nullptr;
+    for (std::size_t i = 0; i < m_count; ++i) {
+        if (m_values[i] != m_short[i]) {
+            std::free(m_values[i]);
+        }
+        m_values[i] = nullptr;
     }
 }
 

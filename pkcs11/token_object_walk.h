@@ -15,6 +15,9 @@
 ///
 /// A module is not trusted: buffers are one zero byte longer than reported, and a length that grows
 /// between the two steps is cut.
+///
+/// Labels, IDs and numbers are short and are read for every object of a walk, so they are kept in
+/// the object. Longer values and every CKA_VALUE have a block of their own.
 class TokenAttributes {
 public:
     /// @param types  at most 4.
@@ -41,18 +44,21 @@ public:
         return reinterpret_cast<const char*>(m_values[index]);
     }
     CK_ULONG length(std::size_t index) const { return m_lengths[index]; }
-    /// Gives the buffer up to the caller, who frees it with free.
+    /// Gives the block of a CKA_VALUE up to the caller, who frees it with free.
     unsigned char* release(std::size_t index);
 
 private:
     static constexpr std::size_t kMost = 4;
+    static constexpr std::size_t kShortSize = 64;
 
+    unsigned char* zeroedBuffer(std::size_t index);
     void freeValues();
 
     CK_ATTRIBUTE m_template[kMost] = {};
     unsigned char* m_values[kMost] = {};
     CK_ULONG m_lengths[kMost] = {};
     std::size_t m_count = 0;
+    unsigned char m_short[kMost][kShortSize];
 };
 
 /// A search for objects, closed by the destructor.

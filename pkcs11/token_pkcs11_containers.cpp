@@ -1,46 +1,63 @@
 // KeyObject_pkcs11: containers and certificates. A container is a certificate on the token, named
 // by its CKA_ID read as text.
-#include <cstring>
+#include <algorithm>
+#include <deque>
 #include <new>
-#include <string>
-#include <vector>
 
 #include "model/log_scope.h"
 #include "pkcs11/container_pkcs11.h"
 #include "pkcs11/token_object_walk.h"
 #include "pkcs11/token_pkcs11.h"
-#include "runtime/zcom_bstr.h"
+#include "runtime/string_convert.h"
 
 namespace {
 
-/// Makes an array of the names.
-/// @return false, and result untouched, when out of memory.
-bool storeNames(const std::vector<std::string>& names, VARIANT* result) {
-    SAFEARRAYBOUND bound = {static_cast<ULONG>(names.size()), 0};
-    SAFEARRAY* array = SafeArrayCreate(VT_BSTR, 1, &bound);
-    void* data = nullptr;
-    if (FAILED(SafeArrayAccessData(array, &data))) {
-        if (array) {
-            SafeArrayDestroy(array);
+/// The names of a walk, as strings that can be handed out. A list, not a vector: a vector that grows
+/// would need up to three times the memory of its strings' addresses.
+class NameList {
+public:
+    NameList() = default;
+    NameList(const NameList&) = delete;
+    NameList& operator=(const NameList&) = delete;
+    ~NameList() {
+        for (const BSTR name : m_names) {
+            SysFreeString(name);
         }
-        return false;
     }
-    bool isComplete = true;
-    BSTR* element = static_cast<BSTR*>(data);
-    for (const std::string& name : names) {
-        *element = zrapi::ZComBSTR(name.c_str()).Copy();
-        isComplete = isComplete && *element;
-        ++element;
+
+    /// @param name  UTF-8.
+    void add(const char* name) {
+        m_names.push_back(nullptr);
+        m_names.back() = ZSysAllocUTF8String(name);
     }
-    SafeArrayUnaccessData(array);
-    if (!isComplete) {
-        SafeArrayDestroy(array);
-        return false;
+    bool isEmpty() const { return m_names.empty(); }
+
+    /// Hands the names out in an array.
+    /// @return false, and result untouched, when out of memory.
+    bool moveTo(VARIANT* result) {
+        SAFEARRAYBOUND bound = {static_cast<ULONG>(m_names.size()), 0};
+        SAFEARRAY* array = isComplete() ? SafeArrayCreate(VT_BSTR, 1, &bound) : nullptr;
+        void* data = nullptr;
+        if (FAILED(SafeArrayAccessData(array, &data))) {
+            SafeArrayDestroy(array);
+            return false;
+        }
+        std::copy(m_names.begin(), m_names.end(), static_cast<BSTR*>(data));
+        m_names.clear();
+        SafeArrayUnaccessData(array);
+        result->vt = VT_ARRAY | VT_BSTR;
+        result->parray = array;
+        return true;
     }
-    result->vt = VT_ARRAY | VT_BSTR;
-    result->parray = array;
-    return true;
-}
+
+private:
+    /// Whether every name could be converted.
+    bool isComplete() const {
+        return std::find(m_names.begin(), m_names.end(), nullptr) == m_names.end();
+    }
+
+    std::deque<BSTR> m_names;
+};
 
 }  // namespace
 
@@ -77,14 +94,14 @@ HRESULT STDMETHODCALLTYPE KeyObject_pkcs11::EnumContainer(INT, VARIANT* result) 
         return E_INVALIDARG;
     }
     try {
-        std::vector<std::string> names;
+        NameList names;
         walkCertificates(m_session, {CKA_CLASS, CKA_CERTIFICATE_TYPE, CKA_ID},
                          [&names](CK_OBJECT_HANDLE, const TokenAttributes& read) {
-                             names.emplace_back(read.text(2));
+                             names.add(read.text(2));
                              return true;
                          });
         // Without certificates the result stays as the caller passed it.
-        if (!names.empty() && !storeNames(names, result)) {
+        if (!names.isEmpty() && !names.moveTo(result)) {
             return E_FAIL;
         }
     } catch (const std::bad_alloc&) {

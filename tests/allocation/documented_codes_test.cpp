@@ -59,15 +59,18 @@ TEST_F(DocumentedCodesTest, CreateFileOutOfMemoryForTheObjectReturnsOutOfMemory)
 }
 
 TEST_F(DocumentedCodesTest, OpenFileOutOfMemoryForObjectAndBuffersReturnsDifferentCodes) {
+    // The walk passes a label that is too long for the object that reads it.
+    module.addData(std::string(100, 'x'), "other");
     module.addData("6", "contents");
     EXPECT_EQ((Codes{E_OUTOFMEMORY, E_FAIL, E_FAIL}),
               opening([&](void** out) { return token->OpenFile(Text("7"), out); }));
 }
 
 TEST_F(DocumentedCodesTest, OpenContainerOutOfMemoryForObjectAndBuffersReturnsDifferentCodes) {
-    module.addCertificate("a", "A");
+    // Only a long ID has a buffer that is allocated.
+    module.addCertificate(std::string(100, 'a'), "A");
     const Variant first = Variant::fromNumber(0);
-    EXPECT_EQ((Codes{E_OUTOFMEMORY, E_FAIL, E_FAIL, E_FAIL}),
+    EXPECT_EQ((Codes{E_OUTOFMEMORY, E_FAIL}),
               opening([&](void** out) { return token->OpenContainer(first, out); }));
 }
 

@@ -92,6 +92,19 @@ TEST_F(TokenContainersTest, EnumContainerOf100CertificatesKeepsTheOrder) {
     EXPECT_EQ(100u, count());
 }
 
+TEST_F(TokenContainersTest, NamesOfAnyLengthAreListedWholeAndOpenTheirCertificate) {
+    // Short values are kept in the object that reads them, longer ones in a block of their own.
+    Lines names;
+    for (const std::size_t length : {0, 1, 62, 63, 64, 65, 127}) {
+        names.emplace_back(length, static_cast<char>('a' + names.size()));
+        module.addCertificate(names.back(), "value of " + names.back());
+    }
+    EXPECT_EQ(names, list());
+    for (LONG i = 0; i < static_cast<LONG>(names.size()); ++i) {
+        EXPECT_EQ("value of " + names[static_cast<std::size_t>(i)], certificateOf(index(i)));
+    }
+}
+
 TEST_F(TokenContainersTest, EnumContainerEndsNamesAtTheFirstZero) {
     module.addCertificate(std::string("ab\0cd", 5), "first");
     module.addCertificate("", "second");
