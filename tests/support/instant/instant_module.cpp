@@ -1,6 +1,8 @@
 // A Cryptoki module that returns at once and stores nothing, so that time and memory of the
 // library itself can be measured: one token with as many certificates as set by
-// ZRKEY_INSTANT_CERTIFICATES (32), one key pair, and a file "6". It accepts any PIN. The end of a
+// ZRKEY_INSTANT_CERTIFICATES (32), one key pair, and a file "6". With ZRKEY_INSTANT_FILES it has as many
+// files instead, labelled from "1" on; the contents of each are its label. It accepts any PIN and any
+// signature, and forgets the file that is created. The end of a
 // session takes as many milliseconds as set by ZRKEY_INSTANT_CLOSE_TIME (0), and a login as many as
 // set by ZRKEY_INSTANT_LOGIN_TIME (0). The token "Instant" has the flags set by ZRKEY_INSTANT_FLAGS
 // (0), and a login the result set by ZRKEY_INSTANT_LOGIN (0). With ZRKEY_INSTANT_EMPTY=1 the reader is
@@ -12,6 +14,7 @@
 // Other programs can use it as far as tests/documents/compare does.
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -22,8 +25,13 @@
 
 namespace {
 
-CK_ULONG s_certificates = 32;
-long s_closeTime = 0;
+// Added to the number of a file makes its handle; all other objects have their number as handle.
+constexpr CK_OBJECT_HANDLE kNumberedFile = CK_OBJECT_HANDLE{1} << 24;
+
+// Every thread of a host may start the module.
+std::atomic<CK_ULONG> s_certificates{32};
+std::atomic<CK_ULONG> s_files{0};  // 0: the file "6" alone
+std::atomic<long> s_closeTime{0};
 // A session is used by one thread at a time, and each thread of a test has one.
 thread_local CK_OBJECT_CLASS s_class = 0;
 thread_local CK_ULONG s_next = 0;
@@ -41,6 +49,9 @@ void note(const char* call) {
 CK_RV initialize(void*) {
     if (const char* count = std::getenv("ZRKEY_INSTANT_CERTIFICATES")) {
         s_certificates = std::strtoul(count, nullptr, 10);
+    }
+    if (const char* count = std::getenv("ZRKEY_INSTANT_FILES")) {
+        s_files = std::strtoul(count, nullptr, 10);
     }
     if (const char* milliseconds = std::getenv("ZRKEY_INSTANT_CLOSE_TIME")) {
         s_closeTime = std::strtol(milliseconds, nullptr, 10);
@@ -148,9 +159,16 @@ CK_RV findObjectsInit(CK_SESSION_HANDLE, CK_ATTRIBUTE* attributes, CK_ULONG) {
 }
 
 CK_RV findObjects(CK_SESSION_HANDLE, CK_OBJECT_HANDLE* objects, CK_ULONG, CK_ULONG* count) {
-    const CK_ULONG objectCount = s_class == CKO_CERTIFICATE ? s_certificates : 1;
+    CK_ULONG objectCount = 1;
+    CK_OBJECT_HANDLE kind = 0;
+    if (s_class == CKO_CERTIFICATE) {
+        objectCount = s_certificates;
+    } else if (s_class == CKO_DATA && s_files > 0) {
+        objectCount = s_files;
+        kind = kNumberedFile;
+    }
     *count = s_next < objectCount ? 1 : 0;
-    objects[0] = ++s_next;
+    objects[0] = kind | ++s_next;
     return CKR_OK;
 }
 
@@ -166,6 +184,18 @@ void writeId(CK_OBJECT_HANDLE object, char* id) {
     }
 }
 
+/// Answers with the number of a file in decimal, which is its label and its contents.
+void answerNumber(CK_ULONG number, CK_ATTRIBUTE* attribute) {
+    CK_ULONG digits = 1;
+    for (CK_ULONG rest = number; rest >= 10; rest /= 10) {
+        ++digits;
+    }
+    for (CK_ULONG i = digits; attribute->pValue && i > 0; number /= 10) {
+        static_cast<char*>(attribute->pValue)[--i] = static_cast<char>('0' + number % 10);
+    }
+    attribute->ulValueLen = digits;
+}
+
 CK_RV getAttributeValue(CK_SESSION_HANDLE, CK_OBJECT_HANDLE object, CK_ATTRIBUTE* attributes,
                         CK_ULONG count) {
     for (CK_ULONG i = 0; i < count; ++i) {
@@ -175,6 +205,9 @@ CK_RV getAttributeValue(CK_SESSION_HANDLE, CK_OBJECT_HANDLE object, CK_ATTRIBUTE
                 writeId(object, static_cast<char*>(attribute.pValue));
             }
             attribute.ulValueLen = 8;
+        } else if (object > kNumberedFile &&
+                   (attribute.type == CKA_LABEL || attribute.type == CKA_VALUE)) {
+            answerNumber(object - kNumberedFile, &attribute);
         } else if (attribute.type == CKA_LABEL) {
             if (attribute.pValue) {
                 std::memcpy(attribute.pValue, "6", 1);
@@ -190,6 +223,15 @@ CK_RV getAttributeValue(CK_SESSION_HANDLE, CK_OBJECT_HANDLE object, CK_ATTRIBUTE
     return CKR_OK;
 }
 
+CK_RV createObject(CK_SESSION_HANDLE, CK_ATTRIBUTE*, CK_ULONG, CK_OBJECT_HANDLE* object) {
+    *object = 1;
+    return CKR_OK;
+}
+
+CK_RV setAttributeValue(CK_SESSION_HANDLE, CK_OBJECT_HANDLE, CK_ATTRIBUTE*, CK_ULONG) {
+    return CKR_OK;
+}
+
 CK_RV destroyObject(CK_SESSION_HANDLE, CK_OBJECT_HANDLE) {
     return CKR_OK;
 }
@@ -201,6 +243,14 @@ CK_RV signInit(CK_SESSION_HANDLE, CK_MECHANISM*, CK_OBJECT_HANDLE) {
 CK_RV sign(CK_SESSION_HANDLE, CK_BYTE*, CK_ULONG, CK_BYTE* signature, CK_ULONG* length) {
     std::memset(signature, 1, 256);
     *length = 256;
+    return CKR_OK;
+}
+
+CK_RV verifyInit(CK_SESSION_HANDLE, CK_MECHANISM*, CK_OBJECT_HANDLE) {
+    return CKR_OK;
+}
+
+CK_RV verify(CK_SESSION_HANDLE, CK_BYTE*, CK_ULONG, CK_BYTE*, CK_ULONG) {
     return CKR_OK;
 }
 
@@ -220,6 +270,8 @@ CK_FUNCTION_LIST makeList() {
     functions.C_Logout = logout;
     functions.C_Login = login;
     functions.C_SetPIN = setPin;
+    functions.C_CreateObject = createObject;
+    functions.C_SetAttributeValue = setAttributeValue;
     functions.C_DestroyObject = destroyObject;
     functions.C_FindObjectsInit = findObjectsInit;
     functions.C_FindObjects = findObjects;
@@ -227,6 +279,8 @@ CK_FUNCTION_LIST makeList() {
     functions.C_GetAttributeValue = getAttributeValue;
     functions.C_SignInit = signInit;
     functions.C_Sign = sign;
+    functions.C_VerifyInit = verifyInit;
+    functions.C_Verify = verify;
     return list;
 }
 
