@@ -66,7 +66,7 @@ Report sign(const SignOptions& options) {
     const bool isLoggedIn = session.login(pin);
     DirectSession direct(session, "list the certificates", CryptokiSession::Access::kReadOnly);
     const TokenCertificate certificate =
-        chooseCertificate(readCertificates(session.token(), direct), options.certificate);
+        findCertificate(session.token(), direct, options.certificate);
     const std::string asked = "sign with the key of " + shownName(certificate);
     direct.setAsked(asked);
     requireKeyType(certificate, algorithm, asked);

@@ -75,7 +75,7 @@ Report verify(const VerifyOptions& options) {
     session.login(pin);
     DirectSession direct(session, "list the certificates", CryptokiSession::Access::kReadOnly);
     const TokenCertificate certificate =
-        chooseCertificate(readCertificates(session.token(), direct), options.certificate);
+        findCertificate(session.token(), direct, options.certificate);
     const std::string asked = "verify the signature with the key of " + shownName(certificate);
     requireKeyType(certificate, algorithm, asked);
     const OwnAnswer own = isAccepted(certificate, algorithm, data.hash(hashOf(algorithm)),

@@ -4,11 +4,13 @@
 #include <utf8cpp/utf8.h>
 
 #include <algorithm>
+#include <map>
 
 #include "host/output/encoding.h"
 #include "host/output/failure.h"
 #include "host/output/printable.h"
 #include "host/system/interruption.h"
+#include "host/token/named_certificate.h"
 #include "host/token/pkcs11_header.h"
 
 namespace zr::host {
@@ -20,6 +22,22 @@ constexpr std::size_t kLongestName = 127;
 Failure changedMeanwhile(const std::string& asked) {
     return commandFailure(kExitNotFound, asked, "the certificates on the token changed meanwhile",
                           "try again");
+}
+
+/// The certificates on the token, in the order of the module, which is that of the containers.
+std::vector<CK_OBJECT_HANDLE> findObjects(DirectSession& direct) {
+    std::vector<CK_OBJECT_HANDLE> objects;
+    direct.require(direct->find(
+        {numberAttribute(CKA_CLASS, CKO_CERTIFICATE), truthAttribute(CKA_TOKEN, true)}, objects));
+    return objects;
+}
+
+/// Throws a Failure when an object that was found could not be read.
+void requireRead(const DirectSession& direct, CK_RV result) {
+    if (result == CKR_OBJECT_HANDLE_INVALID) {
+        throw changedMeanwhile(direct.asked());
+    }
+    direct.require(result);
 }
 
 /// The names of the containers, by the library.
@@ -45,13 +63,13 @@ bool isNameOf(const std::string& name, const std::string& id) {
 }
 
 void markSharedNames(std::vector<TokenCertificate>& rows) {
+    std::map<std::string, int> counts;
+    for (const TokenCertificate& row : rows) {
+        ++counts[idAsText(row.id)];
+    }
     for (TokenCertificate& row : rows) {
         const std::string text = idAsText(row.id);
-        const auto isSame = [&](const TokenCertificate& other) {
-            return idAsText(other.id) == text;
-        };
-        row.isNameUnique =
-            text.size() <= kLongestName && std::count_if(rows.begin(), rows.end(), isSame) == 1;
+        row.isNameUnique = text.size() <= kLongestName && counts[text] == 1;
     }
 }
 
@@ -114,6 +132,41 @@ std::vector<TokenCertificate> select(const std::vector<TokenCertificate>& rows,
     return chosen;
 }
 
+/// The one certificate that matches, by a walk over the IDs alone; nullopt when they do not decide.
+std::optional<TokenCertificate> findByIds(DirectSession& direct, const CertificateChoice& choice) {
+    const std::vector<CK_OBJECT_HANDLE> objects = findObjects(direct);
+    std::vector<TokenCertificate> rows;
+    AttributeValues values;
+    for (const CK_OBJECT_HANDLE object : objects) {
+        stopIfInterrupted();
+        requireRead(direct, direct->readShort(object, {CKA_CERTIFICATE_TYPE, CKA_ID}, values));
+        if (!values[0] || !values[1]) {
+            // The library's walk ends at such a certificate.
+            break;
+        }
+        TokenCertificate row;
+        row.index = rows.size();
+        row.id = *values[1];
+        row.name = idAsText(row.id);
+        if (!utf8::is_valid(row.name)) {
+            // The library shows it under another name.
+            return std::nullopt;
+        }
+        rows.push_back(std::move(row));
+    }
+    markSharedNames(rows);
+    std::vector<TokenCertificate> chosen = select(rows, choice);
+    if (chosen.size() != 1) {
+        return std::nullopt;
+    }
+    TokenCertificate& row = chosen.front();
+    requireRead(direct, direct->read(objects[row.index], {CKA_LABEL, CKA_VALUE}, values));
+    row.label = values[0].value_or("");
+    row.der = values[1].value_or("");
+    row.facts = readFacts(row.der);
+    return std::move(row);
+}
+
 }  // namespace
 
 std::string idText(const TokenCertificate& certificate) {
@@ -122,19 +175,14 @@ std::string idText(const TokenCertificate& certificate) {
 
 CertificateTable readCertificates(IKeyObject& token, DirectSession& direct) {
     const std::vector<std::string> names = listNames(token, direct.asked());
-    std::vector<CK_OBJECT_HANDLE> objects;
-    direct.require(direct->find(
-        {numberAttribute(CKA_CLASS, CKO_CERTIFICATE), truthAttribute(CKA_TOKEN, true)}, objects));
+    const std::vector<CK_OBJECT_HANDLE> objects = findObjects(direct);
     CertificateTable table;
     for (const CK_OBJECT_HANDLE object : objects) {
         stopIfInterrupted();
         AttributeValues values;
-        const CK_RV result =
-            direct->read(object, {CKA_CERTIFICATE_TYPE, CKA_ID, CKA_LABEL, CKA_VALUE}, values);
-        if (result == CKR_OBJECT_HANDLE_INVALID) {
-            throw changedMeanwhile(direct.asked());
-        }
-        direct.require(result);
+        requireRead(
+            direct,
+            direct->read(object, {CKA_CERTIFICATE_TYPE, CKA_ID, CKA_LABEL, CKA_VALUE}, values));
         if (!values[0] || !values[1]) {
             // The library's walk ends at such a certificate.
             table.hidden = objects.size() - table.rows.size();
@@ -178,13 +226,24 @@ TokenCertificate chooseCertificate(const CertificateTable& table, const Certific
                          advice);
 }
 
+TokenCertificate findCertificate(IKeyObject& token, DirectSession& direct,
+                                 const CertificateChoice& choice) {
+    std::optional<TokenCertificate> found = findByIds(direct, choice);
+    return found ? std::move(*found) : chooseCertificate(readCertificates(token, direct), choice);
+}
+
 zrkey::ComRef<IKeyCertificate> openCertificate(IKeyObject& token,
                                                const TokenCertificate& certificate) {
     stopIfInterrupted();
+    zrkey::ComRef<IKeyCertificate> opened;
+    if (utf8::is_valid(idAsText(certificate.id))) {
+        // The library finds the keys by the name alone, so nothing is to be opened.
+        opened.reset(new NamedCertificate(certificate.name));
+        return opened;
+    }
     const std::string asked = "open the certificate " + inQuotes(certificate.name);
     const auto which = zrkey::Variant::fromNumber(static_cast<LONG>(certificate.index));
     zrkey::ComRef<IKeyContainer> container;
-    zrkey::ComRef<IKeyCertificate> opened;
     zrkey::Text id;
     HRESULT result = token.OpenContainer(which, container.receive());
     if (SUCCEEDED(result)) {

@@ -39,11 +39,17 @@ CertificateTable readCertificates(IKeyObject& token, DirectSession& direct);
 /// The certificate that matches. Throws a Failure when none does, or several do.
 TokenCertificate chooseCertificate(const CertificateTable& table, const CertificateChoice& choice);
 
+/// The same in one walk over the IDs, without a list of the library, where they decide which
+/// certificate matches; else by the table, which also shows the certificates in a Failure.
+TokenCertificate findCertificate(IKeyObject& token, DirectSession& direct,
+                                 const CertificateChoice& choice);
+
 /// "id:6f6e65", as --cert takes it.
 std::string idText(const TokenCertificate& certificate);
 
-/// Opens a certificate in the library. Throws a Failure when it cannot, or when another certificate
-/// has taken its place.
+/// A certificate as an argument of the library's members. One whose name is not the text of its ID is
+/// opened in the library; throws a Failure when it cannot be, or when another certificate has taken
+/// its place.
 zrkey::ComRef<IKeyCertificate> openCertificate(IKeyObject& token,
                                                const TokenCertificate& certificate);
 

@@ -2,6 +2,7 @@
 #include "host/token/cryptoki_session.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "host/system/erasing_allocator.h"
@@ -217,6 +218,30 @@ CK_RV CryptokiSession::read(CK_OBJECT_HANDLE object, const std::vector<CK_ATTRIB
         }
         rooms[i].resize(list[i].ulValueLen);
         values[i] = std::move(rooms[i]);
+    }
+    return result;
+}
+
+CK_RV CryptokiSession::readShort(CK_OBJECT_HANDLE object,
+                                 const std::vector<CK_ATTRIBUTE_TYPE>& types,
+                                 AttributeValues& values) {
+    std::vector<std::array<char, kShortValue>> rooms(types.size());
+    std::vector<CK_ATTRIBUTE> list(types.size());
+    for (std::size_t i = 0; i < types.size(); ++i) {
+        list[i] = {types[i], rooms[i].data(), static_cast<CK_ULONG>(kShortValue)};
+    }
+    const CK_RV result = call<&Functions::C_GetAttributeValue>(
+        "C_GetAttributeValue", m_session, object, list.data(), static_cast<CK_ULONG>(list.size()));
+    const bool isLong = std::any_of(list.begin(), list.end(), [](const CK_ATTRIBUTE& attribute) {
+        return attribute.ulValueLen > kShortValue;
+    });
+    // Beside a missing value one that is too long looks missing too.
+    if (result != CKR_OK || isLong) {
+        return read(object, types, values);
+    }
+    values.clear();
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        values.emplace_back(std::string(rooms[i].data(), list[i].ulValueLen));
     }
     return result;
 }

@@ -31,6 +31,8 @@ namespace zr::host {
 /// The longest value of an attribute, and the longest signature.
 inline constexpr std::size_t kLongestValue = 1 << 20;
 inline constexpr std::size_t kLongestSignature = 4096;
+/// The longest value of an attribute that is read without asking for its length first.
+inline constexpr std::size_t kShortValue = 256;
 
 /// An attribute with its value: bytes, as the module takes them.
 struct Attribute {
@@ -82,6 +84,10 @@ public:
     /// Reads attributes of an object; one value per type.
     CK_RV read(CK_OBJECT_HANDLE object, const std::vector<CK_ATTRIBUTE_TYPE>& types,
                AttributeValues& values);
+    /// The same for values that are hardly ever long: one call in place of two, where none has more
+    /// than kShortValue bytes.
+    CK_RV readShort(CK_OBJECT_HANDLE object, const std::vector<CK_ATTRIBUTE_TYPE>& types,
+                    AttributeValues& values);
     CK_RV create(const Attributes& attributes, CK_OBJECT_HANDLE& object);
     /// @param changes  attributes of the copy that differ.
     CK_RV copy(CK_OBJECT_HANDLE object, const Attributes& changes, CK_OBJECT_HANDLE& made);

@@ -1,4 +1,5 @@
 // sign with the library and beside it: reports, sequences of calls, and what fails where.
+#include "host/token/cryptoki_session.h"
 #include "tests/host/certificate_command_test.h"
 
 namespace zr::test {
@@ -65,6 +66,70 @@ TEST_F(SignReportTest, LibrarySignsWithoutAnAlgorithmAndWithItsOwn) {
         EXPECT_EQ((Deeds{"C_Login(1, 1, 1234)", "C_SignInit(1, 6/0, 1)", "C_Sign(1, [abc], 1024)"}),
                   takeDeeds());
     }
+}
+
+TEST_F(SignReportTest, CertificatesAreWalkedOnceAndOneIsRead) {
+    addCertificate("one", kRsaCertificate);
+    const CK_OBJECT_HANDLE key = privateKey;
+    const CK_OBJECT_HANDLE first = module.addCertificate("two", sample(kRsaCertificate));
+    const CK_OBJECT_HANDLE last = module.addCertificate("three", sample(kRsaCertificate));
+    for (const char* choice : {"one", "id:6f6e65", "index:0"}) {
+        module.takeCalls();
+        expectSignature(sign({"--cert", choice}), sample(kRsaSha1));
+        Deeds looks;
+        for (const std::string& call : module.takeCalls()) {
+            if (call.starts_with("C_FindObjectsInit") || call.starts_with("C_GetAttributeValue")) {
+                looks.push_back(call);
+            }
+        }
+        const auto look = [](int session, CK_OBJECT_HANDLE object, const char* attributes) {
+            return "C_GetAttributeValue(" + std::to_string(session) + ", " +
+                   std::to_string(object) + ", {" + attributes + "})";
+        };
+        EXPECT_EQ(
+            (Deeds{"C_FindObjectsInit(2, {0x0=1 0x1=1})", look(2, first - 1, "0x80[] 0x102[]"),
+                   look(2, first, "0x80[] 0x102[]"), look(2, last, "0x80[] 0x102[]"),
+                   look(2, first - 1, "0x3 0x11"), look(2, first - 1, "0x3 0x11[815]"),
+                   // What the library does with a certificate: it finds the key.
+                   "C_FindObjectsInit(1, {0x0=3 0x1=1 0x100=0})", look(1, key, "0x0 0x102"),
+                   look(1, key, "0x0=0 0x102[]")}),
+            looks);
+    }
+}
+
+TEST_F(SignReportTest, NameThatIsNotUtf8IsSignedWithByTheLibrary) {
+    addCertificate("one", kP256Certificate, kEc);
+    addCertificate("\xFF", kRsaCertificate);
+    const CK_OBJECT_HANDLE key = privateKey;
+    expectSignature(sign({"--cert", "id:ff"}), sample(kRsaSha1));
+    EXPECT_EQ("C_SignInit(1, 6/0, " + std::to_string(key) + ")", takeDeeds().at(1));
+}
+
+TEST_F(SignReportTest, EmptyIdAndLongIdAreSignedWith) {
+    addCertificate("", kRsaCertificate);
+    expectSignature(sign(), sample(kRsaSha1));
+    EXPECT_EQ("C_SignInit(1, 6/0, 1)", takeDeeds().at(1));
+    const std::string longId(host::kShortValue + 1, 'x');
+    addCertificate(longId, kRsaCertificate);
+    expectSignature(sign({"--cert", longId}), sample(kRsaSha1));
+    // The library does not find so long a name.
+    EXPECT_EQ("C_SignInit(2, 6/0, " + std::to_string(privateKey) + ")", takeDeeds().at(1));
+}
+
+TEST_F(SignReportTest, CertificateBehindOneWithoutAnIdIsNotSignedWith) {
+    addCertificate("one", kRsaCertificate);
+    const CK_OBJECT_HANDLE without = module->addObject();
+    for (const CK_ATTRIBUTE_TYPE type : {CKA_CLASS, CKA_TOKEN, CKA_CERTIFICATE_TYPE}) {
+        const CK_ULONG number = type == CKA_CERTIFICATE_TYPE ? CKC_X_509 : 1;
+        module->setAttribute(without, type, &number, type == CKA_TOKEN ? 1 : sizeof number);
+    }
+    addCertificate("three", kRsaCertificate);
+    expectFailure(sign({"--cert", "id:7468726565"}), 4,
+                  "find the certificate with the ID 7468726565: the certificates are: 0 \"one\" "
+                  "id:6f6e65 (C=DE, O=Example Ltd, CN=Erika Mustermann); choose one with --cert "
+                  "NAME, --cert id:HEX or --cert "
+                  "index:N");
+    EXPECT_EQ(Deeds{"C_Login(1, 1, 1234)"}, takeDeeds());
 }
 
 TEST_F(SignReportTest, TokenHashesWhereItCan) {
@@ -270,7 +335,7 @@ TEST_F(SignReportTest, FailedCallIsNamedAndNothingIsWritten) {
     writeFile("kept.sig", "kept");
     const Words streaming = sign({"--algorithm", "rsa-sha256", "-o", "kept.sig"});
     for (const auto& [function, nth] :
-         {std::pair{"C_GetMechanismList", 1u}, std::pair{"C_FindObjectsInit", 3u},
+         {std::pair{"C_GetMechanismList", 1u}, std::pair{"C_FindObjectsInit", 2u},
           std::pair{"C_SignInit", 1u}, std::pair{"C_SignUpdate", 1u},
           std::pair{"C_SignFinal", 1u}}) {
         module->fail(function, nth, CKR_DEVICE_REMOVED);

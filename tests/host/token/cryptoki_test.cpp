@@ -189,6 +189,28 @@ TEST_F(CryptokiSessionTest, AttributesAreReadInTwoCalls) {
     EXPECT_EQ(2u, module.count("C_GetAttributeValue"));
 }
 
+TEST_F(CryptokiSessionTest, ShortAttributesAreReadInOneCall) {
+    const CK_OBJECT_HANDLE object = module.addData("1", std::string(host::kShortValue, 'x'));
+    module.takeCalls();
+    EXPECT_EQ(CKR_OK, session.readShort(object, {CKA_LABEL, CKA_VALUE, CKA_CLASS}, values));
+    EXPECT_EQ("1", values[0]);
+    EXPECT_EQ(std::string(host::kShortValue, 'x'), values[1]);
+    EXPECT_EQ(CKO_DATA, host::toNumber(values[2]));
+    EXPECT_EQ(1u, module.count("C_GetAttributeValue"));
+}
+
+TEST_F(CryptokiSessionTest, LongAndMissingAttributesAreReadAllTheSame) {
+    const std::string text(host::kShortValue + 1, 'x');
+    const CK_OBJECT_HANDLE object = module.addData("1", text);
+    EXPECT_EQ(CKR_OK, session.readShort(object, {CKA_LABEL, CKA_VALUE}, values));
+    EXPECT_EQ("1", values[0]);
+    EXPECT_EQ(text, values[1]);
+    EXPECT_EQ(CKR_OK, session.readShort(object, {CKA_VALUE, CKA_ID}, values));
+    EXPECT_EQ(text, values[0]);
+    EXPECT_FALSE(values[1]);
+    EXPECT_EQ(CKR_OBJECT_HANDLE_INVALID, session.readShort(object + 1, {CKA_ID}, values));
+}
+
 TEST_F(CryptokiSessionTest, EmptyValueIsAValue) {
     const CK_OBJECT_HANDLE object = module.addData("1", "");
     EXPECT_EQ(CKR_OK, session.read(object, {CKA_VALUE}, values));
