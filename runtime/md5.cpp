@@ -37,6 +37,31 @@ inline void runRound(ULONG& a, ULONG& b, ULONG& c, ULONG& d, const ULONG* words,
     }
 }
 
+/// Adds blocks of 64 bytes to the state, and wipes the copy of their words at the end.
+void addBlocks(ULONG state[4], const unsigned char* blocks, unsigned int count) {
+    ULONG words[16];
+    ULONG a = state[0];
+    ULONG b = state[1];
+    ULONG c = state[2];
+    ULONG d = state[3];
+    for (; count > 0; --count, blocks += 64) {
+        Decode(words, blocks, 64);
+        runRound<0, 1, 0>(a, b, c, d, words,
+                          [](ULONG x, ULONG y, ULONG z) { return z ^ (x & (y ^ z)); });
+        // A sum instead of "or": the processor can add x & z before it knows the newest word, x.
+        runRound<1, 5, 1>(a, b, c, d, words,
+                          [](ULONG x, ULONG y, ULONG z) { return (x & z) + (y & ~z); });
+        runRound<2, 3, 5>(a, b, c, d, words, [](ULONG x, ULONG y, ULONG z) { return x ^ y ^ z; });
+        runRound<3, 7, 0>(a, b, c, d, words,
+                          [](ULONG x, ULONG y, ULONG z) { return y ^ (x | ~z); });
+        state[0] = a += state[0];
+        state[1] = b += state[1];
+        state[2] = c += state[2];
+        state[3] = d += state[3];
+    }
+    MD5_memset(reinterpret_cast<unsigned char*>(words), 0, sizeof words);
+}
+
 }  // namespace
 
 void MD5Init(MD5_CTX* context) {
@@ -61,10 +86,9 @@ void MD5Update(MD5_CTX* context, const unsigned char* input, unsigned int inputL
         inputLen -= taken;
         pending = 0;
     }
-    for (; inputLen >= 64; input += 64, inputLen -= 64) {
-        MD5Transform(context->state, input);
-    }
-    MD5_memcpy(context->buffer + pending, input, inputLen);
+    const unsigned int rest = inputLen % 64;
+    addBlocks(context->state, input, inputLen / 64);
+    MD5_memcpy(context->buffer + pending, input + (inputLen - rest), rest);
 }
 
 void MD5Final(unsigned char digest[16], MD5_CTX* context) {
@@ -79,23 +103,7 @@ void MD5Final(unsigned char digest[16], MD5_CTX* context) {
 }
 
 void MD5Transform(ULONG state[4], const unsigned char block[64]) {
-    ULONG words[16];
-    Decode(words, block, 64);
-    ULONG a = state[0];
-    ULONG b = state[1];
-    ULONG c = state[2];
-    ULONG d = state[3];
-    runRound<0, 1, 0>(a, b, c, d, words,
-                      [](ULONG x, ULONG y, ULONG z) { return z ^ (x & (y ^ z)); });
-    runRound<1, 5, 1>(a, b, c, d, words,
-                      [](ULONG x, ULONG y, ULONG z) { return y ^ (z & (x ^ y)); });
-    runRound<2, 3, 5>(a, b, c, d, words, [](ULONG x, ULONG y, ULONG z) { return x ^ y ^ z; });
-    runRound<3, 7, 0>(a, b, c, d, words, [](ULONG x, ULONG y, ULONG z) { return y ^ (x | ~z); });
-    state[0] += a;
-    state[1] += b;
-    state[2] += c;
-    state[3] += d;
-    MD5_memset(reinterpret_cast<unsigned char*>(words), 0, sizeof words);
+    addBlocks(state, block, 1);
 }
 
 void Encode(unsigned char* output, const ULONG* input, unsigned int len) {
