@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
+#include <cstring>
 #include <string>
 #include <type_traits>
 
@@ -13,26 +15,45 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-/// The output of one conversion: fills a buffer, or only counts when there is none.
+/// Counts the units of a conversion that has no target.
 template <class Unit>
-class Output {
+class Counter {
 public:
-    Output(Unit* target, int size) : m_target(target), m_size(static_cast<std::size_t>(size)) {}
-
-    bool counting() const { return m_size == 0; }
-    std::size_t room() const { return counting() ? SIZE_MAX : m_size - m_used; }
-    void put(Unit unit) {
-        if (!counting()) {
-            m_target[m_used] = unit;
-        }
-        ++m_used;
+    std::size_t room() const { return SIZE_MAX; }
+    void put(Unit) { ++m_count; }
+    template <class From>
+    void putAscii(const From*, std::size_t length) {
+        m_count += length;
     }
-    int result() const { return m_used > INT_MAX ? 0 : static_cast<int>(m_used); }
+    void putSequence(char32_t, std::size_t length) { m_count += length; }
+    int result() const { return m_count > INT_MAX ? 0 : static_cast<int>(m_count); }
+
+private:
+    std::size_t m_count = 0;
+};
+
+/// Writes the units of a conversion. The caller looks at the room first.
+template <class Unit>
+class Buffer {
+public:
+    Buffer(Unit* target, int size) : m_target(target), m_next(target), m_end(target + size) {}
+
+    std::size_t room() const { return static_cast<std::size_t>(m_end - m_next); }
+    void put(Unit unit) { *m_next++ = unit; }
+    template <class From>
+    void putAscii(const From* text, std::size_t length) {
+        m_next = std::transform(text, text + length, m_next,
+                                [](From character) { return static_cast<Unit>(character); });
+    }
+    void putSequence(char32_t codePoint, std::size_t) {
+        m_next = utf8::unchecked::append(codePoint, m_next);
+    }
+    int result() const { return static_cast<int>(m_next - m_target); }
 
 private:
     Unit* m_target;
-    std::size_t m_size;
-    std::size_t m_used = 0;
+    Unit* m_next;
+    Unit* m_end;
 };
 
 std::size_t sequenceLength(unsigned char lead) {
@@ -71,22 +92,69 @@ const char* skipInvalid(const char* start, const char* end) {
     return next;
 }
 
-// Converts ASCII characters, which are one unit in both encodings. Returns false when the target is
-// too small.
-template <class From, class To>
-bool putAscii(const From** source, const From* end, Output<To>* output) {
-    for (; *source != end && static_cast<std::make_unsigned_t<From>>(**source) < 0x80; ++*source) {
-        if (output->room() == 0) {
+// Reads the sequence at source and advances behind it. Returns false and reads nothing when it is
+// not valid.
+bool readSequence(const char** source, const char* end, char32_t* codePoint) {
+    static constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+    const auto lead = static_cast<unsigned char>(**source);
+    const std::size_t length = sequenceLength(lead);
+    if (length == 1 || length > static_cast<std::size_t>(end - *source)) {
+        return false;
+    }
+    char32_t value = lead & (0x7Fu >> length);
+    for (std::size_t i = 1; i < length; ++i) {
+        const char byte = (*source)[i];
+        if (!isContinuation(byte)) {
             return false;
         }
-        output->put(static_cast<To>(**source));
+        value = value << 6 | (static_cast<unsigned char>(byte) & 0x3Fu);
     }
+    if (value < kSmallest[length] || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF)) {
+        return false;
+    }
+    *source += length;
+    *codePoint = value;
     return true;
+}
+
+template <class Unit>
+bool isAscii(Unit unit) {
+    return static_cast<std::make_unsigned_t<Unit>>(unit) < 0x80;
+}
+
+// The number of ASCII characters at the start of a text. They are looked at in words of eight
+// bytes.
+template <class Unit>
+std::size_t asciiLength(const Unit* text, const Unit* end) {
+    constexpr std::uint64_t kNotAscii = sizeof(Unit) == 1 ? 0x8080808080808080 : 0xFF80FF80FF80FF80;
+    constexpr std::size_t kUnitsInWord = sizeof kNotAscii / sizeof(Unit);
+    const Unit* next = text;
+    while (static_cast<std::size_t>(end - next) >= kUnitsInWord) {
+        std::uint64_t word;
+        std::memcpy(&word, next, sizeof word);
+        if ((word & kNotAscii) != 0) {
+            break;
+        }
+        next += kUnitsInWord;
+    }
+    return static_cast<std::size_t>(std::find_if_not(next, end, isAscii<Unit>) - text);
+}
+
+// Converts ASCII characters, which are one unit in both encodings. Returns false when the target is
+// too small.
+template <class From, class Output>
+bool putAscii(const From** source, const From* end, Output* output) {
+    const std::size_t length = asciiLength(*source, end);
+    const std::size_t taken = std::min(length, output->room());
+    output->putAscii(*source, taken);
+    *source += taken;
+    return taken == length;
 }
 
 // Returns false when the target is too small. As on Windows, a surrogate pair at the end of the
 // input is cut when there is room for one unit.
-bool putUtf16(char32_t codePoint, bool last, Output<WCHAR>* output) {
+template <class Output>
+bool putUtf16(char32_t codePoint, bool last, Output* output) {
     if (output->room() == 0) {
         return false;
     }
@@ -114,10 +182,58 @@ char32_t nextCodePoint(LPCWCH* source, LPCWCH end, bool* invalid) {
     return kReplacement;
 }
 
+std::size_t utf8Length(char32_t codePoint) {
+    if (codePoint < 0x800) {
+        return codePoint < 0x80 ? 1 : 2;
+    }
+    return codePoint < 0x10000 ? 3 : 4;
+}
+
 template <class Unit>
 std::size_t sourceLength(const Unit* source, int length) {
     return length < 0 ? std::char_traits<Unit>::length(source) + 1
                       : static_cast<std::size_t>(length);
+}
+
+template <class Output>
+int toUtf16(const char* source, const char* end, bool isStrict, Output output) {
+    // The terminator is converted separately: terminated input gives terminated output, even after
+    // an incomplete sequence.
+    const bool isTerminated = end[-1] == '\0';
+    const char* const textEnd = isTerminated ? end - 1 : end;
+    bool invalid = false;
+    while (putAscii(&source, textEnd, &output) && source != textEnd) {
+        do {
+            char32_t codePoint = kReplacement;
+            if (!readSequence(&source, textEnd, &codePoint)) {
+                invalid = true;
+                source = std::min(skipInvalid(source, end), textEnd);
+            }
+            if (!putUtf16(codePoint, source == end, &output)) {
+                return 0;
+            }
+        } while (source != textEnd && !isAscii(*source));
+    }
+    if (source != textEnd || (isTerminated && !putUtf16(U'\0', false, &output))) {
+        return 0;
+    }
+    return invalid && isStrict ? 0 : output.result();
+}
+
+template <class Output>
+int toUtf8(LPCWCH source, LPCWCH end, bool isStrict, Output output) {
+    bool invalid = false;
+    while (putAscii(&source, end, &output) && source != end) {
+        do {
+            const char32_t codePoint = nextCodePoint(&source, end, &invalid);
+            const std::size_t length = utf8Length(codePoint);
+            if (length > output.room()) {
+                return 0;
+            }
+            output.putSequence(codePoint, length);
+        } while (source != end && !isAscii(*source));
+    }
+    return source != end || (invalid && isStrict) ? 0 : output.result();
 }
 
 }  // namespace
@@ -129,32 +245,9 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR source, int length, W
         return 0;
     }
     const char* const end = source + sourceLength(source, length);
-    // The terminator is converted separately: terminated input gives terminated output, even after
-    // an incomplete sequence.
-    const bool isTerminated = end[-1] == '\0';
-    const char* const textEnd = isTerminated ? end - 1 : end;
-    Output<WCHAR> output(target, size);
-    bool invalid = false;
-    while (putAscii(&source, textEnd, &output) && source != textEnd) {
-        const char* const valid = utf8::find_invalid(source, textEnd);
-        while (source != valid) {
-            const char32_t codePoint = utf8::unchecked::next(source);
-            if (!putUtf16(codePoint, source == end, &output)) {
-                return 0;
-            }
-        }
-        if (source != textEnd) {
-            invalid = true;
-            source = std::min(skipInvalid(source, end), textEnd);
-            if (!putUtf16(kReplacement, false, &output)) {
-                return 0;
-            }
-        }
-    }
-    if (source != textEnd || (isTerminated && !putUtf16(U'\0', false, &output))) {
-        return 0;
-    }
-    return invalid && (flags & MB_ERR_INVALID_CHARS) != 0 ? 0 : output.result();
+    const bool isStrict = flags != 0;
+    return size == 0 ? toUtf16(source, end, isStrict, Counter<WCHAR>())
+                     : toUtf16(source, end, isStrict, Buffer<WCHAR>(target, size));
 }
 
 int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH source, int length, LPSTR target,
@@ -164,17 +257,7 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH source, int length, L
         return 0;
     }
     const LPCWCH end = source + sourceLength(source, length);
-    Output<char> output(target, size);
-    bool invalid = false;
-    while (putAscii(&source, end, &output) && source != end) {
-        char bytes[4];
-        const char* const bytesEnd =
-            utf8::unchecked::append(nextCodePoint(&source, end, &invalid), bytes);
-        if (output.room() < static_cast<std::size_t>(bytesEnd - bytes)) {
-            return 0;
-        }
-        std::for_each(static_cast<const char*>(bytes), bytesEnd,
-                      [&output](char byte) { output.put(byte); });
-    }
-    return source != end || (invalid && (flags & WC_ERR_INVALID_CHARS) != 0) ? 0 : output.result();
+    const bool isStrict = flags != 0;
+    return size == 0 ? toUtf8(source, end, isStrict, Counter<char>())
+                     : toUtf8(source, end, isStrict, Buffer<char>(target, size));
 }
