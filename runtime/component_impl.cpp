@@ -8,6 +8,7 @@
 
 using zr::consoleError;
 using zr::consoleOut;
+using zr::consoleOutFormat;
 
 namespace {
 
@@ -51,9 +52,11 @@ HRESULT STDMETHODCALLTYPE ZComponentImpl::GetIDsOfNames(const GUID& riid, OLECHA
     if (!names) {
         return E_INVALIDARG;
     }
-    char name[1024] = {};
-    _ZBstrToUtf8(names[0], name, sizeof name);
-    consoleOut("[ZComponentImpl::GetIDsOfNames] lpszName = [%s] ...\n", name);
+    char name[1024];
+    if (_ZConvUnicodeToUTF8(names[0], name, sizeof name) == 0) {
+        name[0] = 0;  // null or too long
+    }
+    consoleOutFormat("[ZComponentImpl::GetIDsOfNames] lpszName = [%s] ...\n", name);
 
     consoleOut("[ZComponentImpl::GetIDsOfNames] pre proxy...\n");
     std::optional<DISPID> id;
@@ -78,7 +81,8 @@ HRESULT STDMETHODCALLTYPE ZComponentImpl::GetIDsOfNames(const GUID& riid, OLECHA
         return E_INVALIDARG;
     }
     ids[0] = *id;
-    consoleOut("[ZComponentImpl::GetIDsOfNames] *rgdispid = [%d] ...\n", static_cast<int>(*id));
+    consoleOutFormat("[ZComponentImpl::GetIDsOfNames] *rgdispid = [%d] ...\n",
+                     static_cast<int>(*id));
     return S_OK;
 }
 
@@ -120,12 +124,12 @@ std::optional<HRESULT> ZComponentImpl::Probe(DISPID id, WORD flags) {
     const DispatchInfo* rows = GetSelfDispatchInfo();
     const int count = GetSelfGetDispatchInfoCount();
     for (int i = 0; i < count; ++i) {
-        consoleOut("#########pDispList[i].id = [%d] VS pdispparams = [%d]\n",
-                   static_cast<int>(rows[i].nId), static_cast<int>(id));
+        consoleOutFormat("#########pDispList[i].id = [%d] VS pdispparams = [%d]\n",
+                         static_cast<int>(rows[i].nId), static_cast<int>(id));
         if (rows[i].nId != id) {
             continue;
         }
-        consoleOut("[ZComponentImpl::Invoke] match [%d]...\n", static_cast<int>(id));
+        consoleOutFormat("[ZComponentImpl::Invoke] match [%d]...\n", static_cast<int>(id));
         if (flags == DISPATCH_PROPERTYPUT || flags == DISPATCH_PROPERTYGET) {
             if (rows[i].nType == enDispatchProperty) {
                 return S_OK;

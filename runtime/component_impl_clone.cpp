@@ -59,14 +59,15 @@ BOOL ZComponentImpl::CloneDispParams(DISPID id, DISPPARAMS* src, DISPPARAMS* dst
         consoleOut("[ZComponentImpl::CloneDispParams] 1 argument error.\n");
         return 0;
     }
-    const DispatchInfo* row = GetDispatchInfoById(this, id);
-    if (!src || (row && src->cArgs > 0 && !src->rgvarg)) {
+    const bool hasArguments = src && src->cArgs > 0;
+    const DispatchInfo* row = hasArguments ? GetDispatchInfoById(this, id) : nullptr;
+    if (!src || (row && !src->rgvarg)) {
         consoleOut("[ZComponentImpl::CloneDispParams] 2 argument error.\n");
         return 0;
     }
     *dst = *src;
     dst->rgvarg = nullptr;
-    if (src->cArgs == 0) {
+    if (!hasArguments) {
         return 1;
     }
     // Zeroed: the spare element, and without a row all elements, stay VT_EMPTY.

@@ -100,6 +100,9 @@ private:
 /// Asks the proxies of a stage, in the order of the chain, until one answers true.
 template <class Ask>
 bool ZComponentImpl::AnyProxy(int stage, Ask ask) {
+    if (!m_pHead) {
+        return false;
+    }
     ProxyWalk walk(this);
     while (const ProxyDispatchInfo* node = walk.next()) {
         if (node->nStage != stage) {

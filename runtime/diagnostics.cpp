@@ -4,9 +4,14 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 namespace zr {
 namespace {
+
+void writeText(std::FILE* stream, const char* text) {
+    std::fwrite(text, 1, std::strlen(text), stream);
+}
 
 void writeFormatted(std::FILE* stream, const char* format, std::va_list arguments) {
     char line[2048];
@@ -28,14 +33,22 @@ void writeFormatted(std::FILE* stream, const char* format, std::va_list argument
 
 }  // namespace
 
-void consoleOut(const char* format, ...) {
+void consoleOut(const char* text) {
+    writeText(stdout, text);
+}
+
+void consoleOutFormat(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
     writeFormatted(stdout, format, arguments);
     va_end(arguments);
 }
 
-void consoleError(const char* format, ...) {
+void consoleError(const char* text) {
+    writeText(stderr, text);
+}
+
+void consoleErrorFormat(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
     writeFormatted(stderr, format, arguments);

@@ -10,7 +10,8 @@ DispatchInfo* findRow(DispatchInfo* rows, int count, const char* name) {
         return nullptr;
     }
     for (int i = 0; i < count; ++i) {
-        if (std::strcmp(rows[i].szName, name) == 0) {
+        // Most rows differ in the first letter, which is compared without a call.
+        if (rows[i].szName[0] == name[0] && std::strcmp(rows[i].szName, name) == 0) {
             return &rows[i];
         }
     }

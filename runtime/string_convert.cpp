@@ -28,7 +28,7 @@ BSTR allocateThroughPlatform(const OLECHAR* text) {
 BSTR allocateString(const char* utf8, const char* functionName) {
     const int units = ZConvUTF8ToUnicode(utf8, nullptr, 0);
     if (units == 0) {
-        zr::consoleError("Error: %s() return %d\n", functionName, 0);
+        zr::consoleErrorFormat("Error: %s() return %d\n", functionName, 0);
         return nullptr;
     }
     // One more unit, zeroed: Wine loses the terminator after a sequence that is cut short.
@@ -140,7 +140,7 @@ int _ZConvUnicodeToUTF8(const OLECHAR* w, char* out, unsigned int outLen) {
 }
 
 BSTR _ZSysAllocUTF8String(const char* utf8) {
-    zr::consoleOut("_ZSysAllocUTF8String call...[%s]\n", utf8 ? utf8 : "(null)");
+    zr::consoleOutFormat("_ZSysAllocUTF8String call...[%s]\n", utf8 ? utf8 : "(null)");
     return allocateString(utf8, "_ZConvUTF8ToUnicode");
 }
 

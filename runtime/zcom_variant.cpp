@@ -31,7 +31,8 @@ ZComVariant::ZComVariant(int source, VARTYPE type) : ZComVariant() {
         PutError(E_INVALIDARG);
         return;
     }
-    zr::consoleOut("[ZComVariant::ZComVariant(int nSrc, VARTYPE vtSrc)] ... vtSrc = [%d]\n", type);
+    zr::consoleOutFormat("[ZComVariant::ZComVariant(int nSrc, VARTYPE vtSrc)] ... vtSrc = [%d]\n",
+                         type);
 }
 
 ZComVariant::ZComVariant(long source, VARTYPE type) : ZComVariant() {

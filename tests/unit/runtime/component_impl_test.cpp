@@ -89,6 +89,14 @@ TEST_F(ComponentImplTest, GetIDsOfNamesPrintsNamesOfUpTo1023Bytes) {
     EXPECT_NE(text.npos, text.find("lpszName = [] ...\n"));
 }
 
+TEST_F(ComponentImplTest, GetIDsOfNamesOfATooLongNameThatBeginsLikeAMemberFails) {
+    // The name before it must not count either.
+    DISPID id = 0;
+    EXPECT_HR(S_OK, find(OLESTR("Keep"), &id));
+    EXPECT_HR(E_FAIL, find((OLESTR("Keep") + std::basic_string<OLECHAR>(2000, 'x')).c_str(), &id));
+    EXPECT_EQ(1, id);
+}
+
 TEST_F(ComponentImplTest, GetIDsOfNamesWithoutNamesPrintsItsFirstLineOnly) {
     DISPID id = 99;
     EXPECT_HR(E_INVALIDARG, thing->GetIDsOfNames(IID_NULL, nullptr, 1, 0, &id));
