@@ -1,7 +1,9 @@
 // Conversions between UTF-8 and UTF-16, over the services of the platform.
 #include "runtime/string_convert.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <new>
 
@@ -33,11 +35,20 @@ BSTR allocateString(const char* utf8, const char* functionName) {
     }
     // One more unit, zeroed: Wine loses the terminator after a sequence that is cut short.
     const auto size = static_cast<std::size_t>(units) + 1;
-    const std::unique_ptr<OLECHAR[]> buffer(new (std::nothrow) OLECHAR[size]());
-    if (!buffer || ZConvUTF8ToUnicode(utf8, buffer.get(), static_cast<unsigned int>(units)) == 0) {
+    OLECHAR few[128];
+    std::unique_ptr<OLECHAR[]> many;
+    if (size > std::size(few)) {
+        many.reset(new (std::nothrow) OLECHAR[size]);
+    }
+    OLECHAR* const text = size > std::size(few) ? many.get() : few;
+    if (!text) {
         return nullptr;
     }
-    return allocateThroughPlatform(buffer.get());
+    std::fill_n(text, size, OLECHAR{});
+    if (ZConvUTF8ToUnicode(utf8, text, static_cast<unsigned int>(units)) == 0) {
+        return nullptr;
+    }
+    return allocateThroughPlatform(text);
 }
 
 BSTR allocateStringLen(const char* utf8, unsigned int len, BSTR (*allocate)(const char*)) {

@@ -1,6 +1,7 @@
 // zrapi::ZComBSTR: an owned BSTR with a cached UTF-8 view.
 #include "runtime/zcom_bstr.h"
 
+#include <cstring>
 #include <new>
 
 #include "runtime/block_owners.h"
@@ -36,12 +37,19 @@ ZComBSTR::operator BSTR() const {
 
 ZComBSTR::operator const char*() {
     ClearCache();
-    const int size = ZBstrToUtf8(m_bstr, nullptr, 0);
+    // Most text is short: one conversion gives both its size and its bytes.
+    char few[128];
+    if (const int length = ZConvUnicodeToUTF8(m_bstr, few, sizeof few)) {
+        const auto size = static_cast<unsigned int>(length);
+        m_pszUtf8 = new (std::nothrow) char[size];
+        return m_pszUtf8 ? static_cast<char*>(std::memcpy(m_pszUtf8, few, size)) : nullptr;
+    }
+    const auto size = static_cast<unsigned int>(ZBstrToUtf8(m_bstr, nullptr, 0));
     if (size == 0) {
         return nullptr;
     }
-    m_pszUtf8 = new (std::nothrow) char[static_cast<unsigned int>(size)];
-    if (m_pszUtf8 && ZBstrToUtf8(m_bstr, m_pszUtf8, static_cast<unsigned int>(size)) == 0) {
+    m_pszUtf8 = new (std::nothrow) char[size];
+    if (m_pszUtf8 && ZConvUnicodeToUTF8(m_bstr, m_pszUtf8, size) == 0) {
         ClearCache();
     }
     return m_pszUtf8;

@@ -66,6 +66,15 @@ TEST(StringConvertTest, AllocUtf8OfIncompleteSequencesStaysInBounds) {
     }
 }
 
+TEST(StringConvertTest, AllocUtf8OfTextOfAnyLengthConvertsTheWhole) {
+    for (std::size_t length = 0; length <= 300; ++length) {
+        const std::string text(length, 'a');
+        EXPECT_EQ(Wide(length, 'a'), take(ZSysAllocUTF8String(text.c_str())));
+        EXPECT_EQ(Wide(length, 'a') + OLESTR("\u20ac"),
+                  take(ZSysAllocUTF8String((text + "\xe2\x82\xac").c_str())));
+    }
+}
+
 TEST(StringConvertTest, AllocUtf8LenCutsTheTextAtTheLength) {
     EXPECT_EQ(OLESTR("ab"), take(ZSysAllocUTF8StringLen("abc", 2)));
     EXPECT_EQ(OLESTR("abc"), take(ZSysAllocUTF8StringLen("abc", 3)));

@@ -72,6 +72,19 @@ TEST(ZComBstrTest, LengthsAndUtf8TextAreThoseOfTheString) {
     text.Clear();
 }
 
+TEST(ZComBstrTest, Utf8TextOfAnyLengthIsWhole) {
+    // With a character of three bytes at the end, around the length of text that is converted at
+    // once.
+    for (std::size_t length = 120; length <= 130; ++length) {
+        for (const std::string last : {"x", "\xe2\x82\xac"}) {
+            const std::string whole = std::string(length, 'a').append(last);
+            ZComBSTR text(whole.c_str());
+            EXPECT_EQ(whole, static_cast<const char*>(text));
+            EXPECT_EQ(length + 1, text.GetLength());
+        }
+    }
+}
+
 TEST(ZComBstrTest, AssignmentSharesTheStringUntilTheLastObjectFreesIt) {
     ZComBSTR first("abc");
     const char* view = first;
