@@ -16,7 +16,8 @@ namespace {
 void enterDirectoryOf(std::size_t bytes) {
     std::size_t left = bytes - std::filesystem::current_path().string().size();
     while (left > 1) {
-        const std::string name(std::min<std::size_t>(left - 1, 100), 'd');
+        // After a name of 100 bytes, the one byte that is left of 102 would be too few for another.
+        const std::string name(std::min<std::size_t>(left - 1, left == 102 ? 99 : 100), 'd');
         std::filesystem::create_directory(name);
         std::filesystem::current_path(name);
         left -= name.size() + 1;
