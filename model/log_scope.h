@@ -16,7 +16,7 @@ public:
     /// @param name  the name of the operation without its class.
     LogScope(const ZRLog* log, const char* name, unsigned int line = __builtin_LINE())
         : LogScope(log, name, NoBegin()) {
-        if (m_log) {
+        if (isOn()) {
             m_log->Log(0, "[%s:%u] Begin\n", m_name, line);
         }
     }
@@ -29,7 +29,7 @@ public:
     /// Writes a message.
     /// @param text  the message with its line end.
     void message(const char* text, unsigned int line = __builtin_LINE()) const {
-        if (m_log) {
+        if (isOn()) {
             m_log->Log(0, "[%s:%u] %s", m_name, line, text);
         }
     }
@@ -37,7 +37,7 @@ public:
     /// Writes a message that ends in a reference count.
     /// @param text  the message before the count.
     void count(const char* text, ULONG references, unsigned int line = __builtin_LINE()) const {
-        if (m_log) {
+        if (isOn()) {
             m_log->Log(0, "[%s:%u] %s%lu\n", m_name, line, text,
                        static_cast<unsigned long>(references));
         }
@@ -46,7 +46,7 @@ public:
     /// Writes the End line.
     /// @return hr, so that an operation can end with "return scope.end(S_OK)".
     HRESULT end(HRESULT hr = S_OK, unsigned int line = __builtin_LINE()) const {
-        if (m_log) {
+        if (isOn()) {
             m_log->Log(0, "[%s:%u] End\n", m_name, line);
         }
         return hr;
@@ -61,6 +61,10 @@ public:
 private:
     struct NoBegin {};
     LogScope(const ZRLog* log, const char* name, NoBegin) : m_log(log), m_name(name) {}
+
+    /// Asked for each line: an operation may turn logging on. Without logging, no line is formatted or
+    /// even handed over.
+    bool isOn() const { return m_log && m_log->isOn(); }
 
     const ZRLog* m_log;
     const char* m_name;

@@ -31,7 +31,7 @@ int ZRLog::SetFilePath(const char* path) {
 }
 
 void ZRLog::Log(int, const char* format, ...) const {
-    if (!m_szFilePath[0]) {
+    if (!isOn()) {
         return;
     }
     const std::unique_ptr<char[]> message(new (std::nothrow) char[kMessageSize]);

@@ -19,6 +19,8 @@ public:
     /// @param path  at most 499 bytes; null or a longer path turns logging off.
     /// @return always 0.
     int SetFilePath(const char* path);
+    /// Whether lines are written.
+    bool isOn() const { return m_szFilePath[0] != 0; }
     /// Appends "[hh:mm:ss.mmm] " and a message. Failures are not reported.
     /// @param level   ignored.
     /// @param format  printf format, with the line end. The message is cut after 81,919 bytes.

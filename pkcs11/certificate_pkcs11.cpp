@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 
+#include "model/cast_parent.h"
 #include "pkcs11/byte_array.h"
 #include "pkcs11/container_pkcs11.h"
 #include "pkcs11/text_out.h"
@@ -38,7 +39,7 @@ const KeyCertificate_pkcs11* KeyCertificate_pkcs11::FromInterface(
 }
 
 KeyContainer_pkcs11* KeyCertificate_pkcs11::GetKeyContainer() const {
-    return dynamic_cast<KeyContainer_pkcs11*>(GetParent());
+    return zr::castParent<KeyContainer_pkcs11>(GetParent());
 }
 
 HRESULT STDMETHODCALLTYPE KeyCertificate_pkcs11::GetCertData(VARIANT* data) {

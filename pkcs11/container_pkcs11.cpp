@@ -5,6 +5,7 @@
 #include <cstring>
 #include <new>
 
+#include "model/cast_parent.h"
 #include "pkcs11/certificate_pkcs11.h"
 #include "pkcs11/text_out.h"
 #include "pkcs11/token_object_walk.h"
@@ -15,7 +16,7 @@
 KeyContainer_pkcs11::KeyContainer_pkcs11(KeyObject* token) : WithMethodTable(token) {}
 
 KeyObject_pkcs11* KeyContainer_pkcs11::GetKeyObject() const {
-    return dynamic_cast<KeyObject_pkcs11*>(GetParent());
+    return zr::castParent<KeyObject_pkcs11>(GetParent());
 }
 
 bool KeyContainer_pkcs11::OpenContainer(const VARIANT& identity) {

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 
+#include "model/cast_parent.h"
 #include "model/log_scope.h"
 #include "pkcs11/byte_array.h"
 #include "pkcs11/file_name.h"
@@ -24,7 +25,7 @@ KeyFile_pkcs11::~KeyFile_pkcs11() {
 }
 
 KeyObject_pkcs11* KeyFile_pkcs11::GetKeyObject() const {
-    return dynamic_cast<KeyObject_pkcs11*>(GetParent());
+    return zr::castParent<KeyObject_pkcs11>(GetParent());
 }
 
 bool KeyFile_pkcs11::CreateFile(BSTR name) {

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <utility>
 
+#include "model/cast_parent.h"
 #include "model/log_scope.h"
 
 namespace {
@@ -36,7 +37,7 @@ KeyObject_pkcs11::~KeyObject_pkcs11() {
 }
 
 TokenProvider_pkcs11* KeyObject_pkcs11::GetTokenProvider() const {
-    return dynamic_cast<TokenProvider_pkcs11*>(GetParent());
+    return zr::castParent<TokenProvider_pkcs11>(GetParent());
 }
 
 HRESULT KeyObject_pkcs11::SetSlotID(CK_SLOT_ID slot) {

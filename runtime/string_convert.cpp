@@ -1,9 +1,7 @@
 // Conversions between UTF-8 and UTF-16, over the services of the platform.
 #include "runtime/string_convert.h"
 
-#include <algorithm>
 #include <cstring>
-#include <iterator>
 #include <memory>
 #include <new>
 
@@ -28,27 +26,24 @@ BSTR allocateThroughPlatform(const OLECHAR* text) {
 }
 
 BSTR allocateString(const char* utf8, const char* functionName) {
+    // Most text is short and is converted at once, without asking for its size first. Buffers are
+    // zeroed: Wine loses the terminator after a sequence that is cut short.
+    constexpr int kFew = 64;
+    OLECHAR few[kFew + 1] = {};
+    if (ZConvUTF8ToUnicode(utf8, few, kFew) != 0) {
+        return allocateThroughPlatform(few);
+    }
     const int units = ZConvUTF8ToUnicode(utf8, nullptr, 0);
     if (units == 0) {
         zr::consoleErrorFormat("Error: %s() return %d\n", functionName, 0);
         return nullptr;
     }
-    // One more unit, zeroed: Wine loses the terminator after a sequence that is cut short.
     const auto size = static_cast<std::size_t>(units) + 1;
-    OLECHAR few[128];
-    std::unique_ptr<OLECHAR[]> many;
-    if (size > std::size(few)) {
-        many.reset(new (std::nothrow) OLECHAR[size]);
-    }
-    OLECHAR* const text = size > std::size(few) ? many.get() : few;
-    if (!text) {
+    const std::unique_ptr<OLECHAR[]> buffer(new (std::nothrow) OLECHAR[size]());
+    if (!buffer || ZConvUTF8ToUnicode(utf8, buffer.get(), static_cast<unsigned int>(units)) == 0) {
         return nullptr;
     }
-    std::fill_n(text, size, OLECHAR{});
-    if (ZConvUTF8ToUnicode(utf8, text, static_cast<unsigned int>(units)) == 0) {
-        return nullptr;
-    }
-    return allocateThroughPlatform(text);
+    return allocateThroughPlatform(buffer.get());
 }
 
 BSTR allocateStringLen(const char* utf8, unsigned int len, BSTR (*allocate)(const char*)) {

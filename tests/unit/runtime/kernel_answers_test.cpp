@@ -67,7 +67,8 @@ TEST(KernelAnswersTest, UnderscoreFunctionReportsAFailedConversionUnderItsOwnNam
 }
 
 TEST(KernelAnswersTest, ConversionThatFailsAfterItsSizeIsKnownIsNotReported) {
-    s_conversions = {4, 0};
+    s_conversions = {0, 4,
+                     0};  // into the buffer for short text, for the size, into the one of that size
     expectNoString(ZSysAllocUTF8String, "", "");
     EXPECT_TRUE(s_conversions.empty());
 }
