@@ -1,6 +1,6 @@
 // The time of a message from a page to the host and back, beside the same path to a host that only
-// echoes. Both connections are open in one page of one browser, and take turns. Prints the two times
-// in nanoseconds.
+// echoes. Both connections are open in one page of one browser, and take turns. The time is the one that
+// passes: browser, extension and host are processes of their own. Prints a row of scripts/bench.
 // usage: tests/web/run chromium --program bench/web/page_message.mjs ECHO_HOST
 import fs from "node:fs";
 import { inPage } from "../../tests/web/support/page_jobs.mjs";
@@ -30,7 +30,25 @@ const measure = async (kept, rounds, messages) => {
   return [times.host, times.echo];
 };
 
-const median = (times) => times.sort((a, b) => a - b)[times.length >> 1];
+/// Of sorted numbers, the one at a part of the way.
+const at = (values, part) =>
+  [...values].sort((a, b) => a - b)[Math.floor(part * (values.length - 1))];
+const median = (values) => at(values, 0.5);
+
+/// A row as bench_report.py reads it, of times in ms.
+const rowOf = (host, echo) => {
+  const ratios = host.map((time, round) => time / echo[round]);
+  return {
+    measure: "ratio",
+    result: median(ratios),
+    low: at(ratios, 0.25),
+    high: at(ratios, 0.75),
+    library_ns: median(host) * 1e6,
+    floor_ns: median(echo) * 1e6,
+    rounds: ratios.length,
+    floor: "the same path to a host that only answers",
+  };
+};
 
 const world = new World(`${process.env.ZRKEY_WEB_FOLDER}/world`);
 world.install();
@@ -47,8 +65,7 @@ try {
   fs.writeFileSync(manifest, JSON.stringify({ ...described, path: fs.realpathSync(echoHost) }));
   await inPage(page, connect, "echo");
   const [host, echo] = await inPage(page, measure, ROUNDS, MESSAGES);
-  console.log("pageMessage,%d", Math.round(median(host) * 1e6));
-  console.log("echoedMessage,%d", Math.round(median(echo) * 1e6));
+  console.log(JSON.stringify(rowOf(host, echo)));
 } finally {
   await browser.close();
   world.close();
