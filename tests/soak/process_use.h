@@ -7,8 +7,8 @@ namespace zr::test {
 
 struct ProcessUse {
     long residentKiB;
-    int descriptors;
-    std::size_t heapBytes;  ///< allocated by malloc and not freed
+    int descriptors;        ///< on Windows handles
+    std::size_t heapBytes;  ///< allocated and not freed
 };
 
 ProcessUse processUse();

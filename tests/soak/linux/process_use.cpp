@@ -12,7 +12,8 @@ namespace zr::test {
 
 ProcessUse processUse() {
     ProcessUse use = {};
-    use.heapBytes = mallinfo2().uordblks;
+    const struct mallinfo2 heap = mallinfo2();
+    use.heapBytes = heap.uordblks + heap.hblkhd;
     long pages = 0;
     std::ifstream("/proc/self/statm") >> pages >> pages;
     use.residentKiB = pages * (sysconf(_SC_PAGESIZE) / 1024);
