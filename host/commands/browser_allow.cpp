@@ -10,11 +10,10 @@ Report allowSite(const SiteOptions& options) {
 
 }  // namespace
 
-void addBrowserAllowCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "browser allow", "Lets a site use the tokens", allowSite);
-    addOriginWord(*command, *options, true);
-    addScopeOptions(*command, *options, "The list");
+void addBrowserAllowCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "browser allow", allowSite);
+    addOriginWord(command, *options, true);
+    addScopeOptions(command, *options, "The list");
 }
 
 }  // namespace zr::host

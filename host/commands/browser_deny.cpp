@@ -10,12 +10,10 @@ Report denySite(const SiteOptions& options) {
 
 }  // namespace
 
-void addBrowserDenyCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "browser deny",
-                   "Forbids a site to use the tokens, whatever other lists say", denySite);
-    addOriginWord(*command, *options, true);
-    addScopeOptions(*command, *options, "The list");
+void addBrowserDenyCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "browser deny", denySite);
+    addOriginWord(command, *options, true);
+    addScopeOptions(command, *options, "The list");
 }
 
 }  // namespace zr::host

@@ -10,12 +10,10 @@ Report forgetSite(const SiteOptions& options) {
 
 }  // namespace
 
-void addBrowserForgetCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "browser forget",
-                   "Takes a site off the lists of allowed and of denied sites", forgetSite);
-    addOriginWord(*command, *options, true);
-    addScopeOptions(*command, *options, "The lists");
+void addBrowserForgetCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "browser forget", forgetSite);
+    addOriginWord(command, *options, true);
+    addScopeOptions(command, *options, "The lists");
 }
 
 }  // namespace zr::host

@@ -48,14 +48,12 @@ Report install(const InstallOptions& options) {
 
 }  // namespace
 
-void addBrowserInstallCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "browser install",
-                   "Makes zrkey-browser known to browsers, or repairs that", install);
-    addScopeOptions(*command, *options, "For the browsers");
-    addBrowserOption(*command, *options);
-    addHostOption(*command, *options);
-    addForceOption(*command, *options, "Replaces also a manifest of another program");
+void addBrowserInstallCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "browser install", install);
+    addScopeOptions(command, *options, "For the browsers");
+    addBrowserOption(command, *options);
+    addHostOption(command, *options);
+    addForceOption(command, *options, "Replaces also a manifest of another program");
 }
 
 }  // namespace zr::host

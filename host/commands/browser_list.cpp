@@ -68,12 +68,10 @@ Report listSites(const SiteOptions& options) {
 
 }  // namespace
 
-void addBrowserListCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] = addCommand(
-        parent, action, "browser list",
-        "Lists the allowed and denied sites, or says whether one may use the tokens", listSites);
-    addOriginWord(*command, *options, false);
-    addShownScopeOptions(*command, *options, "The lists");
+void addBrowserListCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "browser list", listSites);
+    addOriginWord(command, *options, false);
+    addShownScopeOptions(command, *options, "The lists");
 }
 
 }  // namespace zr::host

@@ -108,25 +108,23 @@ Report browserModule(const BrowserModuleOptions& options) {
 
 }  // namespace
 
-void addBrowserModuleCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "browser module",
-                   "Sets or shows the PKCS #11 module that web pages reach", browserModule);
-    CLI::Option* path = command->add_option("PATH", options->path, "The module, a path or a name")
+void addBrowserModuleCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "browser module", browserModule);
+    CLI::Option* path = command.add_option("PATH", options->path, "The module, a path or a name")
                             ->type_name("")
                             ->check(isNotEmpty());
     CLI::Option* configuration =
         command
-            ->add_option("--config", options->configuration,
-                         "The configuration for the library; the default is its built-in one")
+            .add_option("--config", options->configuration,
+                        "The configuration for the library; the default is its built-in one")
             ->type_name("FILE")
             ->check(isNotEmpty());
     command
-        ->add_flag("--remove", options->isRemoved,
-                   "Removes module and configuration from the settings")
+        .add_flag("--remove", options->isRemoved,
+                  "Removes module and configuration from the settings")
         ->excludes(path)
         ->excludes(configuration);
-    addScopeOptions(*command, *options, "The settings");
+    addScopeOptions(command, *options, "The settings");
 }
 
 }  // namespace zr::host

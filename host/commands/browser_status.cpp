@@ -131,13 +131,11 @@ Report showStatus(const InstallOptions& options) {
 
 }  // namespace
 
-void addBrowserStatusCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] = addCommand(
-        parent, action, "browser status",
-        "Shows which browsers know zrkey-browser, its settings, and what is wrong", showStatus);
-    addShownScopeOptions(*command, *options, "What is");
-    addBrowserOption(*command, *options);
-    addHostOption(*command, *options);
+void addBrowserStatusCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "browser status", showStatus);
+    addShownScopeOptions(command, *options, "What is");
+    addBrowserOption(command, *options);
+    addHostOption(command, *options);
 }
 
 }  // namespace zr::host

@@ -30,12 +30,11 @@ Report uninstall(const InstallOptions& options) {
 
 }  // namespace
 
-void addBrowserUninstallCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] = addCommand(parent, action, "browser uninstall",
-                                               "Makes browsers forget zrkey-browser", uninstall);
-    addScopeOptions(*command, *options, "For the browsers");
-    addBrowserOption(*command, *options);
-    addForceOption(*command, *options, "Removes also a manifest of another program");
+void addBrowserUninstallCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "browser uninstall", uninstall);
+    addScopeOptions(command, *options, "For the browsers");
+    addBrowserOption(command, *options);
+    addForceOption(command, *options, "Removes also a manifest of another program");
 }
 
 }  // namespace zr::host

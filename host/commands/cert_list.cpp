@@ -90,11 +90,10 @@ Report listAll(const CertListOptions& options) {
 
 }  // namespace
 
-void addCertListCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "cert list", "Lists the certificates of a token", listAll);
-    addTokenOptions(*command, *options);
-    addPinOptions(*command, options->pin);
+void addCertListCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "cert list", listAll);
+    addTokenOptions(command, *options);
+    addPinOptions(command, options->pin);
 }
 
 }  // namespace zr::host

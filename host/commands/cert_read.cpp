@@ -38,13 +38,12 @@ Report readCertificate(const CertReadOptions& options) {
 
 }  // namespace
 
-void addCertReadCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "cert read", "Reads a certificate", readCertificate);
-    addTokenOptions(*command, *options);
-    addPinOptions(*command, options->pin);
-    addCertificateOptions(*command, options->certificate);
-    addByteOutput(*command, options->output, &options->isText);
+void addCertReadCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "cert read", readCertificate);
+    addTokenOptions(command, *options);
+    addPinOptions(command, options->pin);
+    addCertificateOptions(command, options->certificate);
+    addByteOutput(command, options->output, &options->isText);
 }
 
 }  // namespace zr::host

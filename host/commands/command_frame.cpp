@@ -351,11 +351,8 @@ int runStreaming(const std::string& name, ReportOptions& options,
     return isInterrupted() ? interruptionExitCode() : exitCode;
 }
 
-CLI::App* addCommandRunning(CLI::App& parent, Action& action, const std::string& path,
-                            const std::string& help, const Action& run) {
-    CLI::App* command = parent.add_subcommand(path.substr(path.rfind(' ') + 1), help);
-    command->callback([&action, run] { action = run; });
-    return command;
+void setAction(CLI::App& command, Action& action, const Action& run) {
+    command.callback([&action, run] { action = run; });
 }
 
 }  // namespace zr::host

@@ -79,23 +79,20 @@ int runCommand(const std::string& name, ReportOptions& options,
 int runStreaming(const std::string& name, ReportOptions& options,
                  const std::function<int(Console&)>& body);
 
-/// Adds a command; run becomes the action when the command is chosen.
-/// @param path  the name of the command in JSON: "file read".
-CLI::App* addCommandRunning(CLI::App& parent, Action& action, const std::string& path,
-                            const std::string& help, const Action& run);
+/// Makes run the action when the command is chosen.
+void setAction(CLI::App& command, Action& action, const Action& run);
 
-/// Adds a command that runs body and writes its report.
-/// @return the command, and its options for the addXOptions functions; Options has a member report.
+/// Makes a command run body and write its report.
+/// @param path  the name of the command in JSON: "file read".
+/// @return its options, for the addXOptions functions; Options has a member report.
 template <class Options>
-std::pair<CLI::App*, std::shared_ptr<Options>> addCommand(CLI::App& parent, Action& action,
-                                                          const std::string& path,
-                                                          const std::string& help,
-                                                          Report (*body)(const Options&)) {
+std::shared_ptr<Options> setBody(CLI::App& command, Action& action, const std::string& path,
+                                 Report (*body)(const Options&)) {
     auto options = std::make_shared<Options>();
-    const Action run = [options, path, body] {
+    setAction(command, action, [options, path, body] {
         return runCommand(path, options->report, [&] { return body(*options); });
-    };
-    return {addCommandRunning(parent, action, path, help, run), std::move(options)};
+    });
+    return options;
 }
 
 }  // namespace zr::host

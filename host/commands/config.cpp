@@ -106,25 +106,19 @@ void addPlaceOptions(CLI::App& command, ConfigOptions& options) {
 
 }  // namespace
 
-void addConfigShowCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "config show",
-                   "Shows the configuration in use and where it comes from", showConfig);
-    addPlaceOptions(*command, *options);
+void addConfigShowCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "config show", showConfig);
+    addPlaceOptions(command, *options);
 }
 
-void addConfigInitCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "config init",
-                   "Writes the built-in configuration into the user's file", initConfig);
-    addReportOptions(*command, options->report);
+void addConfigInitCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "config init", initConfig);
+    addReportOptions(command, options->report);
 }
 
-void addConfigPathCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] = addCommand(
-        parent, action, "config path",
-        "Lists the places of the configuration, in their order, and which exist", showPlaces);
-    addPlaceOptions(*command, *options);
+void addConfigPathCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "config path", showPlaces);
+    addPlaceOptions(command, *options);
 }
 
 }  // namespace zr::host

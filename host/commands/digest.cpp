@@ -25,13 +25,12 @@ Report digest(const DigestOptions& options) {
 
 }  // namespace
 
-void addDigestCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "digest", "Computes the digest of data", digest);
-    addReportOptions(*command, options->report);
-    addMethodOption(*command, options->method);
-    addInputOption(*command, options->input);
-    addByteOutput(*command, options->output);
+void addDigestCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "digest", digest);
+    addReportOptions(command, options->report);
+    addMethodOption(command, options->method);
+    addInputOption(command, options->input);
+    addByteOutput(command, options->output);
 }
 
 }  // namespace zr::host

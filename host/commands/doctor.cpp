@@ -43,11 +43,10 @@ Report doctor(const DoctorOptions& options) {
 
 }  // namespace
 
-void addDoctorCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] = addCommand(
-        parent, action, "doctor", "Checks what a login needs, without logging in", doctor);
-    addReportOptions(*command, options->report);
-    addModuleOptions(*command, options->module);
+void addDoctorCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "doctor", doctor);
+    addReportOptions(command, options->report);
+    addModuleOptions(command, options->module);
 }
 
 }  // namespace zr::host

@@ -27,12 +27,10 @@ Report createFile(const FileOptions& options) {
 
 }  // namespace
 
-void addFileCreateCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "file create",
-                   "Creates an empty file; created as N, it is found as N + 1", createFile);
+void addFileCreateCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "file create", createFile);
     // No name would find a file created under the last number.
-    addFileOptions(*command, *options, kLastFileName - 1);
+    addFileOptions(command, *options, kLastFileName - 1);
 }
 
 }  // namespace zr::host

@@ -29,10 +29,9 @@ Report deleteFile(const FileOptions& options) {
 
 }  // namespace
 
-void addFileDeleteCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "file delete", "Deletes a file", deleteFile);
-    addFileOptions(*command, *options);
+void addFileDeleteCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "file delete", deleteFile);
+    addFileOptions(command, *options);
 }
 
 }  // namespace zr::host

@@ -19,10 +19,9 @@ Report fileExists(const FileOptions& options) {
 
 }  // namespace
 
-void addFileExistsCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "file exists", "Checks whether a file exists", fileExists);
-    addFileOptions(*command, *options);
+void addFileExistsCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "file exists", fileExists);
+    addFileOptions(command, *options);
 }
 
 }  // namespace zr::host

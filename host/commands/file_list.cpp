@@ -30,11 +30,10 @@ Report listAll(const FileListOptions& options) {
 
 }  // namespace
 
-void addFileListCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "file list", "Lists the files of a token", listAll);
-    addTokenOptions(*command, *options);
-    addPinOptions(*command, options->pin);
+void addFileListCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "file list", listAll);
+    addTokenOptions(command, *options);
+    addPinOptions(command, options->pin);
 }
 
 }  // namespace zr::host

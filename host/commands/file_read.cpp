@@ -41,11 +41,10 @@ Report readFile(const FileReadOptions& options) {
 
 }  // namespace
 
-void addFileReadCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "file read", "Reads the content of a file", readFile);
-    addFileOptions(*command, *options);
-    addByteOutput(*command, options->output);
+void addFileReadCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "file read", readFile);
+    addFileOptions(command, *options);
+    addByteOutput(command, options->output);
 }
 
 }  // namespace zr::host

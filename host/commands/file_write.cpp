@@ -38,12 +38,10 @@ Report writeContent(const FileWriteOptions& options) {
 
 }  // namespace
 
-void addFileWriteCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "file write",
-                   "Writes the content of a file, under the number that finds it", writeContent);
-    addFileOptions(*command, *options);
-    addInputOption(*command, options->input);
+void addFileWriteCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "file write", writeContent);
+    addFileOptions(command, *options);
+    addInputOption(command, options->input);
 }
 
 }  // namespace zr::host

@@ -61,10 +61,9 @@ Report info(const TokenOptions& options) {
 
 }  // namespace
 
-void addInfoCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "info", "Shows the properties of a token", info);
-    addTokenOptions(*command, *options);
+void addInfoCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "info", info);
+    addTokenOptions(command, *options);
 }
 
 }  // namespace zr::host

@@ -33,11 +33,10 @@ Report list(const ListOptions& options) {
 
 }  // namespace
 
-void addListCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "list", "Lists the tokens of the module", list);
-    addReportOptions(*command, options->report);
-    addModuleOptions(*command, options->module);
+void addListCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "list", list);
+    addReportOptions(command, options->report);
+    addModuleOptions(command, options->module);
 }
 
 }  // namespace zr::host

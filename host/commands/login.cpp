@@ -20,11 +20,10 @@ Report login(const LoginOptions& options) {
 
 }  // namespace
 
-void addLoginCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "login", "Checks a PIN and does nothing else", login);
-    addTokenOptions(*command, *options);
-    addPinOptions(*command, options->pin);
+void addLoginCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "login", login);
+    addTokenOptions(command, *options);
+    addPinOptions(command, options->pin);
 }
 
 }  // namespace zr::host

@@ -73,12 +73,11 @@ Report changePin(const PinChangeOptions& options) {
 
 }  // namespace
 
-void addPinChangeCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "pin change", "Changes a PIN of a token", changePin);
-    addTokenOptions(*command, *options);
-    addPinOptions(*command, options->pin);
-    addPinSource(*command, "--new-pin", options->newPin, "Where to read the new PIN");
+void addPinChangeCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "pin change", changePin);
+    addTokenOptions(command, *options);
+    addPinOptions(command, options->pin);
+    addPinSource(command, "--new-pin", options->newPin, "Where to read the new PIN");
 }
 
 }  // namespace zr::host

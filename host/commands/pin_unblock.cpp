@@ -52,16 +52,13 @@ Report unblock(const PinUnblockOptions& options) {
 
 }  // namespace
 
-void addPinUnblockCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "pin unblock",
-                   "Gives the user a new PIN, as the security officer", unblock);
+void addPinUnblockCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "pin unblock", unblock);
     options->pin.securityOfficer = true;
-    addTokenOptions(*command, *options);
-    addPinSource(*command, "--pin", options->pin.source,
-                 "Where to read the security officer's PIN");
-    addLastTryOption(*command, options->pin);
-    addPinSource(*command, "--new-pin", options->newPin, "Where to read the new user PIN");
+    addTokenOptions(command, *options);
+    addPinSource(command, "--pin", options->pin.source, "Where to read the security officer's PIN");
+    addLastTryOption(command, options->pin);
+    addPinSource(command, "--new-pin", options->newPin, "Where to read the new user PIN");
 }
 
 }  // namespace zr::host

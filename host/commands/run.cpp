@@ -86,18 +86,16 @@ void takeWords(std::vector<std::string> words, RunOptions& options) {
 
 }  // namespace
 
-void addRunCommand(CLI::App& app, Action& action) {
+void addRunCommand(CLI::App& command, Action& action) {
     const auto options = std::make_shared<RunOptions>();
-    CLI::App* command = app.add_subcommand(
-        "run", "Runs a script; the words after FILE are its global array \"arguments\"");
-    addScriptOptions(*command, options->script, "the script");
-    command->add_option("-e,--eval", options->code, "Runs this script instead of a file")
+    addScriptOptions(command, options->script, "the script");
+    command.add_option("-e,--eval", options->code, "Runs this script instead of a file")
         ->type_name("CODE");
     // FILE and the words after it are passed on unchanged, also those that look like options.
-    command->prefix_command();
-    command->formatter(std::make_shared<RunFormatter>());
-    command->callback([command, options, &action] {
-        takeWords(command->remaining(), *options);
+    command.prefix_command();
+    command.formatter(std::make_shared<RunFormatter>());
+    command.callback([&command, options, &action] {
+        takeWords(command.remaining(), *options);
         checkScriptOptions(options->script);
         if (options->file == kStandardStream && readsPinFromInput(options->script)) {
             throw CLI::ValidationError("--pin", "standard input contains the script");

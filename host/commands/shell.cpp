@@ -29,12 +29,10 @@ int runShell(const ScriptOptions& options) {
 
 }  // namespace
 
-void addShellCommand(CLI::App& app, Action& action) {
+void addShellCommand(CLI::App& command, Action& action) {
     const auto options = std::make_shared<ScriptOptions>();
-    CLI::App* command =
-        app.add_subcommand("shell", "Runs statements of a script as they are typed");
-    addScriptOptions(*command, *options, "a statement");
-    command->callback([options, &action] {
+    addScriptOptions(command, *options, "a statement");
+    command.callback([options, &action] {
         checkScriptOptions(*options);
         action = [options] { return runShell(*options); };
     });

@@ -90,11 +90,10 @@ Report sign(const SignOptions& options) {
 
 }  // namespace
 
-void addSignCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] =
-        addCommand(parent, action, "sign", "Signs data with the key of a certificate", sign);
-    addKeyOptions(*command, *options);
-    addByteOutput(*command, options->output);
+void addSignCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "sign", sign);
+    addKeyOptions(command, *options);
+    addByteOutput(command, options->output);
 }
 
 }  // namespace zr::host

@@ -49,17 +49,15 @@ int runTrace(const Words& words) {
 
 }  // namespace
 
-void addTraceCommand(CLI::App& parent, Action& action) {
-    CLI::App* command = parent.add_subcommand(
-        "trace", "Runs a command and shows its calls of the module on standard error");
+void addTraceCommand(CLI::App& command, Action& action) {
     const auto words = std::make_shared<Words>();
     command
-        ->add_option("COMMAND", *words,
-                     "The command and its options, after --, such as: -- login --so")
+        .add_option("COMMAND", *words,
+                    "The command and its options, after --, such as: -- login --so")
         ->required()
         ->type_name("");
-    command->formatter(std::make_shared<TraceFormatter>());
-    command->callback([words, &action] { action = [words] { return runTrace(*words); }; });
+    command.formatter(std::make_shared<TraceFormatter>());
+    command.callback([words, &action] { action = [words] { return runTrace(*words); }; });
 }
 
 }  // namespace zr::host

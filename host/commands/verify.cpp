@@ -100,12 +100,11 @@ Report verify(const VerifyOptions& options) {
 
 }  // namespace
 
-void addVerifyCommand(CLI::App& parent, Action& action) {
-    const auto [command, options] = addCommand(
-        parent, action, "verify", "Verifies a signature with the key of a certificate", verify);
-    addKeyOptions(*command, *options);
-    addSignatureOption(*command, options->signature);
-    addFormatOption(*command, options->format, "The format of the signature");
+void addVerifyCommand(CLI::App& command, Action& action) {
+    const auto options = setBody(command, action, "verify", verify);
+    addKeyOptions(command, *options);
+    addSignatureOption(command, options->signature);
+    addFormatOption(command, options->format, "The format of the signature");
 }
 
 }  // namespace zr::host

@@ -130,17 +130,16 @@ int watch(const WatchOptions& options, Console& console) {
 
 }  // namespace
 
-void addWatchCommand(CLI::App& parent, Action& action) {
+void addWatchCommand(CLI::App& command, Action& action) {
     const auto options = std::make_shared<WatchOptions>();
-    CLI::App* command = addCommandRunning(
-        parent, action, "watch", "Shows each token that is put in or taken out", [options] {
-            return runStreaming("watch", options->report,
-                                [&](Console& console) { return watch(*options, console); });
-        });
-    addReportOptions(*command, options->report);
-    addModuleOptions(*command, options->module);
+    setAction(command, action, [options] {
+        return runStreaming("watch", options->report,
+                            [&](Console& console) { return watch(*options, console); });
+    });
+    addReportOptions(command, options->report);
+    addModuleOptions(command, options->module);
     command
-        ->add_option(
+        .add_option(
             "--exec", options->program,
             "Starts this program for each line, with the token's data in environment variables")
         ->type_name("PROGRAM");
