@@ -12,11 +12,12 @@ namespace zr::test {
 namespace {
 
 constexpr int kThreads = 4;
+constexpr int kManyThreads = 64;
 constexpr int kRounds = 50;
 
-void inThreads(const std::function<void(int thread)>& work) {
+void inThreads(const std::function<void(int thread)>& work, int count = kThreads) {
     std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) {
+    for (int i = 0; i < count; ++i) {
         threads.emplace_back(work, i);
     }
     for (std::thread& thread : threads) {
@@ -90,6 +91,19 @@ TEST_F(ThreadsTest, SeparateProvidersWorkInManyThreads) {
             useToken(provider.get());
         }
     });
+    for (ComRef<ITokenProvider>& provider : providers) {
+        EXPECT_EQ(0u, provider.release()->Release());
+    }
+}
+
+TEST_F(ThreadsTest, EachOf64ThreadsWorksWithItsProvider) {
+    std::vector<ComRef<ITokenProvider>> providers(kManyThreads);
+    inThreads(
+        [&](int thread) {
+            providers[thread] = makeLoadedProvider();
+            useToken(providers[thread].get());
+        },
+        kManyThreads);
     for (ComRef<ITokenProvider>& provider : providers) {
         EXPECT_EQ(0u, provider.release()->Release());
     }
