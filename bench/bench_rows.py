@@ -62,7 +62,7 @@ SECTIONS = [
         Row("windows/instant/sign", "SignData, added"),
         Row("windows/instant/enumerate-lookups", "EnumContainer, 2,048 certificates", 1.05),
         Row("windows/dispatch/name-and-call", "GetIDsOfNames and Invoke"),
-        Row("windows/dispatch/name-and-call-buffered", "GetIDsOfNames and Invoke, lines in a buffer", 0.15),
+        Row("windows/dispatch/name-and-call-without-lines", "GetIDsOfNames and Invoke, lines left out", 0.15),
     ]),
     ("A web page", [
         Row("web/message", "a message from page to host and back"),

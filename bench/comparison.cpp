@@ -69,9 +69,10 @@ double Comparison::resultOf(double subject, double floor) const {
     }
 }
 
-void Comparison::run(const Work& subject, const Work& floor) {
+void Comparison::run(const Work& subject, const Work& floor, const Work& part) {
     const long subjectTimes = timesFor(subject);
     const long floorTimes = timesFor(floor);
+    const long partTimes = timesFor(part);
     std::vector<double> subjects;
     std::vector<double> floors;
     std::vector<double> results;
@@ -84,7 +85,8 @@ void Comparison::run(const Work& subject, const Work& floor) {
         // Each goes first every second time.
         const bool isFloorFirst = results.size() % 2 == 1;
         double floorTime = isFloorFirst ? nanoseconds(floor, floorTimes) : 0;
-        const double subjectTime = nanoseconds(subject, subjectTimes);
+        const double subjectTime =
+            nanoseconds(subject, subjectTimes) - nanoseconds(part, partTimes);
         floorTime = isFloorFirst ? floorTime : nanoseconds(floor, floorTimes);
         subjects.push_back(subjectTime);
         floors.push_back(floorTime);
