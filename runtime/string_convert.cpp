@@ -1,7 +1,10 @@
 // Conversions between UTF-8 and UTF-16, over the services of the platform.
 #include "runtime/string_convert.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <new>
 
@@ -26,24 +29,25 @@ BSTR allocateThroughPlatform(const OLECHAR* text) {
 }
 
 BSTR allocateString(const char* utf8, const char* functionName) {
-    // Most text is short and is converted at once, without asking for its size first. Buffers are
-    // zeroed: Wine loses the terminator after a sequence that is cut short.
-    constexpr int kFew = 64;
-    OLECHAR few[kFew + 1] = {};
-    if (ZConvUTF8ToUnicode(utf8, few, kFew) != 0) {
-        return allocateThroughPlatform(few);
+    // Text has no more units in UTF-16 than bytes in UTF-8, so one conversion is enough. One more unit,
+    // for a terminator: Wine loses it after a sequence that is cut short.
+    const std::size_t most = utf8 ? std::strlen(utf8) + 1 : 1;
+    OLECHAR few[128];
+    const bool isShort = most < std::size(few);
+    const std::unique_ptr<OLECHAR[]> many(isShort ? nullptr : new (std::nothrow) OLECHAR[most + 1]);
+    OLECHAR* const text = isShort ? few : many.get();
+    if (!text) {
+        return nullptr;
     }
-    const int units = ZConvUTF8ToUnicode(utf8, nullptr, 0);
+    text[0] = 0;  // an empty text stays as it is
+    const int units = ZConvUTF8ToUnicode(
+        utf8, text, static_cast<unsigned int>(std::min<std::size_t>(most, INT_MAX)));
     if (units == 0) {
         zr::consoleErrorFormat("Error: %s() return %d\n", functionName, 0);
         return nullptr;
     }
-    const auto size = static_cast<std::size_t>(units) + 1;
-    const std::unique_ptr<OLECHAR[]> buffer(new (std::nothrow) OLECHAR[size]());
-    if (!buffer || ZConvUTF8ToUnicode(utf8, buffer.get(), static_cast<unsigned int>(units)) == 0) {
-        return nullptr;
-    }
-    return allocateThroughPlatform(buffer.get());
+    text[units] = 0;
+    return allocateThroughPlatform(text);
 }
 
 BSTR allocateStringLen(const char* utf8, unsigned int len, BSTR (*allocate)(const char*)) {

@@ -66,11 +66,16 @@ TEST(KernelAnswersTest, UnderscoreFunctionReportsAFailedConversionUnderItsOwnNam
                    "_ZSysAllocUTF8String call...[ab]\n", line);
 }
 
-TEST(KernelAnswersTest, ConversionThatFailsAfterItsSizeIsKnownIsNotReported) {
-    s_conversions = {0, 4,
-                     0};  // into the buffer for short text, for the size, into the one of that size
-    expectNoString(ZSysAllocUTF8String, "", "");
-    EXPECT_TRUE(s_conversions.empty());
+TEST(KernelAnswersTest, StringIsMadeByOneConversion) {
+    for (const std::size_t length : {3, 1000}) {
+        s_conversions = {static_cast<int>(length) + 1, 0};
+        const std::string utf8(length, 'a');
+        const BSTR made = ZSysAllocUTF8String(utf8.c_str());
+        EXPECT_NE(nullptr, made);
+        EXPECT_EQ(1u, s_conversions.size());
+        SysFreeString(made);
+    }
+    s_conversions.clear();
 }
 
 /// The path of an executable with so many bytes, and its directory.
