@@ -91,7 +91,7 @@ def machine():
         "compiler": first_line("g++", "--version"),
         "compiler for Windows": first_line("x86_64-w64-mingw32-g++-posix", "--version"),
         "Wine": first_line("/usr/lib/wine/wine64", "--version"),
-        "libcrypto": first_line("openssl", "version"),
+        "libcrypto": first_line("openssl", "version").split(" (")[0],
         "pkcs11-tool": "OpenSC " + first_line("dpkg-query", "-W", "-f", "${Version}", "opensc"),
         "SoftHSM2": first_line("dpkg-query", "-W", "-f", "${Version}", "softhsm2"),
     }
