@@ -125,7 +125,7 @@ set terminal svg size 860,{height} font "sans,12" background rgb "white"
 set output "{output}"
 set title "The library's time as a ratio to its floor (1 is the floor; quartiles as lines)"
 set logscale x 2
-set xrange [0.25:*]
+set xrange [0.125:*]
 set yrange [{rows}-0.4:-0.6]
 set xtics nomirror
 set ytics nomirror
