@@ -65,6 +65,6 @@ SECTIONS = [
         Row("windows/dispatch/name-and-call-without-lines", "GetIDsOfNames and Invoke, lines left out", 0.15),
     ]),
     ("A web page", [
-        Row("web/message", "a message from page to host and back"),
+        Row("web/message", "a message from page to host and back", 1.2),
     ]),
 ]

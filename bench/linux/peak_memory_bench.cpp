@@ -1,4 +1,4 @@
-// The most memory that EnumContainer holds at one time, in sizes of its result. In a program of its own,
+// The most memory that EnumContainer takes at one time, in sizes of its result. In a program of its own,
 // which counts every allocation.
 // usage: zrkey_bench_memory RESULTS [--once] [ID...]
 #include <malloc.h>

@@ -8,13 +8,13 @@
 
 namespace zr::host {
 
-/// Adds the commands to the parser, each with its name and its help. Options and examples, whose
-/// making takes longer than all else of a start, get only commands that a word names: the parser enters
-/// no other.
+/// Adds the commands to the parser, each with its name and its help. Only commands that a word names get
+/// their options and examples: the parser enters no other, and making all of them would take half of the
+/// time of a start.
 /// @param words  of the command line.
 void addCommands(CLI::App& app, Action& action, const std::vector<std::string>& words);
 
-/// Adds all commands as a whole.
+/// Adds all commands with all their options.
 void addWholeCommands(CLI::App& app, Action& action);
 
 }  // namespace zr::host

@@ -39,8 +39,8 @@ CertificateTable readCertificates(IKeyObject& token, DirectSession& direct);
 /// The certificate that matches. Throws a Failure when none does, or several do.
 TokenCertificate chooseCertificate(const CertificateTable& table, const CertificateChoice& choice);
 
-/// The same in one walk over the IDs, without a list of the library, where they decide which
-/// certificate matches; else by the table, which also shows the certificates in a Failure.
+/// The same in one walk over the IDs, without a list of the library. When the IDs do not decide which
+/// certificate matches, it reads the table; a Failure shows the certificates in it.
 TokenCertificate findCertificate(IKeyObject& token, DirectSession& direct,
                                  const CertificateChoice& choice);
 

@@ -84,8 +84,8 @@ public:
     /// Reads attributes of an object; one value per type.
     CK_RV read(CK_OBJECT_HANDLE object, const std::vector<CK_ATTRIBUTE_TYPE>& types,
                AttributeValues& values);
-    /// The same for values that are hardly ever long: one call in place of two, where none has more
-    /// than kShortValue bytes.
+    /// The same for values that are seldom long: one call instead of two when no value has more than
+    /// kShortValue bytes.
     CK_RV readShort(CK_OBJECT_HANDLE object, const std::vector<CK_ATTRIBUTE_TYPE>& types,
                     AttributeValues& values);
     CK_RV create(const Attributes& attributes, CK_OBJECT_HANDLE& object);
