@@ -57,6 +57,7 @@ SECTIONS = [
         Row("command/digest", "`zrkey digest`, 256 MiB", 1.1),
         Row("command/digest-memory", "`zrkey digest`, 256 MiB, peak memory", 8),
         Row("command/help", "`zrkey --help`", 1e6),
+        Row("command/help-libraries", "`zrkey --help`, to loading its libraries"),
     ]),
     ("Windows programs under Wine", [
         Row("windows/instant/sign", "SignData, added"),

@@ -1,4 +1,6 @@
 // A log line, with logging off and on.
+#include <sys/time.h>
+
 #include <cstdio>
 #include <ctime>
 #include <string>
@@ -12,10 +14,13 @@ namespace {
 /// A line as a host would append it, opening the file each time: other programs may rotate it.
 void appendLine(const char* path, const char* operation) {
     std::FILE* file = std::fopen(path, "a");
-    const std::time_t now = std::time(nullptr);
-    const std::tm* local = std::localtime(&now);
-    std::fprintf(file, "[%02d:%02d:%02d.%03d] [%s:%u] End\n", local->tm_hour, local->tm_min,
-                 local->tm_sec, 0, operation, static_cast<unsigned>(__LINE__));
+    timeval now;
+    gettimeofday(&now, nullptr);
+    std::tm local;
+    localtime_r(&now.tv_sec, &local);
+    std::fprintf(file, "[%02d:%02d:%02d.%03d] [%s:%u] End\n", local.tm_hour, local.tm_min,
+                 local.tm_sec, static_cast<int>(now.tv_usec / 1000), operation,
+                 static_cast<unsigned>(__LINE__));
     std::fclose(file);
 }
 

@@ -5,8 +5,8 @@
 
 namespace zr {
 
-/// As dynamic_cast. A parent nearly always is a To and nothing more derived; comparing the classes
-/// takes a fraction of the time that dynamic_cast searches for it.
+/// As dynamic_cast. A parent nearly always is a To and nothing more derived, and comparing the classes
+/// is much faster than dynamic_cast.
 /// @param parent  may be null.
 /// @return null when the parent is of another class.
 template <class To, class From>

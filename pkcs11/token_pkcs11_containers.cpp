@@ -12,8 +12,8 @@
 
 namespace {
 
-/// The names of a walk, as strings that can be handed out. A list, not a vector: a vector that grows
-/// would need up to three times the memory of its strings' addresses.
+/// The names of a walk, as strings that can be handed out. A deque: a vector that grows has its old
+/// and its new block at once.
 class NameList {
 public:
     NameList() = default;

@@ -90,6 +90,10 @@ long digestBigFile() {
     return run({ZRKEY_COMMAND, "digest", "-i", bigFile()});
 }
 
+void measureHelp(Comparison& comparison, const char* other) {
+    comparison.measure([] { run({ZRKEY_COMMAND, "--help"}); }, [other] { run({other}); });
+}
+
 }  // namespace
 
 void allRows(Bench& bench) {
@@ -114,13 +118,10 @@ void allRows(Bench& bench) {
     bench.row({"command/digest-memory", "", Measure::kMemory}, [](Comparison& comparison) {
         comparison.store(static_cast<double>(digestBigFile()) / 1024);
     });
-    bench.row({"command/help", "an empty C++ program", Measure::kTime}, [](Comparison& comparison) {
-        comparison.measure(
-            [] {
-                run({ZRKEY_COMMAND, "--help"});
-            },
-            [] { run({ZRKEY_EMPTY_PROGRAM}); });
-    });
+    bench.row({"command/help", "a C++ program that writes a line", Measure::kTime},
+              [](Comparison& comparison) { measureHelp(comparison, ZRKEY_EMPTY_PROGRAM); });
+    bench.row({"command/help-libraries", "the same program, linked to the libraries of zrkey"},
+              [](Comparison& comparison) { measureHelp(comparison, ZRKEY_LINKED_PROGRAM); });
 }
 
 }  // namespace zr::bench

@@ -59,6 +59,16 @@ void writeLines() {
     }
 }
 
+/// The number of bytes that some work writes on standard output.
+template <class Work>
+long writtenBy(Work work) {
+    std::fflush(stdout);
+    const long before = std::ftell(stdout);
+    work();
+    std::fflush(stdout);
+    return std::ftell(stdout) - before;
+}
+
 void measureCall(Comparison& comparison, bool hasLines) {
     const OpenToken open(instantModule(1));
     const auto description = describeToken();
@@ -92,6 +102,7 @@ void measureCall(Comparison& comparison, bool hasLines) {
                     result.type() == VT_BOOL,
                 "the system does not call");
     };
+    require(writtenBy(byLibrary) == writtenBy(writeLines), "the library writes other lines");
     if (hasLines) {
         comparison.measure(byLibrary, bySystem);
     } else {

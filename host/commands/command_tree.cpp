@@ -91,7 +91,6 @@ void addExamples(CLI::App& command, const std::string& path) {
 template <class IsNamed>
 void addTree(CLI::App& app, Action& action, IsNamed isNamed) {
     app.require_subcommand(1);
-    addExamples(app, "");
     CLI::App* group = &app;
     for (const CommandEntry& entry : kCommands) {
         const std::string path = entry.path;
@@ -109,6 +108,8 @@ void addTree(CLI::App& app, Action& action, IsNamed isNamed) {
             entry.add(*command, action);
         }
     }
+    // Last: a new command would begin with a copy of them.
+    addExamples(app, "");
 }
 
 }  // namespace

@@ -9,8 +9,8 @@
 namespace zr::host {
 
 /// Adds the commands to the parser, each with its name and its help. Only commands that a word names get
-/// their options and examples: the parser enters no other, and making all of them would take half of the
-/// time of a start.
+/// their options and examples: the parser enters no other, and making all of them would add two thirds to
+/// the instructions of a start.
 /// @param words  of the command line.
 void addCommands(CLI::App& app, Action& action, const std::vector<std::string>& words);
 

@@ -14,7 +14,8 @@ public:
     explicit NamedCertificate(std::string_view name) : m_name(name) {}
 
     HRESULT STDMETHODCALLTYPE GetCertID(BSTR* id) override {
-        if (!id) {
+        // Without a name: the empty name would be that of another certificate.
+        if (!id || !m_name) {
             return E_INVALIDARG;
         }
         BSTR const copy = SysAllocStringLen(m_name.get(), SysStringLen(m_name.get()));

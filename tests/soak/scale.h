@@ -12,8 +12,8 @@ bool checkOperations(std::FILE* report, long count);
 bool checkThreads(std::FILE* report, long rounds);
 bool checkMixedWork(std::FILE* report, long seconds);
 
-/// What freed blocks that the C library keeps, and tables that it makes once, may add. A leak of the
-/// smallest block at every call exceeds it after a few hundred calls.
+/// Growth that is no leak: freed blocks that the C library keeps, and tables that it makes once. A leak of
+/// the smallest block at every call exceeds it after a few hundred calls.
 constexpr std::size_t kAllowedHeapBytes = 4096;
 constexpr long kAllowedResidentKiB = 1024;
 
