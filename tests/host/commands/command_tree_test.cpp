@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <sstream>
 
+#include "host/commands/usage.h"
+
 namespace zr::test {
 namespace {
 
@@ -31,7 +33,10 @@ std::string pathOf(const CLI::App& command) {
 
 class CommandTreeTest : public testing::Test {
 protected:
-    CommandTreeTest() { host::addWholeCommands(m_whole, m_action); }
+    CommandTreeTest() {
+        m_whole.formatter(host::helpFormatter());
+        host::addWholeCommands(m_whole, m_action);
+    }
 
     /// All paths, in order.
     Words paths() const {
@@ -56,6 +61,8 @@ protected:
     /// The help of a command in a tree for these words.
     std::string helpFor(const Words& words, const std::string& path) {
         CLI::App app;
+        // The parser's own names the options that exclude another in the order of their addresses.
+        app.formatter(host::helpFormatter());
         host::addCommands(app, m_action, words);
         return helpIn(app, path);
     }
