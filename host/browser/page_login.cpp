@@ -21,7 +21,7 @@ Member ownMember(const char* name, const char* help) {
     return {name, {}, Kind::kBoolean, MemberOrigin::kExtension, help, callNothing};
 }
 
-/// Throws a PageError when a try of the PIN makes no sense.
+/// Throws a PageError when asking for the PIN would be pointless.
 void refuseState(PinState state) {
     if (state == PinState::kTokenRemoved) {
         throw PageError(page_code::kTokenRemoved, "the token was removed");

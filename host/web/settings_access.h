@@ -18,9 +18,9 @@ std::filesystem::path systemSettingsFolder();
 /// or others can write it or its folder. Empty when it may be used.
 std::string whyNotTrusted(const std::filesystem::path& file, SettingsScope scope);
 
-/// Makes the folder of a settings file unless it is there. On Windows only administrators can write
-/// into the system's, which is not so in the folder around it; one that another user made is the error
-/// permission_denied.
+/// Creates the folder of a settings file if it does not exist. On Windows the system folder is created so
+/// that only administrators can write to it, although its parent folder lets every user write. A folder
+/// that another user created is refused with permission_denied.
 std::error_code makeSettingsFolder(const std::filesystem::path& folder, SettingsScope scope);
 
 /// Makes a file with these bytes, and a folder. On Linux others cannot use them from the beginning,
