@@ -1,5 +1,6 @@
 // What a test does in a page: jobs are functions that run there, with the page library as `zrkey` and
 // with an object that keeps what later jobs need.
+import assert from "node:assert/strict";
 import { untilInPage } from "./wait.mjs";
 
 /// Clicks the button of the page, which a browser lets nobody do in a page that is not shown.
@@ -24,6 +25,22 @@ export async function errorInPage(page, job, ...given) {
     throw error;
   }
   throw new Error("the job in the page did not throw");
+}
+
+/// Expects connect() to wait for a second, and then to fail as it does where there is no extension.
+export async function connectsInVain(page) {
+  const error = await errorInPage(page, async (kept) => {
+    const begin = performance.now();
+    try {
+      await zrkey.connect();
+    } finally {
+      kept.waited = performance.now() - begin;
+    }
+  });
+  assert.equal(error.code, "unavailable");
+  assert.ok(error.isZRKeyError);
+  const waited = await inPage(page, (kept) => kept.waited);
+  assert.ok(waited > 950 && waited < 3000, `${waited} ms`);
 }
 
 /// Starts a job and does not wait for its end. Returns a function that does.
