@@ -20,14 +20,6 @@ protected:
             setEnvironment(name, "");
         }
     }
-    static std::string failure() {
-        try {
-            host::browserStateFolder();
-        } catch (const host::Failure& failed) {
-            return failed.cause;
-        }
-        return "";
-    }
 };
 
 TEST_F(StateFolderTest, FolderIsMadeAndFoundAgain) {
@@ -42,7 +34,7 @@ TEST_F(StateFolderTest, FileInPlaceOfTheFolderIsRefused) {
     for (const char* name : {"base/zrkey/browser", "base/zrkey"}) {
         fs::create_directories((temp.work() / name).parent_path());
         temp.write(name, "x");
-        EXPECT_EQ("it is not a folder", failure()) << name;
+        EXPECT_EQ("it is not a folder", folderFailure()) << name;
         fs::remove_all(temp.work() / "base");
     }
 }
@@ -52,7 +44,7 @@ TEST_F(StateFolderTest, UnknownHomeIsRefused) {
     for (const char* name : {"XDG_STATE_HOME", "LOCALAPPDATA", "HOME"}) {
         setEnvironment(name, "");
     }
-    EXPECT_EQ("the environment does not name the home folder", failure());
+    EXPECT_EQ("the environment does not name the home folder", folderFailure());
     setEnvironment("HOME", home);
 }
 
@@ -61,7 +53,7 @@ TEST_F(StateFolderTest, RelativeHomeIsRefused) {
     for (const char* name : {"XDG_STATE_HOME", "LOCALAPPDATA", "HOME"}) {
         setEnvironment(name, "relative");
     }
-    EXPECT_EQ("the environment does not name the home folder", failure());
+    EXPECT_EQ("the environment does not name the home folder", folderFailure());
     EXPECT_FALSE(fs::exists("relative"));
     setEnvironment("HOME", home);
 }

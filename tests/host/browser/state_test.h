@@ -25,6 +25,16 @@ class StateTest : public testing::Test {
 protected:
     StateTest() : folder(temp.work() / "state") { host::makeOwnFolder(folder); }
 
+    /// Why there is no folder; empty when there is one.
+    static std::string folderFailure() {
+        try {
+            host::browserStateFolder();
+        } catch (const host::Failure& failed) {
+            return failed.cause;
+        }
+        return "";
+    }
+
     static host::Origin site(const std::string& text = "https://shop.example") {
         std::string problem;
         return host::Origin::read(text, problem).value();

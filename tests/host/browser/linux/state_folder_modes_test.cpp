@@ -22,15 +22,6 @@ namespace {
 class StateFolderModesTest : public StateTest {
 protected:
     ~StateFolderModesTest() override { setEnvironment("XDG_STATE_HOME", ""); }
-
-    static std::string failure() {
-        try {
-            host::browserStateFolder();
-        } catch (const host::Failure& failed) {
-            return failed.cause;
-        }
-        return "";
-    }
 };
 
 TEST_F(StateFolderModesTest, FolderIsForItsUserAlone) {
@@ -80,10 +71,10 @@ TEST_F(StateFolderModesTest, FolderThatOthersCanWriteIsRefused) {
     for (const fs::path& path : {made, made.parent_path()}) {
         for (const mode_t mode : {0770U, 0707U, 0777U, 01777U}) {
             chmod(path.c_str(), mode);
-            EXPECT_EQ("it can be written by other users", failure()) << path << mode;
+            EXPECT_EQ("it can be written by other users", folderFailure()) << path << mode;
         }
         chmod(path.c_str(), 0755);
-        EXPECT_EQ("", failure()) << path;
+        EXPECT_EQ("", folderFailure()) << path;
     }
 }
 
