@@ -8,6 +8,7 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
+#include "host/system/linux/program_words.h"
 #include "host/system/system.h"
 
 namespace zr::host {
@@ -27,16 +28,6 @@ constexpr std::string_view kPassedOn[] = {"DBUS_SESSION_BUS_ADDRESS",
                                           "XDG_CURRENT_DESKTOP",
                                           "XDG_RUNTIME_DIR",
                                           "XDG_SESSION_TYPE"};
-
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts) {
-        pointers.push_back(text.data());
-    }
-    pointers.push_back(nullptr);
-    return pointers;
-}
 
 /// In the child: nothing but calls of the system, since other threads may have held locks.
 [[noreturn]] void become(const char* program, char* const* words, char* const* variables,

@@ -8,6 +8,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "host/system/linux/program_words.h"
+
 namespace zr::host {
 namespace {
 
@@ -28,16 +30,6 @@ std::vector<std::string> environmentWith(const ProcessStart& start) {
         all.push_back(std::string(name).append("=").append(value));
     }
     return all;
-}
-
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts) {
-        pointers.push_back(text.data());
-    }
-    pointers.push_back(nullptr);
-    return pointers;
 }
 
 class FileActions {
