@@ -5,10 +5,10 @@
 
 namespace zr::host {
 
-/// Whether data is a short text whose every character is visible as it is: a prompt shows it whole. Not
-/// with control characters except line ends and tabs, characters that change the direction of others,
-/// or characters that cannot be seen. Not with words of both directions of writing, such as Hebrew and
-/// Latin ones, or digits between words from right to left: a window changes their order.
+/// Whether data is a short text that a prompt can show whole, because every character is visible as it is.
+/// False for text with control characters other than line ends and tabs, with characters that are
+/// invisible or change the direction of others, or that mixes left-to-right and right-to-left words, or
+/// has digits between right-to-left words: a window changes the order of those.
 bool isShortPlainText(std::string_view data);
 
 }  // namespace zr::host

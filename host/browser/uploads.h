@@ -23,7 +23,7 @@ public:
     /// @return nullopt when it does not exist, or is spoiled.
     std::optional<std::string> take(std::uint64_t number);
 
-    /// Some bytes of an upload were refused: it has a hole, and nobody may use the rest of it.
+    /// Some bytes of an upload were refused. It has a hole, so the rest of it must not be used.
     void spoil(std::uint64_t number);
 
 private:
